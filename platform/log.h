@@ -1,0 +1,14 @@
+/* The TV's log. */
+#pragma once
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* logId: 0 is the main log. priority: 4 is info, 6 is error. */
+int __dlog_print(int logId, int priority, const char* tag, const char* format, ...)
+    __attribute__((format(printf, 4, 5)));
+
+#ifdef __cplusplus
+}
+#endif
