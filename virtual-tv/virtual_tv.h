@@ -1,0 +1,441 @@
+// A TV without the TV: the public face of the virtual TV.
+//
+// A virtual TV is a folder. It is made once from a model (a TOML file) and then lives: its settings,
+// its account, its running applications, its log and its trace are files in that folder, so that any
+// number of processes on the same machine share one TV.
+//
+//     vtv::Tv::Create(dir, vtv::FindModel("farfield-eu"));
+//     vtv::Tv tv(dir);
+//     vtv::PowerOn(tv);           // from here on the platform calls of this process are this TV's
+//     void* provider = dlopen("libsi-ready.so", RTLD_NOW);
+//
+// The library exports every platform call that a provider imports (platform/*.h), and access(),
+// which finds "/home/owner/..." in the TV's folder. A process uses it from one thread, the one of
+// its main loop. There is no thread, no daemon and no polling behind it: watch EventFd() in your
+// main loop and call Dispatch() when it is readable.
+//
+// Whatever goes wrong is thrown as vtv::Error, with a text for people. The platform calls
+// themselves never throw; they return what the TV's platform would return.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <variant>
+#include <vector>
+
+#define VTV_EXPORT __attribute__((visibility("default")))
+
+namespace vtv {
+
+// ---------------------------------------------------------------------------------------------
+// Errors
+// ---------------------------------------------------------------------------------------------
+
+// The numbers are the exit codes of the command line.
+enum class ErrorKind {
+    kUsage = 2,     // what was asked for makes no sense: a broken model, a key that is no key, ...
+    kNoSuch = 3,    // no such TV, model, key, application, ...
+    kPlatform = 4,  // the machine failed: a full disk, a missing permission, a damaged file, ...
+};
+
+// what() is one or more sentences for people: what was wrong, where (file and line, or key), and
+// what to do. It has no trailing newline.
+class VTV_EXPORT Error : public std::runtime_error {
+  public:
+    Error(ErrorKind kind, const std::string& text) : std::runtime_error(text), kind_(kind) {}
+    ~Error() override;
+
+    ErrorKind kind() const { return kind_; }
+
+  private:
+    ErrorKind kind_;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Values
+// ---------------------------------------------------------------------------------------------
+
+using Value = std::variant<bool, int, std::string>;
+
+// "bool", "int" or "string".
+VTV_EXPORT const char* TypeName(const Value& value);
+// "true", "false", a decimal number, or the text as it is.
+VTV_EXPORT std::string ToText(const Value& value);
+// The reverse. Throws kUsage for a type that is none of the three ("str" also means "string", and 1
+// and 0 also mean true and false), and for a text that is no value of the type.
+VTV_EXPORT Value ParseValue(const std::string& type, const std::string& text);
+
+using TimePoint = std::chrono::time_point<std::chrono::system_clock, std::chrono::microseconds>;
+// "2026-03-29T07:15:02.123456Z".
+VTV_EXPORT std::string ToText(TimePoint time);
+
+// ---------------------------------------------------------------------------------------------
+// Models
+// ---------------------------------------------------------------------------------------------
+
+// What starting an application does.
+enum class ApplicationMode {
+    kRecord,   // the launch is only recorded
+    kProcess,  // a process is started; it waits to be finished or cancelled
+    kAuto,     // a process is started and finishes its work by itself
+};
+VTV_EXPORT const char* ToText(ApplicationMode mode);  // "record", "process", "auto"
+VTV_EXPORT ApplicationMode ParseApplicationMode(const std::string& text);  // throws kUsage
+
+enum class Network { kConnected, kDisconnected, kHost /* as this machine's default route */ };
+VTV_EXPORT const char* ToText(Network network);  // "connected", "disconnected", "host"
+VTV_EXPORT Network ParseNetwork(const std::string& text);  // throws kUsage
+
+struct Package {
+    std::string appId;
+    std::string name;     // for people; may be empty
+    std::string command;  // what to run in place of the simulated application; usually empty
+    // A value that is absent is a metadata item without a value.
+    std::map<std::string, std::optional<std::string>> metadata;
+};
+
+struct Voice {
+    std::string language;  // "en_US"
+    int type = 0;          // 0 unspecified, 1 male, 2 female
+};
+
+// One assistant of the policy.
+struct Assistant {
+    int order = 0;
+    std::string id;
+    std::string appId;
+    std::string name;
+    bool farField = false;
+};
+
+// A TV model as data: what CreateTv() starts from. docs/virtual-tv.md describes the file.
+struct Model {
+    std::string file;         // where it was read from
+    std::string name;         // the file's name without ".toml"
+    std::string title;        // one line for people
+    std::string description;  // why this model exists; may be empty
+    std::map<std::string, Value> features;  // by full feature key
+    std::vector<Assistant> assistants;      // as the initial policy lists them
+    std::map<std::string, Value> settings;  // initial values, by settings key
+    std::vector<std::string> ownerFiles;    // files that exist below /home/owner, relative to it
+    std::map<std::string, bool> consents;   // "tnc", "pp"
+    bool signedIn = false;
+    std::string accountUi;                  // application id of the sign-in screen; may be empty
+    Network network = Network::kConnected;
+    ApplicationMode applications = ApplicationMode::kProcess;
+    std::vector<Package> packages;
+    std::optional<std::vector<Voice>> voices;  // absent: those of the installed speech engine
+    std::string speechOutput;                  // "sound", "file" or "none"
+};
+
+// Reads and checks a model. The text of the error has the file, the line and what to write instead.
+VTV_EXPORT Model LoadModel(const std::string& file);
+// The file of a model: a path, or the name of a model that comes with the virtual TV. Throws kNoSuch.
+VTV_EXPORT std::string FindModel(const std::string& nameOrFile);
+// The files of the models that come with the virtual TV, sorted by name.
+VTV_EXPORT std::vector<std::string> ModelFiles();
+
+struct FeatureKey {
+    std::string key;   // full key
+    std::string type;  // "bool", "int" or "string"
+    std::string meaning;
+};
+// The feature keys that the page knows; models may use no others outside [other-features].
+VTV_EXPORT const std::vector<FeatureKey>& KnownFeatures();
+
+// ---------------------------------------------------------------------------------------------
+// Records
+// ---------------------------------------------------------------------------------------------
+
+struct Setting {
+    std::string key;
+    std::optional<Value> value;  // absent when the stored value is damaged
+    std::string problem;         // why it is absent
+};
+
+using Extras = std::vector<std::pair<std::string, std::string>>;  // in the order they were added
+
+// One request to start an application.
+struct Launch {
+    TimePoint time;
+    std::string appId;
+    std::string via;        // "aul" or "app-control"
+    std::string operation;  // app control only
+    Extras extras;
+    // "started", "resumed" (it was running), "recorded" (no process wanted), or "failed: " and why.
+    std::string outcome;
+    int pid = 0;            // 0 when there is no process
+};
+
+struct RunningApplication {
+    std::string appId;
+    int pid = 0;
+    TimePoint since;
+    Extras extras;
+};
+
+struct LogRecord {
+    TimePoint time;
+    int pid = 0;
+    int priority = 0;      // 4 is info, 6 is error
+    std::string tag;       // "SI-MENU" for the provider, "VTV" for the virtual TV itself
+    // From the message's prefix "file: function(line) > "; empty and 0 without one.
+    std::string file;
+    std::string function;
+    int line = 0;
+    std::string message;   // without that prefix; may hold newlines
+};
+
+struct LogFilter {
+    std::string function;  // exact; empty takes all
+    std::string tag;       // exact; empty takes all
+    int minPriority = 0;
+};
+
+struct TraceArgument {
+    std::string type;
+    std::string value;
+};
+
+struct TraceEvent {
+    TimePoint time;
+    int pid = 0;
+    int thread = 0;
+    std::string file;
+    int line = 0;
+    std::string function;
+    std::string format;
+    std::vector<TraceArgument> arguments;
+    std::string message;  // the format with the arguments put in
+};
+
+// How a platform call is made to fail.
+struct Fault {
+    enum class Kind {
+        kOnce,    // the next call fails, in whichever process it is made
+        kAlways,  // every call fails from now on
+        kSlow,    // every call takes delayMs longer and then works
+    };
+    std::string function;  // one of PlatformFunctions()
+    Kind kind = Kind::kOnce;
+    int result = -1;       // what a failing call returns where it returns an int error
+    int delayMs = 0;
+};
+// The names of the platform calls that can be made to fail, sorted.
+VTV_EXPORT const std::vector<std::string>& PlatformFunctions();
+
+// Something of the TV has changed.
+struct Change {
+    enum class What {
+        kSetting,  // name is a settings key
+        kState,    // name is a key of Tv::State(): account, consents, network, ...
+        kFile,     // name is a path below /home/owner
+    };
+    What what;
+    std::string name;
+};
+
+// Everything that a viewer or an application can change on a TV.
+struct Snapshot {
+    std::map<std::string, Value> settings;
+    std::map<std::string, Value> state;
+    std::vector<std::string> ownerFiles;  // contents are not kept: only their existence counts
+};
+
+// ---------------------------------------------------------------------------------------------
+// A TV
+// ---------------------------------------------------------------------------------------------
+
+class VTV_EXPORT Tv {
+  public:
+    // Makes the folder from a model file. Throws kUsage when the folder is not empty or the model is
+    // wrong; nothing is left behind then.
+    static void Create(const std::string& dir, const std::string& modelFile);
+    // Whether the folder is a TV. Throws nothing.
+    static bool IsTv(const std::string& dir);
+
+    // Opens a TV; many processes may. Throws kNoSuch when the folder is no TV. A damaged part does
+    // not keep the TV from opening: see Problems().
+    explicit Tv(const std::string& dir);
+    ~Tv();
+    Tv(const Tv&) = delete;
+    Tv& operator=(const Tv&) = delete;
+
+    // What is wrong with the TV's files, one text each; empty on a healthy TV. A settings store of
+    // another version, for one, makes every read and write fail, and the page shows neutral values.
+    std::vector<std::string> Problems() const;
+
+    const Model& GetModel() const;
+
+    // Paths, absolute.
+    const std::string& Dir() const;
+    std::string OwnerDir() const;   // what the TV knows as /home/owner
+    std::string LogFile() const;
+    std::string TraceFile() const;
+
+    // --- Settings: keys under "db/" and "memory/" ---
+    // Absent when there is no such key. Throws kUsage for what is no key, kPlatform for a damaged
+    // value.
+    std::optional<Value> Get(const std::string& key) const;
+    // Durable when it returns ("memory/": until the next power cycle). Replaces the type as well.
+    void Set(const std::string& key, const Value& value);
+    // False when there was no such key. Watchers are called for this too.
+    bool Unset(const std::string& key);
+    // All of them, sorted by key.
+    std::vector<Setting> Settings() const;
+
+    // --- Watching; the callbacks run inside Dispatch(), on this process's main loop ---
+    using WatchId = int;
+    // Every write of the key calls back once, in the order of the writes, also one that leaves the
+    // value as it was; after an overflow of the kernel's queue once a key that was written. Writing
+    // or watching anything and removing any watch are allowed inside a callback.
+    WatchId Watch(const std::string& key, std::function<void()> callback);
+    WatchId WatchAll(std::function<void(const Change&)> callback);
+    // Called when the log has grown.
+    WatchId WatchLog(std::function<void()> callback);
+    void Unwatch(WatchId id);
+    // Readable (poll, Ecore, GLib) when Dispatch() has something to do. Belongs to the TV.
+    int EventFd() const;
+    // Calls back for everything that has happened so far, without waiting. Returns how many
+    // callbacks ran. Also serves vconf_notify_key_changed.
+    int Dispatch();
+
+    // Empties "memory/", ends the running applications and forgets the faults, as pulling the plug
+    // and plugging it in again does. Everything else stays.
+    void PowerCycle();
+
+    // --- The rest of the TV's live state; each call reads or writes the TV's folder ---
+    // All of the state below as raw data, by name ("account/signed_in", "consent/tnc", ...).
+    std::map<std::string, Value> State() const;
+
+    bool SignedIn() const;
+    void SetSignedIn(bool signedIn);
+    bool Consent(const std::string& item) const;  // "tnc", "pp"
+    void SetConsent(const std::string& item, bool agreed);
+    Network GetNetwork() const;
+    void SetNetwork(Network network);
+    bool Online() const;  // follows the machine's default route for Network::kHost
+    // Always-on-voice mode of one assistant application; 0 when it was never set.
+    int AlwaysOnVoice(const std::string& appId) const;
+    void SetAlwaysOnVoice(const std::string& appId, int mode);
+    // Menu language, "de_DE". Texts change at once in this process, at the next Dispatch() in others.
+    std::string Language() const;
+    void SetLanguage(const std::string& language);
+    // What the installed catalogues offer, "de", "zh_CN", ...
+    static std::vector<std::string> Languages();
+    // The feature by full key, as the model has it or as it was changed.
+    std::optional<Value> Feature(const std::string& key) const;
+    std::map<std::string, Value> Features() const;
+    // Tries another feature value on this TV, or (absent) makes the TV lack it. Throws kUsage for a
+    // known key of another type.
+    void SetFeature(const std::string& key, const std::optional<Value>& value);
+    // Back to the model's.
+    void ResetFeature(const std::string& key);
+    // Files below /home/owner, relative to it ("share/.voice/ga_login_success"), sorted.
+    std::vector<std::string> OwnerFiles() const;
+    void AddOwnerFile(const std::string& path);     // empty; its folders are made
+    bool RemoveOwnerFile(const std::string& path);  // false when there was none
+    // Sound feedback as last set: level and priority; absent when never set.
+    std::optional<std::pair<int, int>> SoundFeedback() const;
+
+    Snapshot TakeSnapshot() const;
+    // Writes what differs, so that watchers hear of exactly that.
+    void Restore(const Snapshot& snapshot);
+
+    // --- Applications ---
+    ApplicationMode Applications() const;
+    void SetApplications(ApplicationMode mode);
+    std::vector<RunningApplication> RunningApplications() const;
+    bool IsRunning(const std::string& appId) const;
+    // Starts an application as the TV's own launcher would; returns how it went, recorded or not.
+    Launch LaunchApplication(const std::string& appId, const Extras& extras);
+    // The application does its work (the wizard agrees to the terms, ...) and ends; the call returns
+    // when it has ended. Throws kNoSuch when it does not run, kPlatform when it does not end in time
+    // or could not do its work.
+    void FinishApplication(const std::string& appId);
+    // It ends without having done anything.
+    void CancelApplication(const std::string& appId);
+    // Every launch since the TV was made (or the list cleared), oldest first.
+    std::vector<Launch> Launches() const;
+    void ClearLaunches();
+
+    // --- Log ---
+    // Oldest first, rotated files included.
+    std::vector<LogRecord> ReadLog(const LogFilter& filter = {}) const;
+    // Writes a record of the virtual TV's own, tag "VTV".
+    void Log(int priority, const std::string& text);
+
+    // --- Trace ---
+    bool TraceEnabled() const;
+    void SetTraceEnabled(bool enabled);  // at once in this process, at the next platform call or
+                                         // Dispatch() in others
+    std::vector<TraceEvent> ReadTrace() const;
+    void ClearTrace();
+    // Writes the Chrome trace event format (JSON), which chrome://tracing and Perfetto open.
+    void ExportTrace(const std::string& file) const;
+
+    // --- Faults; they last until cleared or until a power cycle, in all processes ---
+    void SetFault(const Fault& fault);  // throws kUsage for an unknown function
+    bool ClearFault(const std::string& function);
+    std::vector<Fault> Faults() const;
+
+    // --- Speech ---
+    // The voices that the TV can speak with.
+    std::vector<Voice> Voices() const;
+    bool VoiceGuide() const;  // "db/setting/accessibility/tts"
+    // Speaks the text when the voice guide is on; returns whether it was spoken. Sound goes where
+    // the model's speech.output says: the speakers, "speech/last.wav" in the TV's folder, or nowhere.
+    bool Speak(const std::string& text);
+
+    struct Impl;
+    Impl& impl() { return *impl_; }
+    const Impl& impl() const { return *impl_; }
+
+  private:
+    std::unique_ptr<Impl> impl_;
+};
+
+// Reads the log as it grows: each call returns what was added since the last one, across rotation.
+// Start at the end with skipExisting.
+class VTV_EXPORT LogReader {
+  public:
+    LogReader(const Tv& tv, LogFilter filter, bool skipExisting);
+    ~LogReader();
+    std::vector<LogRecord> ReadNew();
+
+  private:
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+// ---------------------------------------------------------------------------------------------
+// The TV of this process
+// ---------------------------------------------------------------------------------------------
+
+// Makes the TV answer this process's platform calls, binds the texts of "si-ready" to its menu
+// language, and follows its trace switch. The TV must outlive PowerOff(). A platform call without a
+// TV that is on stops the program with its name (exit code 4).
+VTV_EXPORT void PowerOn(Tv& tv);
+VTV_EXPORT void PowerOff();
+// Null when none is on.
+VTV_EXPORT Tv* Current();
+
+// The translation that the page shows for an id, in the menu language of the TV that is on; the id
+// itself when the catalogue has none.
+VTV_EXPORT std::string Text(const std::string& id);
+
+// Where TVs live unless told otherwise: $VTV_HOME, else $XDG_DATA_HOME/vtv, else ~/.local/share/vtv.
+VTV_EXPORT std::string HomeDir();
+// Catalogues and models: $VTV_DATA, else found from where this library lies.
+VTV_EXPORT std::string DataDir();
+// The program that plays the simulated applications: $VTV_APP, else next to the library's programs.
+VTV_EXPORT std::string AppProgram();
+
+}  // namespace vtv
