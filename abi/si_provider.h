@@ -114,7 +114,7 @@ typedef struct SIProviderTable {
                                  char* secondButton, int* buttonCount, char* actionValue);
 } SIProviderTable;
 
-#define SI_SLOT_COUNT ((int)(sizeof(SIProviderTable) / sizeof(void*)))
+#define SI_SLOT_COUNT (sizeof(SIProviderTable) / sizeof(void*))
 
 /*
  * Entry points. On the wire the table is an array of 52 pointers; it may be cast to

@@ -11,7 +11,8 @@ extern "C" {
  * A failed read leaves *value as it was. */
 int system_info_get_custom_bool(const char* key, bool* value);
 int system_info_get_custom_int(const char* key, int* value);
-int system_info_get_custom_string(const char* key, char** value); /* heap string; the caller frees it */
+int system_info_get_custom_string(const char* key,
+                                  char** value); /* heap string; the caller frees it */
 
 #ifdef __cplusplus
 }

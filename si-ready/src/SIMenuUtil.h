@@ -13,10 +13,10 @@
 class SI_EXPORT CSIMenuUtil {
   public:
     // Settings store.
-    static int VconfGetInt(const char* key);                 // -1 on failure
-    static bool VconfGetBool(const char* key);               // false on failure
-    static std::string VconfGetStr(const char* key);         // "" on failure
-    static std::string GetVconfStirng(const char* key);      // "" on failure, with a log record
+    static int VconfGetInt(const char* key);             // -1 on failure
+    static bool VconfGetBool(const char* key);           // false on failure
+    static std::string VconfGetStr(const char* key);     // "" on failure
+    static std::string GetVconfStirng(const char* key);  // "" on failure, with a log record
     static void SetBool(const char* key, bool value);
     static void SetString(const char* key, const char* value);
     static std::string GetCurrentVAAppID();
@@ -24,12 +24,12 @@ class SI_EXPORT CSIMenuUtil {
     static std::string GetOsdLanguage();
 
     // Feature configuration of the model.
-    static std::string GetFMSString(const char* key);        // "" on failure
-    static int GetFMSInt(const char* key);                   // -1 on failure
-    static bool GetFMSBool(const char* key);                 // false on failure
+    static std::string GetFMSString(const char* key);  // "" on failure
+    static int GetFMSInt(const char* key);             // -1 on failure
+    static bool GetFMSBool(const char* key);           // false on failure
     static bool isBuiltInMicSupported();
     static bool IsFarFieldFMSSupported();
-    static bool FlagLFDProductModel();                       // signage
+    static bool FlagLFDProductModel();  // signage
     static bool IsPassthruSupportModel();
     static bool isChina();
 
@@ -51,7 +51,7 @@ class SI_EXPORT CSIMenuUtil {
 
     // Microphone and pass-through.
     static bool isBuiltInMicActivated();
-    static bool setPassthruEnabled(bool enable);             // true when the store took the value
+    static bool setPassthruEnabled(bool enable);  // true when the store took the value
     static bool IsPassthruDimmed();
     static std::string GetPassthruDimmedToastPopUpString();
 
