@@ -237,7 +237,7 @@ std::string CSIMenuUtil::Replace(std::string text, const std::string& a, const s
 }
 
 std::string CSIMenuUtil::GetDeviceSID() {
-    const std::string deviceSid = GetFMSString(DEVICE_SID);
+    std::string deviceSid = GetFMSString(DEVICE_SID);
     if (!deviceSid.empty()) {
         return deviceSid;
     }

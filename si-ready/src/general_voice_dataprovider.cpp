@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Dispatch.h"
@@ -63,10 +65,7 @@ int free_list_items(ListItem** items, int count) {
     return 0;
 }
 
-struct Choice {
-    int value;
-    std::string text;
-};
+using Choice = std::pair<int, std::string>;  // value and text
 
 // The list that free_list_items() frees; null without memory. Stores the number of items.
 ListItem** ToHostList(const std::vector<Choice>& choices, int* count) {
@@ -74,11 +73,11 @@ ListItem** ToHostList(const std::vector<Choice>& choices, int* count) {
     auto** items = static_cast<ListItem**>(std::calloc(choices.size(), sizeof(ListItem*)));
     bool complete = items != nullptr;
     for (int i = 0; complete && i < size; ++i) {
-        const Choice& choice = choices[static_cast<std::size_t>(i)];
+        const auto& [value, text] = choices[static_cast<std::size_t>(i)];
         items[i] = static_cast<ListItem*>(std::calloc(1, sizeof(ListItem)));
         if (items[i] != nullptr) {
-            items[i]->value = choice.value;
-            items[i]->text = strdup(choice.text.c_str());
+            items[i]->value = value;
+            items[i]->text = strdup(text.c_str());
         }
         complete = items[i] != nullptr && items[i]->text != nullptr;
     }
@@ -368,26 +367,19 @@ ListItem** get_list_items_voice_assistant(const char*, int* count) {
         return nullptr;
     }
 
-    std::vector<Choice> choices;
+    // A policy that does not number its assistants 1..n still gives a list without gaps: of equal
+    // numbers the first counts, because that is the assistant which the number chooses.
+    std::map<int, std::string> labels;
     for (const VAInfo& assistant : MVAList::GetVAList()) {
         if (MVAList::GetVATypeByAppID(assistant.appId) == ASSISTANT_ORVIK) {
             LOG_ERROR("[Orvik]");
-            choices.push_back({assistant.order, Translate(ORVIK_NAME)});
+            labels.emplace(assistant.order, Translate(ORVIK_NAME));
         } else {
             LOG_ERROR("Other VA");
-            choices.push_back({assistant.order, assistant.name});
+            labels.emplace(assistant.order, assistant.name);
         }
     }
-
-    // A policy that does not number its assistants 1..n still gives a list without gaps: of equal
-    // numbers the first counts, because that is the assistant which the number chooses.
-    std::stable_sort(choices.begin(), choices.end(),
-                     [](const Choice& a, const Choice& b) { return a.value < b.value; });
-    const auto end =
-        std::unique(choices.begin(), choices.end(),
-                    [](const Choice& a, const Choice& b) { return a.value == b.value; });
-    choices.erase(end, choices.end());
-    return ToHostList(choices, count);
+    return ToHostList({labels.begin(), labels.end()}, count);
 }
 
 void setnode_int_voice_assistant(int value) {

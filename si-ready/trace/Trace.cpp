@@ -1,5 +1,6 @@
 #include "Trace.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <typeinfo>
@@ -73,8 +74,7 @@ unsigned char* WriteText(unsigned char* to, const char* text) {
         rest >>= 7;
     }
     *to++ = static_cast<unsigned char>(rest);
-    std::memcpy(to, text, length);
-    return to + length;
+    return std::copy(text, text + length, to);
 }
 
 unsigned char* WritePayload(unsigned char* to, const Argument& argument) {
