@@ -67,24 +67,36 @@ int free_list_items(ListItem** items, int count) {
 
 using Choice = std::pair<int, std::string>;  // value and text
 
-// The list that free_list_items() frees; null without memory. Stores the number of items.
-ListItem** ToHostList(const std::vector<Choice>& choices, int* count) {
-    const int size = static_cast<int>(choices.size());
-    auto** items = static_cast<ListItem**>(std::calloc(choices.size(), sizeof(ListItem*)));
-    bool complete = items != nullptr;
-    for (int i = 0; complete && i < size; ++i) {
-        const auto& [value, text] = choices[static_cast<std::size_t>(i)];
-        items[i] = static_cast<ListItem*>(std::calloc(1, sizeof(ListItem)));
-        if (items[i] != nullptr) {
-            items[i]->value = value;
-            items[i]->text = strdup(text.c_str());
-        }
-        complete = items[i] != nullptr && items[i]->text != nullptr;
-    }
-    if (!complete) {
-        free_list_items(items, size);
-        Store(count, 0);
+// Null without memory.
+ListItem* NewListItem(const Choice& choice) {
+    auto* item = static_cast<ListItem*>(std::calloc(1, sizeof(ListItem)));
+    if (item == nullptr) {
         return nullptr;
+    }
+    item->value = choice.first;
+    item->text = strdup(choice.second.c_str());
+    if (item->text == nullptr) {
+        std::free(item);
+        return nullptr;
+    }
+    return item;
+}
+
+// The list that free_list_items() frees; null, with a count of 0, without memory.
+ListItem** ToHostList(const std::vector<Choice>& choices, int* count) {
+    Store(count, 0);
+    auto** items = static_cast<ListItem**>(std::calloc(choices.size(), sizeof(ListItem*)));
+    if (items == nullptr) {
+        return nullptr;
+    }
+    int size = 0;
+    for (const Choice& choice : choices) {
+        items[size] = NewListItem(choice);
+        if (items[size] == nullptr) {
+            free_list_items(items, size);
+            return nullptr;
+        }
+        ++size;
     }
     Store(count, size);
     return items;
