@@ -4,8 +4,8 @@
 #include <list>
 #include <string>
 
+#include "AssistantType.h"
 #include "Export.h"
-#include "MVAList.h"
 #include "platform/speech.h"
 
 // No function throws on a failed platform call; each has a neutral answer: -1, false or "".

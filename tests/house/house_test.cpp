@@ -1,0 +1,161 @@
+// What holds for the house as a whole: who may include whom, and that the map names every source.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path SOURCE = SOURCE_DIR;
+
+const std::vector<std::string> ROOMS = {"abi",        "platform", "si-ready",
+                                        "virtual-tv", "host",     "explorer"};
+
+std::string Read(const fs::path& file) {
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
+}
+
+std::vector<fs::path> SourcesOf(const std::string& room) {
+    std::vector<fs::path> sources;
+    if (!fs::exists(SOURCE / room)) {
+        return sources;
+    }
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(SOURCE / room)) {
+        const std::string extension = entry.path().extension();
+        if (extension == ".h" || extension == ".cpp" || extension == ".c") {
+            sources.push_back(fs::relative(entry.path(), SOURCE));
+        }
+    }
+    return sources;
+}
+
+std::vector<std::string> IncludesOf(const fs::path& source) {
+    static const std::regex include(R"re(^\s*#\s*include\s*"([^"]+)")re", std::regex::multiline);
+    const std::string text = Read(SOURCE / source);
+    std::vector<std::string> includes;
+    for (auto match = std::sregex_iterator(text.begin(), text.end(), include);
+         match != std::sregex_iterator(); ++match) {
+        includes.push_back((*match)[1]);
+    }
+    return includes;
+}
+
+bool StartsWithOneOf(const std::string& text, const std::vector<std::string>& prefixes) {
+    for (const std::string& prefix : prefixes) {
+        if (text.rfind(prefix, 0) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The rooms that a file of a room may include, beside its own. A name without a room is its own.
+const std::map<std::string, std::vector<std::string>> MAY_INCLUDE = {
+    {"abi", {}},
+    {"platform", {}},
+    {"si-ready", {"abi/", "platform/"}},
+    {"virtual-tv", {"platform/"}},
+    {"host", {"abi/", "virtual-tv/virtual_tv.h"}},
+    {"explorer", {"abi/", "platform/", "host/core/"}},
+};
+
+// A source of the provider and those below it: an include never points up.
+const std::map<std::string, std::set<std::string>> PROVIDER_BELOW = {
+    {"SIMenuUtil", {}},
+    {"MVAList", {"SIMenuUtil"}},
+    {"general_voice_visiblechecker", {"SIMenuUtil", "MVAList"}},
+    {"general_voice_enablechecker", {"SIMenuUtil", "MVAList"}},
+    {"general_voice_dataprovider", {"SIMenuUtil", "MVAList"}},
+};
+
+}  // namespace
+
+TEST(House, EveryRoomHasSources) {
+    for (const std::string& room : {"abi", "platform", "si-ready"}) {
+        EXPECT_FALSE(SourcesOf(room).empty()) << room;
+    }
+}
+
+TEST(House, ARoomIncludesOnlyTheRoomsBelowIt) {
+    for (const std::string& room : ROOMS) {
+        for (const fs::path& source : SourcesOf(room)) {
+            for (const std::string& include : IncludesOf(source)) {
+                const bool ofAnyRoom = StartsWithOneOf(
+                    include,
+                    {"abi/", "platform/", "si-ready/", "virtual-tv/", "host/", "explorer/"});
+                const bool own = include.rfind(room + "/", 0) == 0;
+                EXPECT_TRUE(!ofAnyRoom || own || StartsWithOneOf(include, MAY_INCLUDE.at(room)))
+                    << source << " includes \"" << include << '"';
+                EXPECT_EQ(include.find(".."), std::string::npos)
+                    << source << " includes \"" << include << "\": name the room instead";
+            }
+        }
+    }
+}
+
+TEST(House, InsideTheProviderAnIncludeNeverPointsUp) {
+    for (const fs::path& source : SourcesOf("si-ready")) {
+        const auto below = PROVIDER_BELOW.find(source.stem());
+        for (const std::string& include : IncludesOf(source)) {
+            const std::string included = fs::path(include).stem();
+            if (PROVIDER_BELOW.count(included) == 0 || included == source.stem()) {
+                continue;
+            }
+            EXPECT_TRUE(below != PROVIDER_BELOW.end() && below->second.count(included) == 1)
+                << source << " includes \"" << include << '"';
+        }
+    }
+}
+
+TEST(House, ASourceIncludesItsOwnHeaderFirst) {
+    for (const std::string& room : ROOMS) {
+        for (const fs::path& source : SourcesOf(room)) {
+            fs::path header = source;
+            header.replace_extension(".h");
+            if (source.extension() != ".cpp" || !fs::exists(SOURCE / header)) {
+                continue;
+            }
+            const std::vector<std::string> includes = IncludesOf(source);
+            ASSERT_FALSE(includes.empty()) << source;
+            EXPECT_EQ(fs::path(includes.front()).filename(), header.filename()) << source;
+        }
+    }
+}
+
+TEST(House, TheMapNamesEverySource) {
+    const std::string map = Read(SOURCE / "docs/architecture.md");
+    for (const std::string& room : ROOMS) {
+        for (const fs::path& source : SourcesOf(room)) {
+            fs::path stem = source;
+            stem.replace_extension();
+            EXPECT_TRUE(map.find("`" + stem.string() + "`") != std::string::npos ||
+                        map.find("`" + source.string() + "`") != std::string::npos)
+                << "docs/architecture.md has no line for `" << stem.string() << "`";
+        }
+    }
+}
+
+TEST(House, TheMapNamesNoSourceThatIsGone) {
+    static const std::regex name(R"re(^- `([^`]+)`)re", std::regex::multiline);
+    const std::string map = Read(SOURCE / "docs/architecture.md");
+    int named = 0;
+    for (auto match = std::sregex_iterator(map.begin(), map.end(), name);
+         match != std::sregex_iterator(); ++match) {
+        const std::string path = (*match)[1];
+        ++named;
+        EXPECT_TRUE(fs::exists(SOURCE / path) || fs::exists(SOURCE / (path + ".h")) ||
+                    fs::exists(SOURCE / (path + ".cpp")) || fs::exists(SOURCE / (path + ".c")))
+            << "docs/architecture.md names `" << path << '`';
+    }
+    EXPECT_GT(named, 10);
+}
