@@ -431,6 +431,23 @@ VTV_EXPORT Tv* Current();
 // itself when the catalogue has none.
 VTV_EXPORT std::string Text(const std::string& id);
 
+// ---------------------------------------------------------------------------------------------
+// What a question reads
+// ---------------------------------------------------------------------------------------------
+
+// One read that a platform call of this process made.
+struct Read {
+    std::string function;  // "vconf_get_bool", "sso_get_login_state", ...
+    // What was asked for: the settings key, the feature key, the consent item, the path, ...; empty
+    // when the function's name says it all.
+    std::string subject;
+    std::optional<Value> value;  // absent when the read failed
+};
+// Collects every read between the two calls, in order: whoever asks the provider a question in
+// between learns what the answer was made of. Off unless started; costs nothing then.
+VTV_EXPORT void StartRecordingReads();
+VTV_EXPORT std::vector<Read> StopRecordingReads();
+
 // Where TVs live unless told otherwise: $VTV_HOME, else $XDG_DATA_HOME/vtv, else ~/.local/share/vtv.
 VTV_EXPORT std::string HomeDir();
 // Catalogues and models: $VTV_DATA, else found from where this library lies.
