@@ -1,0 +1,249 @@
+#include "cli.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+namespace cli {
+
+namespace {
+
+constexpr char kDefaultTv[] = "default";
+constexpr char kDefaultModel[] = "farfield-eu";
+
+fs::path ProgramDir() {
+    std::error_code ignored;
+    return fs::read_symlink("/proc/self/exe", ignored).parent_path();
+}
+
+volatile sig_atomic_t interrupted = 0;
+
+void OnSignal(int) {
+    interrupted = 1;
+}
+
+}  // namespace
+
+CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const std::string& does,
+                  const std::string& examples, unsigned takes) {
+    CLI::App* verb = app.add_subcommand(name, does);
+    if ((takes & kTv) != 0) {
+        verb->add_option("--tv", common.tv,
+                         "The TV: its folder, or its name as vtv list shows it [default: $VTV_TV, "
+                         "else the TV \"default\", made at first use]");
+    }
+    if ((takes & kProvider) != 0) {
+        verb->add_option("--provider", common.provider,
+                         "The provider library that answers for the page [default: $VTV_PROVIDER, "
+                         "else the one that comes with vtv]");
+    }
+    if ((takes & kJson) != 0) {
+        verb->add_flag("--json", common.json, "Print JSON for programs");
+    }
+    if (!examples.empty()) {
+        verb->footer("Examples:\n" + examples);
+    }
+    return verb;
+}
+
+std::string TvPath(const std::string& nameOrDir) {
+    if (nameOrDir.find('/') != std::string::npos || nameOrDir == "." || nameOrDir == ".." ||
+        vtv::Tv::IsTv(nameOrDir)) {
+        return fs::absolute(nameOrDir).lexically_normal().string();
+    }
+    return vtv::HomeDir() + "/" + nameOrDir;
+}
+
+std::string TvDir(const Common& common) {
+    std::string name = common.tv;
+    if (name.empty()) {
+        const char* environment = std::getenv("VTV_TV");
+        name = environment != nullptr ? environment : "";
+    }
+    const std::string dir = TvPath(name.empty() ? kDefaultTv : name);
+    if (vtv::Tv::IsTv(dir)) {
+        return dir;
+    }
+    if (!name.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kNoSuch,
+                         dir + ": there is no TV here. Make one with: vtv new " + name);
+    }
+    vtv::Tv::Create(dir, vtv::FindModel(kDefaultModel));
+    std::cerr << "Made the TV " << dir << " of the model " << kDefaultModel
+              << ". For other models: vtv list --models\n";
+    return dir;
+}
+
+std::string ProviderFile(const Common& common) {
+    if (!common.provider.empty()) {
+        return common.provider;
+    }
+    if (const char* environment = std::getenv("VTV_PROVIDER")) {
+        return environment;
+    }
+    constexpr char kName[] = "libsi-ready.so";
+    const fs::path program = ProgramDir();
+    for (const fs::path& candidate :
+         {program / kName, program / "../lib" / kName, program / "../lib/vtv" / kName}) {
+        if (fs::exists(candidate)) {
+            return candidate.lexically_normal().string();
+        }
+    }
+    throw host::ProviderError(host::ProviderError::Kind::kNoSuchFile,
+                              std::string("The provider ") + kName + " is not beside " +
+                                  program.string() + "/vtv. Name one with --provider FILE.so.");
+}
+
+PoweredTv::PoweredTv(const std::string& dir) : tv(dir) {
+    for (const std::string& problem : tv.Problems()) {
+        std::cerr << Paint(Look::kPlain, "vtv: warning: " + problem + "\n");
+    }
+    vtv::PowerOn(tv);
+}
+
+PoweredTv::~PoweredTv() {
+    vtv::PowerOff();
+}
+
+const host::Item& RequireItem(const std::string& nameOrKey) {
+    if (const host::Item* item = host::FindItem(nameOrKey)) {
+        return *item;
+    }
+    std::string text = "There is no item \"" + nameOrKey + "\" on the Voice page.";
+    const std::vector<std::string> similar = host::SimilarItems(nameOrKey);
+    for (size_t i = 0; i < similar.size() && i < 3; ++i) {
+        text += (i == 0 ? " Did you mean " : " or ") + similar[i];
+    }
+    text += similar.empty() ? " vtv show --all lists the items." : "?";
+    throw vtv::Error(vtv::ErrorKind::kNoSuch, text);
+}
+
+bool ParseSwitch(const std::string& text) {
+    if (text == "on" || text == "true" || text == "1") {
+        return true;
+    }
+    if (text == "off" || text == "false" || text == "0") {
+        return false;
+    }
+    throw vtv::Error(vtv::ErrorKind::kUsage, "\"" + text + "\": write on or off.");
+}
+
+bool WaitForTv(const vtv::Tv& tv) {
+    // The signals are let in only while waiting, so that none is lost between the test and the
+    // wait.
+    sigset_t blocked;
+    sigset_t old;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGINT);
+    sigaddset(&blocked, SIGTERM);
+    sigprocmask(SIG_BLOCK, &blocked, &old);
+    struct sigaction action = {};
+    action.sa_handler = OnSignal;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    pollfd descriptor = {tv.EventFd(), POLLIN, 0};
+    if (interrupted == 0) {
+        ppoll(&descriptor, 1, nullptr, &old);
+    }
+    sigprocmask(SIG_SETMASK, &old, nullptr);
+    return interrupted == 0;
+}
+
+namespace {
+
+std::string WriteJson(const Json::Value& value, const char* indentation) {
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = indentation;
+    builder["emitUTF8"] = true;
+    return Json::writeString(builder, value);
+}
+
+}  // namespace
+
+void PrintJson(const Json::Value& value) {
+    std::cout << WriteJson(value, "  ") << '\n';
+}
+
+void PrintJsonLine(const Json::Value& value) {
+    std::cout << WriteJson(value, "") << std::endl;
+}
+
+Json::Value ToJson(const vtv::Value& value) {
+    return std::visit([](const auto& v) { return Json::Value(v); }, value);
+}
+
+vtv::Value FromJson(const Json::Value& value, const std::string& where) {
+    if (value.isBool()) {
+        return value.asBool();
+    }
+    if (value.isInt()) {
+        return value.asInt();
+    }
+    if (value.isString()) {
+        return value.asString();
+    }
+    throw vtv::Error(vtv::ErrorKind::kUsage,
+                     where + ": a value is true, false, a whole number or a text, in quotes.");
+}
+
+std::string ReadFile(const std::string& file) {
+    std::ostringstream text;
+    if (file == "-") {
+        text << std::cin.rdbuf();
+        return text.str();
+    }
+    if (fs::is_directory(file)) {
+        throw vtv::Error(vtv::ErrorKind::kUsage, file + ": this is a folder; name a file.");
+    }
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) {
+        throw vtv::Error(vtv::ErrorKind::kNoSuch,
+                         file + ": cannot be read: " + std::strerror(errno));
+    }
+    text << stream.rdbuf();
+    return text.str();
+}
+
+Json::Value ReadJsonFile(const std::string& file) {
+    const std::string text = ReadFile(file);
+    Json::CharReaderBuilder builder;
+    builder["collectComments"] = false;
+    builder["failIfExtra"] = true;
+    Json::Value value;
+    std::string errors;
+    try {
+        std::istringstream stream(text);
+        if (Json::parseFromStream(builder, stream, &value, &errors)) {
+            return value;
+        }
+    } catch (const Json::Exception& error) {
+        errors = error.what();
+    }
+    while (!errors.empty() && (errors.back() == '\n' || errors.back() == ' ')) {
+        errors.pop_back();
+    }
+    throw vtv::Error(vtv::ErrorKind::kUsage, file + ": is not JSON: " + errors);
+}
+
+std::string Paint(Look look, const std::string& text) {
+    static const bool colour = isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
+    const char* code = look == Look::kBold   ? "1"
+                       : look == Look::kDim  ? "2"
+                       : look == Look::kGood ? "32"
+                       : look == Look::kBad  ? "31"
+                       : look == Look::kNote ? "36"
+                                             : "";
+    return !colour || *code == '\0' ? text : std::string("\033[") + code + "m" + text + "\033[0m";
+}
+
+}  // namespace cli

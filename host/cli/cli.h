@@ -1,0 +1,93 @@
+// What the verbs share: the common options, the TV and the provider that they name, and how things
+// are printed.
+#pragma once
+
+#include <json/json.h>
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "host/core/page.h"
+#include "host/core/provider.h"
+#include "virtual-tv/virtual_tv.h"
+
+namespace cli {
+
+// Exit codes; the platform's and the usage's are those of vtv::ErrorKind.
+inline constexpr int kOk = 0;
+inline constexpr int kNo = 1;
+inline constexpr int kUsage = 2;
+inline constexpr int kNoSuch = 3;
+inline constexpr int kPlatform = 4;
+
+// The answer is no: what was asked for is understood and refused. Ends the program with kNo.
+class Refusal : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// The options that every verb takes.
+struct Common {
+    std::string tv;        // a folder, or the name of a TV in vtv::HomeDir(); empty: the default TV
+    std::string provider;  // a library; empty: the one that comes with vtv
+    bool json = false;
+    int exitCode = kOk;  // what a verb wants to end with
+};
+
+// Which of the options a verb takes.
+enum Takes : unsigned { kTv = 1, kProvider = 2, kJson = 4 };
+// Adds a verb with its help. `examples` is shown below the options.
+CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const std::string& does,
+                  const std::string& examples, unsigned takes);
+
+// The folder of the TV that --tv names: made from the default model when none is named and there is
+// none yet. Throws kNoSuch.
+std::string TvDir(const Common& common);
+// The folder that a name or path stands for, whether or not there is a TV.
+std::string TvPath(const std::string& nameOrDir);
+std::string ProviderFile(const Common& common);
+
+// A TV that is on for as long as this lives.
+class PoweredTv {
+  public:
+    explicit PoweredTv(const Common& common) : PoweredTv(TvDir(common)) {}
+    explicit PoweredTv(const std::string& dir);
+    ~PoweredTv();
+    PoweredTv(const PoweredTv&) = delete;
+    PoweredTv& operator=(const PoweredTv&) = delete;
+
+    vtv::Tv tv;
+};
+
+// A TV that is on, with the provider that answers for its page.
+class Session : public PoweredTv {
+  public:
+    explicit Session(const Common& common) : PoweredTv(common), provider(ProviderFile(common)) {}
+
+    host::Provider provider;
+};
+
+// Throws kNoSuch with the names that come close.
+const host::Item& RequireItem(const std::string& nameOrKey);
+bool ParseSwitch(const std::string& text);  // on, off; throws kUsage
+
+// Waits until the TV has something to tell, or until SIGINT or SIGTERM; false for the latter.
+bool WaitForTv(const vtv::Tv& tv);
+
+void PrintJson(const Json::Value& value);
+// One line; for streams of documents.
+void PrintJsonLine(const Json::Value& value);
+Json::Value ToJson(const vtv::Value& value);
+// Throws kUsage for what is neither a boolean, an integer nor a string; where says what it is.
+vtv::Value FromJson(const Json::Value& value, const std::string& where);
+Json::Value ReadJsonFile(const std::string& file);
+std::string ReadFile(const std::string& file);  // "-" is the standard input
+
+// Words in colour where the standard output is a terminal and NO_COLOR is not set.
+enum class Look { kPlain, kBold, kDim, kGood, kBad, kNote };
+std::string Paint(Look look, const std::string& text);
+
+}  // namespace cli

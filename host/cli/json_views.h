@@ -1,0 +1,23 @@
+// What the verbs print with --json. docs/schemas/ describes each document.
+#pragma once
+
+#include <json/json.h>
+
+#include "host/core/explain.h"
+#include "host/core/page.h"
+#include "host/core/viewer.h"
+#include "virtual-tv/virtual_tv.h"
+
+namespace cli {
+
+Json::Value ToJson(const host::Box& box);
+Json::Value ToJson(const host::ItemView& view, bool reachable);
+Json::Value ToJson(const host::Page& page, const host::Provider& provider, const vtv::Tv& tv);
+Json::Value ToJson(const host::PageChange& change);
+Json::Value ToJson(const host::PressResult& result, const host::Item& item);
+Json::Value ToJson(const host::Explanation& explanation);
+Json::Value ToJson(const vtv::Launch& launch);
+Json::Value ToJson(const vtv::LogRecord& record);
+Json::Value ToJson(const vtv::TraceEvent& event);
+
+}  // namespace cli

@@ -1,0 +1,20 @@
+// The Voice page as a picture in text.
+#pragma once
+
+#include <string>
+
+#include "host/core/page.h"
+#include "virtual-tv/virtual_tv.h"
+
+namespace cli {
+
+struct PictureOptions {
+    bool all = false;     // hidden items, too
+    size_t columns = 78;  // the width of the whole picture
+};
+
+std::string DrawPage(const host::Page& page, const vtv::Tv& tv, const PictureOptions& options);
+// The width to draw for: the terminal's, within reason; 78 where there is none.
+size_t PictureColumns();
+
+}  // namespace cli

@@ -1,0 +1,128 @@
+// vtv show: the Voice page, once or as it changes.
+#include <iostream>
+#include <memory>
+
+#include <unistd.h>
+
+#include "json_views.h"
+#include "page_text.h"
+#include "verbs.h"
+
+namespace cli {
+
+namespace {
+
+struct Options {
+    bool watch = false;
+    bool all = false;
+    std::string item;
+};
+
+void PrintItem(const host::Page& page, const host::Item& item) {
+    const host::ItemView& view = page[item.name];
+    const auto field = [](const char* name, const std::string& text) {
+        if (!text.empty()) {
+            std::cout << name << text << '\n';
+        }
+    };
+    std::cout << Paint(Look::kBold, view.Label()) << "  (" << item.name << ")\n";
+    field("  key      ", item.key);
+    field("  help     ", view.help.value_or(""));
+    field("  state    ", std::string(view.visible ? "shown" : "hidden") + ", " +
+                             (view.enabled ? "enabled" : "dimmed"));
+    field("  value    ", view.ValueText());
+    for (const host::Choice& choice : view.choices) {
+        field("  choice   ", std::to_string(choice.value) + " " + choice.text);
+    }
+    field("  reason   ", view.disableText.value_or(""));
+    if (view.disablePopup) {
+        field("  popup    ", view.disablePopup->title + ": " + view.disablePopup->message);
+        for (const std::string& button : view.disablePopup->buttons) {
+            field("  button   ", button);
+        }
+    }
+    for (const std::string& missing : view.MissingTexts()) {
+        field("  untranslated ", missing);
+    }
+}
+
+void Print(const Session& session, const host::Page& page, const Options& options, bool json) {
+    if (options.item.empty()) {
+        if (json) {
+            PrintJson(ToJson(page, session.provider, session.tv));
+        } else {
+            std::cout << DrawPage(page, session.tv, {options.all, PictureColumns()});
+        }
+        return;
+    }
+    const host::Item& item = RequireItem(options.item);
+    if (json) {
+        PrintJson(ToJson(page[item.name], page.IsReachable(item)));
+    } else {
+        PrintItem(page, item);
+    }
+}
+
+// On a terminal the picture is drawn anew; in a pipe each difference is a line.
+void Watch(Session& session, host::Page page, const Options& options, bool json) {
+    const bool terminal = isatty(STDOUT_FILENO) == 1;
+    session.tv.WatchAll([](const vtv::Change&) {});
+    // What changed between the first look and the watch is caught by looking again.
+    do {
+        session.tv.Dispatch();
+        const host::Page now = host::LookAtPage(session.provider);
+        const std::vector<host::PageChange> changes = host::ComparePages(page, now);
+        page = now;
+        if (changes.empty()) {
+            continue;
+        }
+        if (json) {
+            for (const host::PageChange& change : changes) {
+                PrintJsonLine(ToJson(change));
+            }
+        } else if (terminal) {
+            std::cout << "\033[H\033[J";
+            Print(session, page, options, false);
+        }
+        for (const host::PageChange& change : changes) {
+            if (!json) {
+                std::cout << host::ToText(change, page) << '\n';
+            }
+        }
+        std::cout.flush();
+    } while (WaitForTv(session.tv));
+}
+
+void Show(Common& common, const Options& options) {
+    Session session(common);
+    const host::Page page = host::LookAtPage(session.provider);
+    if (options.watch && common.json) {
+        PrintJsonLine(ToJson(page, session.provider, session.tv));
+    } else {
+        Print(session, page, options, common.json);
+    }
+    std::cout.flush();
+    if (options.watch) {
+        Watch(session, page, options, common.json);
+    }
+}
+
+}  // namespace
+
+void AddShow(CLI::App& app, Common& common) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* verb =
+        AddVerb(app, common, "show", "Show the Voice page as a viewer sees it",
+                "  vtv show                       the page of the default TV\n"
+                "  vtv show voice-wake-up         everything about one item\n"
+                "  vtv show --tv kitchen --watch  follow it while something else changes it\n"
+                "  vtv show --json | jq '.items[] | select(.visible) | .title'",
+                kTv | kProvider | kJson);
+    verb->add_option("ITEM", options->item, "Only this item, with its details");
+    verb->add_flag("--all", options->all, "Hidden items, too");
+    verb->add_flag("--watch", options->watch,
+                   "Stay, and show each change as it happens; ends with Ctrl-C");
+    verb->callback([&common, options] { Show(common, *options); });
+}
+
+}  // namespace cli

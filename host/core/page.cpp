@@ -1,0 +1,244 @@
+#include "page.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace host {
+
+namespace {
+
+constexpr std::string_view kKeyPrefix = "menu/system/general-voice";
+
+bool IsIdCharacter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+// Edits that turn one word into the other; names are short.
+size_t Distance(std::string_view a, std::string_view b) {
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j) {
+        row[j] = j;
+    }
+    for (size_t i = 1; i <= a.size(); ++i) {
+        size_t diagonal = row[0];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t above = row[j];
+            row[j] =
+                std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1] ? 1 : 0)});
+            diagonal = above;
+        }
+    }
+    return row.back();
+}
+
+std::string ChoicesText(const ItemView& view) {
+    std::string text;
+    for (const Choice& choice : view.choices) {
+        text += (text.empty() ? "" : ", ") + std::to_string(choice.value) + " " + choice.text;
+    }
+    return text;
+}
+
+std::string ReasonText(const ItemView& view) {
+    if (view.disableText) {
+        return *view.disableText;
+    }
+    return view.disablePopup ? view.disablePopup->message : "";
+}
+
+}  // namespace
+
+const std::vector<Item>& PageItems() {
+    static const std::vector<Item> items = {
+        {"menu/system/general-voice", "voice", nullptr, ItemKind::kPage},
+        {"menu/system/general-voice-voice-assistant", "voice-assistant", "voice", ItemKind::kList},
+        {"menu/system/general-voice-voice-wake-up", "voice-wake-up", "voice", ItemKind::kSwitch},
+        {"menu/system/general-voice-voice-always-wake-up", "voice-always-wake-up", "voice-wake-up",
+         ItemKind::kSwitch},
+        {"menu/system/general-voice-voice-screen-on-wake-up", "voice-screen-on-wake-up",
+         "voice-wake-up", ItemKind::kSwitch},
+        {"menu/system/general-voice-situational-hint", "situational-hint", "voice",
+         ItemKind::kSwitch},
+        {"menu/system/general-voice-voice-settings-orvik", "voice-settings-orvik", "voice",
+         ItemKind::kApplication},
+        {"menu/system/general-voice-voice-settings-orvik-cn", "voice-settings-orvik-cn", "voice",
+         ItemKind::kApplication},
+        {"menu/system/general-voice-voice-settings-tencent", "voice-settings-tencent", "voice",
+         ItemKind::kApplication},
+        {"menu/system/general-voice-voice-settings-alexa", "voice-settings-alexa", "voice",
+         ItemKind::kApplication},
+        {"menu/system/general-voice-voice-settings-google", "voice-settings-google", "voice",
+         ItemKind::kApplication},
+        {"menu/system/general-voice-voice-settings-salute", "voice-settings-salute", "voice",
+         ItemKind::kApplication},
+        {"menu/system/general-voice-onboarding", "onboarding", nullptr, ItemKind::kSetup},
+    };
+    return items;
+}
+
+const Item* FindItem(std::string_view nameOrKey) {
+    for (const Item& item : PageItems()) {
+        if (nameOrKey == item.name || nameOrKey == item.key) {
+            return &item;
+        }
+    }
+    return nullptr;
+}
+
+std::vector<std::string> SimilarItems(std::string_view name) {
+    if (name.substr(0, kKeyPrefix.size()) == kKeyPrefix && name.size() > kKeyPrefix.size() + 1) {
+        name.remove_prefix(kKeyPrefix.size() + 1);
+    }
+    std::vector<std::pair<size_t, std::string>> ranked;
+    for (const Item& item : PageItems()) {
+        const std::string_view candidate = item.name;
+        const bool part = name.size() >= 3 && candidate.find(name) != std::string_view::npos;
+        const size_t distance = part ? 1 : Distance(name, candidate);
+        if (distance <= 3) {
+            ranked.emplace_back(distance, item.name);
+        }
+    }
+    std::stable_sort(ranked.begin(), ranked.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<std::string> names;
+    for (auto& [distance, similar] : ranked) {
+        names.push_back(std::move(similar));
+    }
+    return names;
+}
+
+std::string ItemView::ValueText() const {
+    if (!value) {
+        return "";
+    }
+    for (const Choice& choice : choices) {
+        if (choice.value == *value) {
+            return choice.text;
+        }
+    }
+    if (item->kind == ItemKind::kSwitch && (*value == 0 || *value == 1)) {
+        return *value == 1 ? "on" : "off";
+    }
+    return item->kind == ItemKind::kList && *value == 0 ? "none" : std::to_string(*value);
+}
+
+std::string ItemView::Label() const {
+    return title && !title->empty() ? *title : item->name;
+}
+
+std::vector<std::string> ItemView::MissingTexts() const {
+    std::vector<std::string> missing;
+    const auto note = [&](const char* what, const std::optional<std::string>& text) {
+        if (text && HoldsTextId(*text)) {
+            missing.emplace_back(what);
+        }
+    };
+    note("title", title);
+    note("help", help);
+    if (std::any_of(choices.begin(), choices.end(),
+                    [](const Choice& choice) { return HoldsTextId(choice.text); })) {
+        missing.emplace_back("choices");
+    }
+    note("disable-text", disableText);
+    if (disablePopup) {
+        const Box& box = *disablePopup;
+        const bool button = std::any_of(box.buttons.begin(), box.buttons.end(),
+                                        [](const std::string& text) { return HoldsTextId(text); });
+        if (button || HoldsTextId(box.title) || HoldsTextId(box.message)) {
+            missing.emplace_back("popup");
+        }
+    }
+    return missing;
+}
+
+const ItemView& Page::operator[](std::string_view name) const {
+    for (const ItemView& view : items) {
+        if (name == view.item->name) {
+            return view;
+        }
+    }
+    throw std::out_of_range("no item " + std::string(name));
+}
+
+bool Page::IsReachable(const Item& item) const {
+    const ItemView& root = items.front();
+    const bool open = item.parent == nullptr || (root.visible && root.enabled);
+    return open && (*this)[item.name].visible;
+}
+
+ItemView LookAt(const Provider& provider, const Item& item) {
+    ItemView view;
+    view.item = &item;
+    view.visible = provider.IsVisible(item.key);
+    view.enabled = provider.IsEnabled(item.key);
+    view.title = provider.Title(item.key);
+    view.help = provider.Help(item.key);
+    if (HasValue(item)) {
+        view.value = provider.GetInt(item.key);
+    }
+    if (item.kind == ItemKind::kList) {
+        view.choices = provider.Choices(item.key);
+    }
+    if (!view.enabled) {
+        view.disableText = provider.DisableText(item.key);
+        view.disablePopup = provider.DisablePopup(item.key);
+    }
+    return view;
+}
+
+Page LookAtPage(const Provider& provider) {
+    Page page;
+    for (const Item& item : PageItems()) {
+        page.items.push_back(LookAt(provider, item));
+    }
+    return page;
+}
+
+bool HoldsTextId(std::string_view text) {
+    size_t begin = 0;
+    while (begin < text.size()) {
+        size_t end = begin;
+        while (end < text.size() && IsIdCharacter(text[end])) {
+            ++end;
+        }
+        const std::string_view word = text.substr(begin, end - begin);
+        if (word.size() >= 8 && std::count(word.begin(), word.end(), '_') >= 2) {
+            return true;
+        }
+        begin = end + 1;
+    }
+    return false;
+}
+
+std::vector<PageChange> ComparePages(const Page& before, const Page& after) {
+    std::vector<PageChange> changes;
+    for (size_t i = 0; i < before.items.size() && i < after.items.size(); ++i) {
+        const ItemView& old = before.items[i];
+        const ItemView& now = after.items[i];
+        const auto note = [&](const char* what, const std::string& a, const std::string& b) {
+            if (a != b) {
+                changes.push_back({now.item, what, a, b});
+            }
+        };
+        note("visible", old.visible ? "shown" : "hidden", now.visible ? "shown" : "hidden");
+        note("enabled", old.enabled ? "enabled" : "dimmed", now.enabled ? "enabled" : "dimmed");
+        note("value", old.ValueText(), now.ValueText());
+        note("title", old.title.value_or(""), now.title.value_or(""));
+        note("help", old.help.value_or(""), now.help.value_or(""));
+        note("choices", ChoicesText(old), ChoicesText(now));
+        note("reason", ReasonText(old), ReasonText(now));
+    }
+    return changes;
+}
+
+std::string ToText(const PageChange& change, const Page& after) {
+    const std::string label = after[change.item->name].Label();
+    const bool plain =
+        change.what == "visible" || change.what == "enabled" || change.what == "value";
+    return label + " (" + change.item->name + ")" + (plain ? "" : " " + change.what) + ": " +
+           (change.before.empty() ? "nothing" : change.before) + " -> " +
+           (change.after.empty() ? "nothing" : change.after);
+}
+
+}  // namespace host

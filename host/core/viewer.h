@@ -1,0 +1,84 @@
+// What a viewer does with the remote control, and what the viewer sees next.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "page.h"
+#include "virtual-tv/virtual_tv.h"
+
+namespace host {
+
+// The answer to a box.
+enum class Answer {
+    kNone,    // leave the box open: only look at it
+    kOk,      // its first button
+    kCancel,  // its second button, or the back key
+};
+
+// Something that the viewer sees after a press, in the order in which it comes.
+struct Sight {
+    enum class Kind {
+        kChoices,      // the list of choices opens
+        kBox,          // a confirmation box
+        kReason,       // a short text: why the dimmed item cannot be used
+        kPopup,        // the popup of a dimmed item
+        kApplication,  // an application comes to the front
+        kToast,        // a notification that goes away by itself
+        kChange,       // something on the page looks different
+        kElsewhere,    // the item's own settings open, in an application that is not the page's
+        kNothing,
+    };
+    Kind kind;
+    std::string text;                   // for people, one line
+    std::vector<Choice> choices;        // kChoices
+    std::optional<Box> box;             // kBox, kPopup
+    std::optional<vtv::Launch> launch;  // kApplication, kToast
+    std::optional<PageChange> change;   // kChange
+};
+const char* ToText(Sight::Kind kind);  // "choices", "box", ...
+
+struct Press {
+    const Item* item = nullptr;
+    std::optional<int> choose;  // the value of the choice that is taken in a list, or of a switch
+    Answer answer = Answer::kNone;
+};
+
+// What came of a press.
+struct PressResult {
+    bool done =
+        false;  // false when the item is not there to be pressed, or its dimming kept it shut
+    std::string refusal;  // why it was not, for people
+    std::vector<Sight> sights;
+    Page after;
+};
+
+class Viewer {
+  public:
+    // Both must outlive the viewer, and the TV must be the one that is on.
+    Viewer(const Provider& provider, vtv::Tv& tv) : provider_(provider), tv_(tv) {}
+
+    // Throws vtv::Error (kUsage) for a choice that the item does not offer.
+    PressResult PressItem(const Press& press);
+    // Stores a value without any box, as another program would. A hidden or dimmed item refuses.
+    PressResult SetValue(const Item& item, int value);
+
+  private:
+    void PressDimmed(const Press& press, const ItemView& view, PressResult* result);
+    void PressEnabled(const Press& press, const ItemView& view, PressResult* result);
+    void PressList(const Press& press, const ItemView& view, PressResult* result);
+    void Finish(const Page& before, size_t launchesBefore, PressResult* result);
+
+    const Provider& provider_;
+    vtv::Tv& tv_;
+};
+
+// The value that a viewer means with "2", "on", "Google Assistant" (a choice's text, in any case).
+// Throws vtv::Error (kUsage) naming what can be chosen.
+int ParseChoice(const ItemView& view, const std::string& text);
+
+// A launch as a viewer sees it: a toast, or an application coming to the front.
+Sight SightOf(const vtv::Launch& launch);
+
+}  // namespace host
