@@ -1,0 +1,144 @@
+// What the platform hands out and the provider must give back: heap strings and handles.
+#include <cstdlib>
+#include <cstring>
+
+#include "recorder.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define BLOCKS_ARE_WATCHED_BY_SANITIZER true
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define BLOCKS_ARE_WATCHED_BY_SANITIZER true
+#endif
+#endif
+#ifndef BLOCKS_ARE_WATCHED_BY_SANITIZER
+#define BLOCKS_ARE_WATCHED_BY_SANITIZER false
+#endif
+
+namespace recording {
+
+namespace {
+
+constexpr int MAX_STRINGS = 128;
+
+// Plain arrays: free() looks here and must not allocate.
+struct HeapString {
+    void* block;
+    std::size_t size;
+    const char* function;
+    int freed;
+};
+HeapString strings[MAX_STRINGS];
+int stringCount = 0;
+
+struct Handle {
+    const char* kind;
+    bool ended = false;
+};
+struct Handles {
+    std::map<const void*, Handle> all;
+    std::vector<std::string> misuse;
+};
+Handles& handles() {
+    static Handles instance;
+    return instance;
+}
+
+// Blocks whose debt is settled make room for new ones.
+void ForgetFreedStrings() {
+    int kept = 0;
+    for (int i = 0; i < stringCount; ++i) {
+        if (strings[i].freed == 1) {
+            if (!BLOCKS_ARE_WATCHED_BY_SANITIZER) {
+                void* block = strings[i].block;
+                strings[i].block = nullptr;
+                std::free(block);
+            }
+        } else {
+            strings[kept++] = strings[i];
+        }
+    }
+    stringCount = kept;
+}
+
+}  // namespace
+
+char* HandOut(std::string_view text, const char* function) {
+    if (stringCount == MAX_STRINGS) {
+        ForgetFreedStrings();
+    }
+    if (stringCount == MAX_STRINGS) {
+        std::abort();  // that many strings, and nobody frees any
+    }
+    char* block = static_cast<char*>(std::malloc(text.size() + 1));
+    std::memcpy(block, text.data(), text.size());
+    block[text.size()] = '\0';
+    strings[stringCount++] = {block, text.size() + 1, function, 0};
+    return block;
+}
+
+bool KeepFreed(void* block) {
+    // The youngest first: with a sanitizer an address comes back.
+    for (int i = stringCount - 1; i >= 0; --i) {
+        if (strings[i].block == block) {
+            ++strings[i].freed;
+            if (BLOCKS_ARE_WATCHED_BY_SANITIZER) {
+                return false;
+            }
+            std::memset(block, 0xDD, strings[i].size);
+            return true;
+        }
+    }
+    return false;
+}
+
+void* NewHandle(const char* kind) {
+    char* handle = new char;
+    handles().all[handle] = {kind};
+    return handle;
+}
+
+bool IsHandle(const void* handle, const char* kind) {
+    const auto found = handles().all.find(handle);
+    return found != handles().all.end() && std::strcmp(found->second.kind, kind) == 0 &&
+           !found->second.ended;
+}
+
+void EndHandle(void* handle, const char* kind) {
+    if (!IsHandle(handle, kind)) {
+        handles().misuse.push_back(std::string(kind) +
+                                   (handle == nullptr ? ": null" : ": not a live handle") +
+                                   " given back");
+        return;
+    }
+    handles().all[handle].ended = true;
+}
+
+std::vector<std::string> Debts() {
+    PlatformCode inside;
+    std::vector<std::string> debts = handles().misuse;
+    for (const auto& [address, handle] : handles().all) {
+        if (!handle.ended) {
+            debts.push_back(std::string(handle.kind) + ": not given back");
+        }
+    }
+    for (int i = 0; i < stringCount; ++i) {
+        if (strings[i].freed == 0) {
+            debts.push_back(std::string(strings[i].function) + ": string not freed");
+        } else if (strings[i].freed > 1) {
+            debts.push_back(std::string(strings[i].function) + ": string freed twice");
+        }
+    }
+    return debts;
+}
+
+void ResetDebts() {
+    for (const auto& [address, handle] : handles().all) {
+        delete static_cast<const char*>(address);
+    }
+    handles() = Handles();
+    ForgetFreedStrings();
+    stringCount = 0;
+}
+
+}  // namespace recording

@@ -1,0 +1,73 @@
+// How the platform's services write down their calls. For the platform's own sources.
+#pragma once
+
+#include <initializer_list>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "recording_platform.h"
+
+namespace recording {
+
+// Greater than 0 while the process is inside the platform: memory that is allocated then is the
+// platform's own and never fails.
+extern int platformDepth;
+
+class PlatformCode {
+  public:
+    PlatformCode() { ++platformDepth; }
+    ~PlatformCode() { --platformDepth; }
+    PlatformCode(const PlatformCode&) = delete;
+    PlatformCode& operator=(const PlatformCode&) = delete;
+};
+
+std::string Printable(const char* text);
+std::string Printable(int number);
+
+// One call of the platform: stands first in every service function.
+class Call {
+  public:
+    struct Unwritten {};
+    // A call that writes its own line.
+    Call(Unwritten, const char* function);
+    template <typename... Arguments>
+    explicit Call(const char* function, const Arguments&... arguments)
+        : Call(Unwritten(), function) {
+        if (recording_) {
+            Record(function, {Printable(arguments)...});
+        }
+    }
+    bool Fails() const { return fails_; }
+    // The code of the failure that the test asked for.
+    int Code() const { return code_; }
+
+  private:
+    void Record(const char* function, std::initializer_list<std::string> arguments);
+
+    PlatformCode inside_;
+    bool recording_ = false;
+    bool fails_ = false;
+    int code_ = -1;
+};
+
+bool IsRecording();
+void RecordLine(std::string line);
+
+// A heap string that the caller is to free; its debt is counted.
+char* HandOut(std::string_view text, const char* function);
+// Called by the process's free(). True when the block stays with the platform for now, to see
+// whether it is freed again.
+bool KeepFreed(void* block);
+
+// A handle that the caller is to destroy once.
+void* NewHandle(const char* kind);
+bool IsHandle(const void* handle, const char* kind);
+void EndHandle(void* handle, const char* kind);
+
+void ResetDebts();
+void ResetServices();
+void ResetTrace();
+void AddLaunch(Launch launch);
+
+}  // namespace recording
