@@ -1,0 +1,51 @@
+# What ./run, ./test and the legs share. Sourced, not run.
+# shellcheck shell=bash
+set -euo pipefail
+
+ROOT=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
+cd "$ROOT"
+LOGS=build/logs
+
+say() { printf '%s\n' "$*"; }
+
+die() {
+    printf '%s: %s\n' "$(basename "$0")" "$*" >&2
+    exit 1
+}
+
+as_root() {
+    if ((EUID == 0)); then "$@"; else sudo "$@"; fi
+}
+
+# Whoever started us through sudo owns what we build, or the next start without sudo would fail.
+# Does not return when there is somebody to hand over to.
+hand_over_to_owner() {
+    local owner
+    owner=$(stat -c %u .)
+    if ((EUID == 0 && owner != 0)) && [[ ${SUDO_UID:-} == "$owner" ]]; then
+        [[ ! -d build ]] || chown -R "$SUDO_UID:$SUDO_GID" build
+        exec sudo -H -u "#$SUDO_UID" -- "$(readlink -f "$0")" "$@"
+    fi
+    mkdir -p "$LOGS" 2>/dev/null || true
+    [[ -w build && -w $LOGS ]] ||
+        die "cannot write to $ROOT/build: it belongs to $(stat -c %U build 2>/dev/null || stat -c %U .)." \
+            "Remove it, or start this as that user."
+}
+
+# build PRESET [TARGET...]: configures and builds. On a terminal ninja's own line of progress is
+# shown; else nothing, and all of the compiler's output when it fails.
+build() {
+    local preset=$1 targets=() log=$LOGS/build-$1.log
+    shift
+    (($# == 0)) || targets=(--target "$@")
+    if ! cmake --preset "$preset" >"$log" 2>&1; then
+        cat "$log" >&2
+        die "configuring the preset \"$preset\" failed"
+    fi
+    if [[ -t 1 ]]; then
+        NINJA_STATUS="Building ($preset) %f/%t " cmake --build --preset "$preset" "${targets[@]}"
+    elif ! cmake --build --preset "$preset" "${targets[@]}" >>"$log" 2>&1; then
+        cat "$log" >&2
+        die "building the preset \"$preset\" failed"
+    fi
+}

@@ -1,0 +1,126 @@
+# The legs of ./test: each proves the product in one way. Sourced, not run.
+# shellcheck shell=bash disable=SC2034,SC2153
+
+LEGS=(gcc clang format tidy words hardening reproducible coverage tv asan i686 valgrind arm32 tv-arm32)
+
+declare -A LEG_TITLE=(
+    [gcc]="everything, as it ships, with g++"
+    [clang]="everything, with clang"
+    [format]="every source is formatted by .clang-format"
+    [tidy]="every source satisfies .clang-tidy"
+    [words]="the sources speak of the product alone"
+    [hardening]="the library's exports and hardening"
+    [reproducible]="the same library, byte for byte, built in two folders"
+    [coverage]="the provider's lines, branches and conditions"
+    [tv]="a TV build against a small stand-in for the TV's SDK"
+    [asan]="everything, with address, undefined-behaviour and leak sanitizers"
+    [i686]="the provider for 32-bit x86, with the sanitizers"
+    [valgrind]="the provider under valgrind"
+    [arm32]="the provider for 32-bit ARM, under qemu"
+    [tv-arm32]="the TV build for 32-bit ARM"
+)
+
+# What a leg needs beyond the packages of ./run.
+declare -A LEG_PACKAGES=(
+    [clang]="clang-19"
+    [format]="clang-format-19"
+    [tidy]="clang-19 clang-tidy-19"
+    [hardening]="binutils"
+    [coverage]="clang-19 libclang-rt-19-dev llvm-19"
+    [tv]="binutils"
+    [i686]="g++-i686-linux-gnu libjsoncpp-dev:i386"
+    [valgrind]="valgrind"
+    [arm32]="g++-arm-linux-gnueabihf libjsoncpp-dev:armhf qemu-user-static"
+    [tv-arm32]="binutils g++-arm-linux-gnueabihf libjsoncpp-dev:armhf"
+)
+
+is_leg() { [[ -n ${1:-} && -n ${LEG_TITLE[$1]:-} ]]; }
+
+# A line of the leg's output that ./test repeats in its summary.
+remark() { say "remark: $*"; }
+
+# --- Suites, each in a build of its own ----------------------------------------------------------
+
+leg_gcc() { build_and_test release; }
+leg_clang() { build_and_test clang; }
+leg_asan() { build_and_test asan; }
+leg_i686() { build_and_test i686; }
+leg_valgrind() { build_and_test valgrind; }
+leg_arm32() { build_and_test arm32; }
+
+leg_coverage() {
+    rm -rf build/coverage/profiles
+    build_and_test coverage
+    scripts/coverage build/coverage
+}
+
+build_and_test() {
+    build "$1"
+    ctest --preset "$1" --output-junit "$ROOT/$LOGS/$LEG.$1.xml"
+}
+
+# --- Checks of the sources -----------------------------------------------------------------------
+
+leg_format() {
+    find_sources | xargs clang-format-19 --dry-run -Werror
+}
+
+find_sources() {
+    find . \( -path ./build -o -path ./.git \) -prune -o -name '*.h' -print -o -name '*.cpp' -print -o -name '*.c' -print
+}
+
+leg_tidy() {
+    cmake --preset clang
+    run-clang-tidy-19 -quiet -j 2 -p build/clang "^$ROOT/(si-ready|virtual-tv|host|explorer)/"
+}
+
+leg_words() { scripts/check-words; }
+
+# --- Checks of the library -----------------------------------------------------------------------
+
+leg_hardening() {
+    build release si-ready
+    scripts/check-library build/release
+}
+
+leg_reproducible() {
+    local copies=build/reproducible folder
+    rm -rf "$copies"
+    for folder in "$copies/a" "$copies/another/folder"; do
+        mkdir -p "$folder"
+        tar --create --exclude=./build --exclude=./.git . | tar --extract --directory "$folder"
+        cmake -S "$folder" -B "$folder/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+            -DSI_BUILD_VIRTUAL_TV=OFF -DSI_BUILD_TESTS=OFF
+        cmake --build "$folder/build" -- -j 2
+    done
+    cmp "$copies"/{a,another/folder}/build/lib/libsi-ready.so
+}
+
+leg_tv() { build_for_tv build/tv; }
+leg_tv_arm32() { build_for_tv build/tv-arm32 --toolchain "$ROOT/cmake/arm-linux-gnueabihf.cmake"; }
+
+build_for_tv() {
+    local build=$1 sdk
+    shift
+    cmake -S tests/tv-sdk -B "$build/sdk" -G Ninja "$@"
+    cmake --build "$build/sdk" -- -j 2
+    sdk=$(printf '%s;' "$ROOT/$build"/sdk/lib*.so)
+
+    # A library of the SDK that is forgotten must be named when linking, not when the TV starts.
+    if link_for_tv "$build" "${sdk%%;*}" "$@" >"$build/incomplete.log" 2>&1 ||
+        ! grep -q 'undefined reference' "$build/incomplete.log"; then
+        cat "$build/incomplete.log"
+        die "linking with only ${sdk%%;*} should have named what is missing"
+    fi
+    link_for_tv "$build" "${sdk%;}" "$@"
+    scripts/check-library "$build"
+    grep -q tv-sdk-operation "$build/lib/libsi-ready.so" || die "the SDK's own headers were not used"
+}
+
+link_for_tv() {
+    local build=$1 libraries=$2
+    shift 2
+    cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release "$@" \
+        -DSI_TV_SDK_INCLUDE_DIR="$ROOT/tests/tv-sdk/include" -DSI_TV_SDK_LIBRARIES="$libraries"
+    cmake --build "$build" -- -j 2
+}

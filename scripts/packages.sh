@@ -1,0 +1,76 @@
+# Debian's packages: which ones, and how they get here. Sourced, not run.
+# shellcheck shell=bash disable=SC2034
+
+PACKAGES=(
+    cmake g++ gettext googletest ninja-build pkg-config
+    libcli11-dev libelementary1 libespeak-ng-dev libjsoncpp-dev libtomlplusplus-dev
+)
+
+APT_LOG=
+LISTS_ARE_FRESH=false
+
+# Installs what is missing of the named packages. Fails, after three tries, when some still are.
+# Nothing is fetched, and no network is needed, when nothing is missing.
+install_packages() {
+    local tries=${INSTALL_TRIES:-3} try missing
+    for ((try = 1; try <= tries; ++try)); do
+        mapfile -t missing < <(missing_packages "$@")
+        ((${#missing[@]} > 0)) || return 0
+        if ((try > 1)); then
+            say "Trying again ($try of $tries): $(apt_failure)"
+            sleep $((try * 3))
+            LISTS_ARE_FRESH=false
+        fi
+        say "Installing from Debian: ${missing[*]}"
+        apt_install "${missing[@]}" || true
+    done
+    [[ -z $(missing_packages "$@") ]]
+}
+
+missing_packages() {
+    command -v dpkg-query >/dev/null || die "this needs Debian 12 with the packages: $*"
+    local package
+    for package in "$@"; do
+        [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed ]] ||
+            printf '%s\n' "$package"
+    done
+}
+
+apt_install() {
+    [[ -n $APT_LOG ]] || APT_LOG=$(mktemp --tmpdir si-ready-packages.XXXXXX)
+    {
+        add_architectures "$@"
+        # An index of one suite that cannot be fetched today need not matter to these packages.
+        $LISTS_ARE_FRESH || apt update || say "apt-get update reported errors; going on"
+        LISTS_ARE_FRESH=true
+        apt install --no-install-recommends "$@"
+    } >"$APT_LOG" 2>&1
+}
+
+add_architectures() {
+    local package architecture
+    for package in "$@"; do
+        architecture=${package#*:}
+        if [[ $architecture != "$package" ]] &&
+            ! dpkg --print-foreign-architectures | grep -qx "$architecture"; then
+            as_root dpkg --add-architecture "$architecture"
+            LISTS_ARE_FRESH=false
+        fi
+    done
+}
+
+apt() {
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -y -q -o DPkg::Lock::Timeout=300 "$@"
+}
+
+# Why the named packages are not here, in one line.
+not_installed() {
+    local missing
+    mapfile -t missing < <(missing_packages "$@")
+    say "cannot install ${missing[*]} ($(apt_failure)); by hand: apt-get install ${missing[*]}"
+}
+
+apt_failure() {
+    grep -E '^E: |^sudo: |not found' "$APT_LOG" 2>/dev/null | tail -n 1 | sed 's/^E: //' | grep . ||
+        say "apt-get said nothing; see $APT_LOG"
+}
