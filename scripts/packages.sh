@@ -29,10 +29,13 @@ install_packages() {
 
 missing_packages() {
     command -v dpkg-query >/dev/null || die "this needs Debian 12 with the packages: $*"
-    local package
+    local native package architecture
+    native=$(dpkg --print-architecture)
     for package in "$@"; do
-        [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed ]] ||
-            printf '%s\n' "$package"
+        architecture=$native
+        [[ $package != *:* ]] || architecture=${package#*:}
+        dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "${package%:*}" 2>/dev/null |
+            grep -qxE "($architecture|all) installed" || printf '%s\n' "$package"
     done
 }
 
