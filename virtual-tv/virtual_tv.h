@@ -1,8 +1,8 @@
 // A TV without the TV: the public face of the virtual TV.
 //
-// A virtual TV is a folder. It is made once from a model (a TOML file) and then lives: its settings,
-// its account, its running applications, its log and its trace are files in that folder, so that any
-// number of processes on the same machine share one TV.
+// A virtual TV is a folder. It is made once from a model (a TOML file) and then lives: its
+// settings, its account, its running applications, its log and its trace are files in that folder,
+// so that any number of processes on the same machine share one TV.
 //
 //     vtv::Tv::Create(dir, vtv::FindModel("farfield-eu"));
 //     vtv::Tv tv(dir);
@@ -90,7 +90,7 @@ VTV_EXPORT const char* ToText(ApplicationMode mode);  // "record", "process", "a
 VTV_EXPORT ApplicationMode ParseApplicationMode(const std::string& text);  // throws kUsage
 
 enum class Network { kConnected, kDisconnected, kHost /* as this machine's default route */ };
-VTV_EXPORT const char* ToText(Network network);  // "connected", "disconnected", "host"
+VTV_EXPORT const char* ToText(Network network);            // "connected", "disconnected", "host"
 VTV_EXPORT Network ParseNetwork(const std::string& text);  // throws kUsage
 
 struct Package {
@@ -117,17 +117,17 @@ struct Assistant {
 
 // A TV model as data: what CreateTv() starts from. docs/virtual-tv.md describes the file.
 struct Model {
-    std::string file;         // where it was read from
-    std::string name;         // the file's name without ".toml"
-    std::string title;        // one line for people
-    std::string description;  // why this model exists; may be empty
+    std::string file;                       // where it was read from
+    std::string name;                       // the file's name without ".toml"
+    std::string title;                      // one line for people
+    std::string description;                // why this model exists; may be empty
     std::map<std::string, Value> features;  // by full feature key
     std::vector<Assistant> assistants;      // as the initial policy lists them
     std::map<std::string, Value> settings;  // initial values, by settings key
     std::vector<std::string> ownerFiles;    // files that exist below /home/owner, relative to it
     std::map<std::string, bool> consents;   // "tnc", "pp"
     bool signedIn = false;
-    std::string accountUi;                  // application id of the sign-in screen; may be empty
+    std::string accountUi;  // application id of the sign-in screen; may be empty
     Network network = Network::kConnected;
     ApplicationMode applications = ApplicationMode::kProcess;
     std::vector<Package> packages;
@@ -137,7 +137,8 @@ struct Model {
 
 // Reads and checks a model. The text of the error has the file, the line and what to write instead.
 VTV_EXPORT Model LoadModel(const std::string& file);
-// The file of a model: a path, or the name of a model that comes with the virtual TV. Throws kNoSuch.
+// The file of a model: a path, or the name of a model that comes with the virtual TV. Throws
+// kNoSuch.
 VTV_EXPORT std::string FindModel(const std::string& nameOrFile);
 // The files of the models that come with the virtual TV, sorted by name.
 VTV_EXPORT std::vector<std::string> ModelFiles();
@@ -171,7 +172,7 @@ struct Launch {
     Extras extras;
     // "started", "resumed" (it was running), "recorded" (no process wanted), or "failed: " and why.
     std::string outcome;
-    int pid = 0;            // 0 when there is no process
+    int pid = 0;  // 0 when there is no process
 };
 
 struct RunningApplication {
@@ -184,13 +185,13 @@ struct RunningApplication {
 struct LogRecord {
     TimePoint time;
     int pid = 0;
-    int priority = 0;      // 4 is info, 6 is error
-    std::string tag;       // "SI-MENU" for the provider, "VTV" for the virtual TV itself
+    int priority = 0;  // 4 is info, 6 is error
+    std::string tag;   // "SI-MENU" for the provider, "VTV" for the virtual TV itself
     // From the message's prefix "file: function(line) > "; empty and 0 without one.
     std::string file;
     std::string function;
     int line = 0;
-    std::string message;   // without that prefix; may hold newlines
+    std::string message;  // without that prefix; may hold newlines
 };
 
 struct LogFilter {
@@ -225,7 +226,7 @@ struct Fault {
     };
     std::string function;  // one of PlatformFunctions()
     Kind kind = Kind::kOnce;
-    int result = -1;       // what a failing call returns where it returns an int error
+    int result = -1;  // what a failing call returns where it returns an int error
     int delayMs = 0;
 };
 // The names of the platform calls that can be made to fail, sorted.
@@ -255,8 +256,8 @@ struct Snapshot {
 
 class VTV_EXPORT Tv {
   public:
-    // Makes the folder from a model file. Throws kUsage when the folder is not empty or the model is
-    // wrong; nothing is left behind then.
+    // Makes the folder from a model file. Throws kUsage when the folder is not empty or the model
+    // is wrong; nothing is left behind then.
     static void Create(const std::string& dir, const std::string& modelFile);
     // Whether the folder is a TV. Throws nothing.
     static bool IsTv(const std::string& dir);
@@ -276,7 +277,7 @@ class VTV_EXPORT Tv {
 
     // Paths, absolute.
     const std::string& Dir() const;
-    std::string OwnerDir() const;   // what the TV knows as /home/owner
+    std::string OwnerDir() const;  // what the TV knows as /home/owner
     std::string LogFile() const;
     std::string TraceFile() const;
 
@@ -325,7 +326,8 @@ class VTV_EXPORT Tv {
     // Always-on-voice mode of one assistant application; 0 when it was never set.
     int AlwaysOnVoice(const std::string& appId) const;
     void SetAlwaysOnVoice(const std::string& appId, int mode);
-    // Menu language, "de_DE". Texts change at once in this process, at the next Dispatch() in others.
+    // Menu language, "de_DE". Texts change at once in this process, at the next Dispatch() in
+    // others.
     std::string Language() const;
     void SetLanguage(const std::string& language);
     // What the installed catalogues offer, "de", "zh_CN", ...
@@ -356,12 +358,16 @@ class VTV_EXPORT Tv {
     bool IsRunning(const std::string& appId) const;
     // Starts an application as the TV's own launcher would; returns how it went, recorded or not.
     Launch LaunchApplication(const std::string& appId, const Extras& extras);
-    // The application does its work (the wizard agrees to the terms, ...) and ends; the call returns
-    // when it has ended. Throws kNoSuch when it does not run, kPlatform when it does not end in time
-    // or could not do its work.
+    // The application does its work (the wizard agrees to the terms, ...) and ends; the call
+    // returns when it has ended. Throws kNoSuch when it does not run, kPlatform when it does not
+    // end in time or could not do its work.
     void FinishApplication(const std::string& appId);
     // It ends without having done anything.
     void CancelApplication(const std::string& appId);
+    // For a program that plays an application: this process is it, from here to LeaveApplication().
+    // failure: why it could not do its work; empty when it did, or was cancelled.
+    void EnterApplication(const std::string& appId, const Extras& extras);
+    void LeaveApplication(const std::string& failure = {});
     // Every launch since the TV was made (or the list cleared), oldest first.
     std::vector<Launch> Launches() const;
     void ClearLaunches();
@@ -391,7 +397,8 @@ class VTV_EXPORT Tv {
     std::vector<Voice> Voices() const;
     bool VoiceGuide() const;  // "db/setting/accessibility/tts"
     // Speaks the text when the voice guide is on; returns whether it was spoken. Sound goes where
-    // the model's speech.output says: the speakers, "speech/last.wav" in the TV's folder, or nowhere.
+    // the model's speech.output says: the speakers, "speech/last.wav" in the TV's folder, or
+    // nowhere.
     bool Speak(const std::string& text);
 
     struct Impl;
@@ -448,7 +455,8 @@ struct Read {
 VTV_EXPORT void StartRecordingReads();
 VTV_EXPORT std::vector<Read> StopRecordingReads();
 
-// Where TVs live unless told otherwise: $VTV_HOME, else $XDG_DATA_HOME/vtv, else ~/.local/share/vtv.
+// Where TVs live unless told otherwise: $VTV_HOME, else $XDG_DATA_HOME/vtv, else
+// ~/.local/share/vtv.
 VTV_EXPORT std::string HomeDir();
 // Catalogues and models: $VTV_DATA, else found from where this library lies.
 VTV_EXPORT std::string DataDir();

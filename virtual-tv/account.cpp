@@ -1,0 +1,72 @@
+// The maker's account and the viewer's consents.
+#include "platform/account.h"
+
+#include <cstring>
+
+#include "serve.h"
+#include "tv_impl.h"
+
+namespace vtv {
+
+namespace {
+
+constexpr char kSignedIn[] = "account/signed_in";
+std::string ConsentKey(const std::string& item) {
+    return "consent/" + item;
+}
+
+}  // namespace
+
+bool Tv::SignedIn() const {
+    return impl_->StateOr<bool>(kSignedIn, false);
+}
+
+void Tv::SetSignedIn(bool signedIn) {
+    impl_->state.Write(kSignedIn, signedIn);
+}
+
+bool Tv::Consent(const std::string& item) const {
+    return impl_->StateOr<bool>(ConsentKey(item), false);
+}
+
+void Tv::SetConsent(const std::string& item, bool agreed) {
+    if (item != "tnc" && item != "pp") {
+        throw Error(ErrorKind::kUsage,
+                    "\"" + item +
+                        "\" is no consent: write \"tnc\" (terms and conditions) or "
+                        "\"pp\" (privacy policy).");
+    }
+    impl_->state.Write(ConsentKey(item), agreed);
+}
+
+}  // namespace vtv
+
+extern "C" {
+
+VTV_EXPORT int sso_get_login_state(int* state) {
+    return vtv::Serve("sso_get_login_state", [&](vtv::Tv::Impl& tv) {
+        if (state == nullptr) {
+            return vtv::kFailed;
+        }
+        *state = tv.StateOr<bool>(vtv::kSignedIn, false) ? 1 : 0;
+        return 0;
+    });
+}
+
+VTV_EXPORT int sso_get_account_ui_application_package_id(char** id) {
+    return vtv::Serve("sso_get_account_ui_application_package_id", [&](vtv::Tv::Impl& tv) {
+        if (id == nullptr || tv.model.accountUi.empty()) {
+            return vtv::kFailed;
+        }
+        *id = strdup(tv.model.accountUi.c_str());
+        return *id != nullptr ? 0 : vtv::kFailed;
+    });
+}
+
+VTV_EXPORT int GetDisclaimerItemAgreement(const char* item) {
+    return vtv::Serve("GetDisclaimerItemAgreement", [&](vtv::Tv::Impl& tv) {
+        return item != nullptr && tv.StateOr<bool>(vtv::ConsentKey(item), false) ? 1 : 0;
+    });
+}
+
+}  // extern "C"

@@ -1,0 +1,271 @@
+// Applications: how they are started, finished and ended; aul_launch_app and the app manager.
+#include "applications.h"
+
+#include <unistd.h>
+
+#include <cstring>
+#include <thread>
+
+#include "platform/applications.h"
+#include "serve.h"
+
+struct app_context_s {
+    std::string appId;
+};
+
+namespace vtv {
+
+namespace {
+
+constexpr char kModeKey[] = "applications";
+constexpr char kPopup[] = "org.nemra.alert-syspopup";
+constexpr auto kEndTimeout = std::chrono::seconds(10);
+
+constexpr const char* kSimulated[] = {
+    kPopup,
+    "org.nemra.wizard",
+    "org.nemra.voice-onboarding",
+    "com.vantelo.tv.voice-instant-app",
+    "com.vantelo.tv.google-assistant",
+    "com.vantelo.tv.salute-assistant",
+    "com.vantelo.tv.tencent-voice-chrome",
+};
+
+std::string Describe(int error) {
+    return std::string("failed: ") + std::strerror(error);
+}
+
+std::vector<std::string> Arguments(const Tv::Impl& tv, const Launch& request,
+                                   const Package* package, ApplicationMode mode) {
+    std::vector<std::string> arguments;
+    if (package != nullptr && !package->command.empty()) {
+        // The TV's own command, with the extras behind it.
+        arguments = {"/bin/sh", "-c", "exec " + package->command + " \"$@\"", package->appId};
+    } else {
+        arguments = {AppProgram(), "--tv", tv.dir};
+        if (mode == ApplicationMode::kAuto) {
+            arguments.push_back("--auto");
+        }
+        arguments.push_back("--");
+        arguments.push_back(request.appId);
+    }
+    for (const auto& [key, value] : request.extras) {
+        arguments.push_back(key + "=" + value);
+    }
+    return arguments;
+}
+
+ApplicationMode ModeOf(const Tv::Impl& tv) {
+    return ParseApplicationMode(tv.StateOr<std::string>(kModeKey, ToText(tv.model.applications)));
+}
+
+// Decides, starts and registers; writes outcome and pid.
+void Start(Tv::Impl& tv, Launch* launch) {
+    const Package* package = FindPackage(tv.model, launch->appId);
+    if (package == nullptr && !IsSimulated(tv.model, launch->appId)) {
+        launch->outcome = "failed: " + launch->appId + " is not installed";
+        return;
+    }
+    const ApplicationMode mode = ModeOf(tv);
+    if (mode == ApplicationMode::kRecord) {
+        launch->outcome = "recorded";
+        return;
+    }
+    // Nobody else starts the same application meanwhile, and it cannot end before it is registered.
+    const FileLock lock(tv.dir + "/apps/.lock");
+    for (const RunningApplication& running : ListRunning(tv.dir)) {
+        if (running.appId == launch->appId && launch->appId != kPopup) {
+            launch->outcome = "resumed";
+            launch->pid = running.pid;
+            return;
+        }
+    }
+    const bool own = package == nullptr || package->command.empty();
+    int error = 0;
+    launch->pid = SpawnDetached(Arguments(tv, *launch, package, mode),
+                                {"VTV_TV=" + tv.dir, "VTV_APP_ID=" + launch->appId},
+                                tv.dir + "/log/applications.log", own, &error);
+    if (launch->pid < 0) {
+        launch->pid = 0;
+        launch->outcome = Describe(error);
+        return;
+    }
+    launch->outcome = "started";
+    Register(tv.dir, {launch->appId, launch->pid, launch->time, launch->extras});
+}
+
+bool IsGone(const std::string& tvDir, int pid) {
+    for (const RunningApplication& running : ListRunning(tvDir)) {
+        if (running.pid == pid) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Sends the signal to every process of the application and waits until they have ended.
+void End(Tv::Impl& tv, const std::string& appId, AppSignal signal) {
+    const Package* package = FindPackage(tv.model, appId);
+    if (signal == AppSignal::kFinish && package != nullptr && !package->command.empty()) {
+        throw Error(ErrorKind::kUsage, appId + " is run by the TV's own command \"" +
+                                           package->command + "\": finish it there, or cancel it.");
+    }
+    // A foreign command knows no signal of ours but the one that everybody knows.
+    const bool foreign = package != nullptr && !package->command.empty();
+    bool found = false;
+    std::string failure;
+    for (const RunningApplication& running : ListRunning(tv.dir)) {
+        if (running.appId != appId) {
+            continue;
+        }
+        found = true;
+        SignalApplication(running, foreign ? AppSignal::kTerminate : signal);
+        const auto deadline = std::chrono::steady_clock::now() + kEndTimeout;
+        while (!IsGone(tv.dir, running.pid)) {
+            if (std::chrono::steady_clock::now() > deadline) {
+                throw Error(ErrorKind::kPlatform, appId + " (process " +
+                                                      std::to_string(running.pid) +
+                                                      ") does not end. End it with kill.");
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+        failure += TakeFailure(tv.dir, running.pid);
+    }
+    if (!found) {
+        throw Error(ErrorKind::kNoSuch, appId + " does not run.");
+    }
+    if (!failure.empty()) {
+        throw Error(ErrorKind::kPlatform, failure);
+    }
+}
+
+}  // namespace
+
+bool IsSimulated(const Model& model, const std::string& appId) {
+    for (const char* known : kSimulated) {
+        if (appId == known) {
+            return true;
+        }
+    }
+    if (!appId.empty() && appId == model.accountUi) {
+        return true;
+    }
+    for (const Assistant& assistant : model.assistants) {
+        if (assistant.appId == appId) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Succeeded(const Launch& launch) {
+    return launch.outcome.rfind("failed", 0) != 0;
+}
+
+Launch StartApplication(Tv::Impl& tv, Launch request) {
+    request.time = Now();
+    Start(tv, &request);
+    RecordLaunch(tv, request);
+    return request;
+}
+
+void EndRunningApplications(Tv::Impl& tv) {
+    for (const RunningApplication& running : ListRunning(tv.dir)) {
+        SignalApplication(running, AppSignal::kTerminate);
+    }
+    const auto deadline = std::chrono::steady_clock::now() + kEndTimeout;
+    while (!ListRunning(tv.dir).empty() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+}
+
+ApplicationMode Tv::Applications() const {
+    return ModeOf(*impl_);
+}
+
+void Tv::SetApplications(ApplicationMode mode) {
+    impl_->state.Write(kModeKey, ToText(mode));
+}
+
+std::vector<RunningApplication> Tv::RunningApplications() const {
+    return ListRunning(impl_->dir);
+}
+
+bool Tv::IsRunning(const std::string& appId) const {
+    for (const RunningApplication& running : ListRunning(impl_->dir)) {
+        if (running.appId == appId) {
+            return true;
+        }
+    }
+    return false;
+}
+
+Launch Tv::LaunchApplication(const std::string& appId, const Extras& extras) {
+    Launch request;
+    request.appId = appId;
+    request.via = "aul";
+    request.extras = extras;
+    return StartApplication(*impl_, std::move(request));
+}
+
+void Tv::FinishApplication(const std::string& appId) {
+    End(*impl_, appId, AppSignal::kFinish);
+}
+
+void Tv::CancelApplication(const std::string& appId) {
+    End(*impl_, appId, AppSignal::kCancel);
+}
+
+void Tv::EnterApplication(const std::string& appId, const Extras& extras) {
+    // The launcher has registered what it started; a program started by hand does it itself.
+    const FileLock lock(impl_->dir + "/apps/.lock");
+    if (IsGone(impl_->dir, getpid())) {
+        Register(impl_->dir, {appId, getpid(), Now(), extras});
+    }
+}
+
+void Tv::LeaveApplication(const std::string& failure) {
+    const FileLock lock(impl_->dir + "/apps/.lock");
+    if (!failure.empty()) {
+        LeaveFailure(impl_->dir, getpid(), failure);
+    }
+    Unregister(impl_->dir, getpid());
+}
+
+}  // namespace vtv
+
+extern "C" {
+
+VTV_EXPORT int app_manager_get_app_context(const char* appId, app_context_h* context) {
+    return vtv::Serve("app_manager_get_app_context", [&](vtv::Tv::Impl& tv) {
+        if (appId == nullptr || context == nullptr) {
+            return vtv::kFailed;
+        }
+        for (const vtv::RunningApplication& running : vtv::ListRunning(tv.dir)) {
+            if (running.appId == appId) {
+                // Callers do not give contexts back: there is one an application, and it is ours.
+                static std::map<std::string, app_context_s> contexts;
+                *context = &(contexts[running.appId] = app_context_s{running.appId});
+                return 0;
+            }
+        }
+        return vtv::kFailed;
+    });
+}
+
+VTV_EXPORT int app_manager_terminate_app(app_context_h context) {
+    return vtv::Serve("app_manager_terminate_app", [&](vtv::Tv::Impl& tv) {
+        bool sent = false;
+        for (const vtv::RunningApplication& running : vtv::ListRunning(tv.dir)) {
+            if (context != nullptr && running.appId == context->appId) {
+                sent = vtv::SignalApplication(running, vtv::AppSignal::kTerminate) || sent;
+            }
+        }
+        tv.LogLine(vtv::kInfo, "end of " +
+                                   (context != nullptr ? context->appId : std::string("nothing")) +
+                                   (sent ? ": asked" : ": it does not run"));
+        return sent ? 0 : vtv::kFailed;
+    });
+}
+
+}  // extern "C"

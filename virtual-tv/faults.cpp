@@ -1,0 +1,215 @@
+// Platform calls that fail, or take long, because they were told to.
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <thread>
+
+#include "serve.h"
+#include "tv_impl.h"
+
+namespace vtv {
+
+namespace {
+
+// "always -1 0", as it is kept in the TV's folder under the function's name.
+std::string Format(const Fault& fault) {
+    const char* kind = fault.kind == Fault::Kind::kOnce     ? "once"
+                       : fault.kind == Fault::Kind::kAlways ? "always"
+                                                            : "slow";
+    return std::string(kind) + " " + std::to_string(fault.result) + " " +
+           std::to_string(fault.delayMs);
+}
+
+bool Parse(const Setting& setting, Fault* fault) {
+    if (!setting.value || !std::holds_alternative<std::string>(*setting.value)) {
+        return false;
+    }
+    char kind[16];
+    fault->function = setting.key;
+    if (std::sscanf(std::get<std::string>(*setting.value).c_str(), "%15s %d %d", kind,
+                    &fault->result, &fault->delayMs) != 3) {
+        return false;
+    }
+    const std::string name = kind;
+    fault->kind = name == "once"     ? Fault::Kind::kOnce
+                  : name == "always" ? Fault::Kind::kAlways
+                                     : Fault::Kind::kSlow;
+    return true;
+}
+
+}  // namespace
+
+const std::vector<std::string>& PlatformFunctions() {
+    static const std::vector<std::string> functions = {
+        "AOVSystemDataGetAOVMode",
+        "AOVSystemDataSetAOVMode",
+        "GetDisclaimerItemAgreement",
+        "PrepareCallBuffer",
+        "__dlog_print",
+        "access",
+        "app_control_add_extra_data",
+        "app_control_create",
+        "app_control_destroy",
+        "app_control_send_launch_request",
+        "app_control_set_app_id",
+        "app_control_set_operation",
+        "app_manager_get_app_context",
+        "app_manager_terminate_app",
+        "aul_launch_app",
+        "avoc_set_sound_feedback",
+        "bundle_add_str",
+        "bundle_create",
+        "bundle_free",
+        "connection_profile_check_default_gateway",
+        "elm_config_access_set",
+        "elm_config_item_flush",
+        "elm_config_save",
+        "elm_init",
+        "pkgmgrinfo_appinfo_destroy_appinfo",
+        "pkgmgrinfo_appinfo_get_appinfo",
+        "pkgmgrinfo_appinfo_get_metadata_value",
+        "sso_get_account_ui_application_package_id",
+        "sso_get_login_state",
+        "system_info_get_custom_bool",
+        "system_info_get_custom_int",
+        "system_info_get_custom_string",
+        "tts_create",
+        "tts_destroy",
+        "tts_foreach_supported_voices",
+        "vconf_get_bool",
+        "vconf_get_int",
+        "vconf_get_str",
+        "vconf_ignore_key_changed",
+        "vconf_notify_key_changed",
+        "vconf_set_bool",
+        "vconf_set_int",
+        "vconf_set_str",
+    };
+    return functions;
+}
+
+Switches::Switches(const std::string& tvDir) {
+    const std::string file = tvDir + "/switches";
+    int fd = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    writable_ = fd >= 0;
+    if (fd < 0) {
+        fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    }
+    if (fd < 0) {
+        return;
+    }
+    struct stat info;
+    const bool sized =
+        fstat(fd, &info) == 0 && (info.st_size >= static_cast<off_t>(sizeof *counter_) ||
+                                  (writable_ && ftruncate(fd, sizeof *counter_) == 0));
+    if (sized) {
+        void* page = mmap(nullptr, sizeof *counter_, writable_ ? PROT_READ | PROT_WRITE : PROT_READ,
+                          MAP_SHARED, fd, 0);
+        counter_ = page != MAP_FAILED ? static_cast<std::atomic<uint32_t>*>(page) : nullptr;
+    }
+    close(fd);
+}
+
+Switches::~Switches() {
+    if (counter_ != nullptr) {
+        munmap(counter_, sizeof *counter_);
+    }
+}
+
+bool Switches::Changed() {
+    if (counter_ == nullptr) {
+        return true;
+    }
+    const uint32_t now = counter_->load(std::memory_order_acquire);
+    if (!first_ && now == seen_) {
+        return false;
+    }
+    first_ = false;
+    seen_ = now;
+    return true;
+}
+
+void Switches::Announce() {
+    if (counter_ != nullptr && writable_) {
+        counter_->fetch_add(1, std::memory_order_release);
+    }
+}
+
+bool Faulted(Tv::Impl& tv, const char* function, int* result) {
+    if (tv.switches.Changed()) {
+        tv.FollowSwitches();
+    }
+    if (tv.activeFaults.empty()) {
+        return false;
+    }
+    const auto found = tv.activeFaults.find(function);
+    if (found == tv.activeFaults.end()) {
+        return false;
+    }
+    const Fault fault = found->second;
+    if (fault.kind == Fault::Kind::kSlow) {
+        tv.LogLine(kWarning, "fault: " + fault.function + " takes " +
+                                 std::to_string(fault.delayMs) + " ms longer");
+        std::this_thread::sleep_for(std::chrono::milliseconds(fault.delayMs));
+        return false;
+    }
+    if (fault.kind == Fault::Kind::kOnce) {
+        tv.activeFaults.erase(found);
+        if (!tv.faults.Remove(fault.function)) {
+            return false;  // another process's call has had it
+        }
+        tv.switches.Announce();
+    }
+    tv.LogLine(kWarning, "fault: " + fault.function + " fails");
+    *result = fault.result;
+    return true;
+}
+
+void Tv::SetFault(const Fault& fault) {
+    const auto& known = PlatformFunctions();
+    if (!std::binary_search(known.begin(), known.end(), fault.function)) {
+        throw Error(ErrorKind::kUsage,
+                    "\"" + fault.function + "\" is no platform call that can be made to fail.");
+    }
+    if (fault.delayMs < 0) {
+        throw Error(ErrorKind::kUsage,
+                    "A call cannot be made faster: the delay must be 0 or more milliseconds.");
+    }
+    impl_->faults.Write(fault.function, Format(fault));
+    impl_->switches.Announce();
+    impl_->LogLine(kWarning, "fault set: " + fault.function + ": " + Format(fault));
+}
+
+bool Tv::ClearFault(const std::string& function) {
+    const bool removed = impl_->faults.Remove(function);
+    impl_->switches.Announce();
+    return removed;
+}
+
+std::vector<Fault> Tv::Faults() const {
+    std::vector<Fault> faults;
+    for (const Setting& setting : impl_->faults.List()) {
+        Fault fault;
+        if (Parse(setting, &fault)) {
+            faults.push_back(fault);
+        }
+    }
+    return faults;
+}
+
+void Tv::Impl::FollowSwitches() {
+    activeFaults.clear();
+    for (const Setting& setting : faults.List()) {
+        Fault fault;
+        if (Parse(setting, &fault)) {
+            activeFaults[fault.function] = fault;
+        }
+    }
+    FollowTraceSwitch(*this);
+}
+
+}  // namespace vtv

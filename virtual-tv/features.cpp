@@ -1,0 +1,150 @@
+// Feature configuration: what the model has, and what was changed on this TV to try it.
+#include "platform/features.h"
+
+#include <cstring>
+
+#include "serve.h"
+#include "tv_impl.h"
+
+namespace vtv {
+
+namespace {
+
+constexpr int kInvalidParameter = -22;  // also what the platform says of a feature it does not know
+
+// A tried value, and the mark that the TV lacks the feature, in the TV's state.
+std::string OverrideKey(const std::string& key) {
+    return "feature/" + key;
+}
+std::string AbsenceKey(const std::string& key) {
+    return "no-feature/" + key;
+}
+
+std::optional<Value> ReadFeature(const Tv::Impl& tv, const std::string& key) {
+    Value value;
+    std::string problem;
+    if (tv.state.Read(OverrideKey(key), &value, &problem) == Store::Status::kOk) {
+        return value;
+    }
+    if (tv.StateOr<bool>(AbsenceKey(key), false)) {
+        return std::nullopt;
+    }
+    const auto found = tv.model.features.find(key);
+    return found != tv.model.features.end() ? std::optional<Value>(found->second) : std::nullopt;
+}
+
+// A feature of another type is as good as none.
+template <typename T, typename Result>
+int Answer(const char* function, const char* key, Result result) {
+    return Serve(function, [&](Tv::Impl& tv) {
+        if (key == nullptr) {
+            return kInvalidParameter;
+        }
+        const std::optional<Value> value = ReadFeature(tv, key);
+        if (!value || !std::holds_alternative<T>(*value)) {
+            return kInvalidParameter;
+        }
+        return result(std::get<T>(*value));
+    });
+}
+
+}  // namespace
+
+const std::vector<FeatureKey>& KnownFeatures() {
+    static const std::string prefix = "com.vantelo/featureconf/";
+    static const std::vector<FeatureKey> features = {
+        {prefix + "cn_ai_service_supported", "bool", "a China model"},
+        {prefix + "product.device_sid", "string", "string id that names this kind of device"},
+        {prefix + "product.product_type", "int", "4 is signage"},
+        {prefix + "product.tessa_monitor_feature_support", "bool", "a monitor"},
+        {prefix + "projector_feature_support", "bool", "a projector"},
+        {prefix + "recorder.microphone_type", "int", "above 0: a built-in microphone"},
+        {prefix + "the_skeld_version", "int", "1 or 2: a modular display"},
+        {prefix + "ttsengine.neural_tts_support", "bool", "the neural speech engine is fitted"},
+        {prefix + "voice.farfield_passthru_support", "bool",
+         "far-field voice through a connected device"},
+        {prefix + "voice.voice_recognition_far_field_type", "int",
+         "above 0: far-field microphones"},
+        {prefix + "voice.voice_recognition_orvik_support", "bool", "the maker's own assistant"},
+        {prefix + "voice.voice_recognition_support", "bool", "voice recognition at all"},
+    };
+    return features;
+}
+
+std::optional<Value> Tv::Feature(const std::string& key) const {
+    return ReadFeature(*impl_, key);
+}
+
+std::map<std::string, Value> Tv::Features() const {
+    std::map<std::string, Value> features = impl_->model.features;
+    for (const auto& [key, value] : State()) {
+        if (key.rfind(OverrideKey(""), 0) == 0) {
+            features[key.substr(OverrideKey("").size())] = value;
+        } else if (key.rfind(AbsenceKey(""), 0) == 0) {
+            features.erase(key.substr(AbsenceKey("").size()));
+        }
+    }
+    return features;
+}
+
+void Tv::SetFeature(const std::string& key, const std::optional<Value>& value) {
+    for (const FeatureKey& known : KnownFeatures()) {
+        if (value && known.key == key && known.type != TypeName(*value)) {
+            throw Error(ErrorKind::kUsage, "The feature \"" + key + "\" is of type " + known.type +
+                                               ", not " + TypeName(*value) + ".");
+        }
+    }
+    if (value) {
+        impl_->state.Write(OverrideKey(key), *value);
+        impl_->state.Remove(AbsenceKey(key));
+    } else {
+        impl_->state.Write(AbsenceKey(key), true);
+        impl_->state.Remove(OverrideKey(key));
+    }
+}
+
+void Tv::ResetFeature(const std::string& key) {
+    impl_->state.Remove(OverrideKey(key));
+    impl_->state.Remove(AbsenceKey(key));
+}
+
+}  // namespace vtv
+
+extern "C" {
+
+VTV_EXPORT int system_info_get_custom_bool(const char* key, bool* value) {
+    return vtv::Answer<bool>("system_info_get_custom_bool", key, [&](bool flag) {
+        if (value == nullptr) {
+            return vtv::kInvalidParameter;
+        }
+        *value = flag;
+        return 0;
+    });
+}
+
+VTV_EXPORT int system_info_get_custom_int(const char* key, int* value) {
+    return vtv::Answer<int>("system_info_get_custom_int", key, [&](int number) {
+        if (value == nullptr) {
+            return vtv::kInvalidParameter;
+        }
+        *value = number;
+        return 0;
+    });
+}
+
+VTV_EXPORT int system_info_get_custom_string(const char* key, char** value) {
+    return vtv::Answer<std::string>("system_info_get_custom_string", key,
+                                    [&](const std::string& text) {
+                                        if (value == nullptr) {
+                                            return vtv::kInvalidParameter;
+                                        }
+                                        char* copy = strdup(text.c_str());
+                                        if (copy == nullptr) {
+                                            return vtv::kFailed;
+                                        }
+                                        *value = copy;
+                                        return 0;
+                                    });
+}
+
+}  // extern "C"

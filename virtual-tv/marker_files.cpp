@@ -1,0 +1,100 @@
+// Files below /home/owner, which lie in the TV's folder: applications leave some of them behind to
+// tell that a viewer has signed in.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "serve.h"
+#include "tv_impl.h"
+
+namespace vtv {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string RequireRelative(const std::string& path) {
+    const fs::path normal = fs::path(path).lexically_normal();
+    if (path.empty() || normal.is_absolute() || *normal.begin() == "..") {
+        throw Error(ErrorKind::kUsage,
+                    "\"" + path +
+                        "\" is no path below /home/owner: write it without a leading "
+                        "slash, for example share/.voice/ga_login_success.");
+    }
+    return normal.string();
+}
+
+}  // namespace
+
+bool OwnerPath(std::string_view path, std::string* relative) {
+    static constexpr std::string_view kOwner = "/home/owner";
+    if (path.substr(0, kOwner.size()) != kOwner ||
+        (path.size() > kOwner.size() && path[kOwner.size()] != '/')) {
+        return false;
+    }
+    *relative = path.substr(kOwner.size());
+    return true;
+}
+
+std::string Tv::OwnerDir() const {
+    return impl_->dir + "/owner";
+}
+
+std::vector<std::string> Tv::OwnerFiles() const {
+    std::vector<std::string> files;
+    std::error_code error;
+    for (fs::recursive_directory_iterator entry(OwnerDir(), error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (!entry->is_directory(error)) {
+            files.push_back(entry->path().lexically_relative(OwnerDir()).string());
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+void Tv::AddOwnerFile(const std::string& path) {
+    const std::string file = OwnerDir() + "/" + RequireRelative(path);
+    EnsureDir(fs::path(file).parent_path().string());
+    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    if (fd < 0) {
+        throw Error(ErrorKind::kPlatform, file + ": cannot be made: " + std::strerror(errno) + ".");
+    }
+    close(fd);
+}
+
+bool Tv::RemoveOwnerFile(const std::string& path) {
+    const std::string file = OwnerDir() + "/" + RequireRelative(path);
+    if (unlink(file.c_str()) == 0) {
+        return true;
+    }
+    if (errno == ENOENT || errno == ENOTDIR) {
+        return false;
+    }
+    throw Error(ErrorKind::kPlatform, file + ": cannot be removed: " + std::strerror(errno) + ".");
+}
+
+}  // namespace vtv
+
+// The C library's access(), but for the TV's own paths. It has a name of its own here, because the
+// C library's declaration lets the compiler take it for granted that no path is null.
+extern "C" VTV_EXPORT int TvAccess(const char* path, int mode) noexcept __asm__("access");
+
+int TvAccess(const char* path, int mode) noexcept {
+    std::string relative;
+    if (vtv::Current() == nullptr || path == nullptr || !vtv::OwnerPath(path, &relative)) {
+        return faccessat(AT_FDCWD, path, mode, 0);
+    }
+    vtv::Tv::Impl& tv = vtv::Current()->impl();
+    int ignored = 0;
+    if (vtv::Faulted(tv, "access", &ignored)) {
+        errno = EIO;
+        return -1;
+    }
+    return faccessat(AT_FDCWD, (tv.dir + "/owner" + relative).c_str(), mode, 0);
+}

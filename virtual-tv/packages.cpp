@@ -1,0 +1,74 @@
+// Installed packages and their metadata.
+#include "platform/packages.h"
+
+#include <cstring>
+
+#include "serve.h"
+#include "tv_impl.h"
+
+namespace vtv {
+
+namespace {
+
+// What a handle points to: a copy, so that the values live as long as the handle.
+struct AppInfo {
+    std::map<std::string, std::optional<std::string>> metadata;
+};
+
+}  // namespace
+
+const Package* FindPackage(const Model& model, const std::string& appId) {
+    for (const Package& package : model.packages) {
+        if (package.appId == appId) {
+            return &package;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace vtv
+
+extern "C" {
+
+VTV_EXPORT int pkgmgrinfo_appinfo_get_appinfo(const char* appId, pkgmgrinfo_appinfo_h* handle) {
+    return vtv::Serve("pkgmgrinfo_appinfo_get_appinfo", [&](vtv::Tv::Impl& tv) {
+        if (appId == nullptr || handle == nullptr) {
+            return vtv::kFailed;
+        }
+        const vtv::Package* package = vtv::FindPackage(tv.model, appId);
+        if (package == nullptr && !vtv::IsSimulated(tv.model, appId)) {
+            return vtv::kFailed;
+        }
+        auto info = std::make_unique<vtv::AppInfo>();
+        if (package != nullptr) {
+            info->metadata = package->metadata;
+        }
+        *handle = info.release();
+        return 0;
+    });
+}
+
+VTV_EXPORT int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h handle, const char* key,
+                                                     char** value) {
+    return vtv::Serve("pkgmgrinfo_appinfo_get_metadata_value", [&](vtv::Tv::Impl&) {
+        if (handle == nullptr || key == nullptr || value == nullptr) {
+            return vtv::kFailed;
+        }
+        auto& metadata = static_cast<vtv::AppInfo*>(handle)->metadata;
+        const auto found = metadata.find(key);
+        if (found == metadata.end()) {
+            return vtv::kFailed;
+        }
+        *value = found->second ? found->second->data() : nullptr;
+        return 0;
+    });
+}
+
+VTV_EXPORT int pkgmgrinfo_appinfo_destroy_appinfo(pkgmgrinfo_appinfo_h handle) {
+    // Also when the call is told to fail: what was handed out is given back.
+    const std::unique_ptr<vtv::AppInfo> info(static_cast<vtv::AppInfo*>(handle));
+    return vtv::Serve("pkgmgrinfo_appinfo_destroy_appinfo",
+                      [&](vtv::Tv::Impl&) { return info != nullptr ? 0 : vtv::kFailed; });
+}
+
+}  // extern "C"

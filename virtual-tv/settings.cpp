@@ -1,0 +1,309 @@
+// The settings store: the TV's keys under "db/" and "memory/", and vconf_*.
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+#include "platform/settings_store.h"
+#include "serve.h"
+#include "tv_impl.h"
+
+struct keynode {
+    const char* key;
+};
+
+namespace vtv {
+
+namespace fs = std::filesystem;
+
+struct KeyCallback {
+    std::string key;
+    vconf_callback_fn callback;
+    void* userData;
+    Tv::WatchId watch;
+};
+
+namespace {
+
+bool StartsWith(std::string_view text, std::string_view prefix) {
+    return text.substr(0, prefix.size()) == prefix;
+}
+
+// A damaged value is told of once a process, not at each of the page's many reads.
+void ReportDamage(Tv::Impl& tv, const std::string& key, const std::string& problem) {
+    if (tv.reportedDamage.emplace(key, true).second) {
+        tv.LogLine(kError, problem);
+    }
+}
+
+template <typename T>
+bool ReadSetting(Tv::Impl& tv, const char* key, T* result) {
+    if (key == nullptr || (!StartsWith(key, "db/") && !StartsWith(key, "memory/"))) {
+        return false;
+    }
+    Value value;
+    std::string problem;
+    switch (tv.StoreOf(key).Read(key, &value, &problem)) {
+        case Store::Status::kMissing:
+            return false;
+        case Store::Status::kDamaged:
+            ReportDamage(tv, key, problem);
+            return false;
+        case Store::Status::kOk:
+            break;
+    }
+    if (!std::holds_alternative<T>(value)) {
+        return false;
+    }
+    *result = std::move(std::get<T>(value));
+    return true;
+}
+
+int WriteSetting(Tv::Impl& tv, const char* key, const Value& value) {
+    if (key == nullptr) {
+        return kFailed;
+    }
+    tv.StoreOf(key).Write(key, value);
+    if (std::strcmp(key, kLanguageKey) == 0 && std::holds_alternative<std::string>(value)) {
+        BindTexts(std::get<std::string>(value));
+    }
+    return 0;
+}
+
+}  // namespace
+
+Store& Tv::Impl::StoreOf(const std::string& key) {
+    return const_cast<Store&>(static_cast<const Impl*>(this)->StoreOf(key));
+}
+
+const Store& Tv::Impl::StoreOf(const std::string& key) const {
+    if (StartsWith(key, "db/")) {
+        return settings;
+    }
+    if (StartsWith(key, "memory/")) {
+        return memory;
+    }
+    throw Error(
+        ErrorKind::kUsage,
+        "\"" + key +
+            "\" is no settings key: one begins with \"db/\" (kept) or \"memory/\" (until the "
+            "next power cycle).");
+}
+
+std::optional<Value> Tv::Get(const std::string& key) const {
+    Value value;
+    std::string problem;
+    switch (impl_->StoreOf(key).Read(key, &value, &problem)) {
+        case Store::Status::kOk:
+            return value;
+        case Store::Status::kMissing:
+            return std::nullopt;
+        case Store::Status::kDamaged:
+            break;
+    }
+    throw Error(ErrorKind::kPlatform, problem);
+}
+
+void Tv::Set(const std::string& key, const Value& value) {
+    impl_->StoreOf(key).Write(key, value);
+    if (key == kLanguageKey && Current() == this) {
+        BindTexts(Language());
+    }
+}
+
+bool Tv::Unset(const std::string& key) {
+    return impl_->StoreOf(key).Remove(key);
+}
+
+std::vector<Setting> Tv::Settings() const {
+    std::vector<Setting> settings = impl_->settings.List();
+    for (Setting& setting : impl_->memory.List()) {
+        settings.push_back(std::move(setting));
+    }
+    return settings;
+}
+
+std::map<std::string, Value> Tv::State() const {
+    std::map<std::string, Value> state;
+    for (const Setting& setting : impl_->state.List()) {
+        if (setting.value) {
+            state[setting.key] = *setting.value;
+        }
+    }
+    return state;
+}
+
+// --- Watching ---
+
+Tv::WatchId Tv::Watch(const std::string& key, std::function<void()> callback) {
+    const Store& store = impl_->StoreOf(key);
+    const std::string name = Store::EncodeKey(key);
+    if (name.empty()) {
+        throw Error(ErrorKind::kUsage, "\"" + key + "\" is no settings key: it is too long.");
+    }
+    const WatchId id = impl_->nextWatch++;
+    impl_->watches[id] = {
+        impl_->GetWatcher().Watch(store.Dir(), kStoreEvents, name,
+                                  [call = std::move(callback)](const std::string&) { call(); })};
+    return id;
+}
+
+Tv::WatchId Tv::WatchAll(std::function<void(const Change&)> callback) {
+    const WatchId id = impl_->nextWatch++;
+    std::vector<Watcher::Id>& ids = impl_->watches[id];
+    Watcher& watcher = impl_->GetWatcher();
+    const auto watchStore = [&](const Store& store, Change::What what) {
+        ids.push_back(
+            watcher.Watch(store.Dir(), kStoreEvents, "", [callback, what](const std::string& name) {
+                const std::string key = Store::DecodeKey(name);
+                if (!key.empty()) {
+                    callback({what, key});
+                }
+            }));
+    };
+    watchStore(impl_->settings, Change::What::kSetting);
+    watchStore(impl_->memory, Change::What::kSetting);
+    watchStore(impl_->state, Change::What::kState);
+
+    const std::string owner = OwnerDir();
+    const auto watchOwner = [&](const std::string& relative) {
+        ids.push_back(watcher.Watch(owner + (relative.empty() ? "" : "/" + relative),
+                                    IN_CREATE | IN_DELETE | IN_MOVED_TO | IN_MOVED_FROM, "",
+                                    [callback, relative](const std::string& name) {
+                                        callback({Change::What::kFile,
+                                                  relative.empty() ? name : relative + "/" + name});
+                                    }));
+    };
+    watchOwner("");
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(owner, error)) {
+        if (entry.is_directory(error)) {
+            watchOwner(entry.path().lexically_relative(owner).string());
+        }
+    }
+    return id;
+}
+
+Tv::WatchId Tv::WatchLog(std::function<void()> callback) {
+    const WatchId id = impl_->nextWatch++;
+    impl_->watches[id] = {impl_->GetWatcher().Watch(
+        impl_->dir + "/log", IN_MODIFY | IN_CREATE | IN_MOVED_TO, "tv.log",
+        [call = std::move(callback)](const std::string&) { call(); })};
+    return id;
+}
+
+void Tv::Unwatch(WatchId id) {
+    const auto found = impl_->watches.find(id);
+    if (found == impl_->watches.end()) {
+        return;
+    }
+    for (const Watcher::Id watch : found->second) {
+        impl_->GetWatcher().Unwatch(watch);
+    }
+    impl_->watches.erase(found);
+}
+
+int Tv::EventFd() const {
+    return impl_->GetWatcher().Fd();
+}
+
+int Tv::Dispatch() {
+    return impl_->watcher != nullptr ? impl_->watcher->Dispatch() : 0;
+}
+
+void ForgetKeyCallbacks(Tv::Impl& tv) {
+    if (Tv* on = Current(); on != nullptr && &on->impl() == &tv) {
+        for (const auto& callback : tv.keyCallbacks) {
+            on->Unwatch(callback->watch);
+        }
+    }
+    tv.keyCallbacks.clear();
+}
+
+}  // namespace vtv
+
+// --- The platform calls ---
+
+using vtv::Serve;
+using vtv::ServeOr;
+
+extern "C" {
+
+VTV_EXPORT int vconf_get_int(const char* key, int* value) {
+    return Serve("vconf_get_int", [&](vtv::Tv::Impl& tv) {
+        return value != nullptr && vtv::ReadSetting<int>(tv, key, value) ? 0 : vtv::kFailed;
+    });
+}
+
+VTV_EXPORT int vconf_get_bool(const char* key, int* value) {
+    return Serve("vconf_get_bool", [&](vtv::Tv::Impl& tv) {
+        bool flag = false;
+        if (value == nullptr || !vtv::ReadSetting<bool>(tv, key, &flag)) {
+            return vtv::kFailed;
+        }
+        *value = flag ? 1 : 0;
+        return 0;
+    });
+}
+
+VTV_EXPORT char* vconf_get_str(const char* key) {
+    return ServeOr<char*>(nullptr, "vconf_get_str", [&](vtv::Tv::Impl& tv) -> char* {
+        std::string text;
+        return vtv::ReadSetting<std::string>(tv, key, &text) ? strdup(text.c_str()) : nullptr;
+    });
+}
+
+VTV_EXPORT int vconf_set_int(const char* key, int value) {
+    return Serve("vconf_set_int",
+                 [&](vtv::Tv::Impl& tv) { return vtv::WriteSetting(tv, key, value); });
+}
+
+VTV_EXPORT int vconf_set_bool(const char* key, int value) {
+    return Serve("vconf_set_bool",
+                 [&](vtv::Tv::Impl& tv) { return vtv::WriteSetting(tv, key, value != 0); });
+}
+
+VTV_EXPORT int vconf_set_str(const char* key, const char* value) {
+    return Serve("vconf_set_str", [&](vtv::Tv::Impl& tv) {
+        return value != nullptr ? vtv::WriteSetting(tv, key, std::string(value)) : vtv::kFailed;
+    });
+}
+
+// The same callback on the same key again replaces its user data.
+VTV_EXPORT int vconf_notify_key_changed(const char* key, vconf_callback_fn callback,
+                                        void* userData) {
+    return Serve("vconf_notify_key_changed", [&](vtv::Tv::Impl& tv) {
+        if (key == nullptr || callback == nullptr) {
+            return vtv::kFailed;
+        }
+        for (const auto& known : tv.keyCallbacks) {
+            if (known->key == key && known->callback == callback) {
+                known->userData = userData;
+                return 0;
+            }
+        }
+        auto entry =
+            std::make_shared<vtv::KeyCallback>(vtv::KeyCallback{key, callback, userData, 0});
+        entry->watch = vtv::Current()->Watch(key, [entry] {
+            keynode node{entry->key.c_str()};
+            entry->callback(&node, entry->userData);
+        });
+        tv.keyCallbacks.push_back(entry);
+        return 0;
+    });
+}
+
+VTV_EXPORT int vconf_ignore_key_changed(const char* key, vconf_callback_fn callback) {
+    return Serve("vconf_ignore_key_changed", [&](vtv::Tv::Impl& tv) {
+        for (auto entry = tv.keyCallbacks.begin(); entry != tv.keyCallbacks.end(); ++entry) {
+            if (key != nullptr && (*entry)->key == key && (*entry)->callback == callback) {
+                vtv::Current()->Unwatch((*entry)->watch);
+                tv.keyCallbacks.erase(entry);
+                return 0;
+            }
+        }
+        return vtv::kFailed;
+    });
+}
+
+}  // extern "C"

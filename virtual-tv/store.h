@@ -1,0 +1,72 @@
+// Typed values under string keys in a folder, one file per key, shared by any number of processes.
+//
+// A file's name is the key, percent-encoded; its content is "TYPE LENGTH\nVALUE\n", for example
+// "string 5\nhello\n", so that a truncated or foreign file is recognised and `cat` reads it. A
+// value is written to a temporary file, synced and renamed over the old one: a reader sees the old
+// value or the new one, whole, and so does whoever looks after a crash or a power loss.
+//
+// The format is the same for 32-bit and 64-bit processes.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "virtual_tv.h"
+
+namespace vtv {
+
+class Store {
+  public:
+    enum class Durability {
+        kDurable,   // a write is on the disk when it returns
+        kVolatile,  // a write is atomic, but nothing is synced
+    };
+    enum class Status { kOk, kMissing, kDamaged };
+
+    static constexpr int kVersion = 1;
+    // A file name has room for 255 bytes, and a key may need three of them for each of its own.
+    static constexpr size_t kMaxEncodedKey = 240;
+
+    // Makes an empty store; the folder may exist.
+    static void Create(const std::string& dir);
+
+    Store(const std::string& dir, Durability durability);
+    ~Store();
+    Store(const Store&) = delete;
+    Store& operator=(const Store&) = delete;
+
+    const std::string& Dir() const { return dir_; }
+    // Why the store as a whole cannot be used; empty when it can. Every read and write fails then.
+    const std::string& Problem() const { return problem_; }
+
+    // Never throws; problem is written for kDamaged only.
+    Status Read(std::string_view key, Value* value, std::string* problem) const;
+    // Throws kUsage for a key that is empty or too long, kPlatform when the system refuses; the old
+    // value stays then.
+    void Write(std::string_view key, const Value& value);
+    // False when there was no such key.
+    bool Remove(std::string_view key);
+    // Sorted by key; damaged ones with their problem.
+    std::vector<Setting> List() const;
+    void RemoveAll();
+    // Removes the temporary files of writers that were killed.
+    void RemoveLeftovers();
+
+    // Empty for a key that cannot be one.
+    static std::string EncodeKey(std::string_view key);
+    // Empty for a file that is no key's, such as a temporary one.
+    static std::string DecodeKey(std::string_view fileName);
+
+  private:
+    void CheckVersion();
+    std::string RequireName(std::string_view key) const;
+    [[noreturn]] void Fail(const char* what, std::string_view key, int error) const;
+
+    std::string dir_;
+    Durability durability_;
+    int dirFd_ = -1;
+    std::string problem_;
+};
+
+}  // namespace vtv

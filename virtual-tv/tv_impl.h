@@ -1,0 +1,171 @@
+// What a TV is made of. Each service has a source file of its own and works on this.
+#pragma once
+
+#include <sys/inotify.h>
+#include <sys/types.h>
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "store.h"
+#include "virtual_tv.h"
+#include "watcher.h"
+
+namespace vtv {
+
+// Keys of the settings store that the virtual TV itself uses.
+inline constexpr char kLanguageKey[] = "db/menu_widget/language";
+inline constexpr char kCountryKey[] = "db/comss/countrycode";
+inline constexpr char kCurrentAssistantKey[] = "db/multi-assistant/default_assistant_appid";
+inline constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
+inline constexpr char kWakeUpKey[] = "db/menu/voice/assistant_farfield";
+inline constexpr char kHintKey[] = "db/multi-assistant/situational_hint_supported";
+inline constexpr char kFirstTimeKey[] = "db/voice-app/activate_first_time";
+inline constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
+inline constexpr char kVoiceGuideKey[] = "db/setting/accessibility/tts";
+
+// Key of the TV's state that is followed while it runs.
+inline constexpr char kTraceSwitch[] = "trace/enabled";
+
+// What tells of a write (a rename) or a removal in a store's folder.
+inline constexpr uint32_t kStoreEvents = IN_MOVED_TO | IN_DELETE;
+
+// Log priorities.
+inline constexpr int kInfo = 4;
+inline constexpr int kWarning = 5;
+inline constexpr int kError = 6;
+
+// An advisory lock on a file, held while the object lives. Where the file cannot be made (a
+// read-only folder) nothing is locked: nothing can be written there either.
+class FileLock {
+  public:
+    explicit FileLock(const std::string& file);
+    ~FileLock();
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+  private:
+    int fd_;
+};
+
+// The TV's log: one record a line, appended whole, rotated by whoever finds it full.
+class LogWriter {
+  public:
+    static constexpr off_t kMaxSize = 1024 * 1024;
+    static constexpr int kOldFiles = 3;  // tv.log.1 (newest) to tv.log.3
+
+    explicit LogWriter(const std::string& dir) : dir_(dir) {}
+    ~LogWriter();
+    LogWriter(const LogWriter&) = delete;
+    LogWriter& operator=(const LogWriter&) = delete;
+
+    std::string Path() const { return dir_ + "/tv.log"; }
+    // Oldest first; the last is Path().
+    std::vector<std::string> Paths() const;
+    // False when the record could not be written.
+    bool Append(int priority, const std::string& tag, const std::string& message);
+
+  private:
+    bool Open();
+    bool IsCurrent() const;
+    void Rotate();
+
+    std::string dir_;
+    int fd_ = -1;
+};
+
+std::string FormatLogLine(TimePoint time, int pid, int priority, const std::string& tag,
+                          const std::string& message);
+// False for a line that is none.
+bool ParseLogLine(std::string_view line, LogRecord* record);
+bool Matches(const LogFilter& filter, const LogRecord& record);
+
+// Faults and the trace switch: rarely changed, asked at every platform call. The folder's values
+// are read again only when a counter that all processes map has moved.
+class Switches {
+  public:
+    explicit Switches(const std::string& tvDir);
+    ~Switches();
+    Switches(const Switches&) = delete;
+    Switches& operator=(const Switches&) = delete;
+
+    // True once after each change that any process made, and always when the counter is missing.
+    bool Changed();
+    void Announce();
+
+  private:
+    std::atomic<uint32_t>* counter_ = nullptr;
+    bool writable_ = false;
+    uint32_t seen_ = 0;
+    bool first_ = true;
+};
+
+struct KeyCallback;  // one vconf_notify_key_changed
+
+struct Tv::Impl {
+    explicit Impl(const std::string& tvDir);
+    ~Impl();
+
+    std::string dir;
+    Model model;
+    Store settings;
+    Store memory;
+    Store state;
+    Store faults;
+    Switches switches;
+    std::map<std::string, Fault> activeFaults;
+    LogWriter log;
+    std::unique_ptr<Watcher> watcher;  // made when first needed
+    std::map<WatchId, std::vector<Watcher::Id>> watches;
+    WatchId nextWatch = 1;
+    std::vector<std::shared_ptr<KeyCallback>> keyCallbacks;
+    std::map<std::string, bool> reportedDamage;  // settings keys whose damage the log has told
+
+    Watcher& GetWatcher();
+    // The store of a settings key; throws kUsage for what is no key.
+    Store& StoreOf(const std::string& key);
+    const Store& StoreOf(const std::string& key) const;
+
+    template <typename T>
+    T StateOr(const std::string& key, T otherwise) const {
+        Value value;
+        std::string problem;
+        if (state.Read(key, &value, &problem) == Store::Status::kOk &&
+            std::holds_alternative<T>(value)) {
+            return std::get<T>(value);
+        }
+        return otherwise;
+    }
+
+    void LogLine(int priority, const std::string& text) { log.Append(priority, "VTV", text); }
+    // Reads faults and the trace switch again when they were changed.
+    void FollowSwitches();
+};
+
+void EnsureDir(const std::string& dir);  // with its parents
+bool WriteNewFile(const std::string& file, std::string_view content, int* error);
+TimePoint Now();
+
+// Writes the model's initial state into a new TV's folder.
+void ApplyModel(const Model& model, Tv::Impl& tv);
+// "share/x" of "/home/owner/share/x"; false for a path that is not the owner's.
+bool OwnerPath(std::string_view path, std::string* relative);
+
+// The applications that the virtual TV plays itself, on every TV.
+bool IsSimulated(const Model& model, const std::string& appId);
+const Package* FindPackage(const Model& model, const std::string& appId);
+
+void BindTexts(const std::string& language);
+void UseTraceOf(Tv::Impl* tv);
+void FollowTraceSwitch(Tv::Impl& tv);
+void ForgetKeyCallbacks(Tv::Impl& tv);
+void EndRunningApplications(Tv::Impl& tv);
+std::string BootId();
+void CompactTrace(const std::string& path);  // keeps the call sites, drops the events
+
+}  // namespace vtv

@@ -1,0 +1,227 @@
+#include "watcher.h"
+
+#include <dirent.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "virtual_tv.h"
+
+namespace vtv {
+
+namespace {
+
+[[noreturn]] void FailToWatch(const std::string& what) {
+    const int error = errno;
+    std::string text = what + ": changes cannot be watched: " + std::strerror(error) + ".";
+    if (error == EMFILE || error == ENOSPC) {
+        text +=
+            " Raise fs.inotify.max_user_instances or fs.inotify.max_user_watches, or end some "
+            "programs.";
+    }
+    throw Error(ErrorKind::kPlatform, text);
+}
+
+void AddToEpoll(int epoll, int fd) {
+    epoll_event event{};
+    event.events = EPOLLIN;
+    event.data.fd = fd;
+    if (epoll_ctl(epoll, EPOLL_CTL_ADD, fd, &event) != 0) {
+        FailToWatch("epoll");
+    }
+}
+
+}  // namespace
+
+Watcher::Watcher() {
+    inotify_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    wake_ = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    epoll_ = epoll_create1(EPOLL_CLOEXEC);
+    if (inotify_ < 0 || wake_ < 0 || epoll_ < 0) {
+        FailToWatch("inotify");
+    }
+    AddToEpoll(epoll_, inotify_);
+    AddToEpoll(epoll_, wake_);
+}
+
+Watcher::~Watcher() {
+    for (const int fd : {inotify_, wake_, epoll_}) {
+        if (fd >= 0) {
+            close(fd);
+        }
+    }
+}
+
+Watcher::Id Watcher::Watch(const std::string& dir, uint32_t mask, const std::string& fileName,
+                           Callback callback) {
+    // Several watches of one folder share a descriptor; the mask is the union of theirs.
+    const int wd = inotify_add_watch(inotify_, dir.c_str(), mask | IN_ONLYDIR | IN_MASK_ADD);
+    if (wd < 0) {
+        FailToWatch(dir);
+    }
+    folders_[wd] = dir;
+    // What has happened so far gets its numbers before this subscription gets its own.
+    Drain();
+    auto subscription = std::make_shared<Subscription>();
+    subscription->id = nextId_++;
+    subscription->wd = wd;
+    subscription->fileName = fileName;
+    subscription->callback = std::move(callback);
+    subscription->since = nextEvent_;
+    subscription->told = Stamps(*subscription);
+    subscriptions_.push_back(subscription);
+    Wake(!pending_.empty());
+    return subscription->id;
+}
+
+void Watcher::Unwatch(Id id) {
+    const auto found = std::find_if(subscriptions_.begin(), subscriptions_.end(),
+                                    [id](const auto& s) { return s->id == id; });
+    if (found == subscriptions_.end()) {
+        return;
+    }
+    const int wd = (*found)->wd;
+    (*found)->alive = false;  // a delivery that is under way still holds it
+    subscriptions_.erase(found);
+    const bool needed = std::any_of(subscriptions_.begin(), subscriptions_.end(),
+                                    [wd](const auto& s) { return s->wd == wd; });
+    if (!needed) {
+        inotify_rm_watch(inotify_, wd);
+        folders_.erase(wd);
+    }
+}
+
+void Watcher::Drain() {
+    alignas(inotify_event) char buffer[64 * 1024];
+    for (;;) {
+        const ssize_t size = read(inotify_, buffer, sizeof buffer);
+        if (size < 0 && errno == EINTR) {
+            continue;
+        }
+        if (size <= 0) {
+            return;
+        }
+        for (ssize_t at = 0; at < size;) {
+            inotify_event event;
+            std::memcpy(&event, buffer + at, sizeof event);
+            const char* name = event.len > 0 ? buffer + at + sizeof event : "";
+            if ((event.mask & IN_Q_OVERFLOW) != 0) {
+                pending_.push_back({nextEvent_++, -1, ""});
+            } else if ((event.mask & IN_IGNORED) == 0) {
+                pending_.push_back({nextEvent_++, event.wd, name});
+            }
+            at += static_cast<ssize_t>(sizeof event + event.len);
+        }
+    }
+}
+
+void Watcher::Wake(bool pending) {
+    uint64_t count = 1;
+    // Both fail only in the state that they are to bring about.
+    const ssize_t size =
+        pending ? write(wake_, &count, sizeof count) : read(wake_, &count, sizeof count);
+    static_cast<void>(size);
+}
+
+int Watcher::Dispatch() {
+    if (dispatching_) {
+        return 0;  // called from a callback: the outer call goes on with what is left
+    }
+    dispatching_ = true;
+    Drain();
+    // Only what has happened so far: a callback that writes what it watches must not keep us here.
+    const uint64_t end = nextEvent_;
+    int calls = 0;
+    while (!pending_.empty() && pending_.front().number < end) {
+        const Event event = std::move(pending_.front());
+        pending_.pop_front();
+        try {
+            calls += Deliver(event);
+        } catch (...) {
+            dispatching_ = false;
+            Wake(!pending_.empty());
+            throw;
+        }
+    }
+    dispatching_ = false;
+    Wake(!pending_.empty());
+    return calls;
+}
+
+int Watcher::Deliver(const Event& event) {
+    int calls = 0;
+    const auto subscriptions = subscriptions_;  // a callback may add and remove some
+    for (const auto& subscription : subscriptions) {
+        if (!subscription->alive || event.number < subscription->since) {
+            continue;
+        }
+        if (event.wd == -1) {
+            calls += Rescan(subscription);
+        } else if (event.wd == subscription->wd &&
+                   (subscription->fileName.empty() || subscription->fileName == event.name)) {
+            calls += Call(*subscription, event.name);
+        }
+    }
+    return calls;
+}
+
+int Watcher::Call(Subscription& subscription, const std::string& name) {
+    const auto folder = folders_.find(subscription.wd);
+    if (folder != folders_.end()) {
+        // Before the callback reads: what is written from now on has yet to be told.
+        subscription.told[name] = StampOf(folder->second + "/" + name);
+    }
+    subscription.callback(name);
+    return 1;
+}
+
+// The kernel has dropped events: tells of every file that is another than when it was last told of.
+int Watcher::Rescan(const std::shared_ptr<Subscription>& subscription) {
+    int calls = 0;
+    std::map<std::string, Stamp> now = Stamps(*subscription);
+    for (const auto& [name, stamp] : subscription->told) {
+        now.try_emplace(name, Stamp());  // gone since
+    }
+    for (const auto& [name, stamp] : now) {
+        const auto told = subscription->told.find(name);
+        if (subscription->alive && (told == subscription->told.end() || told->second != stamp)) {
+            calls += Call(*subscription, name);
+        }
+    }
+    return calls;
+}
+
+std::map<std::string, Watcher::Stamp> Watcher::Stamps(const Subscription& subscription) const {
+    std::map<std::string, Stamp> stamps;
+    const std::string& folder = folders_.at(subscription.wd);
+    if (!subscription.fileName.empty()) {
+        stamps[subscription.fileName] = StampOf(folder + "/" + subscription.fileName);
+        return stamps;
+    }
+    DIR* dir = opendir(folder.c_str());
+    if (dir == nullptr) {
+        return stamps;
+    }
+    while (const dirent* entry = readdir(dir)) {
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+            stamps[entry->d_name] = StampOf(folder + "/" + entry->d_name);
+        }
+    }
+    closedir(dir);
+    return stamps;
+}
+
+Watcher::Stamp Watcher::StampOf(const std::string& path) {
+    struct stat info;
+    if (lstat(path.c_str(), &info) != 0) {
+        return Stamp();
+    }
+    return {info.st_ino, int64_t{info.st_ctim.tv_sec} * 1000000000 + info.st_ctim.tv_nsec};
+}
+
+}  // namespace vtv
