@@ -62,11 +62,13 @@ build_and_test() {
 # --- Checks of the sources -----------------------------------------------------------------------
 
 leg_format() {
-    find_sources | xargs clang-format-19 --dry-run -Werror
+    local unformatted
+    unformatted=$(find_sources | xargs clang-format-19 --dry-run 2>&1 | sed -n 's/^\([^:]*\):.*clang-format-violations.*/\1/p' | sort -u)
+    [[ -z $unformatted ]] || die "run clang-format-19 -i on:"$'\n'"$unformatted"
 }
 
 find_sources() {
-    find . \( -path ./build -o -path ./.git \) -prune -o -name '*.h' -print -o -name '*.cpp' -print -o -name '*.c' -print
+    find . \( -path ./build -o -path ./.git \) -prune -o -regex '.*\.\(h\|cpp\|c\)' -print
 }
 
 leg_tidy() {
@@ -91,7 +93,7 @@ leg_reproducible() {
         tar --create --exclude=./build --exclude=./.git . | tar --extract --directory "$folder"
         cmake -S "$folder" -B "$folder/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
             -DSI_BUILD_VIRTUAL_TV=OFF -DSI_BUILD_TESTS=OFF
-        cmake --build "$folder/build" -- -j 2
+        cmake --build "$folder/build"
     done
     cmp "$copies"/{a,another/folder}/build/lib/libsi-ready.so
 }
@@ -103,7 +105,7 @@ build_for_tv() {
     local build=$1 sdk
     shift
     cmake -S tests/tv-sdk -B "$build/sdk" -G Ninja "$@"
-    cmake --build "$build/sdk" -- -j 2
+    cmake --build "$build/sdk"
     sdk=$(printf '%s;' "$ROOT/$build"/sdk/lib*.so)
 
     # A library of the SDK that is forgotten must be named when linking, not when the TV starts.
@@ -122,5 +124,5 @@ link_for_tv() {
     shift 2
     cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release "$@" \
         -DSI_TV_SDK_INCLUDE_DIR="$ROOT/tests/tv-sdk/include" -DSI_TV_SDK_LIBRARIES="$libraries"
-    cmake --build "$build" -- -j 2
+    cmake --build "$build"
 }

@@ -17,7 +17,8 @@ int app_control_create(app_control_h* control);
 int app_control_set_operation(app_control_h control, const char* operation);
 int app_control_set_app_id(app_control_h control, const char* app);
 int app_control_add_extra_data(app_control_h control, const char* key, const char* value);
-int app_control_send_launch_request(app_control_h control, app_control_reply_cb callback, void* data);
+int app_control_send_launch_request(app_control_h control, app_control_reply_cb callback,
+                                    void* data);
 int app_control_destroy(app_control_h control);
 
 typedef struct bundle_s bundle;
