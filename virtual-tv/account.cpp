@@ -44,13 +44,14 @@ void Tv::SetConsent(const std::string& item, bool agreed) {
 extern "C" {
 
 VTV_EXPORT int sso_get_login_state(int* state) {
-    return vtv::Serve("sso_get_login_state", [&](vtv::Tv::Impl& tv) {
+    const int result = vtv::Serve("sso_get_login_state", [&](vtv::Tv::Impl& tv) {
         if (state == nullptr) {
             return vtv::kFailed;
         }
         *state = tv.StateOr<bool>(vtv::kSignedIn, false) ? 1 : 0;
         return 0;
     });
+    return vtv::NotedRead("sso_get_login_state", nullptr, result, state);
 }
 
 VTV_EXPORT int sso_get_account_ui_application_package_id(char** id) {
@@ -64,9 +65,11 @@ VTV_EXPORT int sso_get_account_ui_application_package_id(char** id) {
 }
 
 VTV_EXPORT int GetDisclaimerItemAgreement(const char* item) {
-    return vtv::Serve("GetDisclaimerItemAgreement", [&](vtv::Tv::Impl& tv) {
+    const int agreed = vtv::Serve("GetDisclaimerItemAgreement", [&](vtv::Tv::Impl& tv) {
         return item != nullptr && tv.StateOr<bool>(vtv::ConsentKey(item), false) ? 1 : 0;
     });
+    vtv::NoteRead("GetDisclaimerItemAgreement", item, agreed > 0);
+    return agreed;
 }
 
 }  // extern "C"

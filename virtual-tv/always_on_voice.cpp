@@ -27,7 +27,7 @@ void Tv::SetAlwaysOnVoice(const std::string& appId, int mode) {
 extern "C" {
 
 VTV_EXPORT int AOVSystemDataGetAOVMode(void) {
-    return vtv::Serve("AOVSystemDataGetAOVMode", [&](vtv::Tv::Impl& tv) {
+    const int mode = vtv::Serve("AOVSystemDataGetAOVMode", [&](vtv::Tv::Impl& tv) {
         vtv::Value current;
         std::string problem;
         if (tv.settings.Read(vtv::kCurrentAssistantKey, &current, &problem) !=
@@ -37,6 +37,8 @@ VTV_EXPORT int AOVSystemDataGetAOVMode(void) {
         }
         return tv.StateOr<int>(vtv::ModeKey(std::get<std::string>(current)), 0);
     });
+    vtv::NoteRead("AOVSystemDataGetAOVMode", nullptr, mode);
+    return mode;
 }
 
 VTV_EXPORT int AOVSystemDataSetAOVMode(const char* appId, int mode) {

@@ -36,16 +36,19 @@ std::optional<Value> ReadFeature(const Tv::Impl& tv, const std::string& key) {
 // A feature of another type is as good as none.
 template <typename T, typename Result>
 int Answer(const char* function, const char* key, Result result) {
-    return Serve(function, [&](Tv::Impl& tv) {
+    std::optional<Value> value;
+    const int error = Serve(function, [&](Tv::Impl& tv) {
         if (key == nullptr) {
             return kInvalidParameter;
         }
-        const std::optional<Value> value = ReadFeature(tv, key);
+        value = ReadFeature(tv, key);
         if (!value || !std::holds_alternative<T>(*value)) {
             return kInvalidParameter;
         }
         return result(std::get<T>(*value));
     });
+    NoteRead(function, key, error == 0 ? value : std::nullopt);
+    return error;
 }
 
 }  // namespace

@@ -93,8 +93,13 @@ int TvAccess(const char* path, int mode) noexcept {
     vtv::Tv::Impl& tv = vtv::Current()->impl();
     int ignored = 0;
     if (vtv::Faulted(tv, "access", &ignored)) {
+        vtv::NoteRead("access", path, std::nullopt);
         errno = EIO;
         return -1;
     }
-    return faccessat(AT_FDCWD, (tv.dir + "/owner" + relative).c_str(), mode, 0);
+    const int result = faccessat(AT_FDCWD, (tv.dir + "/owner" + relative).c_str(), mode, 0);
+    const int error = errno;
+    vtv::NoteRead("access", path, result == 0);
+    errno = error;
+    return result;
 }

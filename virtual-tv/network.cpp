@@ -54,11 +54,13 @@ bool Tv::Online() const {
 }  // namespace vtv
 
 extern "C" VTV_EXPORT int connection_profile_check_default_gateway(bool* connected) {
-    return vtv::Serve("connection_profile_check_default_gateway", [&](vtv::Tv::Impl& tv) {
+    constexpr char kFunction[] = "connection_profile_check_default_gateway";
+    const int result = vtv::Serve(kFunction, [&](vtv::Tv::Impl& tv) {
         if (connected == nullptr) {
             return vtv::kFailed;
         }
         *connected = vtv::IsOnline(tv);
         return 0;
     });
+    return vtv::NotedRead(kFunction, nullptr, result, connected);
 }

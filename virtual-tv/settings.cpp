@@ -230,27 +230,31 @@ using vtv::ServeOr;
 extern "C" {
 
 VTV_EXPORT int vconf_get_int(const char* key, int* value) {
-    return Serve("vconf_get_int", [&](vtv::Tv::Impl& tv) {
+    const int result = Serve("vconf_get_int", [&](vtv::Tv::Impl& tv) {
         return value != nullptr && vtv::ReadSetting<int>(tv, key, value) ? 0 : vtv::kFailed;
     });
+    return vtv::NotedRead("vconf_get_int", key, result, value);
 }
 
 VTV_EXPORT int vconf_get_bool(const char* key, int* value) {
-    return Serve("vconf_get_bool", [&](vtv::Tv::Impl& tv) {
-        bool flag = false;
+    bool flag = false;
+    const int result = Serve("vconf_get_bool", [&](vtv::Tv::Impl& tv) {
         if (value == nullptr || !vtv::ReadSetting<bool>(tv, key, &flag)) {
             return vtv::kFailed;
         }
         *value = flag ? 1 : 0;
         return 0;
     });
+    return vtv::NotedRead("vconf_get_bool", key, result, &flag);
 }
 
 VTV_EXPORT char* vconf_get_str(const char* key) {
-    return ServeOr<char*>(nullptr, "vconf_get_str", [&](vtv::Tv::Impl& tv) -> char* {
-        std::string text;
+    std::string text;
+    char* copy = ServeOr<char*>(nullptr, "vconf_get_str", [&](vtv::Tv::Impl& tv) -> char* {
         return vtv::ReadSetting<std::string>(tv, key, &text) ? strdup(text.c_str()) : nullptr;
     });
+    vtv::NotedRead("vconf_get_str", key, copy != nullptr ? 0 : vtv::kFailed, &text);
+    return copy;
 }
 
 VTV_EXPORT int vconf_set_int(const char* key, int value) {
