@@ -50,7 +50,11 @@ int Run(int argc, char** argv) {
     AddExplain(app, common);
     AddTvVerbs(app, common);
     AddSettingVerbs(app, common);
+    AddPolicy(app, common);
+    AddApp(app, common);
+    AddStateVerbs(app, common);
     AddLog(app, common);
+    AddTraceVerbs(app, common);
 
     if (argc == 1) {
         std::cout << app.help();

@@ -5,11 +5,16 @@
 
 namespace cli {
 
-void AddTvVerbs(CLI::App& app, Common& common);       // new, list
 void AddShow(CLI::App& app, Common& common);          // show
-void AddExplain(CLI::App& app, Common& common);       // explain
 void AddPressVerbs(CLI::App& app, Common& common);    // press, choose
+void AddExplain(CLI::App& app, Common& common);       // explain
+void AddTvVerbs(CLI::App& app, Common& common);       // new, list
 void AddSettingVerbs(CLI::App& app, Common& common);  // get, set, unset, watch, search
-void AddLog(CLI::App& app, Common& common);           // log
+void AddPolicy(CLI::App& app, Common& common);        // policy
+void AddApp(CLI::App& app, Common& common);           // app
+// feature, language, voice-guide, account, network, consent, file, power-cycle
+void AddStateVerbs(CLI::App& app, Common& common);
+void AddLog(CLI::App& app, Common& common);         // log
+void AddTraceVerbs(CLI::App& app, Common& common);  // trace, fault
 
 }  // namespace cli

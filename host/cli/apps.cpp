@@ -1,0 +1,126 @@
+// vtv app: the applications that the TV has started.
+#include <iostream>
+#include <memory>
+
+#include "json_views.h"
+#include "verbs.h"
+
+namespace cli {
+
+namespace {
+
+Json::Value ToJson(const vtv::RunningApplication& running) {
+    Json::Value json;
+    json["app"] = running.appId;
+    json["pid"] = running.pid;
+    json["since"] = vtv::ToText(running.since);
+    json["extras"] = Json::Value(Json::objectValue);
+    for (const auto& [key, value] : running.extras) {
+        json["extras"][key] = value;
+    }
+    return json;
+}
+
+void List(const Common& common, bool launches) {
+    const vtv::Tv tv(TvDir(common));
+    Json::Value json(Json::arrayValue);
+    if (launches) {
+        for (const vtv::Launch& launch : tv.Launches()) {
+            json.append(cli::ToJson(launch));
+        }
+    } else {
+        for (const vtv::RunningApplication& running : tv.RunningApplications()) {
+            json.append(ToJson(running));
+        }
+    }
+    if (common.json) {
+        PrintJson(json);
+        return;
+    }
+    if (json.empty()) {
+        std::cout << (launches ? "Nothing has been started yet.\n"
+                               : "No application is running.\n");
+    }
+    for (const Json::Value& entry : json) {
+        std::cout << Paint(Look::kDim,
+                           entry[launches ? "time" : "since"].asString().substr(11, 8) + " ")
+                  << Paint(Look::kBold, entry["app"].asString());
+        for (const std::string& name : entry["extras"].getMemberNames()) {
+            std::cout << "  " << name << '=' << entry["extras"][name].asString();
+        }
+        if (launches) {
+            std::cout << Paint(Look::kNote, "  " + entry["outcome"].asString());
+        }
+        std::cout << '\n';
+    }
+}
+
+void AddList(CLI::App& verb, Common& common) {
+    const auto launches = std::make_shared<bool>(false);
+    CLI::App* list =
+        AddVerb(verb, common, "list", "List the applications that run",
+                "  vtv app list\n  vtv app list --launches        everything that was ever started",
+                kTv | kJson);
+    list->add_flag("--launches", *launches,
+                   "Every start since the TV was made, also of what has ended");
+    list->callback([&common, launches] { List(common, *launches); });
+}
+
+void AddEnding(CLI::App& verb, Common& common, const char* name, const char* does,
+               const char* example, void (vtv::Tv::*end)(const std::string&)) {
+    const auto app = std::make_shared<std::string>();
+    CLI::App* ending = AddVerb(verb, common, name, does, example, kTv);
+    ending->add_option("APP", *app, "Application id; may be left out when only one runs");
+    ending->callback([&common, app, end] {
+        vtv::Tv tv(TvDir(common));
+        std::string id = *app;
+        if (id.empty()) {
+            const std::vector<vtv::RunningApplication> running = tv.RunningApplications();
+            if (running.size() != 1) {
+                throw vtv::Error(running.empty() ? vtv::ErrorKind::kNoSuch : vtv::ErrorKind::kUsage,
+                                 running.empty()
+                                     ? "No application is running."
+                                     : "Several applications are running; name one: vtv app list");
+            }
+            id = running.front().appId;
+        }
+        (tv.*end)(id);
+    });
+}
+
+void AddMode(CLI::App& verb, Common& common) {
+    const auto mode = std::make_shared<std::string>();
+    CLI::App* app =
+        AddVerb(verb, common, "mode", "Look at what starting an application does, or change it",
+                "  vtv app mode auto              applications finish by themselves", kTv);
+    app->add_option("MODE", *mode,
+                    "process (they wait to be finished), auto (they finish by themselves), record "
+                    "(only note it)");
+    app->callback([&common, mode] {
+        vtv::Tv tv(TvDir(common));
+        if (mode->empty()) {
+            std::cout << vtv::ToText(tv.Applications()) << '\n';
+        } else {
+            tv.SetApplications(vtv::ParseApplicationMode(*mode));
+        }
+    });
+}
+
+}  // namespace
+
+void AddApp(CLI::App& app, Common& common) {
+    CLI::App* verb = app.add_subcommand(
+        "app", "List, finish or cancel the applications that the TV has started");
+    verb->require_subcommand(1);
+    verb->footer("Examples:\n  vtv app list\n  vtv app finish org.nemra.wizard");
+    AddList(*verb, common);
+    AddEnding(*verb, common, "finish",
+              "Let an application do its work and end: sign in, agree, set up, ...",
+              "  vtv app finish\n  vtv app finish com.vantelo.tv.google-assistant",
+              &vtv::Tv::FinishApplication);
+    AddEnding(*verb, common, "cancel", "Let it end without having done anything",
+              "  vtv app cancel org.nemra.wizard", &vtv::Tv::CancelApplication);
+    AddMode(*verb, common);
+}
+
+}  // namespace cli

@@ -1,0 +1,135 @@
+// vtv policy: the list of assistants that the TV is told to offer.
+#include <algorithm>
+#include <iostream>
+#include <memory>
+
+#include "verbs.h"
+
+namespace cli {
+
+namespace {
+
+constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
+
+Json::Value Parse(const std::string& text) {
+    Json::Value policy;
+    return Json::Reader().parse(text, policy) ? policy : Json::Value();
+}
+
+// What a policy's owner wants to hear of before a TV does.
+std::string ProblemOf(const Json::Value& policy) {
+    if (!policy.isArray()) {
+        return "a policy is a list: [{\"VAOrder\": 1, \"VAId\": \"ORVIK2\", ...}, ...].";
+    }
+    std::vector<int> orders;
+    for (Json::ArrayIndex i = 0; i < policy.size(); ++i) {
+        const Json::Value& assistant = policy[i];
+        const std::string where = "assistant " + std::to_string(i + 1) + ": ";
+        if (!assistant.isObject()) {
+            return where + "is no object.";
+        }
+        if (!assistant["VAOrder"].isInt()) {
+            return where + "VAOrder must be a whole number.";
+        }
+        for (const char* name : {"VAId", "VAAppId", "VAName"}) {
+            if (!assistant[name].isString()) {
+                return where + name + " must be a text.";
+            }
+        }
+        if (!assistant["VAFFSupport"].isBool()) {
+            return where + "VAFFSupport must be true or false.";
+        }
+        orders.push_back(assistant["VAOrder"].asInt());
+    }
+    std::sort(orders.begin(), orders.end());
+    for (size_t i = 0; i < orders.size(); ++i) {
+        if (orders[i] != static_cast<int>(i) + 1) {
+            return "VAOrder must number the " + std::to_string(orders.size()) +
+                   " assistants 1 to " + std::to_string(orders.size()) + ", each once.";
+        }
+    }
+    return "";
+}
+
+void Show(const Common& common) {
+    const vtv::Tv tv(TvDir(common));
+    const std::optional<vtv::Value> value = tv.Get(kPolicyKey);
+    if (!value) {
+        throw vtv::Error(vtv::ErrorKind::kNoSuch, "The TV has no assistant policy: " +
+                                                      std::string(kPolicyKey) + " is not set.");
+    }
+    const Json::Value policy = Parse(vtv::ToText(*value));
+    if (common.json) {
+        PrintJson(policy);
+        return;
+    }
+    const std::string problem = ProblemOf(policy);
+    if (!policy.isArray()) {
+        std::cout << vtv::ToText(*value) << '\n';
+    } else if (policy.empty()) {
+        std::cout << "The policy offers no assistant.\n";
+    } else {
+        const std::string current = vtv::ToText(
+            tv.Get("db/multi-assistant/default_assistant_appid").value_or(std::string()));
+        for (const Json::Value& assistant : policy) {
+            const auto text = [&](const char* name) {
+                return assistant.isObject() && assistant[name].isConvertibleTo(Json::stringValue)
+                           ? assistant[name].asString()
+                           : "?";
+            };
+            std::cout << (text("VAAppId") == current ? "▸ " : "  ") << text("VAOrder") << "  "
+                      << Paint(Look::kBold, text("VAName")) << "  " << text("VAId") << "  "
+                      << text("VAAppId") << (text("VAFFSupport") == "true" ? "  far-field" : "")
+                      << '\n';
+        }
+    }
+    if (!problem.empty()) {
+        std::cerr << "vtv: warning: " << problem << '\n';
+    }
+}
+
+struct PublishOptions {
+    std::string file;
+    bool force = false;
+};
+
+void Publish(const Common& common, const PublishOptions& options) {
+    std::string text = ReadFile(options.file);
+    while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) {
+        text.pop_back();
+    }
+    if (!options.force) {
+        const std::string problem = ProblemOf(ReadJsonFile(options.file));
+        if (!problem.empty()) {
+            throw Refusal(options.file + ": " + problem +
+                          " To see what the TV makes of it, add --force.");
+        }
+    }
+    vtv::Tv tv(TvDir(common));
+    tv.Set(kPolicyKey, text);
+}
+
+}  // namespace
+
+void AddPolicy(CLI::App& app, Common& common) {
+    CLI::App* verb =
+        app.add_subcommand("policy", "Look at the assistant policy, or publish another");
+    verb->require_subcommand(1);
+    verb->footer("Examples:\n  vtv policy show\n  vtv policy publish europe.json");
+    CLI::App* show =
+        AddVerb(*verb, common, "show", "Print the assistants that the TV is told to offer",
+                "  vtv policy show\n  vtv policy show --json > policy.json", kTv | kJson);
+    show->callback([&common] { Show(common); });
+
+    const auto options = std::make_shared<PublishOptions>();
+    CLI::App* publish =
+        AddVerb(*verb, common, "publish", "Give the TV another policy, as its owner would",
+                "  vtv policy publish europe.json\n"
+                "  echo '[]' | vtv policy publish -",
+                kTv);
+    publish->add_option("FILE", options->file, "A JSON file; - is the standard input")->required();
+    publish->add_flag("--force", options->force, "Publish also what is no sound policy");
+    publish->callback([&common, options] { Publish(common, *options); });
+}
+
+}  // namespace cli

@@ -1,0 +1,181 @@
+// vtv trace and vtv fault: looking into the platform, and breaking it.
+#include <iostream>
+#include <memory>
+
+#include "json_views.h"
+#include "verbs.h"
+
+namespace cli {
+
+namespace {
+
+struct TraceOptions {
+    std::string onOff;
+    std::string file;
+    bool clear = false;
+};
+
+void Trace(const Common& common, const TraceOptions& options) {
+    vtv::Tv tv(TvDir(common));
+    if (!options.onOff.empty()) {
+        tv.SetTraceEnabled(ParseSwitch(options.onOff));
+        return;
+    }
+    if (!options.file.empty()) {
+        tv.ExportTrace(options.file);
+        return;
+    }
+    if (options.clear) {
+        tv.ClearTrace();
+        return;
+    }
+    const std::vector<vtv::TraceEvent> events = tv.ReadTrace();
+    if (common.json) {
+        Json::Value json;
+        json["enabled"] = tv.TraceEnabled();
+        json["events"] = Json::Value(Json::arrayValue);
+        for (const vtv::TraceEvent& event : events) {
+            json["events"].append(ToJson(event));
+        }
+        PrintJson(json);
+        return;
+    }
+    for (const vtv::TraceEvent& event : events) {
+        std::cout << Paint(Look::kDim, vtv::ToText(event.time).substr(11, 15) + " ")
+                  << Paint(Look::kNote, event.function + "(" + std::to_string(event.line) + ") ")
+                  << event.message;
+        for (const vtv::TraceArgument& argument : event.arguments) {
+            std::cout << Paint(Look::kDim, "  " + argument.type + " ") << argument.value;
+        }
+        std::cout << '\n';
+    }
+    if (events.empty()) {
+        std::cout << (tv.TraceEnabled() ? "Nothing has been recorded yet.\n"
+                                        : "Recording is off. Switch it on: vtv trace on\n");
+    }
+}
+
+void AddTraceVerb(CLI::App& app, Common& common) {
+    const auto options = std::make_shared<TraceOptions>();
+    CLI::App* verb =
+        AddVerb(app, common, "trace", "Record and print the provider's trace events",
+                "  vtv trace on\n"
+                "  vtv press voice-wake-up && vtv trace\n"
+                "  vtv trace --export trace.json    open it in ui.perfetto.dev or chrome://tracing",
+                kTv | kJson);
+    CLI::Option* onOff = verb->add_option("SWITCH", options->onOff, "on or off");
+    CLI::Option* file =
+        verb->add_option("--export", options->file, "Write a file for a trace viewer")
+            ->excludes(onOff);
+    verb->add_flag("--clear", options->clear, "Forget what was recorded")
+        ->excludes(onOff)
+        ->excludes(file);
+    verb->callback([&common, options] { Trace(common, *options); });
+}
+
+struct FaultOptions {
+    std::string function;
+    bool always = false;
+    bool clear = false;
+    bool functions = false;
+    int slow = 0;
+    int result = -1;
+};
+
+const char* KindName(vtv::Fault::Kind kind) {
+    switch (kind) {
+        case vtv::Fault::Kind::kOnce:
+            return "once";
+        case vtv::Fault::Kind::kAlways:
+            return "always";
+        case vtv::Fault::Kind::kSlow:
+            break;
+    }
+    return "slow";
+}
+
+void ListFaults(const Common& common, const vtv::Tv& tv) {
+    Json::Value json(Json::arrayValue);
+    for (const vtv::Fault& fault : tv.Faults()) {
+        Json::Value entry;
+        entry["function"] = fault.function;
+        entry["kind"] = KindName(fault.kind);
+        entry["result"] = fault.result;
+        entry["delay_ms"] = fault.delayMs;
+        json.append(entry);
+        if (!common.json) {
+            std::cout << fault.function << "  " << KindName(fault.kind)
+                      << (fault.kind == vtv::Fault::Kind::kSlow
+                              ? " " + std::to_string(fault.delayMs) + " ms"
+                              : " returns " + std::to_string(fault.result))
+                      << '\n';
+        }
+    }
+    if (common.json) {
+        PrintJson(json);
+    }
+}
+
+void Fault(const Common& common, const FaultOptions& options) {
+    if (options.functions) {
+        for (const std::string& function : vtv::PlatformFunctions()) {
+            std::cout << function << '\n';
+        }
+        return;
+    }
+    vtv::Tv tv(TvDir(common));
+    if (options.function.empty() && options.clear) {
+        for (const vtv::Fault& fault : tv.Faults()) {
+            tv.ClearFault(fault.function);
+        }
+    } else if (options.function.empty()) {
+        ListFaults(common, tv);
+    } else if (options.clear) {
+        if (!tv.ClearFault(options.function)) {
+            throw vtv::Error(vtv::ErrorKind::kNoSuch,
+                             options.function + ": no such fault was asked for. See: vtv fault");
+        }
+    } else {
+        vtv::Fault fault;
+        fault.function = options.function;
+        fault.kind = options.slow > 0 ? vtv::Fault::Kind::kSlow
+                     : options.always ? vtv::Fault::Kind::kAlways
+                                      : vtv::Fault::Kind::kOnce;
+        fault.result = options.result;
+        fault.delayMs = options.slow;
+        tv.SetFault(fault);
+    }
+}
+
+void AddFaultVerb(CLI::App& app, Common& common) {
+    const auto options = std::make_shared<FaultOptions>();
+    CLI::App* verb = AddVerb(app, common, "fault", "Make a platform call of the TV fail, or slow",
+                             "  vtv fault vconf_set_str                  the next call fails\n"
+                             "  vtv fault sso_get_login_state --always\n"
+                             "  vtv fault aul_launch_app --slow 500\n"
+                             "  vtv fault --clear                        all of them\n"
+                             "  vtv fault --functions                    what can be made to fail",
+                             kTv | kJson);
+    verb->add_option("FUNCTION", options->function, "A platform call");
+    CLI::Option* always =
+        verb->add_flag("--always", options->always, "Every call from now on, not only the next");
+    CLI::Option* slow =
+        verb->add_option("--slow", options->slow, "Delay each call by so many milliseconds")
+            ->check(CLI::PositiveNumber)
+            ->excludes(always);
+    verb->add_option("--result", options->result, "What a failing call returns")
+        ->capture_default_str()
+        ->excludes(slow);
+    verb->add_flag("--clear", options->clear, "Forget the fault");
+    verb->add_flag("--functions", options->functions, "List the calls that can be made to fail");
+    verb->callback([&common, options] { Fault(common, *options); });
+}
+
+}  // namespace
+
+void AddTraceVerbs(CLI::App& app, Common& common) {
+    AddTraceVerb(app, common);
+    AddFaultVerb(app, common);
+}
+
+}  // namespace cli
