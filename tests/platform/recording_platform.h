@@ -23,7 +23,7 @@ struct StoredBool {
     int number;
     bool operator==(const StoredBool& other) const = default;
 };
-using Setting = std::variant<int, StoredBool, std::string>;
+using SettingValue = std::variant<int, StoredBool, std::string>;
 
 // A feature of the model, or the error that reading it gives.
 struct FeatureError {
@@ -31,12 +31,12 @@ struct FeatureError {
 };
 // A text that is read with success and is null.
 struct NullText {};
-using Feature = std::variant<bool, int, std::string, NullText, FeatureError>;
+using FeatureValue = std::variant<bool, int, std::string, NullText, FeatureError>;
 
 // What the TV is like. A setting, feature or package that is not named does not exist.
 struct TV {
-    std::map<std::string, Setting, std::less<>> settings;
-    std::map<std::string, Feature, std::less<>> features;
+    std::map<std::string, SettingValue, std::less<>> settings;
+    std::map<std::string, FeatureValue, std::less<>> features;
     std::map<std::string, int, std::less<>> consents;  // by item; greater than 0 is agreed
     int loginState = 0;
     std::optional<std::string> accountApp = "account.app";  // none: success with a null id

@@ -44,7 +44,7 @@ const Value* Find(const Map& map, const char* key) {
     return found != map.end() ? std::get_if<Value>(&found->second) : nullptr;
 }
 
-int Store(const Call& call, const char* key, Setting value) {
+int Store(const Call& call, const char* key, SettingValue value) {
     if (call.Fails() || key == nullptr) {
         return call.Code();
     }
