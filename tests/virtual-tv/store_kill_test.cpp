@@ -1,0 +1,106 @@
+// Writers are killed at random moments; what they had been told was written must be there.
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <time.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <random>
+
+#include "child.h"
+#include "temporary_folder.h"
+#include "virtual-tv/store.h"
+
+namespace vtv {
+namespace {
+
+constexpr int kKeys = 4;
+
+// VTV_KILLS=10000 for a longer run.
+int Kills() {
+    const char* text = std::getenv("VTV_KILLS");
+    return text != nullptr ? std::atoi(text) : 2000;
+}
+
+std::string KeyOf(int number) {
+    return "db/kill/" + std::to_string(number % kKeys);
+}
+// Long enough for a torn value to show.
+std::string ValueOf(int number) {
+    return std::to_string(number) + ":" + std::string(2000, static_cast<char>('a' + number % 26));
+}
+
+// Writes ever greater numbers and tells each one that was acknowledged.
+[[noreturn]] void WriteForever(const std::string& dir, int first, int report) {
+    Store store(dir, Store::Durability::kDurable);
+    for (int number = first;; ++number) {
+        store.Write(KeyOf(number), ValueOf(number));
+        if (write(report, &number, sizeof number) != sizeof number) {
+            _exit(1);
+        }
+    }
+}
+
+// How long a write takes on this disk, so that the kills meet writes and not only the fork.
+long NanosecondsOfAWrite(const std::string& dir) {
+    Store store(dir, Store::Durability::kDurable);
+    constexpr int kWrites = 20;
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < kWrites; ++i) {
+        store.Write("db/warm", ValueOf(i));
+    }
+    const auto end = std::chrono::steady_clock::now();
+    store.Remove("db/warm");
+    return static_cast<long>(std::chrono::nanoseconds(end - begin).count() / kWrites);
+}
+
+TEST(StoreKillTest, AKilledWriterLosesNothingThatWasAcknowledged) {
+    const unsigned seed = std::random_device()();
+    std::mt19937 random(seed);
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    TemporaryFolder folder;
+    const std::string dir = folder / "store";
+    Store::Create(dir);
+
+    const long longest = std::min(4 * NanosecondsOfAWrite(dir) + 2000000, 40000000L);
+    int acknowledged = 0;
+    for (int round = 0; round < Kills(); ++round) {
+        int report[2];
+        ASSERT_EQ(pipe(report), 0);
+        Child writer([&] { WriteForever(dir, acknowledged + 1, report[1]); });
+        close(report[1]);
+        timespec moment{0, std::uniform_int_distribution<long>(0, longest)(random)};
+        nanosleep(&moment, nullptr);
+        writer.Kill();
+        writer.Wait();
+        for (int number; read(report[0], &number, sizeof number) == sizeof number;) {
+            acknowledged = number;
+        }
+        close(report[0]);
+
+        Store store(dir, Store::Durability::kDurable);
+        for (int back = 0; back < kKeys && acknowledged - back > 0; ++back) {
+            const int number = acknowledged - back;
+            Value value;
+            std::string problem;
+            ASSERT_EQ(store.Read(KeyOf(number), &value, &problem), Store::Status::kOk) << problem;
+            // The write that was under way may have come through.
+            const bool old = value == Value(ValueOf(number));
+            const bool next =
+                value == Value(ValueOf(number + kKeys)) && number + kKeys == acknowledged + 1;
+            ASSERT_TRUE(old || next)
+                << KeyOf(number) << " after " << acknowledged << " in round " << round;
+        }
+        store.RemoveLeftovers();
+    }
+    EXPECT_GT(acknowledged, Kills() / 4) << "the writers were killed before they wrote anything";
+    size_t files = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(dir)) {
+        ++files;
+    }
+    EXPECT_EQ(files, size_t{kKeys} + 1) << "temporary files are left behind";
+}
+
+}  // namespace
+}  // namespace vtv
