@@ -16,6 +16,8 @@ install_packages() {
     for ((try = 1; try <= tries; ++try)); do
         mapfile -t missing < <(missing_packages "$@")
         ((${#missing[@]} > 0)) || return 0
+        ((EUID == 0)) || command -v sudo >/dev/null ||
+            die "packages are missing and there is no sudo; as root: apt-get install ${missing[*]}"
         if ((try > 1)); then
             say "Trying again ($try of $tries): $(apt_failure)"
             sleep $((try * 3))
