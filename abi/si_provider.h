@@ -40,7 +40,8 @@ typedef struct ListItem {
 
 /*
  * The provider table: 52 slots of one pointer each. Every callback returns 0 on every path, except
- * get_list_items.
+ * get_list_items. No exception leaves a slot, but that the text slots (13, 14, 39, 41, 50, 51) let
+ * std::bad_alloc through when memory has run out.
  */
 typedef struct SIProviderTable {
     /* 0: store a new integer value. The value SI_ACTION_VALUE is not a value, see above. */
@@ -61,7 +62,8 @@ typedef struct SIProviderTable {
     void* slot_15;
 
     /* 16: the choices of a list item: a heap array of *count pointers, which the host gives back to
-     * free_list_items(). NULL when the item offers no choice; *count is then not to be used. */
+     * free_list_items(). NULL when the item offers no choice or memory has run out; *count may then
+     * hold any number and is not to be used. */
     ListItem** (*get_list_items)(const char* key, int* count);
 
     /* 17: the text of one item of a list. *text belongs to the list and is not to be freed. */
@@ -84,15 +86,17 @@ typedef struct SIProviderTable {
     void* slot_25_to_38[14];
 
     /* 39: the confirmation box before a value change. The host's buffers must hold the longest
-     * translation: the provider does not know their sizes. A key without a box writes nothing. */
+     * translation: the provider does not know their sizes. A key without a box writes nothing. The
+     * buffers and the count are read for the log whatever the key: on entry each buffer holds a
+     * NUL-terminated text. */
     int (*get_messagebox_info)(const char* key, char* pDisplayText, char* pFirstButtonText,
                                char* pSecondButtonText, int* nButtonCount);
 
     void* slot_40;
 
     /* 41: why an item is dimmed. *text receives a heap string that the host frees, or stays as it
-     * was when there is no text; *flag is set to true when the host is to show the text, and stays
-     * as it was otherwise. */
+     * was when there is no text; *flag is set to true when the provider has answered, and stays as
+     * it was otherwise. It may become true without a text: set *text to NULL before the call. */
     int (*get_disable_text)(const char* key, char** text, bool* flag);
 
     void* slot_42_to_43[2];
@@ -104,7 +108,8 @@ typedef struct SIProviderTable {
 
     void* slot_45_to_49[5];
 
-    /* 50: the title of the confirmation box of slot 39, into a buffer of the host's. */
+    /* 50: the title of the confirmation box of slot 39, into a buffer of the host's that holds a
+     * NUL-terminated text on entry. */
     int (*get_messagebox_title)(const char* key, char* title);
 
     /* 51: the popup offered when a dimmed item is selected, into buffers of the host's. A buffer

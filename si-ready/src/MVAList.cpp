@@ -10,10 +10,9 @@
 #include "SIMenuUtil.h"
 #include "platform/settings_store.h"
 
-const char* const MVAList::MVA_LIST_VCONF = "db/menu/voice/mva_list";
-const char* const MVAList::ID_ORVIK = "ORVIK2";
-
 namespace {
+
+constexpr char ORVIK_ID[] = "ORVIK2";
 
 struct KnownAssistant {
     const char* id;
@@ -22,7 +21,7 @@ struct KnownAssistant {
 
 // "SBER" and "SVA" are two different kinds.
 constexpr KnownAssistant m_mapVAIdType[] = {
-    {"ALEXA", ASSISTANT_ALEXA}, {"ORVIK2", ASSISTANT_ORVIK}, {"GVA", ASSISTANT_GVA},
+    {"ALEXA", ASSISTANT_ALEXA}, {ORVIK_ID, ASSISTANT_ORVIK}, {"GVA", ASSISTANT_GVA},
     {"SBER", ASSISTANT_SBER},   {"SVA", ASSISTANT_SVA},      {"TENCENT", ASSISTANT_TENCENT},
 };
 
@@ -110,6 +109,9 @@ const VAInfo* FindCurrentVA() {
 // ---------------------------------------------------------------------------------------------
 // The list
 // ---------------------------------------------------------------------------------------------
+
+const char* const MVAList::MVA_LIST_VCONF = "db/menu/voice/mva_list";
+const char* const MVAList::ID_ORVIK = ORVIK_ID;
 
 void MVAList::Initialize() {
     LOG_ERROR("Notify MVA_LIST_VCONF");

@@ -22,7 +22,7 @@ class SI_EXPORT MVAList {
     static const char* const ID_ORVIK;
 
     // Watches the policy and reads it once. A policy with an element that is no object, or with a
-    // member that cannot be converted, throws what the JSON library throws and changes nothing.
+    // member that cannot be converted, throws a std::exception and changes nothing.
     static void Initialize();
     // Removes the watch; the list stays as it is.
     static void Finalize();

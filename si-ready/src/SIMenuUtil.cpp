@@ -1,8 +1,5 @@
 #include "SIMenuUtil.h"
 
-// The settings hold what Json::StyledWriter writes and Json::Reader accepts, and other programs of
-// the TV read them: the library's newer classes accept and write a different text.
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 #include <json/json.h>
 #include <unistd.h>
 
@@ -153,6 +150,11 @@ bool CSIMenuUtil::isChina() {
 // Settings whose value is a JSON object
 // ---------------------------------------------------------------------------------------------
 
+// The settings hold what Json::StyledWriter writes and Json::Reader accepts, and other programs of
+// the TV read them: the library's newer classes accept and write a different text.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+
 namespace {
 
 enum class ParseResult { Object, NotAnObject, Broken };
@@ -162,13 +164,22 @@ ParseResult ParseObject(const std::string& text, Json::Value& root) {
         if (!Json::Reader().parse(text, root, true)) {
             return ParseResult::Broken;
         }
-    } catch (const Json::Exception&) {
+    } catch (const Json::RuntimeError& error) {
+        if (std::strstr(error.what(), "stackLimit") == nullptr) {
+            throw;  // no memory
+        }
         return ParseResult::NotAnObject;  // nested deeper than the library reads
     }
     return root.isObject() ? ParseResult::Object : ParseResult::NotAnObject;
 }
 
+std::string StyledText(const Json::Value& root) {
+    return Json::StyledWriter().write(root);
+}
+
 }  // namespace
+
+#pragma GCC diagnostic pop
 
 std::string CSIMenuUtil::getValueOfJsonVconf(std::string key, std::string member) {
     Json::Value root;
@@ -197,7 +208,7 @@ bool CSIMenuUtil::setVAsValueOfJsonVconf(std::string key, std::string member, st
         return false;
     }
     root[member] = value;
-    const std::string text = Json::StyledWriter().write(root);
+    const std::string text = StyledText(root);
     LOG_ERROR_AT(345, "[general voice] %s value = %s", key.c_str(), text.c_str());
     vconf_set_str(key.c_str(), text.c_str());
     return true;
@@ -213,8 +224,9 @@ constexpr char FIRST_PLACEHOLDER[] = "<<A>>";
 constexpr char SECOND_PLACEHOLDER[] = "<<B>>";
 
 // The search starts again at the beginning after each replacement, so that a placeholder which a
-// replacement completes is replaced, too. A replacement that holds the placeholder itself would
-// never come to an end that way: the search then goes on behind it.
+// replacement completes is replaced, too. With a replacement that holds the placeholder itself, as
+// a policy may name an assistant, that would never come to an end: the search then goes on behind
+// it.
 std::string ReplaceAll(std::string text, const std::string& placeholder,
                        const std::string& replacement) {
     const bool restart = replacement.find(placeholder) == std::string::npos;
@@ -264,7 +276,7 @@ std::string CSIMenuUtil::GetTextTVScreenOrPJT(const char* tvSid, const char* scr
     if (GetDeviceSID() == "REP.DEVICE.SCREEN") {
         return Translate(screenSid);
     }
-    const std::string text = Translate(otherSid);
+    const char* text = Translate(otherSid);
     return Replace(text, Translate(GetDeviceSID().c_str()));
 }
 

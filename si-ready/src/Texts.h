@@ -3,10 +3,9 @@
 
 #include <libintl.h>
 
-#include <string>
-
-// The text in the TV's menu language, or the id itself when the catalogue lacks it.
-inline std::string Translate(const char* id) {
+// The text in the TV's menu language, or the id itself when the catalogue lacks it. It belongs to
+// the catalogue.
+inline const char* Translate(const char* id) {
     const char* text = dgettext("si-ready", id);
     if (text != nullptr) {
         return text;

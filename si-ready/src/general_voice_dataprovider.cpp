@@ -37,17 +37,19 @@ void Store(Value* out, Value value) {
     }
 }
 
-// A heap copy for the host, which frees it.
-void StoreCopy(char** out, const std::string& text) {
-    if (out != nullptr) {
-        *out = strdup(text.c_str());
+// A heap copy for the host, which frees it. False, with a null text, without memory.
+bool StoreCopy(char** out, const char* text) {
+    if (out == nullptr) {
+        return true;
     }
+    *out = strdup(text);
+    return *out != nullptr;
 }
 
 // Into a buffer of the host's, which must hold the longest translation.
-void CopyToBuffer(char* buffer, const std::string& text) {
+void CopyToBuffer(char* buffer, const char* text) {
     if (buffer != nullptr) {
-        std::memcpy(buffer, text.c_str(), text.size() + 1);
+        std::memcpy(buffer, text, std::strlen(text) + 1);
     }
 }
 
@@ -118,7 +120,7 @@ bool IsWakeUpOn() {
 }
 
 Choice WakeUpWithButtonChoice() {
-    const std::string text = Translate("TV_SID_VOICE_MIX_CCJUL_WAKE_UP_WITH_BUTTON");
+    const char* text = Translate("TV_SID_VOICE_MIX_CCJUL_WAKE_UP_WITH_BUTTON");
     return {0, CSIMenuUtil::Replace(text, Translate("COM_ICON_VOICE"))};
 }
 
@@ -279,6 +281,15 @@ bool CanUseOwnApp() {
     return CSIMenuUtil::IsNetworkConnected() && CSIMenuUtil::IsTncPPAgreed();
 }
 
+// Alexa has no application of its own on the TV. The record is its caller's.
+void LaunchAlexaOnboarding(const char* caller) {
+    if (CSIMenuUtil::checkSetUpComplete_Alexa()) {
+        LOG_ERROR_FOR(caller, "[FATAL][Alexa]Already setup complete");
+        return;
+    }
+    Launch(GENERIC_ONBOARDING);
+}
+
 void _LaunchOrvikOnboarding() {
     if (!CSIMenuUtil::VconfGetBool(setting::FIRST_TIME)) {
         LOG_ERROR("[FATAL][Orvik]Already setup complete");
@@ -318,29 +329,20 @@ void LaunchOnboarding(const char* reason) {
     LOG_ERROR("reason:%s", Printable(reason));
     switch (MVAList::GetCurrentVAType()) {
         case ASSISTANT_ALEXA:
-            if (CSIMenuUtil::checkSetUpComplete_Alexa()) {
-                LOG_ERROR("[FATAL][Alexa]Already setup complete");
-            } else {
-                Launch(GENERIC_ONBOARDING);
-            }
-            break;
+            return LaunchAlexaOnboarding(__func__);
         case ASSISTANT_ORVIK:
-            _LaunchOrvikOnboarding();
-            break;
+            return _LaunchOrvikOnboarding();
         case ASSISTANT_GVA:
-            _LaunchGoogleOnboarding();
-            break;
+            return _LaunchGoogleOnboarding();
         case ASSISTANT_SBER:
-            _LaunchSaluteOnboarding();
-            break;
+            return _LaunchSaluteOnboarding();
         case ASSISTANT_TENCENT:
-            _LaunchTencentOnboarding();
-            break;
+            return _LaunchTencentOnboarding();
         case ASSISTANT_NONE:
         case ASSISTANT_SVA:  // has no onboarding
-            LOG_ERROR("[FATAL]Wrong VA type");
             break;
     }
+    LOG_ERROR("[FATAL]Wrong VA type");
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -606,8 +608,9 @@ OptionalText DisplayName(const char* key) {
 }
 
 std::string AssistantHelpText() {
+    const bool isChina = CSIMenuUtil::isChina();
     std::string text = Translate("TV_SID_SETTINGS_SELELCT_VOICE_ASSISTANT");
-    if (CSIMenuUtil::isChina()) {
+    if (isChina) {
         text += "\n";
         text += Translate("TV_SID_CHIVOICE_CCAPR_USE_VOICE_ASSISTANT_SEARCH_MSG");
     }
@@ -634,24 +637,22 @@ OptionalText HelpText(const char* key) {
 
 int get_display_name(const char* key, char** text) {
     const OptionalText name = DisplayName(key);
-    if (!name) {
+    if (!name || !StoreCopy(text, name->c_str())) {
         Store<char*>(text, nullptr);
         LOG_ERROR("[FATAL][%s]display name is NULL", Printable(key));
         return 0;
     }
-    StoreCopy(text, *name);
     LOG_ERROR("key:%s, value:%s", key, name->c_str());
     return 0;
 }
 
 int get_help_text(const char* key, char** text) {
     const OptionalText help = HelpText(key);
-    if (!help) {
+    if (!help || !StoreCopy(text, help->c_str())) {
         Store<char*>(text, nullptr);
         LOG_ERROR("[FATAL][%s]help text is NULL", Printable(key));
         return 0;
     }
-    StoreCopy(text, *help);
     LOG_ERROR("key:%s, value:%s", key, help->c_str());
     return 0;
 }
@@ -747,7 +748,7 @@ int get_disable_text(const char* key, char** text, bool* flag) {
         return 0;
     }
     if (const OptionalText reason = WakeUpReason(__func__)) {
-        StoreCopy(text, *reason);
+        StoreCopy(text, reason->c_str());
     }
     Store(flag, true);
     return 0;

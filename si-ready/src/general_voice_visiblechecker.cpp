@@ -25,7 +25,7 @@ bool _IsOrvikSupport() {
     bool supported = false;
     const int result = system_info_get_custom_bool(ORVIK_SUPPORT, &supported);
     if (result == INVALID_PARAMETER) {
-        return true;  // models from before this feature key all support it
+        return true;  // on purpose: this one error counts as support
     }
     if (result != 0) {
         LOG_ERROR("ERROR:%d", result);

@@ -81,7 +81,7 @@ const std::map<std::string, std::set<std::string>> PROVIDER_BELOW = {
 }  // namespace
 
 TEST(House, EveryRoomHasSources) {
-    for (const std::string& room : {"abi", "platform", "si-ready"}) {
+    for (const char* room : {"abi", "platform", "si-ready"}) {
         EXPECT_FALSE(SourcesOf(room).empty()) << room;
     }
 }
