@@ -546,12 +546,14 @@ Model ModelReader::Read() {
             Fail(*files, "owner_files must be a list of paths below /home/owner.");
         }
         for (const toml::node& file : *files->as_array()) {
-            if (!file.is_string() || file.as_string()->get().rfind('/', 0) == 0) {
+            const std::string path = file.is_string() ? file.as_string()->get() : "";
+            if (path.empty() || path.front() == '/' ||
+                *fs::path(path).lexically_normal().begin() == "..") {
                 Fail(file,
-                     "a file must be a path below /home/owner, in quotes and without a leading "
-                     "slash.");
+                     "a file must be a path below /home/owner, in quotes and without a "
+                     "leading slash.");
             }
-            model_.ownerFiles.push_back(file.as_string()->get());
+            model_.ownerFiles.push_back(path);
         }
     }
     return model_;

@@ -29,13 +29,11 @@ bool HasCatalogue(const std::string& language) {
     return fs::exists(LocaleDir() + "/" + language + "/LC_MESSAGES/" + kDomain + ".mo", error);
 }
 
-// "de_AT" is served by de_AT or de; a language without any catalogue is shown in English.
+// "de_AT.UTF-8" is served by de_AT or de; a language without any catalogue is shown in English.
 std::string CataloguesOf(const std::string& language) {
-    const std::string base = language.substr(0, language.find_first_of("_-.@"));
-    if (HasCatalogue(language) || HasCatalogue(base)) {
-        return language + ":" + base;
-    }
-    return "en";
+    const std::string country = language.substr(0, language.find_first_of(".@"));
+    const std::string base = country.substr(0, country.find('_'));
+    return HasCatalogue(country) || HasCatalogue(base) ? country + ":" + base : "en";
 }
 
 }  // namespace

@@ -61,6 +61,9 @@ const Elementary& Load(Tv::Impl* tv) {
         return toolkit;
     }
     tried = true;
+    // Without a display or a system bus the toolkit would tell so at length, with stack traces.
+    setenv("EINA_LOG_LEVEL", "0", 0);
+    setenv("EINA_LOG_BACKTRACE", "-1", 0);
     void* library = dlopen(kElementary, RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr && tv != nullptr) {
         tv->LogLine(kWarning,

@@ -59,8 +59,13 @@ Watcher::~Watcher() {
 
 Watcher::Id Watcher::Watch(const std::string& dir, uint32_t mask, const std::string& fileName,
                            Callback callback) {
-    // Several watches of one folder share a descriptor; the mask is the union of theirs.
-    const int wd = inotify_add_watch(inotify_, dir.c_str(), mask | IN_ONLYDIR | IN_MASK_ADD);
+    // The kernel merges an event with the one before it when they are alike, so that two writes of
+    // a key in a row would be told as one. A rename is also the leaving of a temporary name, which
+    // is another each time: asked for as well, it keeps them apart.
+    const uint32_t apart = (mask & IN_MOVED_TO) != 0 ? IN_MOVED_FROM : 0;
+    // Several watches of one folder share a descriptor; its mask is the union of theirs.
+    const int wd =
+        inotify_add_watch(inotify_, dir.c_str(), mask | apart | IN_ONLYDIR | IN_MASK_ADD);
     if (wd < 0) {
         FailToWatch(dir);
     }
@@ -70,6 +75,7 @@ Watcher::Id Watcher::Watch(const std::string& dir, uint32_t mask, const std::str
     auto subscription = std::make_shared<Subscription>();
     subscription->id = nextId_++;
     subscription->wd = wd;
+    subscription->mask = mask;
     subscription->fileName = fileName;
     subscription->callback = std::move(callback);
     subscription->since = nextEvent_;
@@ -111,9 +117,9 @@ void Watcher::Drain() {
             std::memcpy(&event, buffer + at, sizeof event);
             const char* name = event.len > 0 ? buffer + at + sizeof event : "";
             if ((event.mask & IN_Q_OVERFLOW) != 0) {
-                pending_.push_back({nextEvent_++, -1, ""});
+                pending_.push_back({nextEvent_++, -1, 0, ""});
             } else if ((event.mask & IN_IGNORED) == 0) {
-                pending_.push_back({nextEvent_++, event.wd, name});
+                pending_.push_back({nextEvent_++, event.wd, event.mask, name});
             }
             at += static_cast<ssize_t>(sizeof event + event.len);
         }
@@ -162,7 +168,7 @@ int Watcher::Deliver(const Event& event) {
         }
         if (event.wd == -1) {
             calls += Rescan(subscription);
-        } else if (event.wd == subscription->wd &&
+        } else if (event.wd == subscription->wd && (event.mask & subscription->mask) != 0 &&
                    (subscription->fileName.empty() || subscription->fileName == event.name)) {
             calls += Call(*subscription, event.name);
         }

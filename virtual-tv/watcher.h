@@ -47,6 +47,7 @@ class Watcher {
     struct Subscription {
         Id id;
         int wd;
+        uint32_t mask;
         std::string fileName;
         Callback callback;
         uint64_t since;  // number of the first event that it hears of
@@ -56,6 +57,7 @@ class Watcher {
     struct Event {
         uint64_t number;
         int wd;  // -1: the kernel's queue overflowed
+        uint32_t mask;
         std::string name;
     };
 

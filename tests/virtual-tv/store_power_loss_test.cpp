@@ -41,6 +41,7 @@ const StoreFileCalls recording = {
         Moment();
         const int fd = real.openat(dir, name, flags, mode);
         openFiles[fd] = disk.names[name] = ++nextFile;
+        disk.files[nextFile];  // empty
         return fd;
     },
     [](int fd, const void* data, size_t size) {
@@ -151,7 +152,6 @@ int LossesOfSomeWrites() {
     TemporaryFolder folder;
     Store::Create(folder.Path());
     real = store_file_calls;
-    store_file_calls = recording;
     disk = Disk();
     int losses = 0;
     Expectation expected;
@@ -162,7 +162,9 @@ int LossesOfSomeWrites() {
             expected.key = key;
             expected.value = "value " + std::to_string(++number);
             moments.clear();
+            store_file_calls = recording;
             store.Write(key, expected.value);
+            store_file_calls = real;
             for (const Disk& moment : moments) {
                 losses += CountLosses(moment, expected);
             }
@@ -170,7 +172,6 @@ int LossesOfSomeWrites() {
             losses += CountLosses(disk, expected);
         }
     }
-    store_file_calls = real;
     return losses;
 }
 

@@ -1,0 +1,328 @@
+// Applications: launched, running, finished, cancelled, ended; each as a process of its own.
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <thread>
+
+#include "platform/applications.h"
+#include "tv_fixture.h"
+
+namespace {
+
+using vtv::ErrorKind;
+using vtv::Value;
+
+constexpr char kWizard[] = "org.nemra.wizard";
+constexpr char kOnboarding[] = "org.nemra.voice-onboarding";
+constexpr char kPopup[] = "org.nemra.alert-syspopup";
+constexpr char kGoogle[] = "com.vantelo.tv.google-assistant";
+constexpr char kCurrent[] = "db/multi-assistant/default_assistant_appid";
+
+class ApplicationsTest : public TvTest {
+  protected:
+    ~ApplicationsTest() override {
+        if (tv != nullptr) {
+            tv->PowerCycle();  // ends what a failed test left running
+        }
+    }
+    static int LaunchWith(const char* appId, const char* key, const char* value) {
+        bundle* extras = bundle_create();
+        bundle_add_str(extras, key, value);
+        const int result = aul_launch_app(appId, extras);
+        bundle_free(extras);
+        return result;
+    }
+    bool WaitUntilGone(const std::string& appId) {
+        for (int i = 0; i < 2000 && tv->IsRunning(appId); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        return !tv->IsRunning(appId);
+    }
+    // Starts it, lets it do its work, and returns the text when it could not.
+    std::string Finish(const std::string& appId, const char* key, const char* value) {
+        EXPECT_EQ(LaunchWith(appId.c_str(), key, value), 0);
+        try {
+            tv->FinishApplication(appId);
+        } catch (const vtv::Error& error) {
+            return error.what();
+        }
+        return "";
+    }
+};
+
+TEST_F(ApplicationsTest, ALaunchIsRecordedWithItsExtrasAndTime) {
+    TurnOn();
+    tv->SetApplications(vtv::ApplicationMode::kRecord);
+    EXPECT_EQ(LaunchWith(kWizard, "type", "PIVORA_SETUP"), 0);
+    EXPECT_EQ(LaunchWith("org.none", "a", "b"), -1);
+    const auto launches = tv->Launches();
+    ASSERT_EQ(launches.size(), 2u);
+    EXPECT_EQ(launches[0].appId, kWizard);
+    EXPECT_EQ(launches[0].via, "aul");
+    EXPECT_EQ(launches[0].extras, (vtv::Extras{{"type", "PIVORA_SETUP"}}));
+    EXPECT_EQ(launches[0].outcome, "recorded");
+    EXPECT_LE(launches[0].time, std::chrono::system_clock::now());
+    EXPECT_EQ(launches[1].outcome, "failed: org.none is not installed");
+    EXPECT_FALSE(tv->IsRunning(kWizard));
+    EXPECT_TRUE(LogHas("launch of org.nemra.wizard type=PIVORA_SETUP: recorded"));
+    tv->ClearLaunches();
+    EXPECT_TRUE(tv->Launches().empty());
+}
+
+TEST_F(ApplicationsTest, AppControlSendsOperationAddresseeAndExtrasInTheirOrder) {
+    TurnOn();
+    tv->SetApplications(vtv::ApplicationMode::kRecord);
+    app_control_h control = nullptr;
+    ASSERT_EQ(app_control_create(&control), 0);
+    EXPECT_NE(app_control_send_launch_request(control, nullptr, nullptr), 0)
+        << "nobody is addressed";
+    EXPECT_EQ(app_control_set_operation(control, APP_CONTROL_OPERATION_DEFAULT), 0);
+    EXPECT_EQ(app_control_set_app_id(control, kPopup), 0);
+    EXPECT_EQ(app_control_add_extra_data(control, "type", "notification"), 0);
+    EXPECT_EQ(app_control_add_extra_data(control, "text", "two\nlines \"quoted\" 語"), 0);
+    EXPECT_EQ(app_control_add_extra_data(control, "timeout", "7"), 0);
+    EXPECT_EQ(app_control_add_extra_data(control, "type", "again"), 0);
+    EXPECT_EQ(app_control_send_launch_request(control, nullptr, nullptr), 0);
+    EXPECT_EQ(app_control_destroy(control), 0);
+    const auto launches = tv->Launches();
+    ASSERT_EQ(launches.size(), 1u);
+    EXPECT_EQ(launches[0].via, "app-control");
+    EXPECT_EQ(launches[0].operation, "default");
+    EXPECT_EQ(
+        launches[0].extras,
+        (vtv::Extras{{"type", "again"}, {"text", "two\nlines \"quoted\" 語"}, {"timeout", "7"}}));
+}
+
+TEST_F(ApplicationsTest, NullHandlesAreFailures) {
+    TurnOn();
+    EXPECT_NE(app_control_create(nullptr), 0);
+    EXPECT_NE(app_control_set_app_id(nullptr, "x"), 0);
+    EXPECT_NE(app_control_destroy(nullptr), 0);
+    EXPECT_NE(bundle_add_str(nullptr, "a", "b"), 0);
+    EXPECT_NE(bundle_free(nullptr), 0);
+    EXPECT_NE(aul_launch_app(nullptr, nullptr), 0);
+    EXPECT_NE(app_manager_terminate_app(nullptr), 0);
+    app_context_h context = nullptr;
+    EXPECT_NE(app_manager_get_app_context("", &context), 0);
+    EXPECT_EQ(context, nullptr);
+}
+
+TEST_F(ApplicationsTest, ALaunchedApplicationIsAProcessThatEveryProcessOfTheTvSees) {
+    TurnOn();
+    const std::string dir = tv->Dir();
+    ASSERT_EQ(LaunchWith(kWizard, "type", "PIVORA_SETUP"), 0);
+    const auto running = tv->RunningApplications();
+    ASSERT_EQ(running.size(), 1u);
+    EXPECT_EQ(running[0].appId, kWizard);
+    EXPECT_EQ(running[0].extras, (vtv::Extras{{"type", "PIVORA_SETUP"}}));
+    EXPECT_EQ(kill(running[0].pid, 0), 0);
+    EXPECT_EQ(InChild([&] { return vtv::Tv(dir).IsRunning(kWizard) ? 0 : 1; }), 0);
+    tv->CancelApplication(kWizard);
+    EXPECT_FALSE(tv->IsRunning(kWizard));
+}
+
+TEST_F(ApplicationsTest, ALaunchLeavesNoChildAndOutlivesItsLauncher) {
+    TurnOn();
+    const std::string dir = tv->Dir();
+    EXPECT_EQ(InChild([&] {
+                  vtv::Tv other(dir);
+                  vtv::PowerOn(other);
+                  const int result = aul_launch_app(kWizard, nullptr);
+                  return result == 0 && waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD ? 0
+                                                                                               : 1;
+              }),
+              0);
+    EXPECT_TRUE(tv->IsRunning(kWizard));
+    tv->FinishApplication(kWizard);
+}
+
+TEST_F(ApplicationsTest, ALaunchDoesNotWaitForTheApplication) {
+    TurnOn();
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_EQ(aul_launch_app(kWizard, nullptr), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+    tv->CancelApplication(kWizard);
+}
+
+TEST_F(ApplicationsTest, ARunningApplicationIsResumedAndNotStartedTwice) {
+    TurnOn();
+    aul_launch_app(kWizard, nullptr);
+    aul_launch_app(kWizard, nullptr);
+    EXPECT_EQ(tv->RunningApplications().size(), 1u);
+    EXPECT_EQ(tv->Launches()[1].outcome, "resumed");
+    EXPECT_EQ(tv->Launches()[1].pid, tv->Launches()[0].pid);
+    tv->CancelApplication(kWizard);
+}
+
+TEST_F(ApplicationsTest, TheAppManagerFindsAndEndsWhatRuns) {
+    TurnOn();
+    app_context_h context = nullptr;
+    EXPECT_NE(app_manager_get_app_context(kGoogle, &context), 0);
+    aul_launch_app(kGoogle, nullptr);
+    ASSERT_EQ(app_manager_get_app_context(kGoogle, &context), 0);
+    EXPECT_EQ(app_manager_terminate_app(context), 0);
+    EXPECT_TRUE(WaitUntilGone(kGoogle));
+    EXPECT_NE(app_manager_terminate_app(context), 0);
+    EXPECT_TRUE(tv->OwnerFiles().empty()) << "an application that was ended has done nothing";
+}
+
+TEST_F(ApplicationsTest, ADeadApplicationIsForgotten) {
+    TurnOn();
+    aul_launch_app(kWizard, nullptr);
+    kill(tv->RunningApplications().at(0).pid, SIGKILL);
+    EXPECT_TRUE(WaitUntilGone(kWizard));
+    EXPECT_FALSE(std::filesystem::exists(tv->Dir() + "/apps/" +
+                                         std::to_string(tv->Launches()[0].pid) + ".json"));
+    ErrorOf(ErrorKind::kNoSuch, [&] { tv->FinishApplication(kWizard); });
+}
+
+TEST_F(ApplicationsTest, APowerCycleEndsEverythingThatRuns) {
+    TurnOn();
+    aul_launch_app(kWizard, nullptr);
+    aul_launch_app(kGoogle, nullptr);
+    tv->PowerCycle();
+    EXPECT_TRUE(tv->RunningApplications().empty());
+}
+
+// --- What finishing does ---
+
+TEST_F(ApplicationsTest, TheWizardAgreesToTheTerms) {
+    TurnOn();
+    tv->SetConsent("tnc", false);
+    tv->SetConsent("pp", false);
+    EXPECT_EQ(Finish(kWizard, "type", "PIVORA_SETUP"), "");
+    EXPECT_TRUE(tv->Consent("tnc"));
+    EXPECT_TRUE(tv->Consent("pp"));
+}
+
+TEST_F(ApplicationsTest, ACancelledWizardAgreesToNothing) {
+    TurnOn();
+    tv->SetConsent("tnc", false);
+    aul_launch_app(kWizard, nullptr);
+    tv->CancelApplication(kWizard);
+    EXPECT_FALSE(tv->Consent("tnc"));
+    EXPECT_TRUE(LogHas("org.nemra.wizard cancelled"));
+}
+
+TEST_F(ApplicationsTest, TheAccountScreenSignsIn) {
+    TurnOn();
+    tv->SetSignedIn(false);
+    EXPECT_EQ(Finish(tv->GetModel().accountUi, "a", "b"), "");
+    EXPECT_TRUE(tv->SignedIn());
+}
+
+TEST_F(ApplicationsTest, EachAssistantsApplicationLeavesItsMark) {
+    TurnOn("farfield-cn");
+    tv->Set("db/voice-app/activate_first_time", true);
+    tv->Set("db/tencent-voice-assistant/voice-setting", "{\"other\":1}");
+    EXPECT_EQ(Finish(kGoogle, "Login", "1"), "");
+    EXPECT_EQ(Finish("com.vantelo.tv.salute-assistant", "PAGETYPE", "ONBOARDING"), "");
+    EXPECT_EQ(Finish("com.vantelo.tv.tencent-voice-chrome", "show_onboarding", "ONBOARDING"), "");
+    EXPECT_EQ(Finish("com.vantelo.tv.voice-instant-app", "show_onboarding", "ONBOARDING"), "");
+    EXPECT_EQ(tv->OwnerFiles(), (std::vector<std::string>{"share/.voice/ga_login_success",
+                                                          "share/.voice/salute_login_success"}));
+    EXPECT_EQ(tv->Get("db/voice-app/activate_first_time"), Value(false));
+    EXPECT_EQ(tv->Get("db/tencent-voice-assistant/voice-setting"),
+              Value("{\"onboarding_completed\":true,\"other\":1}"));
+}
+
+TEST_F(ApplicationsTest, TheGenericOnboardingSetsUpTheCurrentAssistantAndWhateverItNeeds) {
+    TurnOn();
+    tv->SetConsent("tnc", false);
+    tv->SetSignedIn(false);
+    tv->Set(kCurrent, "com.vantelo.tv.alexa");
+    EXPECT_EQ(Finish(kOnboarding, "type", "ONBOARDING_SETUP"), "");
+    EXPECT_EQ(tv->OwnerFiles(), std::vector<std::string>{"share/.voice/alexa_login_success"});
+    EXPECT_TRUE(tv->Consent("tnc"));
+    EXPECT_FALSE(tv->SignedIn()) << "Alexa does not need the maker's account";
+
+    tv->Set(kCurrent, "com.vantelo.tv.voice-instant-app");
+    tv->Set("db/voice-app/activate_first_time", true);
+    EXPECT_EQ(Finish(kOnboarding, "type", "ONBOARDING_SETUP"), "");
+    EXPECT_EQ(tv->Get("db/voice-app/activate_first_time"), Value(false));
+    EXPECT_TRUE(tv->SignedIn());
+}
+
+TEST_F(ApplicationsTest, WithoutANetworkTheSetupFailsWithItsReason) {
+    TurnOn();
+    tv->SetNetwork(vtv::Network::kDisconnected);
+    tv->SetConsent("tnc", false);
+    EXPECT_NE(Finish(kOnboarding, "type", "ONBOARDING_SETUP").find("no network"),
+              std::string::npos);
+    EXPECT_NE(Finish(kGoogle, "Login", "1").find("no network"), std::string::npos);
+    EXPECT_TRUE(tv->OwnerFiles().empty());
+    EXPECT_FALSE(tv->Consent("tnc"));
+}
+
+TEST_F(ApplicationsTest, APopupShowsItsTextForItsTimeout) {
+    TurnOn();
+    app_control_h control = nullptr;
+    app_control_create(&control);
+    app_control_set_app_id(control, kPopup);
+    app_control_add_extra_data(control, "text", "Your voice assistant has been changed.");
+    app_control_add_extra_data(control, "timeout", "1");
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_EQ(app_control_send_launch_request(control, nullptr, nullptr), 0);
+    app_control_destroy(control);
+    EXPECT_TRUE(tv->IsRunning(kPopup));
+    EXPECT_TRUE(WaitUntilGone(kPopup));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(950));
+    EXPECT_TRUE(LogHas("shows: Your voice assistant has been changed."));
+}
+
+TEST_F(ApplicationsTest, AutomaticApplicationsFinishByThemselves) {
+    TurnOn();
+    tv->SetApplications(vtv::ApplicationMode::kAuto);
+    tv->SetConsent("tnc", false);
+    aul_launch_app(kWizard, nullptr);
+    EXPECT_TRUE(WaitUntilGone(kWizard));
+    EXPECT_TRUE(tv->Consent("tnc"));
+}
+
+TEST_F(ApplicationsTest, ATvMayNameACommandOfItsOwn) {
+    const std::string output = folder / "output";
+    TurnOnText("[[packages]]\napp = \"org.example.tool\"\ncommand = \"" + (folder / "tool.sh") +
+               " first\"\n");
+    WriteText(folder / "tool.sh", "#!/bin/sh\necho \"$@ $VTV_APP_ID $VTV_TV\" > " + output +
+                                      ".new; mv " + output + ".new " + output +
+                                      "; exec sleep 60\n");
+    chmod((folder / "tool.sh").c_str(), 0755);
+    EXPECT_EQ(LaunchWith("org.example.tool", "key", "a value"), 0);
+    for (int i = 0; i < 1000 && !std::filesystem::exists(output); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    EXPECT_EQ(ReadText(output), "first key=a value org.example.tool " + tv->Dir() + "\n");
+    ErrorOf(ErrorKind::kUsage, [&] { tv->FinishApplication("org.example.tool"); });
+    tv->CancelApplication("org.example.tool");
+    EXPECT_FALSE(tv->IsRunning("org.example.tool"));
+}
+
+TEST_F(ApplicationsTest, AProgramThatCannotBeStartedIsAFailedLaunch) {
+    TurnOn();
+    setenv("VTV_APP", (folder / "none").c_str(), 1);
+    EXPECT_NE(aul_launch_app(kWizard, nullptr), 0);
+    unsetenv("VTV_APP");
+    EXPECT_EQ(tv->Launches().at(0).outcome, "failed: No such file or directory");
+    EXPECT_FALSE(tv->IsRunning(kWizard));
+}
+
+TEST_F(ApplicationsTest, LaunchesOfManyProcessesAreAllRecordedWhole) {
+    TurnOn();
+    tv->SetApplications(vtv::ApplicationMode::kRecord);
+    const std::string dir = tv->Dir();
+    {
+        std::vector<std::unique_ptr<Child>> children;
+        for (int i = 0; i < 8; ++i) {
+            children.push_back(std::make_unique<Child>([&] {
+                vtv::Tv other(dir);
+                for (int n = 0; n < 25; ++n) {
+                    other.LaunchApplication(kWizard, {{"text", std::string(500, 'x')}});
+                }
+            }));
+        }
+    }
+    EXPECT_EQ(tv->Launches().size(), 200u);
+}
+
+}  // namespace

@@ -1,0 +1,130 @@
+// Texts: the menu language chooses the catalogue, and the catalogues have exactly the page's ids.
+#include <libintl.h>
+
+#include <algorithm>
+
+#include <map>
+#include <regex>
+#include <set>
+
+#include "platform/settings_store.h"
+#include "tv_fixture.h"
+
+namespace {
+
+constexpr char kTitle[] = "TV_SID_ORVIK_CDJAN_HANS_FREE_WAKE_UP";
+
+class TextsTest : public TvTest {};
+
+// The ids and translations of a catalogue's source.
+std::map<std::string, std::string> Catalogue(const std::string& language) {
+    std::map<std::string, std::string> texts;
+    const std::string source = ReadText(SOURCE_DIR "/virtual-tv/po/" + language + ".po");
+    const std::regex entry("\nmsgid \"([^\"]+)\"\nmsgstr \"((?:[^\"\\\\]|\\\\.)*)\"");
+    for (std::sregex_iterator match(source.begin(), source.end(), entry), end; match != end;
+         ++match) {
+        texts[(*match)[1]] = (*match)[2];
+    }
+    return texts;
+}
+
+std::set<std::string> IdsOfTheProvider() {
+    std::set<std::string> ids;
+    const std::regex id(
+        "\"((?:TV_SID|COM_SID|COM_TV_SID|COM_ICON|PJT_SID|DREAM)_[A-Z0-9_]+|REP\\.DEVICE\\.[A-Z.]+)"
+        "\"");
+    for (const auto& entry : std::filesystem::directory_iterator(SOURCE_DIR "/si-ready/src")) {
+        const std::string source = ReadText(entry.path().string());
+        for (std::sregex_iterator match(source.begin(), source.end(), id), end; match != end;
+             ++match) {
+            ids.insert((*match)[1]);
+        }
+    }
+    return ids;
+}
+
+const char* const kLanguages[] = {"en", "de", "fr", "es", "pt", "ru", "ko", "zh_CN"};
+
+TEST_F(TextsTest, EachCatalogueHasExactlyTheIdsOfTheProvider) {
+    const auto used = IdsOfTheProvider();
+    ASSERT_GT(used.size(), 40u);
+    for (const char* language : kLanguages) {
+        const auto catalogue = Catalogue(language);
+        for (const std::string& id : used) {
+            EXPECT_EQ(catalogue.count(id), 1u) << language << " lacks " << id;
+        }
+        for (const auto& [id, text] : catalogue) {
+            EXPECT_EQ(used.count(id), 1u) << language << " has " << id << ", which nothing uses";
+            EXPECT_FALSE(text.empty()) << language << " does not translate " << id;
+        }
+    }
+}
+
+TEST_F(TextsTest, PlaceholdersAreTheSameInEveryLanguage) {
+    const auto placeholders = [](const std::string& text) {
+        std::multiset<std::string> found;
+        const std::regex placeholder("<<[A-Z]>>|%[a-z]");
+        for (std::sregex_iterator match(text.begin(), text.end(), placeholder), end; match != end;
+             ++match) {
+            found.insert(match->str());
+        }
+        return found;
+    };
+    const auto english = Catalogue("en");
+    for (const char* language : kLanguages) {
+        for (const auto& [id, text] : Catalogue(language)) {
+            EXPECT_EQ(placeholders(text), placeholders(english.at(id))) << language << ": " << id;
+        }
+    }
+}
+
+TEST_F(TextsTest, TheCatalogueOfEveryLanguageIsInstalled) {
+    const std::vector<std::string> installed = vtv::Tv::Languages();
+    for (const char* language : kLanguages) {
+        EXPECT_NE(std::find(installed.begin(), installed.end(), language), installed.end())
+            << language;
+    }
+}
+
+TEST_F(TextsTest, TheMenuLanguageChooses) {
+    TurnOn();
+    const std::map<std::string, std::string> expected = {
+        {"en_US", "Hands-free Wake-up"},    {"de_DE", "Freihändig aktivieren"},
+        {"de_AT", "Freihändig aktivieren"}, {"zh_CN", "免提唤醒"},
+        {"zh_CN.UTF-8", "免提唤醒"},        {"ko_KR", "핸즈프리 호출"},
+        {"pt_BR", "Ativação mãos-livres"}};
+    for (const auto& [language, text] : expected) {
+        tv->SetLanguage(language);
+        EXPECT_EQ(dgettext("si-ready", kTitle), text) << language;
+        EXPECT_EQ(vtv::Text(kTitle), text);
+    }
+}
+
+TEST_F(TextsTest, ALanguageWithoutACatalogueIsShownInEnglish) {
+    TurnOn();
+    tv->SetLanguage("it_IT");
+    EXPECT_EQ(vtv::Text(kTitle), "Hands-free Wake-up");
+    tv->SetLanguage("");
+    EXPECT_EQ(vtv::Text(kTitle), "Hands-free Wake-up");
+}
+
+TEST_F(TextsTest, AMissingIdIsShownAsItself) {
+    TurnOn();
+    tv->SetLanguage("de_DE");
+    EXPECT_EQ(vtv::Text("TV_SID_NO_SUCH_TEXT"), "TV_SID_NO_SUCH_TEXT");
+}
+
+TEST_F(TextsTest, AChangeByThePlatformCallOrAnotherProcessIsFollowed) {
+    TurnOn();
+    const std::string dir = tv->Dir();
+    vconf_set_str("db/menu_widget/language", "fr_FR");
+    EXPECT_EQ(vtv::Text("COM_SID_CANCEL"), "Annuler");
+    InChild([&] {
+        vtv::Tv(dir).SetLanguage("es_ES");
+        return 0;
+    });
+    tv->Dispatch();
+    EXPECT_EQ(vtv::Text("COM_SID_CANCEL"), "Cancelar");
+}
+
+}  // namespace
