@@ -117,6 +117,10 @@ std::string Printable(const char* text) {
     return text != nullptr ? text : "(null)";
 }
 
+std::string_view View(const char* text) {
+    return text != nullptr ? std::string_view(text) : std::string_view();
+}
+
 std::string Printable(int number) {
     return std::to_string(number);
 }

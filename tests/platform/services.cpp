@@ -34,10 +34,6 @@ std::vector<Watch>& watches() {
     return instance;
 }
 
-std::string_view View(const char* text) {
-    return text != nullptr ? std::string_view(text) : std::string_view();
-}
-
 template <typename Value, typename Map>
 const Value* Find(const Map& map, const char* key) {
     const auto found = map.find(View(key));
@@ -349,7 +345,7 @@ char* dgettext(const char* domain, const char* id) noexcept {
 
 int access(const char* path, int mode) noexcept {
     Call call("access", path, mode);
-    if (call.Fails() || path == nullptr) {
+    if (call.Fails() || View(path).data() == nullptr) {
         errno = EACCES;
         return -1;
     }
