@@ -69,9 +69,9 @@ void AddList(CLI::App& verb, Common& common) {
 void AddEnding(CLI::App& verb, Common& common, const char* name, const char* does,
                const char* example, void (vtv::Tv::*end)(const std::string&)) {
     const auto app = std::make_shared<std::string>();
-    CLI::App* ending = AddVerb(verb, common, name, does, example, kTv);
+    CLI::App* ending = AddVerb(verb, common, name, does, example, kTv | kRecord);
     ending->add_option("APP", *app, "Application id; may be left out when only one runs");
-    ending->callback([&common, app, end] {
+    ending->callback([&common, app, end, name] {
         vtv::Tv tv(TvDir(common));
         std::string id = *app;
         if (id.empty()) {
@@ -84,7 +84,9 @@ void AddEnding(CLI::App& verb, Common& common, const char* name, const char* doe
             }
             id = running.front().appId;
         }
+        Recorder recorder(common, tv);
         (tv.*end)(id);
+        recorder.Add(name, id);
     });
 }
 

@@ -50,6 +50,10 @@ CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const 
     if ((takes & kJson) != 0) {
         verb->add_flag("--json", common.json, "Print JSON for programs");
     }
+    if ((takes & kRecord) != 0) {
+        verb->add_option("--record", common.record,
+                         "Add this to a scenario for vtv run, which is begun if it is not there");
+    }
     if (!examples.empty()) {
         verb->footer("Examples:\n" + examples);
     }
@@ -102,6 +106,30 @@ std::string ProviderFile(const Common& common) {
     throw host::ProviderError(host::ProviderError::Kind::kNoSuchFile,
                               std::string("The provider ") + kName + " is not beside " +
                                   program.string() + "/vtv. Name one with --provider FILE.so.");
+}
+
+Recorder::Recorder(const Common& common, const vtv::Tv& tv) {
+    if (!common.record.empty()) {
+        recording_.emplace(common.record, tv);
+    }
+}
+
+void Recorder::Add(const std::string& action, const vtv::Value& value) {
+    if (recording_) {
+        recording_->Add(action, value);
+    }
+}
+
+void Recorder::Add(const std::string& action, const std::map<std::string, vtv::Value>& members) {
+    if (recording_) {
+        recording_->Add(action, members);
+    }
+}
+
+void Recorder::AddPress(const host::Press& press, const host::PressResult& result) {
+    if (recording_) {
+        recording_->AddPress(press, result);
+    }
 }
 
 PoweredTv::PoweredTv(const std::string& dir) : tv(dir) {

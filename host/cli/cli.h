@@ -12,6 +12,7 @@
 
 #include "host/core/page.h"
 #include "host/core/provider.h"
+#include "host/core/recording.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace cli {
@@ -33,12 +34,13 @@ class Refusal : public std::runtime_error {
 struct Common {
     std::string tv;        // a folder, or the name of a TV in vtv::HomeDir(); empty: the default TV
     std::string provider;  // a library; empty: the one that comes with vtv
+    std::string record;    // a scenario that is written from what is done; empty: none
     bool json = false;
     int exitCode = kOk;  // what a verb wants to end with
 };
 
 // Which of the options a verb takes.
-enum Takes : unsigned { kTv = 1, kProvider = 2, kJson = 4 };
+enum Takes : unsigned { kTv = 1, kProvider = 2, kJson = 4, kRecord = 8 };
 // Adds a verb with its help. `examples` is shown below the options.
 CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const std::string& does,
                   const std::string& examples, unsigned takes);
@@ -49,6 +51,19 @@ std::string TvDir(const Common& common);
 // The folder that a name or path stands for, whether or not there is a TV.
 std::string TvPath(const std::string& nameOrDir);
 std::string ProviderFile(const Common& common);
+
+// Adds what a verb does to the scenario that --record names, if it names one. Make it before the
+// thing is done.
+class Recorder {
+  public:
+    Recorder(const Common& common, const vtv::Tv& tv);
+    void Add(const std::string& action, const vtv::Value& value);
+    void Add(const std::string& action, const std::map<std::string, vtv::Value>& members);
+    void AddPress(const host::Press& press, const host::PressResult& result);
+
+  private:
+    std::optional<host::Recording> recording_;
+};
 
 // A TV that is on for as long as this lives.
 class PoweredTv {

@@ -53,6 +53,8 @@ int Run(int argc, char** argv) {
     AddPolicy(app, common);
     AddApp(app, common);
     AddStateVerbs(app, common);
+    AddTransferVerbs(app, common);
+    AddRun(app, common);
     AddLog(app, common);
     AddTraceVerbs(app, common);
 

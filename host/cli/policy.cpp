@@ -106,7 +106,9 @@ void Publish(const Common& common, const PublishOptions& options) {
         }
     }
     vtv::Tv tv(TvDir(common));
+    Recorder recorder(common, tv);
     tv.Set(kPolicyKey, text);
+    recorder.Add("policy", text);
 }
 
 }  // namespace
@@ -126,7 +128,7 @@ void AddPolicy(CLI::App& app, Common& common) {
         AddVerb(*verb, common, "publish", "Give the TV another policy, as its owner would",
                 "  vtv policy publish europe.json\n"
                 "  echo '[]' | vtv policy publish -",
-                kTv);
+                kTv | kRecord);
     publish->add_option("FILE", options->file, "A JSON file; - is the standard input")->required();
     publish->add_flag("--force", options->force, "Publish also what is no sound policy");
     publish->callback([&common, options] { Publish(common, *options); });

@@ -78,7 +78,9 @@ void Press(Common& common, const Options& options) {
         }
         press.choose = host::ParseChoice(host::LookAt(session.provider, item), options.value);
     }
+    Recorder recorder(common, session.tv);
     const host::PressResult result = host::Viewer(session.provider, session.tv).PressItem(press);
+    recorder.AddPress(press, result);
     if (common.json) {
         PrintJson(ToJson(result, item));
     } else {
@@ -127,7 +129,7 @@ void AddPressVerbs(CLI::App& app, Common& common) {
         "  vtv press voice-assistant --choose 2           the confirmation box\n"
         "  vtv press voice-assistant --choose 2 --ok      and its OK button\n"
         "  vtv press voice-settings-orvik --ok            the button of a dimmed item's popup",
-        kTv | kProvider | kJson);
+        kTv | kProvider | kJson | kRecord);
     press->add_option("ITEM", options->item, "The item, by name or key")->required();
     press->add_option("--choose", options->value,
                       "Take this choice of the item's list: its number or text");

@@ -89,7 +89,10 @@ void Set(const Common& common, const SetOptions& options) {
                       "); as a " + vtv::TypeName(value) +
                       " it could not be read. To see what happens then, add --force.");
     }
-    vtv::Tv(TvDir(common)).Set(options.key, value);
+    vtv::Tv tv(TvDir(common));
+    Recorder recorder(common, tv);
+    tv.Set(options.key, value);
+    recorder.Add("set", std::map<std::string, vtv::Value>{{options.key, value}});
 }
 
 void AddSet(CLI::App& app, Common& common) {
@@ -100,7 +103,7 @@ void AddSet(CLI::App& app, Common& common) {
                 "  vtv set db/comss/cisblock int 2\n"
                 "  vtv set db/menu_widget/language string de_DE\n\n"
                 "Keys under memory/ last until the next power cycle.",
-                kTv);
+                kTv | kRecord);
     verb->add_option("KEY", options->key, "A settings key; begins with db/ or memory/")->required();
     verb->add_option("TYPE", options->type, "bool, int or string")->required();
     verb->add_option("VALUE", options->value, "true, false, a whole number, or a text")->required();
@@ -111,13 +114,15 @@ void AddSet(CLI::App& app, Common& common) {
 void AddUnset(CLI::App& app, Common& common) {
     const auto key = std::make_shared<std::string>();
     CLI::App* verb = AddVerb(app, common, "unset", "Remove a setting of the TV",
-                             "  vtv unset db/menu/voice/assistant_farfield", kTv);
+                             "  vtv unset db/menu/voice/assistant_farfield", kTv | kRecord);
     verb->add_option("KEY", *key, "A settings key")->required();
     verb->callback([&common, key] {
         vtv::Tv tv(TvDir(common));
+        Recorder recorder(common, tv);
         if (!tv.Unset(*key)) {
             ThrowNoSuchKey(tv, *key);
         }
+        recorder.Add("unset", *key);
     });
 }
 

@@ -97,7 +97,10 @@ void Feature(const Common& common, const FeatureOptions& options) {
         }
         tv.SetFeature(key, std::nullopt);
     } else if (!options.value.empty()) {
-        tv.SetFeature(key, ParseFeature(tv, key, options.value));
+        Recorder recorder(common, tv);
+        const vtv::Value value = ParseFeature(tv, key, options.value);
+        tv.SetFeature(key, value);
+        recorder.Add("feature", std::map<std::string, vtv::Value>{{key, value}});
     } else {
         const std::optional<vtv::Value> value = tv.Feature(key);
         if (!value) {
@@ -123,7 +126,7 @@ void AddFeature(CLI::App& app, Common& common) {
                 "  vtv feature recorder.microphone_type 0\n"
                 "  vtv feature voice.voice_recognition_orvik_support --missing\n"
                 "  vtv feature recorder.microphone_type --reset",
-                kTv | kJson);
+                kTv | kJson | kRecord);
     verb->add_option("FEATURE", options->name,
                      "A feature key, with or without com.vantelo/featureconf/");
     CLI::Option* value = verb->add_option("VALUE", options->value, "The value to try");
@@ -143,12 +146,14 @@ using StatePrint = std::function<std::string(vtv::Tv& tv)>;
 void AddState(CLI::App& app, Common& common, const char* name, const char* does,
               const char* examples, const char* takes, StatePrint print, StateVerb change) {
     const auto value = std::make_shared<std::string>();
-    CLI::App* verb = AddVerb(app, common, name, does, examples, kTv | kJson);
+    CLI::App* verb = AddVerb(app, common, name, does, examples, kTv | kJson | kRecord);
     verb->add_option("VALUE", *value, takes);
     verb->callback([&common, value, print = std::move(print), change = std::move(change), name] {
         vtv::Tv tv(TvDir(common));
         if (!value->empty()) {
+            Recorder recorder(common, tv);
             change(tv, *value);
+            recorder.Add(name, *value);
         } else if (common.json) {
             Json::Value json;
             json[name] = print(tv);
@@ -194,7 +199,7 @@ void AddConsent(CLI::App& app, Common& common) {
         AddVerb(app, common, "consent", "Look at what the viewer has agreed to, or change it",
                 "  vtv consent\n"
                 "  vtv consent tnc off",
-                kTv | kJson);
+                kTv | kJson | kRecord);
     verb->add_option("CONSENT", options->item, "tnc (terms and conditions) or pp (privacy policy)");
     verb->add_option("VALUE", options->value, "on or off");
     verb->callback([&common, options] {
@@ -204,7 +209,10 @@ void AddConsent(CLI::App& app, Common& common) {
                              "vtv consent " + options->item + ": add on or off.");
         }
         if (!options->item.empty()) {
+            Recorder recorder(common, tv);
             tv.SetConsent(options->item, ParseSwitch(options->value));
+            recorder.Add("consent", std::map<std::string, vtv::Value>{
+                                        {options->item, ParseSwitch(options->value)}});
             return;
         }
         Json::Value json;
@@ -225,8 +233,13 @@ void AddPowerCycle(CLI::App& app, Common& common) {
         AddVerb(app, common, "power-cycle", "Pull the plug and plug it in again",
                 "  vtv power-cycle\n\n"
                 "Settings under memory/ are lost, running applications end, faults are forgotten.",
-                kTv);
-    verb->callback([&common] { vtv::Tv(TvDir(common)).PowerCycle(); });
+                kTv | kRecord);
+    verb->callback([&common] {
+        vtv::Tv tv(TvDir(common));
+        Recorder recorder(common, tv);
+        tv.PowerCycle();
+        recorder.Add("power-cycle", true);
+    });
 }
 
 struct FileOptions {

@@ -14,6 +14,9 @@ void AddPolicy(CLI::App& app, Common& common);        // policy
 void AddApp(CLI::App& app, Common& common);           // app
 // feature, language, voice-guide, account, network, consent, file, power-cycle
 void AddStateVerbs(CLI::App& app, Common& common);
+void AddTransferVerbs(CLI::App& app,
+                      Common& common);              // dump, load, import, snapshot, restore, diff
+void AddRun(CLI::App& app, Common& common);         // run
 void AddLog(CLI::App& app, Common& common);         // log
 void AddTraceVerbs(CLI::App& app, Common& common);  // trace, fault
 

@@ -216,12 +216,17 @@ std::vector<PageChange> ComparePages(const Page& before, const Page& after) {
     for (size_t i = 0; i < before.items.size() && i < after.items.size(); ++i) {
         const ItemView& old = before.items[i];
         const ItemView& now = after.items[i];
+        const bool wasThere = before.IsReachable(*old.item);
+        const bool isThere = after.IsReachable(*now.item);
         const auto note = [&](const char* what, const std::string& a, const std::string& b) {
             if (a != b) {
                 changes.push_back({now.item, what, a, b});
             }
         };
-        note("visible", old.visible ? "shown" : "hidden", now.visible ? "shown" : "hidden");
+        note("visible", wasThere ? "shown" : "hidden", isThere ? "shown" : "hidden");
+        if (!wasThere || !isThere) {
+            continue;
+        }
         note("enabled", old.enabled ? "enabled" : "dimmed", now.enabled ? "enabled" : "dimmed");
         note("value", old.ValueText(), now.ValueText());
         note("title", old.title.value_or(""), now.title.value_or(""));

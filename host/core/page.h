@@ -73,7 +73,8 @@ Page LookAtPage(const Provider& provider);
 // Whether a text holds the id of a text in place of its translation: "TV_SID_SETTINGS_VOICE".
 bool HoldsTextId(std::string_view text);
 
-// One difference between two looks at the page.
+// One difference between two looks at the page, as a viewer sees it: of an item that cannot be
+// reached nothing is to be seen.
 struct PageChange {
     const Item* item;
     std::string what;  // "visible", "enabled", "value", "title", "help", "choices", "reason"

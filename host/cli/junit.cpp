@@ -1,0 +1,81 @@
+#include "junit.h"
+
+#include <cstdio>
+#include <sstream>
+
+namespace cli {
+
+namespace {
+
+std::string Escaped(const std::string& text) {
+    std::string escaped;
+    for (const char c : text) {
+        switch (c) {
+            case '&':
+                escaped += "&amp;";
+                break;
+            case '<':
+                escaped += "&lt;";
+                break;
+            case '>':
+                escaped += "&gt;";
+                break;
+            case '"':
+                escaped += "&quot;";
+                break;
+            default:
+                // XML 1.0 has no other control characters.
+                escaped += static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t' ? '?' : c;
+        }
+    }
+    return escaped;
+}
+
+std::string Attribute(const char* name, const std::string& value) {
+    return std::string(" ") + name + "=\"" + Escaped(value) + "\"";
+}
+
+std::string Seconds(double seconds) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3f", seconds);
+    return text;
+}
+
+}  // namespace
+
+std::string JUnit(const std::vector<host::ScenarioResult>& results) {
+    std::ostringstream xml;
+    xml << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n";
+    for (const host::ScenarioResult& result : results) {
+        size_t failures = 0;
+        size_t skipped = 0;
+        double seconds = 0;
+        for (const host::StepResult& step : result.steps) {
+            failures += step.failures.empty() ? 0 : 1;
+            skipped += step.played ? 0 : 1;
+            seconds += step.seconds;
+        }
+        xml << "  <testsuite" << Attribute("name", result.title) << Attribute("file", result.file)
+            << Attribute("tests", std::to_string(result.steps.size()))
+            << Attribute("failures", std::to_string(failures))
+            << Attribute("skipped", std::to_string(skipped)) << Attribute("time", Seconds(seconds))
+            << ">\n";
+        for (const host::StepResult& step : result.steps) {
+            xml << "    <testcase" << Attribute("classname", result.file)
+                << Attribute("name", step.name) << Attribute("time", Seconds(step.seconds))
+                << ">\n";
+            for (const std::string& failure : step.failures) {
+                xml << "      <failure" << Attribute("message", failure) << "/>\n";
+            }
+            if (!step.played) {
+                xml << "      <skipped/>\n";
+            }
+            xml << "    </testcase>\n";
+        }
+        xml << "  </testsuite>\n";
+    }
+    xml << "</testsuites>\n";
+    return xml.str();
+}
+
+}  // namespace cli
