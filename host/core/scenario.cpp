@@ -18,7 +18,7 @@ const Names kStepKeys = {
     "say",     "set",          "unset",   "policy",   "feature",      "feature-missing",
     "account", "consent",      "network", "language", "file-add",     "file-remove",
     "state",   "applications", "trace",   "fault",    "clear-faults", "power-cycle",
-    "finish",  "cancel",       "press",   "choose",   "answer",       "expect"};
+    "finish",  "cancel",       "press",   "choose",   "answer",       "expect", "voice-guide"};
 const Names kExpectKeys = {"page",  "sees",    "box",     "popup", "reason", "refused", "launched",
                            "toast", "setting", "running", "log",   "no-log", "trace",   "file"};
 const Names kItemKeys = {"visible", "enabled", "value", "title",

@@ -12,6 +12,7 @@ namespace host {
 namespace {
 
 constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
+constexpr char kVoiceGuideKey[] = "db/setting/accessibility/tts";
 constexpr char kFeaturePrefix[] = "com.vantelo/featureconf/";
 
 class Player {
@@ -161,6 +162,9 @@ class Player {
         }
         if (const toml::node* language = step.get("language")) {
             tv_.SetLanguage(Text(*language));
+        }
+        if (const toml::node* guide = step.get("voice-guide")) {
+            tv_.Set(kVoiceGuideKey, Text(*guide) == "on");
         }
     }
 
