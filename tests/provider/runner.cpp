@@ -24,7 +24,6 @@ bool Load(const char* library) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
     const char* provider = std::getenv("SI_PROVIDER");
     recording::Reset();
     if (!Load(provider != nullptr ? provider : SI_PROVIDER_PATH)) {
@@ -38,5 +37,7 @@ int main(int argc, char** argv) {
     if (!Load(SI_SUITE_PATH)) {
         return 4;
     }
+    // Only now: GoogleTest makes its parameterised tests when it is initialised.
+    testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
