@@ -32,6 +32,15 @@ app_context_h ContextOfRunningApp() {
 
 }  // namespace
 
+namespace recording {
+
+void ResetApplications() {
+    requests().clear();
+    openPackages().clear();
+}
+
+}  // namespace recording
+
 using namespace recording;
 
 extern "C" {

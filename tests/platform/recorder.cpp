@@ -55,6 +55,7 @@ void Reset() {
     PlatformCode inside;
     recorder() = Recorder();
     ResetDebts();
+    ResetApplications();
     ResetServices();
     ResetTrace();
 }

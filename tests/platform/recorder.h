@@ -69,6 +69,7 @@ bool IsHandle(const void* handle, const char* kind);
 void EndHandle(void* handle, const char* kind);
 
 void ResetDebts();
+void ResetApplications();
 void ResetServices();
 void ResetTrace();
 void AddLaunch(Launch launch);

@@ -37,6 +37,7 @@ long AllocatedBytes() {
 }
 
 void SetUpTv() {
+    Reset();
     tv().consents = {{"tnc", 1}, {"pp", 1}};
     tv().settings["db/menu/voice/mva_list"] =
         std::string(R"([{"VAOrder":1,"VAId":"ORVIK2","VAAppId":"app.orvik","VAName":"Orvik"},)"
@@ -46,6 +47,7 @@ void SetUpTv() {
 }
 
 void Round() {
+    SetUpTv();
     FreshProvider provider;
     SIProviderTable* page = provider.Create();
     for (const char* item :
@@ -73,26 +75,23 @@ void Round() {
 }  // namespace
 
 TEST(Load, AThousandLoadingsLeaveNothingBehind) {
-    Reset();
-    SetUpTv();
-    SetRecording(false);
     long allocated = 0;
     long resident = 0;
     for (int i = 0; i < ROUNDS; ++i) {
         if (i == WARM_UP) {
+            Reset();
             allocated = AllocatedBytes();
             resident = ResidentBytes();
         }
         Round();
-        ClearCalls();
+        ASSERT_EQ(Debts(), std::vector<std::string>());
+        ASSERT_EQ(WatchCount("db/menu/voice/mva_list"), 0);
     }
     ASSERT_FALSE(FreshProvider::IsLoaded());
-    EXPECT_EQ(Debts(), std::vector<std::string>());
-    EXPECT_EQ(WatchCount("db/menu/voice/mva_list"), 0);
+    Reset();
     if (!WATCHED_BY_SANITIZER) {
         // A leak of one small block a round would be 900 times 32 bytes.
         EXPECT_LT(AllocatedBytes() - allocated, 8 * 1024);
         EXPECT_LT(ResidentBytes() - resident, 512 * 1024);
     }
-    Reset();
 }
