@@ -55,6 +55,8 @@ int Run(int argc, char** argv) {
     AddStateVerbs(app, common);
     AddTransferVerbs(app, common);
     AddRun(app, common);
+    AddValidate(app, common);
+    AddComplete(app);
     AddLog(app, common);
     AddTraceVerbs(app, common);
 

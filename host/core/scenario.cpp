@@ -15,10 +15,11 @@ using Names = std::vector<std::string>;
 
 const Names kScenarioKeys = {"title", "model", "step"};
 const Names kStepKeys = {
-    "say",     "set",          "unset",   "policy",   "feature",      "feature-missing",
-    "account", "consent",      "network", "language", "file-add",     "file-remove",
-    "state",   "applications", "trace",   "fault",    "clear-faults", "power-cycle",
-    "finish",  "cancel",       "press",   "choose",   "answer",       "expect", "voice-guide"};
+    "say",        "set",          "unset",   "policy",   "feature",      "feature-missing",
+    "account",    "consent",      "network", "language", "file-add",     "file-remove",
+    "state",      "applications", "trace",   "fault",    "clear-faults", "power-cycle",
+    "finish",     "cancel",       "press",   "choose",   "answer",       "expect",
+    "voice-guide"};
 const Names kExpectKeys = {"page",  "sees",    "box",     "popup", "reason", "refused", "launched",
                            "toast", "setting", "running", "log",   "no-log", "trace",   "file"};
 const Names kItemKeys = {"visible", "enabled", "value", "title",

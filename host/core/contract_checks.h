@@ -1,0 +1,25 @@
+// Checks of a provider against the host contract (abi/si_provider.h). A provider that breaks it may
+// crash, hang or damage memory: run each check in a process of its own, with a TV that is on.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace host {
+
+class CheckFailed : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+struct ContractCheck {
+    const char* name;         // "unknown-keys-are-hidden"
+    const char* description;  // one sentence
+    // Throws CheckFailed, or ProviderError for a library that cannot be loaded.
+    void (*run)(const std::string& providerFile);
+};
+
+const std::vector<ContractCheck>& ContractChecks();
+
+}  // namespace host
