@@ -1,0 +1,121 @@
+// The command line: `vtv explore ...` and `vtv impact ...`.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+
+#include "command.h"
+#include "table.h"
+
+namespace explorer {
+
+namespace {
+
+// The provider that was built with this program, or is installed beside it.
+std::string DefaultProvider() {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const fs::path program = fs::read_symlink("/proc/self/exe", error);
+    for (const char* place : {"../lib/libsi-ready.so", "libsi-ready.so"}) {
+        const fs::path file = program.parent_path() / place;
+        if (fs::exists(file, error)) {
+            return fs::weakly_canonical(file, error);
+        }
+    }
+    return "libsi-ready.so";
+}
+
+// "2/8": the second of eight parts.
+Shard ParseShard(const std::string& text) {
+    Shard shard;
+    char rest = 0;
+    if (text.empty()) {
+        return shard;
+    }
+    if (std::sscanf(text.c_str(), "%d/%d%c", &shard.index, &shard.count, &rest) != 2 ||
+        shard.count < 1 || shard.index < 1 || shard.index > shard.count) {
+        throw CommandError(kExitUsage,
+                           "--shard " + text + ": write I/N with I from 1 to N, as in 2/8");
+    }
+    --shard.index;
+    return shard;
+}
+
+struct Common {
+    std::string provider = DefaultProvider();
+    std::string shard;
+    int workers = 0;
+    bool quiet = false;
+    bool json = false;
+    bool html = false;
+    bool markdown = false;
+
+    const char* Format() const {
+        return json ? "json" : html ? "html" : markdown ? "markdown" : "text";
+    }
+};
+
+void AddCommon(CLI::App& verb, Common& common, bool withProvider = true) {
+    if (withProvider) {
+        verb.add_option("--provider", common.provider, "The provider library")
+            ->capture_default_str();
+    }
+    verb.add_option("--jobs,-j", common.workers, "Worker processes; 0: one a processor");
+    verb.add_flag("--quiet,-q", common.quiet, "No progress and no rate");
+}
+
+void AddTable(CLI::App& app, Common& common, std::function<int()>& command) {
+    auto options = std::make_shared<TableOptions>();
+    CLI::App* verb = app.add_subcommand(
+        "table", "Show the complete decision table of items, functions or questions");
+    verb->add_option("NAME", options->names,
+                     "An item (voice-wake-up), a function, a question (visible:voice) or a kind of "
+                     "question (visible); all when none is named");
+    verb->add_flag("--json", common.json, "As JSON");
+    verb->add_flag("--html", common.html, "As one HTML page with a diagram for each rule");
+    verb->add_flag("--markdown", common.markdown, "As Markdown");
+    verb->add_option("--output,-o", options->output, "Write to a file");
+    verb->add_option("--docs", options->docs, "Write a page for each item into a folder");
+    verb->add_option("--shard", common.shard, "Only part I of N of the questions: I/N");
+    AddCommon(*verb, common);
+    verb->callback([&common, &command, options] {
+        command = [&common, options] {
+            options->provider = common.provider;
+            options->workers = common.workers;
+            options->progress = !common.quiet;
+            options->shard = ParseShard(common.shard);
+            options->format = common.Format();
+            return TableMain(*options);
+        };
+    });
+}
+
+}  // namespace
+
+int ExploreMain(int argc, char** argv) {
+    CLI::App app("Explores a provider over every state that its TV can be in", "vtv explore");
+    app.require_subcommand(1);
+    app.footer("Exit codes: 0 yes, 1 no, 2 usage, 3 no such item or file, 4 it could not be done.");
+    Common common;
+    std::function<int()> command;
+    AddTable(app, common, command);
+    try {
+        app.parse(argc, argv);
+        return command();
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? kExitOk : kExitUsage;
+    } catch (const CommandError& error) {
+        std::fprintf(stderr, "vtv explore: %s\n", error.what());
+        return error.Code();
+    } catch (const InputError& error) {
+        std::fprintf(stderr, "vtv explore: %s\n", error.what());
+        return kExitUsage;
+    } catch (const SubjectError& error) {
+        std::fprintf(stderr, "vtv explore: %s\n", error.what());
+        return kExitNoSuch;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vtv explore: %s\n", error.what());
+        return kExitTrouble;
+    }
+}
+
+}  // namespace explorer

@@ -1,0 +1,5 @@
+#include "command.h"
+
+int main(int argc, char** argv) {
+    return explorer::ExploreMain(argc, argv);
+}

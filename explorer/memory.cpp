@@ -1,0 +1,7 @@
+#include "memory.h"
+
+namespace explorer {
+
+MemoryBooks memoryBooks;
+
+}  // namespace explorer

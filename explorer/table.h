@@ -1,0 +1,68 @@
+// Decision tables: each question's conditions and outcomes, and the proof that none is missing.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "facts.h"
+
+namespace explorer {
+
+// One cell of a row: an input or fact and the values for which the row holds.
+struct Condition {
+    const Column* column = nullptr;
+    std::vector<std::string> values;
+    // The values that the row excludes, of those that occur.
+    std::vector<std::string> others;
+};
+
+struct TableRow {
+    std::vector<Condition> conditions;
+    std::vector<std::string> outcome;  // one line each; empty: nothing happens
+};
+
+struct Table {
+    std::string name;
+    std::string function;
+    std::vector<TableRow> rows;
+    std::uint64_t paths = 0;
+    BigNumber states;
+    std::size_t policies = 0;
+    bool complete = false;
+    std::vector<std::string> troubles;
+    Rule rule;
+};
+
+// The table borrows the rule's columns: keep it where it is.
+Table MakeTable(const Inputs& inputs, Exploration& exploration, const QuestionResult& result);
+void MakeRows(const Diagram& diagram, const Outcomes& outcomes, Table& table);
+
+// "terms: agreed", "far-field type: other than 1".
+std::string ToText(const Condition& condition);
+// The line beneath a table.
+std::string ProofOf(const Table& table);
+
+std::string TablesAsText(const std::vector<Table>& tables);
+std::string TablesAsMarkdown(const std::vector<Table>& tables, const std::string& title);
+std::string TablesAsJson(const std::vector<Table>& tables);
+// One page that needs nothing else, with a diagram for each table.
+std::string TablesAsHtml(const std::vector<Table>& tables, const Exploration& exploration);
+
+// The diagram of a rule as SVG; empty when it has more nodes than people can follow.
+std::string DiagramAsSvg(const Diagram& diagram, const Outcomes& outcomes, const Rule& rule);
+std::string EscapeHtml(const std::string& text);
+
+struct TableOptions {
+    std::string provider;
+    std::vector<std::string> names;  // items, keys, functions, questions; empty: everything
+    std::string format = "text";     // "text", "json", "html", "markdown"
+    std::string output;              // file; empty: standard output
+    std::string docs;  // folder: writes one page an item and an index, as docs/rules has them
+    Shard shard;
+    int workers = 0;
+    bool progress = true;
+};
+// Returns the exit code.
+int TableMain(const TableOptions& options);
+
+}  // namespace explorer

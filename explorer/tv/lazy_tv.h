@@ -1,0 +1,171 @@
+// The TV that the provider finds while it is explored: it decides what it is only when it is asked.
+//
+// A run begins with Begin(). The first time the provider reads an input, the TV takes the value
+// that the odometer chooses; from then on the input has that value, or the one that was last
+// written. What the provider does (writes, launches, popups) and what it answers is appended to
+// Record() as bytes, so that two runs can be compared without understanding them; ReadRecord()
+// gives them words.
+//
+// There is one such TV in the process: it serves the platform's C functions.
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "explorer/choices.h"
+#include "explorer/inputs.h"
+
+struct keynode;  // platform/settings_store.h
+
+namespace explorer {
+
+// Kinds of entries in a record.
+enum class Entry : char {
+    kWrite = 'w',      // a setting was written: key, value
+    kLaunch = 'l',     // an application was started: id, extras
+    kPopup = 'p',      // through app control: id, extras
+    kTerminate = 't',  // an application was ended
+    kMode = 'm',       // the always-on-voice mode was set
+    kCall = 'c',       // another effect: sound feedback, the toolkit
+    kAnswer = 'a',     // part of the answer: what it is, and the text
+    kLog = 'g',        // a log record
+    kTrace = 'e',      // a trace event
+    kWrong = 'x',      // what must not happen: an exception, a leak, ...
+};
+
+struct RecordEntry {
+    Entry kind;
+    std::string text;
+};
+
+enum class LogLevel { kNone, kMessages, kLines };
+
+class Tv {
+  public:
+    static constexpr std::size_t MAX_INPUTS = 256;
+
+    // The inputs must outlive their use. Before the first run, and again to change them.
+    void Use(const Inputs& inputs);
+    const Inputs& GetInputs() const { return *inputs_; }
+
+    // --- A run ------------------------------------------------------------------------------
+    void Begin(Choices& choices);
+    // Starts over on the same TV, as a second provider that is asked the same does: what was
+    // written is undone, what was decided stays, and the record is empty again.
+    void Again();
+
+    // Gives an input a value for all coming runs: it is not chosen then. Null: it is chosen again.
+    // The value must outlive the runs.
+    void Preset(int input, const Value* value) { preset_[input] = value; }
+    // What the input is now; null when nobody has read or written it.
+    const Value* Current(int input) const { return current_[input]; }
+    // Whether this run wrote the input.
+    bool IsWritten(int input) const { return wrote_[input]; }
+    // The text that the input had when it was first read in this run, the current assistant put in.
+    std::string FirstText(int input) const;
+
+    std::string_view Record() const { return {record_, recordSize_}; }
+    std::string_view LogRecord() const { return {log_, logSize_}; }
+    void Append(Entry kind, std::string_view text);
+    void AppendNumber(Entry kind, const char* what, int number);
+
+    // What is written down beside answers and effects.
+    LogLevel logLevel = LogLevel::kNone;
+
+    // Reads of the input in this run, the first one included.
+    int ReadCount(int input) const { return reads_[input]; }
+    // The inputs that this run read or wrote.
+    const std::uint16_t* Touched() const { return touched_; }
+    std::size_t TouchedSize() const { return touchedSize_; }
+    // Whether anything but the log and the trace was written, launched or set.
+    bool HasEffects() const { return effects_; }
+    bool HasThrown() const { return threw_; }
+    // Keys that the provider asked for and the data does not name, since Use(): "setting db/...".
+    const std::set<std::string>& UnknownKeys() const { return unknown_; }
+
+    // --- The policy -------------------------------------------------------------------------
+    // What db/menu/voice/mva_list holds; null: nothing. Not an input that is chosen.
+    void SetPolicy(const std::string* document) { policy_ = document; }
+    // Calls back whoever watches the policy; false when nobody does.
+    bool NotifyPolicy();
+    int Watches() const { return watches_; }
+
+    // --- For the platform's services --------------------------------------------------------
+    const Value& Read(Input::Kind kind, const char* key);
+    // What a call that has no input of its own finds.
+    const Value& ReadCall(const char* function) { return Read(Input::Kind::kCall, function); }
+    // The text of a value, with the current assistant put in. Lives until the next run.
+    const char* TextOf(const Value& value);
+    // Writes a setting, unless writing fails. Returns what the call returns.
+    int WriteNumber(const char* key, const char* type, int number);
+    int WriteText(const char* key, const char* text);
+    // The always-on-voice mode is what "AOVSystemDataGetAOVMode" answers from now on.
+    int SetMode(const char* appId, int mode);
+    void Log(int priority, const char* format, std::va_list arguments);
+    void AppendTrace(std::string_view text);
+    int AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData);
+    int RemoveWatch(const char* key, void (*callback)(keynode*, void*));
+    const std::string* PolicyDocument(const char* key) const;
+    bool IsReading() const { return inputs_ != nullptr; }
+
+  private:
+    int Lookup(Input::Kind kind, const char* key);
+    const Value& Decide(int input);
+    void Touch(int input);
+    int Write(int input, int writeInput, Value value);
+    void Reset();
+    void FixTexts();
+    const char* Keep(const char* text, std::size_t size);
+    static void Put(char* buffer, std::size_t& size, std::string_view text);
+
+    static constexpr std::size_t BUFFER = 1 << 16;
+    static constexpr std::size_t SLOTS = 512;
+
+    const Inputs* inputs_ = nullptr;
+    Choices* choices_ = nullptr;
+    int currentAssistant_ = -1;
+    const Value* preset_[MAX_INPUTS] = {};
+    const Value* decided_[MAX_INPUTS] = {};
+    std::uint16_t decisions_[MAX_INPUTS] = {};  // the inputs in decided_
+    std::size_t decisionsSize_ = 0;
+    const Value* current_[MAX_INPUTS] = {};
+    std::uint8_t reads_[MAX_INPUTS] = {};
+    bool wrote_[MAX_INPUTS] = {};
+    std::uint16_t touched_[MAX_INPUTS] = {};
+    std::size_t touchedSize_ = 0;
+    std::int16_t slots_[SLOTS] = {};  // hash table: input + 1, or 0
+
+    std::vector<Value> written_;  // values that this run wrote; never grows beyond its capacity
+    // Texts with the current assistant put in, by value and by the value of the current assistant.
+    std::unordered_map<const Value*, std::unordered_map<const Value*, std::string>> expanded_;
+    std::unordered_map<int, std::string> firstTexts_;
+
+    char record_[BUFFER] = {};
+    std::size_t recordSize_ = 0;
+    char log_[BUFFER] = {};
+    std::size_t logSize_ = 0;
+    bool effects_ = false;
+    bool threw_ = false;
+    std::set<std::string> unknown_;
+
+    const std::string* policy_ = nullptr;
+    void (*watch_)(keynode*, void*) = nullptr;
+    void* watchData_ = nullptr;
+    int watches_ = 0;
+};
+
+// The TV of this process.
+Tv& tv();
+
+// The entries of a record in order.
+std::vector<RecordEntry> ReadRecord(std::string_view record);
+// "writes db/...", "starts ...", ... : one line for people.
+std::string ToText(const RecordEntry& entry);
+
+}  // namespace explorer

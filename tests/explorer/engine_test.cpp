@@ -1,0 +1,181 @@
+// The engine on small questions whose number of paths is known.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <vector>
+
+#include "explorer/coverage.h"
+#include "explorer/diagram.h"
+
+using explorer::BigNumber;
+using explorer::Choices;
+using explorer::Coverage;
+using explorer::Diagram;
+using explorer::DiagramBuilder;
+using explorer::NodeId;
+
+namespace {
+
+struct Explored {
+    int paths = 0;
+    Coverage coverage;
+    Diagram diagram;
+    NodeId root = explorer::NONE;
+    bool diverged = false;
+};
+
+void Explore(Explored& result, const std::function<int(Choices&)>& question) {
+    Choices choices;
+    DiagramBuilder builder(result.diagram);
+    do {
+        choices.Restart();
+        const int outcome = question(choices);
+        ++result.paths;
+        result.coverage.Add(choices.Path(), choices.Depth());
+        result.diverged = result.diverged || choices.Diverged();
+        builder.Add(choices, outcome);
+    } while (choices.Advance());
+    result.root = builder.Root();
+}
+
+}  // namespace
+
+TEST(Engine, AQuestionThatReadsNothingHasOnePath) {
+    Explored result;
+    Explore(result, [](Choices&) { return 7; });
+    EXPECT_EQ(result.paths, 1);
+    EXPECT_EQ(result.coverage.States(), BigNumber(1));
+    EXPECT_TRUE(result.coverage.IsComplete());
+    EXPECT_EQ(result.diagram[result.root].outcome, 7);
+}
+
+TEST(Engine, IndependentInputsMultiply) {
+    Explored result;
+    Explore(result, [](Choices& choices) {
+        return choices.Choose(0, 2) + choices.Choose(1, 3) + choices.Choose(2, 5);
+    });
+    EXPECT_EQ(result.paths, 30);
+    EXPECT_EQ(result.coverage.States(), BigNumber(30));
+    EXPECT_TRUE(result.coverage.IsComplete());
+}
+
+TEST(Engine, AnInputThatIsNotReadIsNotBranchedOn) {
+    Explored result;
+    // The second input only matters when the first is 0: 3 + 2 paths for 3 x 3 states.
+    Explore(result,
+            [](Choices& choices) { return choices.Choose(0, 3) == 0 ? choices.Choose(1, 3) : 9; });
+    EXPECT_EQ(result.paths, 5);
+    EXPECT_EQ(result.coverage.States(), BigNumber(9));
+    EXPECT_EQ(result.coverage.Covered(), BigNumber(9));
+}
+
+TEST(Engine, DifferentBranchesMayReadDifferentInputs) {
+    Explored result;
+    Explore(result, [](Choices& choices) {
+        return choices.Choose(0, 2) == 0 ? choices.Choose(1, 4) : 10 + choices.Choose(2, 6);
+    });
+    EXPECT_EQ(result.paths, 10);
+    EXPECT_EQ(result.coverage.States(), BigNumber(2 * 4 * 6));
+    EXPECT_TRUE(result.coverage.IsComplete());
+}
+
+TEST(Engine, AMissingPathIsNoticed) {
+    Coverage coverage;
+    const explorer::Decision first[] = {{0, 0, 3}};
+    const explorer::Decision second[] = {{0, 1, 3}};
+    coverage.Add(first, 1);
+    coverage.Add(second, 1);
+    EXPECT_FALSE(coverage.IsComplete());
+    const explorer::Decision third[] = {{0, 2, 3}};
+    coverage.Add(third, 1);
+    EXPECT_TRUE(coverage.IsComplete());
+    coverage.Add(third, 1);
+    EXPECT_FALSE(coverage.IsComplete()) << "a path visited twice counts twice";
+}
+
+TEST(Engine, AQuestionThatDependsOnMoreThanItsInputsIsNoticed) {
+    Explored result;
+    int calls = 0;
+    Explore(result, [&calls](Choices& choices) {
+        choices.Choose(calls++ == 0 ? 0 : 1, 2);
+        return 0;
+    });
+    EXPECT_TRUE(result.diverged);
+}
+
+TEST(Engine, APathIsFollowedAsItWasTaken) {
+    const explorer::Decision path[] = {{0, 1, 2}, {1, 2, 3}};
+    Choices choices;
+    choices.Follow(path, 2);
+    choices.Restart();
+    EXPECT_EQ(choices.Choose(0, 2), 1);
+    EXPECT_EQ(choices.Choose(1, 3), 2);
+    EXPECT_EQ(choices.Choose(2, 4), 0);
+    EXPECT_FALSE(choices.Diverged());
+}
+
+TEST(BigNumber, IsPrintedInGroupsOfThree) {
+    EXPECT_EQ(BigNumber(0).ToString(), "0");
+    EXPECT_EQ(BigNumber(999).ToString(), "999");
+    EXPECT_EQ(BigNumber(1000).ToString(), "1,000");
+    BigNumber number(1);
+    for (int i = 0; i < 30; ++i) {
+        number.Multiply(10);
+    }
+    EXPECT_EQ(number.ToString(), "1,000,000,000,000,000,000,000,000,000,000");
+    number.Add(BigNumber(1));
+    EXPECT_EQ(number.ToString(), "1,000,000,000,000,000,000,000,000,000,001");
+}
+
+TEST(Diagram, AnInputThatDoesNotMatterIsNotAsked) {
+    Explored result;
+    Explore(result, [](Choices& choices) {
+        choices.Choose(0, 3);
+        return choices.Choose(1, 2);
+    });
+    EXPECT_EQ(result.paths, 6);
+    EXPECT_EQ(result.diagram.Inputs(result.root), std::set<int>{1});
+}
+
+TEST(Diagram, TheOrderOfReadingDoesNotChangeTheOrderedDiagram) {
+    Explored ab;
+    Explore(ab, [](Choices& choices) {
+        return choices.Choose(0, 2) == 1 && choices.Choose(1, 2) == 1;
+    });
+    // The same answers, the inputs read the other way round, into the same diagram.
+    Choices choices;
+    DiagramBuilder builder(ab.diagram);
+    do {
+        choices.Restart();
+        builder.Add(choices, choices.Choose(1, 2) == 1 && choices.Choose(0, 2) == 1 ? 1 : 0);
+    } while (choices.Advance());
+    EXPECT_NE(ab.root, builder.Root());
+    const std::vector<int> rank = {0, 1};
+    EXPECT_EQ(ab.diagram.Ordered(ab.root, rank), ab.diagram.Ordered(builder.Root(), rank));
+}
+
+TEST(Diagram, RowsAreExactAndCannotBePutTogether) {
+    Explored result;
+    // 1 when the first is 2, or the second is 0.
+    Explore(result, [](Choices& choices) {
+        return choices.Choose(0, 4) == 2 ? 1 : choices.Choose(1, 3) == 0 ? 1 : 0;
+    });
+    const std::vector<explorer::Row> rows = explorer::RowsOf(result.diagram, result.root);
+    EXPECT_EQ(rows.size(), 3U);
+    for (int a = 0; a < 4; ++a) {
+        for (int b = 0; b < 3; ++b) {
+            int matches = 0;
+            for (const explorer::Row& row : rows) {
+                const auto holds = [&row](int input, int value) {
+                    const auto own = row.conditions.find(input);
+                    return own == row.conditions.end() || own->second.count(value) != 0;
+                };
+                if (holds(0, a) && holds(1, b)) {
+                    ++matches;
+                    EXPECT_EQ(row.outcome, a == 2 || b == 0 ? 1 : 0) << a << ' ' << b;
+                }
+            }
+            EXPECT_EQ(matches, 1) << "state " << a << ' ' << b;
+        }
+    }
+}

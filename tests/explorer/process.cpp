@@ -1,0 +1,72 @@
+#include "process.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+extern char** environ;
+
+namespace {
+
+struct Folder {
+    Folder() {
+        std::string pattern = std::filesystem::temp_directory_path() / "explorer-test-XXXXXX";
+        path = mkdtemp(pattern.data());
+    }
+    ~Folder() {
+        std::error_code error;
+        std::filesystem::remove_all(path, error);
+    }
+    std::string path;
+};
+
+std::string ReadAll(const std::string& file) {
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
+}
+
+}  // namespace
+
+std::string TemporaryFolder() {
+    static const Folder folder;
+    return folder.path;
+}
+
+std::string ProviderFile() {
+    return PROVIDER_FILE;
+}
+
+ProcessResult RunExplorer(const std::vector<std::string>& arguments) {
+    const std::string output = TemporaryFolder() + "/output";
+    const std::string errors = TemporaryFolder() + "/errors";
+    std::vector<std::string> words = {EXPLORER_PROGRAM};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) {
+        argv.push_back(word.data());
+    }
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, 1, output.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
+    posix_spawn_file_actions_addopen(&files, 2, errors.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
+    pid_t pid = 0;
+    ProcessResult result;
+    if (posix_spawn(&pid, EXPLORER_PROGRAM, &files, nullptr, argv.data(), environ) != 0) {
+        return result;
+    }
+    posix_spawn_file_actions_destroy(&files);
+    int status = 0;
+    waitpid(pid, &status, 0);
+    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    result.output = ReadAll(output);
+    result.errors = ReadAll(errors);
+    return result;
+}

@@ -1,0 +1,18 @@
+// Runs vtv-explore as a user does.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct ProcessResult {
+    int exitCode = -1;
+    std::string output;
+    std::string errors;
+};
+
+// Arguments are passed as they are; the program is the one that was built with the tests.
+ProcessResult RunExplorer(const std::vector<std::string>& arguments);
+// The provider that was built with the tests.
+std::string ProviderFile();
+// A folder of this test's own, removed at the end of the process.
+std::string TemporaryFolder();

@@ -1,0 +1,97 @@
+// vtv explore table, run as a process.
+#include <gtest/gtest.h>
+#include <json/json.h>
+
+#include <memory>
+
+#include "process.h"
+
+namespace {
+
+Json::Value Parse(const std::string& text) {
+    Json::Value root;
+    std::string errors;
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &root, &errors)) << errors;
+    return root;
+}
+
+}  // namespace
+
+TEST(Table, OfARuleIsShownWithItsProof) {
+    const ProcessResult result = RunExplorer({"table", "-q", "visible:voice-settings-alexa"});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_NE(result.output.find("current assistant's kind: ALEXA\n      -> visible"),
+              std::string::npos)
+        << result.output;
+    EXPECT_NE(result.output.find("complete"), std::string::npos);
+}
+
+TEST(Table, OfAFunctionIsFoundByItsName) {
+    const ProcessResult result = RunExplorer({"table", "-q", "check_general_voice_enable"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.output.find("microphone type: 1 or 2\n      and built-in microphone: "),
+              std::string::npos)
+        << result.output;
+}
+
+TEST(Table, AsJsonHasRowsPathsAndStates) {
+    const ProcessResult result = RunExplorer({"table", "-q", "--json", "enabled:voice"});
+    EXPECT_EQ(result.exitCode, 0);
+    const Json::Value table = Parse(result.output)["tables"][0];
+    EXPECT_EQ(table["question"].asString(), "enabled:voice");
+    EXPECT_EQ(table["rows"].size(), 3U);
+    // 4 + 2 x 6 paths under each policy.
+    EXPECT_EQ(table["paths"].asInt() % (4 + 2 * 6), 0);
+    EXPECT_TRUE(table["complete"].asBool());
+}
+
+TEST(Table, OfEveryQuestionIsComplete) {
+    const ProcessResult result = RunExplorer({"table", "-q", "--json"});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    const Json::Value tables = Parse(result.output)["tables"];
+    EXPECT_GT(tables.size(), 150U);
+    for (const Json::Value& table : tables) {
+        EXPECT_TRUE(table["complete"].asBool()) << table["question"];
+        EXPECT_TRUE(table["troubles"].empty()) << table["troubles"];
+    }
+}
+
+TEST(Table, AsHtmlDrawsADiagram) {
+    const ProcessResult result = RunExplorer({"table", "-q", "--html", "visible:voice-wake-up"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.output.find("<svg"), std::string::npos);
+    EXPECT_NE(result.output.find("</html>"), std::string::npos);
+}
+
+TEST(Table, ShardsTogetherAreTheWhole) {
+    std::size_t together = 0;
+    for (const char* shard : {"1/3", "2/3", "3/3"}) {
+        const ProcessResult part =
+            RunExplorer({"table", "-q", "--json", "--shard", shard, "visible"});
+        EXPECT_EQ(part.exitCode, 0) << part.errors;
+        together += Parse(part.output)["tables"].size();
+    }
+    const ProcessResult whole = RunExplorer({"table", "-q", "--json", "visible"});
+    EXPECT_EQ(together, Parse(whole.output)["tables"].size());
+}
+
+TEST(Table, OfAnUnknownNameSaysWhatWasMeant) {
+    const ProcessResult result = RunExplorer({"table", "voice-wakeup"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.errors.find("Did you mean"), std::string::npos);
+    EXPECT_NE(result.errors.find("voice-wake-up"), std::string::npos);
+}
+
+TEST(Table, AWrongShardIsAUsageError) {
+    EXPECT_EQ(RunExplorer({"table", "--shard", "9/3"}).exitCode, 2);
+    EXPECT_EQ(RunExplorer({"table", "--no-such-option"}).exitCode, 2);
+    EXPECT_EQ(RunExplorer({}).exitCode, 2);
+}
+
+TEST(Table, OfAProviderThatIsNotThereSaysSo) {
+    const ProcessResult result =
+        RunExplorer({"table", "--provider", "/no/such/provider.so", "voice"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.errors.find("/no/such/provider.so"), std::string::npos);
+}
