@@ -1,0 +1,52 @@
+// The same question asked of dconf: when does another process see a change?
+#include <benchmark/benchmark.h>
+#include <gio/gio.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "other_process.h"
+
+namespace {
+
+GSettings* OpenSettings() {
+    setenv("GSETTINGS_SCHEMA_DIR", BENCH_SCHEMA_DIR, 1);
+    setenv("GSETTINGS_BACKEND", "dconf", 1);
+    return g_settings_new("org.si-ready.bench");
+}
+
+void DconfChangeSeen(benchmark::State& state) {
+    if (std::getenv("DBUS_SESSION_BUS_ADDRESS") == nullptr) {
+        state.SkipWithError("needs a session bus: run it with dbus-run-session");
+        return;
+    }
+    // Forked before GLib has a thread of its own in this process.
+    bench::OtherProcess reader([](const std::function<void()>& tell) {
+        GSettings* settings = OpenSettings();
+        g_signal_connect(settings, "changed::value",
+                         G_CALLBACK(+[](GSettings*, const char*, gpointer data) {
+                             (*static_cast<const std::function<void()>*>(data))();
+                         }),
+                         const_cast<std::function<void()>*>(&tell));
+        g_settings_get_int(settings, "value");
+        GMainContext* context = g_main_context_default();
+        while (g_main_context_iteration(context, FALSE) != FALSE) {
+        }
+        tell();
+        for (;;) {
+            g_main_context_iteration(context, TRUE);
+        }
+    });
+    GSettings* settings = OpenSettings();
+    int number = g_settings_get_int(settings, "value");
+    for (auto _ : state) {
+        const int64_t begin = bench::Nanoseconds();
+        g_settings_set_int(settings, "value", ++number);
+        g_settings_sync();
+        state.SetIterationTime(static_cast<double>(reader.Wait() - begin) * 1e-9);
+    }
+    g_object_unref(settings);
+}
+BENCHMARK(DconfChangeSeen)->UseManualTime();
+
+}  // namespace
