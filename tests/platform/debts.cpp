@@ -4,20 +4,17 @@
 
 #include "recorder.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define BLOCKS_ARE_WATCHED_BY_SANITIZER true
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define BLOCKS_ARE_WATCHED_BY_SANITIZER true
-#endif
-#endif
-#ifndef BLOCKS_ARE_WATCHED_BY_SANITIZER
-#define BLOCKS_ARE_WATCHED_BY_SANITIZER false
-#endif
+// Built without sanitizers: free() comes here before they are ready. Where the process has one, it
+// watches freed blocks better than this does.
+extern "C" __attribute__((weak)) void __asan_init();
 
 namespace recording {
 
 namespace {
+
+bool BlocksAreWatchedBySanitizer() {
+    return __asan_init != nullptr;
+}
 
 constexpr int MAX_STRINGS = 128;
 
@@ -49,7 +46,7 @@ void ForgetFreedStrings() {
     int kept = 0;
     for (int i = 0; i < stringCount; ++i) {
         if (strings[i].freed == 1) {
-            if (!BLOCKS_ARE_WATCHED_BY_SANITIZER) {
+            if (!BlocksAreWatchedBySanitizer()) {
                 void* block = strings[i].block;
                 strings[i].block = nullptr;
                 std::free(block);
@@ -82,7 +79,7 @@ bool KeepFreed(void* block) {
     for (int i = stringCount - 1; i >= 0; --i) {
         if (strings[i].block == block) {
             ++strings[i].freed;
-            if (BLOCKS_ARE_WATCHED_BY_SANITIZER) {
+            if (BlocksAreWatchedBySanitizer()) {
                 return false;
             }
             std::memset(block, 0xDD, strings[i].size);
