@@ -3,12 +3,12 @@
 
 #include <libintl.h>
 
-// The text in the TV's menu language, or the id itself when the catalogue lacks it. It belongs to
-// the catalogue.
+// The text in the TV's menu language, or the id itself when the catalogue lacks it. It belongs to the
+// catalogue. A null id has no text.
 inline const char* Translate(const char* id) {
-    const char* text = dgettext("si-ready", id);
-    if (text != nullptr) {
-        return text;
+    if (id == nullptr) {
+        return "";
     }
-    return id != nullptr ? id : "";
+    const char* text = dgettext("si-ready", id);
+    return text != nullptr ? text : id;
 }
