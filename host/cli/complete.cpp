@@ -15,8 +15,6 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr char kHidden[] = "__complete";
-
 Words Items() {
     Words words;
     for (const host::Item& item : host::PageItems()) {
@@ -71,9 +69,7 @@ Words Features() {
 Words Names(const CLI::App& app) {
     Words words;
     for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
-        if (verb->get_name() != kHidden) {
-            words.push_back(verb->get_name());
-        }
+        words.push_back(verb->get_name());
     }
     return words;
 }
@@ -161,27 +157,18 @@ Words Candidates(const CLI::App& app, const Words& line) {
 
 }  // namespace
 
-void AddComplete(CLI::App& app) {
-    CLI::App* verb = app.add_subcommand(kHidden, "");
-    verb->group("");
-    verb->prefix_command();
-    verb->callback([&app, verb] {
-        Words words = verb->remaining();
-        if (!words.empty() && words.front() == "--") {
-            words.erase(words.begin());
+void Complete(const CLI::App& app, Words line) {
+    if (line.empty()) {
+        line.emplace_back();
+    }
+    Words candidates = Candidates(app, line);
+    std::sort(candidates.begin(), candidates.end());
+    candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
+    for (const std::string& candidate : candidates) {
+        if (candidate.rfind(line.back(), 0) == 0) {
+            std::cout << candidate << '\n';
         }
-        if (words.empty()) {
-            words.emplace_back();
-        }
-        Words candidates = Candidates(app, words);
-        std::sort(candidates.begin(), candidates.end());
-        candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
-        for (const std::string& candidate : candidates) {
-            if (candidate.rfind(words.back(), 0) == 0) {
-                std::cout << candidate << '\n';
-            }
-        }
-    });
+    }
 }
 
 }  // namespace cli

@@ -56,7 +56,6 @@ int Run(int argc, char** argv) {
     AddTransferVerbs(app, common);
     AddRun(app, common);
     AddValidate(app, common);
-    AddComplete(app);
     AddLog(app, common);
     AddTraceVerbs(app, common);
 
@@ -65,6 +64,10 @@ int Run(int argc, char** argv) {
         return kUsage;
     }
     try {
+        if (std::string(argv[1]) == "__complete") {
+            Complete(app, {argv + 2, argv + argc});
+            return kOk;
+        }
         app.parse(argc, argv);
         std::cout.flush();
         return common.exitCode;

@@ -18,8 +18,10 @@ void AddTransferVerbs(CLI::App& app,
                       Common& common);              // dump, load, import, snapshot, restore, diff
 void AddRun(CLI::App& app, Common& common);         // run
 void AddValidate(CLI::App& app, Common& common);    // validate
-void AddComplete(CLI::App& app);                    // __complete, for the shells
 void AddLog(CLI::App& app, Common& common);         // log
 void AddTraceVerbs(CLI::App& app, Common& common);  // trace, fault
+
+// Prints what may stand in place of the last word, for the shells (vtv __complete WORD...).
+void Complete(const CLI::App& app, std::vector<std::string> line);
 
 }  // namespace cli

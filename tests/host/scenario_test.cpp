@@ -1,0 +1,135 @@
+// vtv run: scenarios that pass, fail, are broken, and are recorded.
+#include "vtv_process.h"
+
+#include <algorithm>
+#include <filesystem>
+
+using testing::HasSubstr;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::vector<std::string> Scenarios() {
+    std::vector<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(SCENARIOS)) {
+        names.push_back(entry.path().stem().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+class ScenarioTest : public VtvTest, public testing::WithParamInterface<std::string> {};
+
+}  // namespace
+
+TEST_P(ScenarioTest, Passes) {
+    Ok({"run", std::string(SCENARIOS) + "/" + GetParam() + ".toml"});
+}
+
+INSTANTIATE_TEST_SUITE_P(Flow, ScenarioTest, testing::ValuesIn(Scenarios()),
+                         [](const testing::TestParamInfo<std::string>& tested) {
+                             std::string name = tested.param;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+
+TEST(Scenarios, AreAtLeastTwentyFive) {
+    EXPECT_GE(Scenarios().size(), 25U);
+}
+
+TEST_F(VtvTest, AFailedExpectationIsToldWithLineAndDifference) {
+    Write("s.toml",
+          "title = \"t\"\n\n[[step]]\nsay = \"look\"\nexpect.page.voice-wake-up = { value = "
+          "\"off\" }\n\n"
+          "[[step]]\npress = \"voice-wake-up\"\n");
+    const Output output = Vtv({"run", Path("s.toml"), "--junit", Path("r.xml")});
+    EXPECT_EQ(output.code, 1);
+    EXPECT_THAT(output.out,
+                HasSubstr("s.toml:5: voice-wake-up value: expected \"off\", found \"on\""));
+    EXPECT_THAT(output.out, HasSubstr("step 1: look"));
+    const std::string xml = Read("r.xml");
+    EXPECT_THAT(xml, HasSubstr("tests=\"2\" failures=\"1\" skipped=\"1\""));
+    EXPECT_THAT(xml, HasSubstr("expected &quot;off&quot;, found &quot;on&quot;"));
+    EXPECT_THAT(xml, HasSubstr("<skipped/>"));
+}
+
+// Each kind of expectation, wrong on purpose: one that could not fail would be no expectation.
+TEST_F(VtvTest, EveryKindOfExpectationCanFail) {
+    const std::vector<std::string> wrong = {
+        "expect.page.voice = \"hidden\"",
+        "expect.page.voice-wake-up = { visible = false }",
+        "expect.page.voice-wake-up = { enabled = false }",
+        "expect.page.voice-wake-up = { value = 0 }",
+        "expect.page.voice-wake-up = { title = \"x\" }",
+        "expect.page.voice-wake-up = { help = \"x\" }",
+        "expect.page.voice-wake-up = { reason = \"x\" }",
+        "expect.page.voice-wake-up = { popup = \"x\" }",
+        "expect.page.voice-assistant = { choices = [\"x\"] }",
+        "expect.sees = [\"toast\"]",
+        "expect.box = { title = \"x\" }",
+        "expect.popup = { title = \"x\" }",
+        "expect.reason = \"x\"",
+        "expect.launched = \"x\"",
+        "expect.toast = \"x\"",
+        "expect.setting.\"db/comss/cisblock\" = 7",
+        "expect.setting.\"db/nowhere\" = 7",
+        "expect.running = \"x\"",
+        "expect.log = \"never written\"",
+        "expect.no-log = \"key:\"",
+        "expect.trace = \"x\"",
+        "expect.file = \"x\"",
+        "press = \"voice-settings-google\"",
+        "press = \"voice-wake-up\"\nexpect.refused = true",
+        "press = \"voice-assistant\"\nchoose = 2\nexpect.box = { message = \"x\" }",
+        "press = \"voice-assistant\"\nchoose = 9"};
+    for (const std::string& step : wrong) {
+        Write("s.toml", "[[step]]\n" + step + "\n");
+        EXPECT_EQ(Vtv({"run", Path("s.toml")}).code, 1) << step;
+    }
+}
+
+TEST_F(VtvTest, ABrokenScenarioIsToldWithFileAndLine) {
+    const std::vector<std::pair<std::string, std::string>> broken = {
+        {"title = ", "s.toml:1: this is no TOML"},
+        {"title = \"x\"", "a scenario needs steps"},
+        {"[[step]]\npres = \"voice\"", "s.toml:2: \"pres\" is unknown in a step"},
+        {"[[step]]\npress = \"voice-wakeup\"",
+         "s.toml:2: there is no item \"voice-wakeup\". Did you mean voice-wake-up?"},
+        {"[[step]]\n\nchoose = 1", "s.toml:3: \"choose\" needs a \"press\""},
+        {"[[step]]\npress = \"voice\"\nanswer = \"yes\"", "s.toml:3: \"answer\" is"},
+        {"[[step]]\nexpect.pages = 1", "s.toml:2: \"pages\" is unknown in expect"},
+        {"[[step]]\nexpect.page.voice = \"gone\"", "s.toml:2: an item is"}};
+    for (const auto& [text, says] : broken) {
+        Write("s.toml", text);
+        const Output output = Vtv({"run", Path("s.toml")});
+        EXPECT_EQ(output.code, 2) << text;
+        EXPECT_THAT(output.err, HasSubstr(says)) << text;
+    }
+}
+
+TEST_F(VtvTest, ARefusedPressIsRecordedAsRefused) {
+    Ok({"account", "signed-out"});
+    EXPECT_EQ(Vtv({"press", "voice-wake-up", "--record", Path("mine.toml")}).code, 1);
+    EXPECT_THAT(Read("mine.toml"), HasSubstr("refused = true"));
+    Ok({"run", Path("mine.toml")});
+}
+
+TEST_F(VtvTest, ARecordingPlaysAgain) {
+    const std::string file = Path("mine.toml");
+    Ok({"choose", "voice-wake-up", "off"});
+    Ok({"press", "voice-assistant", "--choose", "3", "--ok", "--record", file});
+    Ok({"app", "finish", "--record", file});
+    Ok({"press", "voice-settings-google", "--record", file});
+    Ok({"network", "disconnected", "--record", file});
+    Ok({"set", "db/menu/voice/is_k_voice", "bool", "true", "--record", file});
+    Ok({"power-cycle", "--record", file});
+    EXPECT_THAT(Read("mine.toml"), HasSubstr("com.vantelo.tv.google-assistant Login=1"));
+    Ok({"run", file});
+}
+
+TEST_F(VtvTest, TheTvsOfARunAreKeptWhenAsked) {
+    Write("s.toml", "[[step]]\nset.\"db/a\" = 1\n");
+    Ok({"run", Path("s.toml"), "--keep", Path("kept")});
+    EXPECT_EQ(Ok({"get", "db/a", "--tv", Path("kept/1-s")}), "1\n");
+}

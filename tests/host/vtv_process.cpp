@@ -1,0 +1,216 @@
+#include "vtv_process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+extern char** environ;
+
+namespace {
+
+using Environment = std::map<std::string, std::string>;
+
+// Reads what two pipes deliver until both end.
+void Drain(int out, int err, Output* output) {
+    pollfd fds[2] = {{out, POLLIN, 0}, {err, POLLIN, 0}};
+    while (fds[0].fd >= 0 || fds[1].fd >= 0) {
+        poll(fds, 2, -1);
+        for (int i = 0; i < 2; ++i) {
+            if (fds[i].fd < 0 || fds[i].revents == 0) {
+                continue;
+            }
+            char buffer[65536];
+            const ssize_t size = read(fds[i].fd, buffer, sizeof buffer);
+            if (size <= 0) {
+                fds[i].fd = -1;
+            } else {
+                (i == 0 ? output->out : output->err).append(buffer, static_cast<size_t>(size));
+            }
+        }
+    }
+}
+
+int Start(const Environment& environment, const std::vector<std::string>& arguments, int in,
+          int out, int err) {
+    const pid_t child = fork();
+    if (child != 0) {
+        return child;
+    }
+    dup2(in, STDIN_FILENO);
+    dup2(out, STDOUT_FILENO);
+    dup2(err, STDERR_FILENO);
+    for (const auto& [name, value] : environment) {
+        setenv(name.c_str(), value.c_str(), 1);
+    }
+    std::vector<char*> argv = {const_cast<char*>(VTV)};
+    for (const std::string& argument : arguments) {
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    }
+    argv.push_back(nullptr);
+    execv(VTV, argv.data());
+    _exit(127);
+}
+
+int CodeOf(int status) {
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+}  // namespace
+
+VtvTest::VtvTest() {
+    folder_ = (fs::temp_directory_path() / "vtv-test-XXXXXX").string();
+    EXPECT_NE(mkdtemp(folder_.data()), nullptr);
+    environment = {{"VTV_HOME", folder_ + "/tvs"}, {"HOME", folder_}, {"TERM", "dumb"}};
+    for (const char* name :
+         {"VTV_TV", "VTV_PROVIDER", "VTV_DATA", "XDG_DATA_HOME", "LANGUAGE", "LC_ALL"}) {
+        unsetenv(name);
+    }
+}
+
+VtvTest::~VtvTest() {
+    // Applications that a test left running would write into a folder that is gone.
+    std::error_code ignored;
+    for (const fs::directory_entry& tv : fs::directory_iterator(folder_ + "/tvs", ignored)) {
+        Vtv({"power-cycle", "--tv", tv.path().string()});
+    }
+    fs::remove_all(folder_, ignored);
+}
+
+Output VtvTest::Vtv(const std::vector<std::string>& arguments, const std::string& input) {
+    int in[2], out[2], err[2];
+    EXPECT_EQ(pipe2(in, O_CLOEXEC) | pipe2(out, O_CLOEXEC) | pipe2(err, O_CLOEXEC), 0);
+    const int child = Start(environment, arguments, in[0], out[1], err[1]);
+    close(in[0]);
+    close(out[1]);
+    close(err[1]);
+    signal(SIGPIPE, SIG_IGN);
+    EXPECT_EQ(write(in[1], input.data(), input.size()), static_cast<ssize_t>(input.size()));
+    close(in[1]);
+    Output output;
+    Drain(out[0], err[0], &output);
+    close(out[0]);
+    close(err[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    output.code = CodeOf(status);
+    return output;
+}
+
+std::string VtvTest::Ok(const std::vector<std::string>& arguments, const std::string& input) {
+    const Output output = Vtv(arguments, input);
+    std::string line;
+    for (const std::string& argument : arguments) {
+        line += " " + argument;
+    }
+    EXPECT_EQ(output.code, 0) << "vtv" << line << '\n' << output.out << output.err;
+    return output.out;
+}
+
+Json::Value VtvTest::OkJson(const std::vector<std::string>& arguments) {
+    const std::string text = Ok(arguments);
+    Json::Value json;
+    EXPECT_TRUE(Json::Reader().parse(text, json)) << text;
+    return json;
+}
+
+Json::Value VtvTest::Item(const std::string& name, const std::vector<std::string>& more) {
+    std::vector<std::string> arguments = {"show", name, "--json"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return OkJson(arguments);
+}
+
+void VtvTest::Write(const std::string& name, const std::string& text) const {
+    std::ofstream(Path(name)) << text;
+}
+
+std::string VtvTest::Read(const std::string& name) const {
+    std::ostringstream text;
+    text << std::ifstream(Path(name)).rdbuf();
+    return text.str();
+}
+
+std::map<std::string, std::string> VtvTest::Contents(const std::string& name) const {
+    std::map<std::string, std::string> contents;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(Path(name))) {
+        if (entry.is_regular_file()) {
+            std::ostringstream text;
+            text << std::ifstream(entry.path()).rdbuf();
+            contents[entry.path().string()] = text.str();
+        }
+    }
+    return contents;
+}
+
+RunningVtv::RunningVtv(const Environment& environment, const std::vector<std::string>& arguments) {
+    int out[2], err[2];
+    EXPECT_EQ(pipe2(out, O_CLOEXEC) | pipe2(err, O_CLOEXEC), 0);
+    const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    pid_ = Start(environment, arguments, nothing, out[1], err[1]);
+    close(nothing);
+    close(out[1]);
+    close(err[1]);
+    out_ = out[0];
+    err_ = err[0];
+}
+
+RunningVtv::~RunningVtv() {
+    if (pid_ > 0) {
+        kill(pid_, SIGKILL);
+        waitpid(pid_, nullptr, 0);
+    }
+    close(out_);
+    close(err_);
+}
+
+bool RunningVtv::Fill(int fd, std::string* text, int timeoutMs) {
+    pollfd descriptor = {fd, POLLIN, 0};
+    if (poll(&descriptor, 1, timeoutMs) <= 0) {
+        return false;
+    }
+    char buffer[65536];
+    const ssize_t size = read(fd, buffer, sizeof buffer);
+    if (size > 0) {
+        text->append(buffer, static_cast<size_t>(size));
+    }
+    return size > 0;
+}
+
+bool RunningVtv::WaitFor(const std::string& text) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (output_.out.find(text) == std::string::npos) {
+        if (std::chrono::steady_clock::now() > end || !Fill(out_, &output_.out, 20000)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool RunningVtv::WaitForError(const std::string& text) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (output_.err.find(text) == std::string::npos) {
+        if (std::chrono::steady_clock::now() > end || !Fill(err_, &output_.err, 20000)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+Output RunningVtv::Interrupt() {
+    kill(pid_, SIGINT);
+    Drain(out_, err_, &output_);
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    pid_ = -1;
+    output_.code = CodeOf(status);
+    return output_;
+}
