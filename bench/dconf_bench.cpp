@@ -20,8 +20,8 @@ void DconfChangeSeen(benchmark::State& state) {
         state.SkipWithError("needs a session bus: run it with dbus-run-session");
         return;
     }
-    // Forked before GLib has a thread of its own in this process.
-    bench::OtherProcess reader([](const std::function<void()>& tell) {
+    // Forked once, before GLib has a thread of its own in this process.
+    static bench::OtherProcess reader([](const std::function<void()>& tell) {
         GSettings* settings = OpenSettings();
         g_signal_connect(settings, "changed::value",
                          G_CALLBACK(+[](GSettings*, const char*, gpointer data) {
@@ -41,7 +41,7 @@ void DconfChangeSeen(benchmark::State& state) {
             g_main_context_iteration(context, TRUE);
         }
     });
-    GSettings* settings = OpenSettings();
+    static GSettings* const settings = OpenSettings();
     int number = g_settings_get_int(settings, "value");
     for (auto _ : state) {
         const int64_t begin = bench::Nanoseconds();
@@ -49,7 +49,6 @@ void DconfChangeSeen(benchmark::State& state) {
         g_settings_sync();
         state.SetIterationTime(static_cast<double>(reader.Wait() - begin) * 1e-9);
     }
-    g_object_unref(settings);
 }
 BENCHMARK(DconfChangeSeen)->UseManualTime();
 
