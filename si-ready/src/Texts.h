@@ -3,8 +3,8 @@
 
 #include <libintl.h>
 
-// The text in the TV's menu language, or the id itself when the catalogue lacks it. It belongs to the
-// catalogue. A null id has no text.
+// The text in the TV's menu language, or the id itself when the catalogue lacks it. It belongs to
+// the catalogue. A null id has no text.
 inline const char* Translate(const char* id) {
     if (id == nullptr) {
         return "";
