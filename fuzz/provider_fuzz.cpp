@@ -2,7 +2,8 @@
 // not crash, leak or throw. The input is those answers.
 //
 //     cmake --preset fuzz && cmake --build --preset fuzz
-//     build/fuzz/bin/provider-fuzz -max_total_time=60 fuzz/corpus
+//     mkdir -p build/fuzz/corpus       # the fuzzer writes into the first folder
+//     build/fuzz/bin/provider-fuzz -max_total_time=60 build/fuzz/corpus fuzz/corpus
 
 #include <fuzzer/FuzzedDataProvider.h>
 
