@@ -243,7 +243,10 @@ std::string ReadFile(const std::string& file) {
 }
 
 Json::Value ReadJsonFile(const std::string& file) {
-    const std::string text = ReadFile(file);
+    return ParseJsonText(ReadFile(file), file);
+}
+
+Json::Value ParseJsonText(const std::string& text, const std::string& file) {
     Json::CharReaderBuilder builder;
     builder["collectComments"] = false;
     builder["failIfExtra"] = true;

@@ -99,6 +99,8 @@ Json::Value ToJson(const vtv::Value& value);
 // Throws kUsage for what is neither a boolean, an integer nor a string; where says what it is.
 vtv::Value FromJson(const Json::Value& value, const std::string& where);
 Json::Value ReadJsonFile(const std::string& file);
+// Throws kUsage with the file's name.
+Json::Value ParseJsonText(const std::string& text, const std::string& file);
 std::string ReadFile(const std::string& file);  // "-" is the standard input
 
 // Words in colour where the standard output is a terminal and NO_COLOR is not set.

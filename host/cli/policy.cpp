@@ -99,7 +99,7 @@ void Publish(const Common& common, const PublishOptions& options) {
         text.pop_back();
     }
     if (!options.force) {
-        const std::string problem = ProblemOf(ReadJsonFile(options.file));
+        const std::string problem = ProblemOf(ParseJsonText(text, options.file));
         if (!problem.empty()) {
             throw Refusal(options.file + ": " + problem +
                           " To see what the TV makes of it, add --force.");

@@ -86,7 +86,8 @@ void Set(const Common& common, const SetOptions& options) {
     const host::KnownSetting* known = host::FindKnownSetting(options.key);
     if (known != nullptr && !options.force && std::string(known->type) != vtv::TypeName(value)) {
         throw Refusal(options.key + " is a " + known->type + " on a TV (" + known->meaning +
-                      "); as " + (std::holds_alternative<int>(value) ? "an " : "a ") + vtv::TypeName(value) +
+                      "); as " + (std::holds_alternative<int>(value) ? "an " : "a ") +
+                      vtv::TypeName(value) +
                       " it could not be read. To see what happens then, add --force.");
     }
     vtv::Tv tv(TvDir(common));

@@ -148,7 +148,7 @@ Scenario LoadScenario(const std::string& file) {
     for (const toml::node& step : *steps->as_array()) {
         CheckStep(file, step);
     }
-    scenario.steps = std::make_shared<Scenario::Steps>(Scenario::Steps{*steps->as_array()});
+    scenario.steps = std::make_shared<Scenario::Steps>(std::move(root));
     return scenario;
 }
 

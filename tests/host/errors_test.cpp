@@ -19,12 +19,12 @@ class ErrorsTest : public VtvTest, public testing::WithParamInterface<Case> {};
 
 TEST_P(ErrorsTest, IsToldAndTouchesNothing) {
     Ok({"show"});
-    const auto before = Contents("tvs/default/db");
+    const auto before = Contents("tvs/default/settings");
     const Output output = Vtv(GetParam().arguments);
     EXPECT_EQ(output.code, GetParam().code) << output.err;
     EXPECT_THAT(output.err, HasSubstr(GetParam().says));
     EXPECT_THAT(output.err, Not(HasSubstr("terminate called")));
-    EXPECT_EQ(Contents("tvs/default/db"), before);
+    EXPECT_EQ(Contents("tvs/default/settings"), before);
 }
 
 INSTANTIATE_TEST_SUITE_P(

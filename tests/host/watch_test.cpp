@@ -3,8 +3,6 @@
 
 #include "vtv_process.h"
 
-using testing::HasSubstr;
-
 TEST_F(VtvTest, AWatchedPageShowsWhatAnotherProcessChanges) {
     Ok({"show"});
     RunningVtv watching(environment, {"show", "--watch"});
@@ -25,8 +23,9 @@ TEST_F(VtvTest, AWatchedPageFollowsAPolicyThatIsPublishedMeanwhile) {
     Ok({"policy", "publish", "-"},
        R"([{"VAOrder": 1, "VAId": "ORVIK2", "VAAppId": "com.vantelo.tv.voice-instant-app", "VAName": "Orvik",
             "VAFFSupport": true}])");
-    EXPECT_TRUE(watching.WaitFor("\"item\":\"voice-assistant\"")) << watching.Text();
-    EXPECT_THAT(watching.Text(), HasSubstr("\"after\":\"hidden\""));
+    EXPECT_TRUE(
+        watching.WaitFor("{\"after\":\"hidden\",\"before\":\"shown\",\"item\":\"voice-assistant\""))
+        << watching.Text();
 }
 
 TEST_F(VtvTest, AWatchedPageGoesOnThroughAPowerCycle) {
