@@ -1,4 +1,6 @@
 // The exported questions: is the item shown, can it be selected.
+#include <algorithm>
+
 #include "page.h"
 
 using namespace recording;
@@ -106,6 +108,15 @@ TEST_P(EveryRow, EnablingIsItsRulesAnswer) {
     Compare(GetParam().enabled, check_enable_int, Enable);
 }
 
+TEST_P(EveryRow, HasATitleAndAHelpText) {
+    HostText title;
+    HostText help;
+    page->get_display_name(GetParam().item, title.Out());
+    page->get_help_text(GetParam().item, help.Out());
+    EXPECT_FALSE(title.IsNull());
+    EXPECT_FALSE(help.IsNull());
+}
+
 TEST_P(EveryRow, ItsKeyWithMoreOrLessIsUnknown) {
     const std::string item = GetParam().item;
     for (const std::string& other :
@@ -119,15 +130,44 @@ TEST_P(EveryRow, ItsKeyWithMoreOrLessIsUnknown) {
     }
 }
 
+namespace {
+
+// The item's key as a test may be named.
+std::string TestName(const std::string& item) {
+    std::string name = item.substr(std::string("menu/system/").size());
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
+bool HasTest(const std::string& suite, const std::string& test) {
+    const testing::UnitTest& all = *testing::UnitTest::GetInstance();
+    for (int i = 0; i < all.total_test_suite_count(); ++i) {
+        const testing::TestSuite& tests = *all.GetTestSuite(i);
+        for (int j = 0; j < tests.total_test_count(); ++j) {
+            if (tests.name() == suite && tests.GetTestInfo(j)->name() == test) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
 INSTANTIATE_TEST_SUITE_P(Items, EveryRow, testing::ValuesIn(ROWS),
                          [](const testing::TestParamInfo<Row>& row) {
-                             std::string name = row.param.item;
-                             name = name.substr(std::string("menu/system/").size());
-                             for (char& c : name) {
-                                 c = c == '-' ? '_' : c;
-                             }
-                             return name;
+                             return TestName(row.param.item);
                          });
+
+TEST_F(Dispatch, EveryItemHasTestsOfItsVisibilityItsEnablingAndItsTexts) {
+    for (const char* item : key::ALL) {
+        for (const std::string test :
+             {"VisibilityIsItsRulesAnswer", "EnablingIsItsRulesAnswer", "HasATitleAndAHelpText"}) {
+            EXPECT_TRUE(HasTest("Items/EveryRow", test + "/" + TestName(item)))
+                << item << " has no test " << test;
+        }
+    }
+}
 
 TEST_F(Dispatch, TheTableOfThisTestNamesEveryItem) {
     ASSERT_EQ(std::size(ROWS), 13u);
