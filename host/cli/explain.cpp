@@ -26,7 +26,14 @@ void Print(const host::Explanation& explanation, const vtv::Tv& tv) {
         const std::string title =
             reasons.question == "value" ? "reads " + reasons.answer : reasons.answer;
         std::cout << '\n' << Paint(Look::kNote, title) << ": " << reasons.because << '\n';
-        for (const vtv::Read& read : reasons.reads) {
+        for (size_t i = 0; i < reasons.reads.size(); ++i) {
+            const vtv::Read& read = reasons.reads[i];
+            // Rules that ask one another read the same thing again; a reader needs it once.
+            if (i > 0 && read.subject == reasons.reads[i - 1].subject &&
+                read.function == reasons.reads[i - 1].function &&
+                read.value == reasons.reads[i - 1].value) {
+                continue;
+            }
             std::cout << "  " << Pad(read.subject.empty() ? read.function : read.subject, 52) << ' '
                       << Cut(Quoted(read), 60) << '\n'
                       << Paint(Look::kDim, "      " + host::Describe(read, tv)) << '\n';

@@ -1,5 +1,10 @@
 // vtv get, set, unset, search, feature, language, ...: the TV around the page, as files on a disk
 // keep it.
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
 #include "vtv_process.h"
 
 using testing::HasSubstr;
@@ -131,6 +136,34 @@ TEST_F(VtvTest, TheTraceIsRecordedPrintedAndExported) {
     EXPECT_TRUE(Json::Reader().parse(Read("trace.json"), json));
     Ok({"trace", "--clear"});
     EXPECT_TRUE(OkJson({"trace", "--json"})["events"].empty());
+}
+
+TEST_F(VtvTest, BashCompletesThroughItsScript) {
+    Write("complete.sh", std::string("source ") + COMPLETION + "/vtv.bash\nCOMP_WORDS=(" + VTV +
+                             " press voice-sc)\nCOMP_CWORD=2\n_vtv\necho \"${COMPREPLY[@]}\" > " +
+                             Path("words") + "\n");
+    ASSERT_EQ(std::system(("bash " + Path("complete.sh")).c_str()), 0);
+    EXPECT_EQ(Read("words"), "voice-screen-on-wake-up\n");
+}
+
+TEST_F(VtvTest, TheTvAndTheProviderMayStandBeforeTheVerb) {
+    Ok({"new", "cn", "--model", "farfield-cn"});
+    EXPECT_EQ(Ok({"--tv", "cn", "get", "db/comss/countrycode"}), "CN\n");
+    const std::string fake = std::string(FAKES) + "/libfake-sound.so";
+    EXPECT_THAT(Ok({"--provider", fake, "show", "voice-assistant"}),
+                HasSubstr("Assistant  (voice-assistant)"));
+}
+
+TEST_F(VtvTest, ADamagedSettingIsToldOfAndThePageStillOpens) {
+    Ok({"show"});
+    std::ofstream(Path("tvs/default/settings/db%2Fvoice-app%2Factivate_first_time"))
+        << "bool 4\ntr";
+    const Output page = Vtv({"show"});
+    EXPECT_EQ(page.code, 0);
+    EXPECT_THAT(page.out, HasSubstr("Voice Assistant"));
+    const Output value = Vtv({"get", "db/voice-app/activate_first_time"});
+    EXPECT_EQ(value.code, 4);
+    EXPECT_THAT(value.err, HasSubstr("db/voice-app/activate_first_time"));
 }
 
 TEST_F(VtvTest, CompletionOffersVerbsItemsKeysAndModels) {
