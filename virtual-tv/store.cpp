@@ -141,7 +141,7 @@ std::string Store::EncodeKey(std::string_view key) {
     name.reserve(key.size() + 16);
     for (const char c : key) {
         // A leading dot would hide the file and could name one of the store's own.
-        if (IsPlain(c) && !(c == '.' && name.empty())) {
+        if (IsPlain(c) && (c != '.' || !name.empty())) {
             name += c;
             continue;
         }

@@ -59,6 +59,11 @@ std::string ReadText(const std::string& file) {
     return text.str();
 }
 
+[[noreturn]] void FailAsTaken(const std::string& path) {
+    throw Error(ErrorKind::kUsage,
+                path + ": there is something already. Name a folder that does not exist yet.");
+}
+
 // What "memory/" holds is gone after the machine was restarted, as after a power cycle.
 void ForgetLastBoot(const std::string& dir, Store& memory) {
     const std::string file = dir + "/memory/.boot";
@@ -108,8 +113,7 @@ void Tv::Create(const std::string& dir, const std::string& modelFile) {
 
     std::error_code error;
     if (fs::exists(path, error) && !(fs::is_directory(path, error) && fs::is_empty(path, error))) {
-        throw Error(ErrorKind::kUsage,
-                    path + ": there is something already. Name a folder that does not exist yet.");
+        FailAsTaken(path);
     }
     EnsureDir(fs::path(path).parent_path().string());
     // Made aside and put in place whole: whoever sees the folder sees a TV.
@@ -135,6 +139,9 @@ void Tv::Create(const std::string& dir, const std::string& modelFile) {
             ApplyModel(model, tv);
         }
         fs::rename(aside, path, error);
+        if (error == std::errc::directory_not_empty || error == std::errc::file_exists) {
+            FailAsTaken(path);  // another process has made one meanwhile
+        }
         if (error) {
             throw Error(ErrorKind::kPlatform, path + ": cannot be made: " + error.message() + ".");
         }

@@ -56,7 +56,7 @@ class FileLock {
 // The TV's log: one record a line, appended whole, rotated by whoever finds it full.
 class LogWriter {
   public:
-    static constexpr off_t kMaxSize = 1024 * 1024;
+    static constexpr off_t kMaxSize = off_t{1024} * 1024;
     static constexpr int kOldFiles = 3;  // tv.log.1 (newest) to tv.log.3
 
     explicit LogWriter(const std::string& dir) : dir_(dir) {}

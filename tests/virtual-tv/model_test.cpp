@@ -180,6 +180,29 @@ TEST_F(ModelTest, ATvIsNotMadeOverSomethingThatIsThere) {
     EXPECT_TRUE(vtv::Tv::IsTv(folder / "empty"));
 }
 
+TEST_F(ModelTest, OfProcessesThatMakeTheSameTvAtOnceOneDoesAndTheOthersAreTold) {
+    const std::string dir = folder / "tv";
+    int made = 0;
+    std::vector<std::unique_ptr<Child>> children;
+    for (int i = 0; i < 6; ++i) {
+        children.push_back(std::make_unique<Child>([&] {
+            try {
+                vtv::Tv::Create(dir, vtv::FindModel("farfield-eu"));
+            } catch (const vtv::Error& error) {
+                _exit(error.kind() == ErrorKind::kUsage ? 1 : 2);
+            }
+        }));
+    }
+    for (const auto& child : children) {
+        const int code = WEXITSTATUS(child->Wait());
+        EXPECT_LE(code, 1);
+        made += code == 0 ? 1 : 0;
+    }
+    EXPECT_EQ(made, 1);
+    EXPECT_TRUE(vtv::Tv(dir).Problems().empty());
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 1);
+}
+
 TEST_F(ModelTest, AFolderThatIsNoTvIsToldAsSuch) {
     EXPECT_FALSE(vtv::Tv::IsTv(folder.Path()));
     ErrorOf(ErrorKind::kNoSuch, [&] { vtv::Tv nothing(folder.Path()); });
