@@ -313,7 +313,7 @@ TEST(TracePayload, ANullTextIsTwoBytes) {
     static int id = 0;
     static const trace::CallSite site = {__FILE__, __LINE__, "test", &id};
     const char* null = nullptr;
-    trace::Record(site, "%s", {null, 1, "text", true});
+    trace::Record(site, "%s", {null, true, 1, "text"});
     ASSERT_EQ(TraceEvents().size(), 1u);
-    EXPECT_EQ(TraceEvents()[0].payload, "\xFF\x7F" + Bytes(1) + Bytes("text") + Bytes(true));
+    EXPECT_EQ(TraceEvents()[0].payload, "\xFF\x7F" + Bytes(true) + Bytes(1) + Bytes("text"));
 }
