@@ -3,7 +3,9 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "check.h"
 #include "command.h"
+#include "diff.h"
 #include "table.h"
 
 namespace explorer {
@@ -89,6 +91,63 @@ void AddTable(CLI::App& app, Common& common, std::function<int()>& command) {
     });
 }
 
+void AddCheck(CLI::App& app, Common& common, std::function<int()>& command) {
+    auto options = std::make_shared<CheckOptions>();
+    CLI::App* verb = app.add_subcommand("check", "Check what must hold in every state");
+    verb->add_option("NAME", options->names, "Invariants; all when none is named");
+    verb->add_flag("--list", options->list, "Only list the invariants");
+    verb->add_flag("--json", common.json, "As JSON");
+    verb->add_option("--scenarios", options->scenarios,
+                     "Folder for the scenario files of what is violated")
+        ->capture_default_str();
+    verb->add_option("--shard", common.shard, "Only part I of N of the work: I/N");
+    AddCommon(*verb, common);
+    verb->callback([&common, &command, options] {
+        command = [&common, options] {
+            options->provider = common.provider;
+            options->json = common.json;
+            options->workers = common.workers;
+            options->progress = !common.quiet;
+            options->shard = ParseShard(common.shard);
+            return CheckMain(*options);
+        };
+    });
+}
+
+void AddDiff(CLI::App& app, Common& common, std::function<int()>& command) {
+    auto options = std::make_shared<DiffOptions>();
+    CLI::App* verb = app.add_subcommand(
+        "diff", "Prove that two providers behave alike, or show where they differ");
+    verb->footer("Exit codes: 0 alike, 1 different, 2 trouble.");
+    verb->add_option("A", options->a, "A provider library")->required();
+    verb->add_option("B", options->b, "Another one")->required();
+    verb->add_option("--only", options->names, "Only these items, functions or questions");
+    verb->add_flag("--no-logs{false}", options->logs,
+                   "Do not compare log messages and trace events");
+    verb->add_flag("--lines", options->lines, "Compare the files and lines of log records as well");
+    verb->add_flag("--reads", options->reads, "Compare which inputs are read as well");
+    verb->add_flag("--brief", options->brief, "Only say whether they differ");
+    verb->add_flag("--json", common.json, "As JSON");
+    verb->add_option("--scenarios", options->scenarios,
+                     "Write a scenario file for each difference into a folder");
+    verb->add_option("--shard", common.shard, "Only part I of N of the work: I/N");
+    AddCommon(*verb, common, false);
+    verb->callback([&common, &command, options] {
+        command = [&common, options] {
+            options->json = common.json;
+            options->workers = common.workers;
+            options->progress = !common.quiet;
+            options->shard = ParseShard(common.shard);
+            try {
+                return DiffMain(*options);
+            } catch (const std::exception& error) {
+                std::fprintf(stderr, "vtv explore diff: %s\n", error.what());
+                return 2;
+            }
+        };
+    });
+}
+
 }  // namespace
 
 int ExploreMain(int argc, char** argv) {
@@ -98,6 +157,8 @@ int ExploreMain(int argc, char** argv) {
     Common common;
     std::function<int()> command;
     AddTable(app, common, command);
+    AddCheck(app, common, command);
+    AddDiff(app, common, command);
     try {
         app.parse(argc, argv);
         return command();

@@ -42,6 +42,32 @@ void AskEnabled(const Subject& subject, const Question& question) {
     AnswerYesNo("enabled", "dimmed", subject.checkEnabled(question.key.c_str(), 0));
 }
 
+// The forms for other types of items, which ask no rule.
+void AskOtherTypes(const Subject& subject, const Question& question) {
+    const char* key = question.key.c_str();
+    const auto call = [&](const char* name, auto value) {
+        using Form = int (*)(const char*, decltype(value));
+        auto* form = reinterpret_cast<Form>(subject.Symbol(name));
+        tv().AppendNumber(Entry::kAnswer, name, form != nullptr ? form(key, value) : -1);
+    };
+    call("check_visibility_bool", true);
+    call("check_visibility_double", 0.5);
+    call("check_visibility_string", key);
+    call("check_enable_bool", true);
+    call("check_enable_double", 0.5);
+    call("check_enable_string", key);
+}
+
+void AskProperties(const Subject& subject, const Question&) {
+    for (const char* key :
+         {"provider/owner", "provider/main-component", "provider/sub-component", "provider/none"}) {
+        char* text = nullptr;
+        subject.Table().provider_property(key, &text);
+        AnswerText(key, text);
+        std::free(text);
+    }
+}
+
 constexpr int UNTOUCHED = -77;
 
 void AskValue(const Subject& subject, const Question& question) {
@@ -329,6 +355,8 @@ std::vector<Question> AllQuestions() {
     for (const OddKey& odd : ODD_KEYS) {
         questions.push_back(OfKey(odd.kind, odd.ask, "menu/system/no-such-item"));
     }
+    questions.push_back(OfKey("other-types", AskOtherTypes, Items().front().key));
+    questions.push_back(OfKey("properties", AskProperties, "provider"));
     for (const FunctionQuestion& function : FUNCTIONS) {
         Question question;
         question.name = std::string("function:") + function.name;

@@ -79,6 +79,7 @@ Subject::Subject(const std::string& file, const Policy& policy) : file_(file) {
     tv().Begin(choices);
     tv().SetPolicy(policy.published.empty() ? nullptr : &policy.published.front());
     create(&slots_);
+    startLog_.assign(tv().LogText());
     if (slots_ == nullptr) {
         throw SubjectError(file + ": create_provider gives no table");
     }
@@ -105,6 +106,7 @@ void Subject::Publish(const std::string& document) {
         if (!tv().NotifyPolicy()) {
             trouble_ = "nobody watches the policy";
         }
+        startLog_.append(tv().LogText());
     } catch (const std::exception& exception) {
         trouble_ = std::string("an exception leaves the watch callback: ") + exception.what();
     }

@@ -181,8 +181,11 @@ void Work(int count, const WorkOptions& options,
         options.workers > 0 ? static_cast<std::size_t>(options.workers) : processors;
     std::deque<Worker> workers;
     int done = 0;
-    while (!workers.empty() || (!waiting.empty() && !IsInterrupted())) {
-        while (workers.size() < limit && !waiting.empty() && !IsInterrupted()) {
+    const auto goOn = [&] {
+        return !waiting.empty() && !IsInterrupted() && !(options.stop && options.stop());
+    };
+    while (!workers.empty() || goOn()) {
+        while (workers.size() < limit && goOn()) {
             workers.push_back(Start(waiting.front(), task));
             waiting.pop_front();
         }

@@ -32,6 +32,8 @@ struct WorkOptions {
     int workers = 0;       // 0: as many as there are processors
     bool progress = true;  // on a terminal
     const char* what = "questions";
+    // True: no further task is begun.
+    std::function<bool()> stop;
     double patience = 20;  // seconds without a single run
 };
 

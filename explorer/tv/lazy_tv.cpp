@@ -81,6 +81,7 @@ void Tv::Reset() {
     recordSize_ = 0;
     logSize_ = 0;
     effects_ = false;
+    refused_ = false;
     threw_ = false;
     written_.clear();
 }
@@ -209,6 +210,7 @@ int Tv::Write(int input, int writeInput, Value value) {
         const Input& write = inputs_->inputs[static_cast<std::size_t>(writeInput)];
         const Value& result = Read(write.kind, write.key.c_str());  // "write" or "call"
         if (result.kind == Value::Kind::kFails) {
+            refused_ = true;
             return result.number;
         }
     }
@@ -406,40 +408,42 @@ constexpr char POLICY_KEY[] = "db/menu/voice/mva_list";
 }  // namespace
 
 bool Tv::NotifyPolicy() {
-    if (watch_ == nullptr) {
+    if (watches_.empty()) {
         return false;
     }
-    watch_(nullptr, watchData_);
+    const Watch watch = watches_.back();
+    watch.callback(nullptr, watch.userData);
     return true;
 }
 
 int Tv::AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData) {
+    const PlatformMemory own;
     if (key == nullptr || std::strcmp(key, POLICY_KEY) != 0) {
         unknown_.insert(std::string("watch ") + (key != nullptr ? key : "(null)"));
         return -1;
     }
-    watch_ = callback;
-    watchData_ = userData;
-    ++watches_;
+    watches_.push_back({callback, userData});
+    AppendTrace("watches the policy");
     return 0;
 }
 
 int Tv::RemoveWatch(const char* key, void (*callback)(keynode*, void*)) {
-    if (key == nullptr || std::strcmp(key, POLICY_KEY) != 0 || callback != watch_ ||
-        watches_ == 0) {
+    const auto found = std::find_if(watches_.begin(), watches_.end(),
+                                    [&](const Watch& watch) { return watch.callback == callback; });
+    if (key == nullptr || std::strcmp(key, POLICY_KEY) != 0 || found == watches_.end()) {
         return -1;
     }
-    if (--watches_ == 0) {
-        watch_ = nullptr;
-    }
+    watches_.erase(found);
+    AppendTrace("watches the policy no longer");
     return 0;
 }
 
-const std::string* Tv::PolicyDocument(const char* key) const {
+const std::string* Tv::PolicyDocument(const char* key) {
     static const std::string none;
     if (key == nullptr || std::strcmp(key, POLICY_KEY) != 0) {
         return nullptr;
     }
+    AppendTrace("reads the policy");
     return policy_ != nullptr ? policy_ : &none;
 }
 

@@ -71,7 +71,8 @@ class Tv {
     std::string FirstText(int input) const;
 
     std::string_view Record() const { return {record_, recordSize_}; }
-    std::string_view LogRecord() const { return {log_, logSize_}; }
+    // Log records and trace events; empty unless they are written down.
+    std::string_view LogText() const { return {log_, logSize_}; }
     void Append(Entry kind, std::string_view text);
     void AppendNumber(Entry kind, const char* what, int number);
 
@@ -85,6 +86,8 @@ class Tv {
     std::size_t TouchedSize() const { return touchedSize_; }
     // Whether anything but the log and the trace was written, launched or set.
     bool HasEffects() const { return effects_; }
+    // False when the store or the platform refused a write of this run.
+    bool IsEveryWriteTaken() const { return !refused_; }
     bool HasThrown() const { return threw_; }
     // Keys that the provider asked for and the data does not name, since Use(): "setting db/...".
     const std::set<std::string>& UnknownKeys() const { return unknown_; }
@@ -92,9 +95,9 @@ class Tv {
     // --- The policy -------------------------------------------------------------------------
     // What db/menu/voice/mva_list holds; null: nothing. Not an input that is chosen.
     void SetPolicy(const std::string* document) { policy_ = document; }
-    // Calls back whoever watches the policy; false when nobody does.
+    // Calls back who watched the policy last; false when nobody does.
     bool NotifyPolicy();
-    int Watches() const { return watches_; }
+    int Watches() const { return static_cast<int>(watches_.size()); }
 
     // --- For the platform's services --------------------------------------------------------
     const Value& Read(Input::Kind kind, const char* key);
@@ -111,7 +114,7 @@ class Tv {
     void AppendTrace(std::string_view text);
     int AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData);
     int RemoveWatch(const char* key, void (*callback)(keynode*, void*));
-    const std::string* PolicyDocument(const char* key) const;
+    const std::string* PolicyDocument(const char* key);
     bool IsReading() const { return inputs_ != nullptr; }
 
   private:
@@ -151,13 +154,16 @@ class Tv {
     char log_[BUFFER] = {};
     std::size_t logSize_ = 0;
     bool effects_ = false;
+    bool refused_ = false;
     bool threw_ = false;
     std::set<std::string> unknown_;
 
     const std::string* policy_ = nullptr;
-    void (*watch_)(keynode*, void*) = nullptr;
-    void* watchData_ = nullptr;
-    int watches_ = 0;
+    struct Watch {
+        void (*callback)(keynode*, void*);
+        void* userData;
+    };
+    std::vector<Watch> watches_;
 };
 
 // The TV of this process.

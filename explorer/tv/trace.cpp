@@ -47,7 +47,13 @@ void* TCStorage::PrepareCallBuffer(TCStorage*, TCThread*, size_t payloadSize, in
 }
 
 void TCStorage::Commit(TCStorage*, TCThread*) {
-    explorer::tv().AppendTrace(event);
+    const explorer::PlatformMemory own;
+    // Payload bytes may be zero, which would end the entry.
+    std::string shown;
+    for (const char byte : event) {
+        shown += byte != '\0' ? byte : '0';
+    }
+    explorer::tv().AppendTrace(shown);
 }
 
 }  // namespace ht

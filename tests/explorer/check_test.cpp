@@ -1,0 +1,121 @@
+// vtv explore check and diff, run as processes on the provider and on broken ones.
+#include <gtest/gtest.h>
+#include <json/json.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+#include "process.h"
+
+namespace {
+
+std::string Folder(const char* name) {
+    return TemporaryFolder() + "/" + name;
+}
+
+Json::Value Parse(const std::string& text) {
+    Json::Value root;
+    std::string errors;
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &root, &errors)) << errors;
+    return root;
+}
+
+ProcessResult Check(const std::string& provider, const std::string& invariant) {
+    return RunExplorer({"check", "-q", "--json", "--provider", provider, "--scenarios",
+                        Folder("scenarios"), invariant});
+}
+
+}  // namespace
+
+TEST(Check, HasAtLeastTwentyInvariantsEachWithASentence) {
+    const ProcessResult result = RunExplorer({"check", "--list"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_GE(std::count(result.output.begin(), result.output.end(), '\n'), 20);
+}
+
+TEST(Check, OfTheProviderHolds) {
+    const ProcessResult result =
+        RunExplorer({"check", "-q", "--json", "--scenarios", Folder("none")});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    for (const Json::Value& invariant : Parse(result.output)["invariants"]) {
+        EXPECT_TRUE(invariant["holds"].asBool()) << invariant;
+        EXPECT_TRUE(invariant["complete"].asBool()) << invariant["name"];
+        EXPECT_GT(invariant["paths"].asInt(), 0) << invariant["name"];
+    }
+}
+
+TEST(Check, OfAnUnknownInvariantSaysWhereToLook) {
+    const ProcessResult result = RunExplorer({"check", "no-such-invariant"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.errors.find("--list"), std::string::npos);
+}
+
+TEST(Check, AProviderThatShowsBothEntriesIsFoundOutWithItsSmallestState) {
+    const ProcessResult result = Check(BROKEN_BOTH_ENTRIES, "never-both-entries");
+    EXPECT_EQ(result.exitCode, 1) << result.errors;
+    const Json::Value violation = Parse(result.output)["invariants"][0]["violations"][0];
+    EXPECT_EQ(violation["what"].asString(), "both are visible");
+    EXPECT_GT(violation["smallestState"].size(), 1U);
+    EXPECT_TRUE(std::filesystem::exists(violation["scenario"].asString()));
+}
+
+TEST(Check, AProviderThatWritesWhileItIsAskedIsFoundOut) {
+    EXPECT_EQ(Check(BROKEN_WRITES, "reads-do-not-write").exitCode, 1);
+}
+
+TEST(Check, AProviderThatLeaksIsFoundOut) {
+    const ProcessResult result = Check(BROKEN_LEAKS, "nothing-goes-wrong");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.output.find("leaks"), std::string::npos) << result.output;
+}
+
+TEST(Check, AProviderThatCrashesIsFoundOutWithTheStateAndTheRestIsStillChecked) {
+    const ProcessResult result = Check(BROKEN_CRASHES, "nothing-goes-wrong");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.output.find("crashes (signal"), std::string::npos) << result.output;
+    EXPECT_GT(Parse(result.output)["invariants"][0]["paths"].asInt(), 1000);
+}
+
+TEST(Diff, AProviderIsLikeItself) {
+    const ProcessResult result = RunExplorer({"diff", "-q", ProviderFile(), ProviderFile()});
+    EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+    EXPECT_NE(result.output.find("alike"), std::string::npos);
+}
+
+TEST(Diff, ShowsTheSmallestStateInWhichTwoProvidersDiffer) {
+    const ProcessResult result = RunExplorer({"diff", "-q", "--json", "--scenarios", Folder("diff"),
+                                              ProviderFile(), BROKEN_BOTH_ENTRIES});
+    EXPECT_EQ(result.exitCode, 1) << result.errors;
+    const Json::Value root = Parse(result.output);
+    EXPECT_FALSE(root["alike"].asBool());
+    ASSERT_FALSE(root["differences"].empty());
+    bool found = false;
+    for (const Json::Value& difference : root["differences"]) {
+        found = found || difference["onlyA"][0].asString() == "hidden";
+        EXPECT_TRUE(std::filesystem::exists(difference["scenario"].asString()));
+    }
+    EXPECT_TRUE(found) << result.output;
+}
+
+TEST(Diff, BrieflySaysThatTwoProvidersDiffer) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--brief", ProviderFile(), BROKEN_WRITES});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.output, "The providers differ.\n");
+}
+
+TEST(Diff, AProviderThatCrashesIsADifference) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--only", "title", ProviderFile(), BROKEN_CRASHES});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.output.find("crashes"), std::string::npos);
+}
+
+TEST(Diff, OfWhatIsNoProviderIsTrouble) {
+    EXPECT_EQ(RunExplorer({"diff", "-q", ProviderFile(), "/no/such/file.so"}).exitCode, 2);
+    const std::string text = TemporaryFolder() + "/text.so";
+    std::ofstream(text) << "no library";
+    EXPECT_EQ(RunExplorer({"diff", "-q", ProviderFile(), text}).exitCode, 2);
+}
