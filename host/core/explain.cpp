@@ -21,6 +21,7 @@ struct Phrase {
 constexpr char kCurrentAssistant[] = "db/multi-assistant/default_assistant_appid";
 constexpr char kBlockKey[] = "db/comss/cisblock";
 constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
+constexpr char kOrvikFeature[] = "com.vantelo/featureconf/voice.voice_recognition_orvik_support";
 constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
 
 #define FEATURE "com.vantelo/featureconf/"
@@ -119,6 +120,13 @@ std::string ListedAssistants(const vtv::Tv& tv) {
                                                 : std::to_string(count) + " assistants");
 }
 
+// The list of assistants is kept by the provider: no read tells of it. It settles what is asked
+// without any read, and what goes on after the last consent was found to be given.
+bool IsSettledByTheList(const Reasons& visible) {
+    return visible.reads.empty() ||
+           (visible.reads.back().subject == "pp" && visible.reads.back().value == vtv::Value(true));
+}
+
 template <typename Question>
 Reasons Ask(const char* question, const vtv::Tv& tv, Question ask) {
     Reasons reasons;
@@ -138,6 +146,9 @@ Reasons Ask(const char* question, const vtv::Tv& tv, Question ask) {
 }  // namespace
 
 std::string Describe(const vtv::Read& read, const vtv::Tv& tv) {
+    if (read.subject == kOrvikFeature && !read.value) {
+        return "the TV does not tell whether it supports Orvik, which counts as support";
+    }
     for (const Phrase& phrase : kPhrases) {
         if (read.subject == phrase.subject || read.function == phrase.subject) {
             return read.value && IsYes(*read.value) ? phrase.yes : phrase.no;
@@ -171,9 +182,7 @@ Explanation Explain(const Provider& provider, const vtv::Tv& tv, const Item& ite
 
     Reasons visible =
         Ask("visible", tv, [&] { return provider.IsVisible(item.key) ? "shown" : "hidden"; });
-    // The number of assistants is kept by the provider: no read tells of it.
-    const bool byPolicy = item.kind == ItemKind::kList && visible.reads.empty();
-    if (byPolicy) {
+    if (IsSettledByTheList(visible)) {
         visible.because = ListedAssistants(tv);
     }
     explanation.reasons.push_back(visible);

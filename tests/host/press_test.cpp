@@ -104,6 +104,17 @@ TEST_F(VtvTest, ExplainNamesTheReasonForAHiddenItem) {
         HasSubstr("is hidden: the current assistant is com.vantelo.tv.voice-instant-app\n"));
 }
 
+TEST_F(VtvTest, ExplainNamesTheListWhereTheListSettledIt) {
+    Ok({"feature", "voice.voice_recognition_orvik_support", "false"});
+    Ok({"policy", "publish", "-"}, "[]");
+    EXPECT_THAT(Ok({"explain", "voice"}),
+                HasSubstr("Voice is hidden: the policy offers no assistant\n"));
+    EXPECT_THAT(Ok({"explain", "voice-assistant"}),
+                HasSubstr("is hidden: the policy offers no assistant\n"));
+    EXPECT_THAT(Ok({"explain", "voice-always-wake-up"}),
+                HasSubstr("is hidden: the policy offers no assistant\n"));
+}
+
 TEST_F(VtvTest, ExplainNamesTheReasonForAValue) {
     EXPECT_THAT(Ok({"explain", "voice-always-wake-up"}),
                 HasSubstr("Always is off: always-on voice is off\n"));
