@@ -1,13 +1,13 @@
-// TV models: read, checked, and written into a new TV's folder.
+// TV models: read and checked.
 #include <json/json.h>
 #include <toml++/toml.h>
 
 #include <algorithm>
-#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <set>
 
+#include "spelling.h"
 #include "tv_impl.h"
 
 namespace vtv {
@@ -33,44 +33,6 @@ constexpr AssistantKind kAssistantKinds[] = {
     {"TENCENT", nullptr},  // db/tencent-voice-assistant/voice-setting
 };
 const std::set<std::string> kHints = {"on_user", "on_default", "off_user", "off_default", "null"};
-
-size_t Distance(std::string_view a, std::string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j) {
-        row[j] = j;
-    }
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t above = row[j];
-            row[j] =
-                std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
-            diagonal = above;
-        }
-    }
-    return row[b.size()];
-}
-
-std::string Nearest(std::string_view word, const std::vector<std::string>& candidates) {
-    std::string nearest;
-    size_t best = std::numeric_limits<size_t>::max();
-    for (const std::string& candidate : candidates) {
-        if (const size_t distance = Distance(word, candidate); distance < best) {
-            best = distance;
-            nearest = candidate;
-        }
-    }
-    return nearest;
-}
-
-std::string Join(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) {
-        text += (text.empty() ? "" : ", ") + word;
-    }
-    return text;
-}
 
 // Reads one model. Every complaint has the file and the line.
 class ModelReader {
@@ -563,56 +525,6 @@ Model ModelReader::Read() {
 
 Model LoadModel(const std::string& file) {
     return ModelReader(file).Read();
-}
-
-std::vector<std::string> ModelFiles() {
-    std::vector<std::string> files;
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(DataDir() + "/tvs", error)) {
-        if (entry.path().extension() == ".toml") {
-            files.push_back(entry.path().string());
-        }
-    }
-    std::sort(files.begin(), files.end());
-    return files;
-}
-
-std::string FindModel(const std::string& nameOrFile) {
-    std::error_code error;
-    if (fs::is_regular_file(nameOrFile, error)) {
-        return nameOrFile;
-    }
-    std::vector<std::string> names;
-    for (const std::string& file : ModelFiles()) {
-        names.push_back(fs::path(file).stem().string());
-        if (names.back() == nameOrFile) {
-            return file;
-        }
-    }
-    throw Error(ErrorKind::kNoSuch, "There is no TV model \"" + nameOrFile +
-                                        "\". Name a file, or one of: " + Join(names) + ".");
-}
-
-void ApplyModel(const Model& model, Tv::Impl& tv) {
-    for (const auto& [key, value] : model.settings) {
-        tv.StoreOf(key).Write(key, value);
-    }
-    tv.state.Write("model", model.name);
-    tv.state.Write("account/signed_in", model.signedIn);
-    for (const auto& [item, agreed] : model.consents) {
-        tv.state.Write("consent/" + item, agreed);
-    }
-    tv.state.Write("network", ToText(model.network));
-    tv.state.Write("applications", ToText(model.applications));
-    for (const std::string& file : model.ownerFiles) {
-        const std::string path = tv.dir + "/owner/" + file;
-        EnsureDir(fs::path(path).parent_path().string());
-        int error = 0;
-        if (!WriteNewFile(path, "", &error)) {
-            throw Error(ErrorKind::kPlatform,
-                        path + ": cannot be made: " + std::strerror(error) + ".");
-        }
-    }
 }
 
 }  // namespace vtv

@@ -1,0 +1,51 @@
+#include "spelling.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace vtv {
+
+namespace {
+
+// How many letters have to be changed, added or dropped.
+size_t Distance(std::string_view a, std::string_view b) {
+    std::vector<size_t> row(b.size() + 1);
+    for (size_t j = 0; j <= b.size(); ++j) {
+        row[j] = j;
+    }
+    for (size_t i = 1; i <= a.size(); ++i) {
+        size_t diagonal = row[0];
+        row[0] = i;
+        for (size_t j = 1; j <= b.size(); ++j) {
+            const size_t above = row[j];
+            row[j] =
+                std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
+            diagonal = above;
+        }
+    }
+    return row[b.size()];
+}
+
+}  // namespace
+
+std::string Nearest(std::string_view word, const std::vector<std::string>& candidates) {
+    std::string nearest;
+    size_t best = std::numeric_limits<size_t>::max();
+    for (const std::string& candidate : candidates) {
+        if (const size_t distance = Distance(word, candidate); distance < best) {
+            best = distance;
+            nearest = candidate;
+        }
+    }
+    return nearest;
+}
+
+std::string Join(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : ", ") + word;
+    }
+    return text;
+}
+
+}  // namespace vtv
