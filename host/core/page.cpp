@@ -102,6 +102,7 @@ std::vector<std::string> SimilarItems(std::string_view name) {
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<std::string> names;
+    names.reserve(ranked.size());
     for (auto& [distance, similar] : ranked) {
         names.push_back(std::move(similar));
     }
