@@ -82,7 +82,14 @@ std::string TvDir(const Common& common) {
         throw vtv::Error(vtv::ErrorKind::kNoSuch,
                          dir + ": there is no TV here. Make one with: vtv new " + name);
     }
-    vtv::Tv::Create(dir, vtv::FindModel(kDefaultModel));
+    try {
+        vtv::Tv::Create(dir, vtv::FindModel(kDefaultModel));
+    } catch (const vtv::Error&) {
+        if (vtv::Tv::IsTv(dir)) {
+            return dir;  // another process was faster
+        }
+        throw;
+    }
     std::cerr << "Made the TV " << dir << " of the model " << kDefaultModel
               << ". For other models: vtv list --models\n";
     return dir;
