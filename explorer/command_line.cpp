@@ -5,7 +5,9 @@
 
 #include "check.h"
 #include "command.h"
+#include "depends.h"
 #include "diff.h"
+#include "impact.h"
 #include "table.h"
 
 namespace explorer {
@@ -148,6 +150,47 @@ void AddDiff(CLI::App& app, Common& common, std::function<int()>& command) {
     });
 }
 
+void AddDepends(CLI::App& app, Common& common, std::function<int()>& command) {
+    auto options = std::make_shared<DependsOptions>();
+    CLI::App* verb =
+        app.add_subcommand("depends", "Show which keys, features and files an item depends on");
+    verb->add_option("NAME", options->names, "Items, functions or questions; with --reverse keys");
+    verb->add_flag("--reverse", options->reverse, "Show which items depend on a key");
+    verb->add_flag("--json", common.json, "As JSON");
+    AddCommon(*verb, common);
+    verb->callback([&common, &command, options] {
+        command = [&common, options] {
+            options->provider = common.provider;
+            options->json = common.json;
+            options->workers = common.workers;
+            options->progress = !common.quiet;
+            return DependsMain(*options);
+        };
+    });
+}
+
+void AddImpact(CLI::App& app, Common& common, std::function<int()>& command) {
+    auto options = std::make_shared<ImpactOptions>();
+    CLI::App* verb = app.add_subcommand(
+        "impact", "Show what a new assistant policy changes on every TV model and for every user");
+    verb->footer("Exit codes: 0 nothing changes, 1 something does, 2 a policy is malformed.");
+    verb->add_option("OLD", options->oldFile, "The policy that TVs have, a JSON file")->required();
+    verb->add_option("NEW", options->newFile, "The policy that is to be published")->required();
+    verb->add_option("--tv", options->models, "TV models, by name or file; all when none is named");
+    verb->add_flag("--json", common.json, "As JSON");
+    verb->add_flag("--html", common.html, "As an HTML page");
+    AddCommon(*verb, common);
+    verb->callback([&common, &command, options] {
+        command = [&common, options] {
+            options->provider = common.provider;
+            options->format = common.Format();
+            options->workers = common.workers;
+            options->progress = !common.quiet;
+            return ImpactMain(*options);
+        };
+    });
+}
+
 }  // namespace
 
 int ExploreMain(int argc, char** argv) {
@@ -159,6 +202,8 @@ int ExploreMain(int argc, char** argv) {
     AddTable(app, common, command);
     AddCheck(app, common, command);
     AddDiff(app, common, command);
+    AddDepends(app, common, command);
+    AddImpact(app, common, command);
     try {
         app.parse(argc, argv);
         return command();

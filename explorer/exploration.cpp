@@ -240,10 +240,7 @@ void ReadPart(BytesReader& bytes, int policy, Exploration& into) {
     result.roots[at] = ReadNodes(bytes, into);
     result.coverage[at] = ReadCoverage(bytes);
     for (std::uint64_t inputs = bytes.Number(); inputs > 0; --inputs) {
-        const int input = bytes.Int();
-        if (std::find(result.order.begin(), result.order.end(), input) == result.order.end()) {
-            result.order.push_back(input);
-        }
+        result.orders[at].push_back(bytes.Int());
     }
     for (std::uint64_t inputs = bytes.Number(); inputs > 0; --inputs) {
         int& most = result.mostReads[bytes.Int()];
@@ -255,6 +252,17 @@ void ReadPart(BytesReader& bytes, int policy, Exploration& into) {
     trouble.path = ReadPath(bytes);
     if (!trouble.what.empty()) {
         result.troubles.push_back(trouble);
+    }
+}
+
+// The same whichever policy was explored first.
+void MergeOrders(QuestionResult& result) {
+    for (const std::vector<int>& order : result.orders) {
+        for (const int input : order) {
+            if (std::find(result.order.begin(), result.order.end(), input) == result.order.end()) {
+                result.order.push_back(input);
+            }
+        }
     }
 }
 
@@ -270,6 +278,7 @@ std::unique_ptr<Exploration> Explore(const Inputs& inputs,
         result.question = question;
         result.roots.assign(inputs.policies.size(), NONE);
         result.coverage.resize(inputs.policies.size());
+        result.orders.resize(inputs.policies.size());
         exploration->results.push_back(result);
     }
     // By policy: the questions that crashed there.
@@ -316,6 +325,9 @@ std::unique_ptr<Exploration> Explore(const Inputs& inputs,
     work.workers = options.workers;
     work.progress = options.progress;
     Work(static_cast<int>(inputs.policies.size()), work, task, finished);
+    for (QuestionResult& result : exploration->results) {
+        MergeOrders(result);
+    }
     exploration->interrupted = IsInterrupted();
     return exploration;
 }

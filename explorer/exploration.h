@@ -50,7 +50,8 @@ struct QuestionResult {
     std::vector<Coverage> coverage;
     // Inputs in the order in which they were first read.
     std::vector<int> order;
-    std::map<int, int> mostReads;  // by input: reads in a single run
+    std::vector<std::vector<int>> orders;  // the same by policy
+    std::map<int, int> mostReads;          // by input: reads in a single run
     std::vector<Trouble> troubles;
 
     std::uint64_t Paths() const;

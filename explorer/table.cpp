@@ -136,6 +136,8 @@ std::string TablesAsText(const std::vector<Table>& tables) {
 
 namespace {
 
+constexpr std::size_t MOST_ROWS_ON_A_PAGE = 160;
+
 // Bars would end a cell, line ends a row.
 std::string Cell(const std::string& text) {
     std::string cell;
@@ -152,6 +154,11 @@ std::string TablesAsMarkdown(const std::vector<Table>& tables, const std::string
     for (const Table& table : tables) {
         text += "\n## " + table.name + "\n\n";
         text += table.function.empty() ? "" : "Function: `" + table.function + "`\n\n";
+        if (table.rows.size() > MOST_ROWS_ON_A_PAGE) {
+            text += BigNumber(table.rows.size()).ToString() + " rows: see `vtv explore table " +
+                    table.name + "`.\n\n" + ProofOf(table) + ".\n";
+            continue;
+        }
         text += "| # | When | Then |\n|---|---|---|\n";
         std::size_t number = 0;
         for (const TableRow& row : table.rows) {
