@@ -200,6 +200,11 @@ TEST(Replace, StartsAgainAtTheBeginningAfterEachReplacement) {
     EXPECT_EQ(CSIMenuUtil::Replace("<<<<A>>A>>", ""), "");
 }
 
+TEST(Replace, ComesToAnEndWhenTheTextItselfHoldsThePlaceholder) {
+    EXPECT_EQ(CSIMenuUtil::Replace("<<A>> and <<A>>", "[<<A>>]"), "[<<A>>] and [<<A>>]");
+    EXPECT_EQ(CSIMenuUtil::Replace("<<A>>", "<<A>>"), "<<A>>");
+}
+
 TEST(Replace, TheLongerFormFillsBoth) {
     EXPECT_EQ(CSIMenuUtil::Replace("<<B>> <<A>> <<B>>", "a", "b"), "b a b");
     EXPECT_EQ(CSIMenuUtil::Replace("<<A>> and <<B>>", "a", "b"), "a and b");
