@@ -57,7 +57,7 @@ leg_coverage() {
 leg_valgrind() {
     local valgrind program half jobs=() job status=0
     build valgrind
-    IFS=';' read -ra valgrind < <(sed -n 's/^CMAKE_CROSSCOMPILING_EMULATOR:.*=//p' build/valgrind/CMakeCache.txt)
+    IFS=';' read -ra valgrind < <(sed -n 's/^CMAKE_CROSSCOMPILING_EMULATOR:[^=]*=//p' build/valgrind/CMakeCache.txt)
     for program in provider-tests provider-fresh-tests; do
         for half in 0 1; do
             GTEST_TOTAL_SHARDS=2 GTEST_SHARD_INDEX=$half SI_MODEL_STEPS=2000 "${valgrind[@]}" \
