@@ -152,6 +152,27 @@ void DiagramBuilder::Add(const Choices& choices, OutcomeId outcome) {
     root_ = node;
 }
 
+std::map<int, std::set<int>> OccurringValues(const Diagram& diagram, NodeId root) {
+    std::map<int, std::set<int>> values;
+    std::set<NodeId> seen;
+    std::vector<NodeId> open = {root};
+    while (!open.empty()) {
+        const NodeId id = open.back();
+        open.pop_back();
+        if (id == NONE || !seen.insert(id).second) {
+            continue;
+        }
+        const Node& node = diagram[id];
+        for (std::size_t value = 0; value < node.children.size(); ++value) {
+            if (node.children[value] != NONE) {
+                values[node.input].insert(static_cast<int>(value));
+                open.push_back(node.children[value]);
+            }
+        }
+    }
+    return values;
+}
+
 namespace {
 
 using Rows = std::vector<Row>;
@@ -185,26 +206,9 @@ void Collect(const Diagram& diagram, NodeId id, Row& row, Rows& rows) {
 
 // How many values of each input can occur at all; a row that allows them all does not name it.
 std::map<int, std::size_t> Occurring(const Diagram& diagram, NodeId root) {
-    std::map<int, std::set<int>> values;
-    std::set<NodeId> seen;
-    std::vector<NodeId> open = {root};
-    while (!open.empty()) {
-        const NodeId id = open.back();
-        open.pop_back();
-        if (id == NONE || !seen.insert(id).second) {
-            continue;
-        }
-        const Node& node = diagram[id];
-        for (std::size_t value = 0; value < node.children.size(); ++value) {
-            if (node.children[value] != NONE) {
-                values[node.input].insert(static_cast<int>(value));
-                open.push_back(node.children[value]);
-            }
-        }
-    }
     std::map<int, std::size_t> sizes;
-    for (const auto& [input, set] : values) {
-        sizes[input] = set.size();
+    for (const auto& [input, values] : OccurringValues(diagram, root)) {
+        sizes[input] = values.size();
     }
     return sizes;
 }

@@ -78,4 +78,7 @@ struct Row {
 // The rows of a diagram, disjoint; no two of them can be put together to one.
 std::vector<Row> RowsOf(const Diagram& diagram, NodeId root);
 
+// The values of each input that occur anywhere in the diagram.
+std::map<int, std::set<int>> OccurringValues(const Diagram& diagram, NodeId root);
+
 }  // namespace explorer

@@ -16,28 +16,6 @@ std::vector<std::string> LinesOf(const std::string& record) {
     return lines;
 }
 
-// The values of each column that occur anywhere in the diagram.
-std::map<int, std::set<int>> OccurringValues(const Diagram& diagram, NodeId root) {
-    std::map<int, std::set<int>> values;
-    std::set<NodeId> seen;
-    std::vector<NodeId> open = {root};
-    while (!open.empty()) {
-        const NodeId id = open.back();
-        open.pop_back();
-        if (id == NONE || !seen.insert(id).second) {
-            continue;
-        }
-        const Node& node = diagram[id];
-        for (std::size_t value = 0; value < node.children.size(); ++value) {
-            if (node.children[value] != NONE) {
-                values[node.input].insert(static_cast<int>(value));
-                open.push_back(node.children[value]);
-            }
-        }
-    }
-    return values;
-}
-
 std::string Join(const std::vector<std::string>& words, const char* separator) {
     std::string text;
     for (const std::string& word : words) {

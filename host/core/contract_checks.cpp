@@ -28,16 +28,16 @@ void Require(bool holds, const std::string& otherwise) {
 // A provider by hand: nothing here softens what the library does.
 class Subject {
   public:
-    explicit Subject(const std::string& file) : library(file) {
-        Require(library.Entry().create(&slots) == 0, "create_provider() does not return 0");
+    explicit Subject(const std::string& file) : loaded(file) {
+        Require(loaded.Entry().create(&slots) == 0, "create_provider() does not return 0");
         Require(slots != nullptr, "create_provider() hands out no table");
         table = reinterpret_cast<SIProviderTable*>(slots);
     }
-    ~Subject() { library.Entry().destroy(&slots); }
+    ~Subject() { loaded.Entry().destroy(&slots); }
     Subject(const Subject&) = delete;
     Subject& operator=(const Subject&) = delete;
 
-    ProviderLibrary library;
+    ProviderLibrary loaded;
     void** slots = nullptr;
     SIProviderTable* table = nullptr;
 };
@@ -143,7 +143,7 @@ void DeletesNothing(const std::string& file) {
 void LivesAgain(const std::string& file) {
     for (int i = 0; i < 20; ++i) {
         Subject subject(file);
-        Require(subject.library.Entry().visibleInt("x", 0) == 0,
+        Require(subject.loaded.Entry().visibleInt("x", 0) == 0,
                 "an unknown key is visible the " + std::to_string(i + 1) + ". time");
     }
 }
@@ -152,7 +152,7 @@ void LivesAgain(const std::string& file) {
 
 void NullKeys(const std::string& file) {
     const Subject subject(file);
-    const Provider::EntryPoints& entry = subject.library.Entry();
+    const Provider::EntryPoints& entry = subject.loaded.Entry();
     Require(entry.visibleInt(nullptr, 0) == 0, "a null key is visible");
     Require(entry.enabledInt(nullptr, 0) == 0, "a null key is enabled");
     int value = -7;
@@ -182,9 +182,9 @@ void NullKeys(const std::string& file) {
 void UnknownKeysHidden(const std::string& file) {
     const Subject subject(file);
     for (const std::string& key : StrangeKeys()) {
-        Require(subject.library.Entry().visibleInt(key.c_str(), 0) == 0,
+        Require(subject.loaded.Entry().visibleInt(key.c_str(), 0) == 0,
                 "visible: \"" + key.substr(0, 60) + "\"");
-        Require(subject.library.Entry().enabledInt(key.c_str(), 0) == 0,
+        Require(subject.loaded.Entry().enabledInt(key.c_str(), 0) == 0,
                 "enabled: \"" + key.substr(0, 60) + "\"");
     }
 }
@@ -233,7 +233,7 @@ void NullOutPointers(const std::string& file) {
 
 void TypedChecksSayYes(const std::string& file) {
     const Subject subject(file);
-    const Provider::EntryPoints& entry = subject.library.Entry();
+    const Provider::EntryPoints& entry = subject.loaded.Entry();
     for (const char* key : {"menu/system/general-voice", "x", ""}) {
         Require(
             entry.visibleBool(key, false) == 1 && entry.visibleDouble(key, 0) == 1 &&
@@ -249,8 +249,8 @@ void AnswersAreZeroOrOne(const std::string& file) {
     const Subject subject(file);
     for (const Item& item : PageItems()) {
         for (const int value : {0, 1, -1, INT_MAX, INT_MIN}) {
-            const int visible = subject.library.Entry().visibleInt(item.key, value);
-            const int enabled = subject.library.Entry().enabledInt(item.key, value);
+            const int visible = subject.loaded.Entry().visibleInt(item.key, value);
+            const int enabled = subject.loaded.Entry().enabledInt(item.key, value);
             Require(visible == 0 || visible == 1,
                     item.name + std::string(": visibility ") + std::to_string(visible));
             Require(enabled == 0 || enabled == 1,
