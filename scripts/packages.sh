@@ -37,7 +37,7 @@ missing_packages() {
         architecture=$native
         [[ $package != *:* ]] || architecture=${package#*:}
         dpkg-query -W -f '${Architecture} ${db:Status-Status}\n' "${package%:*}" 2>/dev/null |
-            grep -qxE "($architecture|all) installed" || printf '%s\n' "$package"
+            grep -xE "($architecture|all) installed" >/dev/null || printf '%s\n' "$package"
     done
 }
 
@@ -57,7 +57,7 @@ add_architectures() {
     for package in "$@"; do
         architecture=${package#*:}
         if [[ $architecture != "$package" ]] &&
-            ! dpkg --print-foreign-architectures | grep -qx "$architecture"; then
+            ! dpkg --print-foreign-architectures | grep -x "$architecture" >/dev/null; then
             as_root dpkg --add-architecture "$architecture"
             LISTS_ARE_FRESH=false
         fi
