@@ -9,24 +9,12 @@ namespace cli {
 
 namespace {
 
-Json::Value ToJson(const vtv::RunningApplication& running) {
-    Json::Value json;
-    json["app"] = running.appId;
-    json["pid"] = running.pid;
-    json["since"] = vtv::ToText(running.since);
-    json["extras"] = Json::Value(Json::objectValue);
-    for (const auto& [key, value] : running.extras) {
-        json["extras"][key] = value;
-    }
-    return json;
-}
-
 void List(const Common& common, bool launches) {
     const vtv::Tv tv(TvDir(common));
     Json::Value json(Json::arrayValue);
     if (launches) {
         for (const vtv::Launch& launch : tv.Launches()) {
-            json.append(cli::ToJson(launch));
+            json.append(ToJson(launch));
         }
     } else {
         for (const vtv::RunningApplication& running : tv.RunningApplications()) {

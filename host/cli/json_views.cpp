@@ -153,6 +153,15 @@ Json::Value ToJson(const vtv::Launch& launch) {
     return json;
 }
 
+Json::Value ToJson(const vtv::RunningApplication& running) {
+    Json::Value json;
+    json["app"] = running.appId;
+    json["pid"] = running.pid;
+    json["since"] = vtv::ToText(running.since);
+    json["extras"] = ExtrasToJson(running.extras);
+    return json;
+}
+
 Json::Value ToJson(const vtv::LogRecord& record) {
     Json::Value json;
     json["time"] = vtv::ToText(record.time);
@@ -182,6 +191,27 @@ Json::Value ToJson(const vtv::TraceEvent& event) {
         one["type"] = argument.type;
         one["value"] = argument.value;
         json["arguments"].append(one);
+    }
+    return json;
+}
+
+Json::Value ToJson(const host::ScenarioResult& result) {
+    Json::Value json;
+    json["file"] = result.file;
+    json["title"] = result.title;
+    json["passed"] = result.Passed();
+    json["steps"] = Json::Value(Json::arrayValue);
+    for (const host::StepResult& step : result.steps) {
+        Json::Value entry;
+        entry["name"] = step.name;
+        entry["line"] = step.line;
+        entry["played"] = step.played;
+        entry["seconds"] = step.seconds;
+        entry["failures"] = Json::Value(Json::arrayValue);
+        for (const std::string& failure : step.failures) {
+            entry["failures"].append(failure);
+        }
+        json["steps"].append(entry);
     }
     return json;
 }

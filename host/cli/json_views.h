@@ -5,6 +5,7 @@
 
 #include "host/core/explain.h"
 #include "host/core/page.h"
+#include "host/core/scenario.h"
 #include "host/core/viewer.h"
 #include "virtual-tv/virtual_tv.h"
 
@@ -17,7 +18,9 @@ Json::Value ToJson(const host::PageChange& change);
 Json::Value ToJson(const host::PressResult& result, const host::Item& item);
 Json::Value ToJson(const host::Explanation& explanation);
 Json::Value ToJson(const vtv::Launch& launch);
+Json::Value ToJson(const vtv::RunningApplication& running);
 Json::Value ToJson(const vtv::LogRecord& record);
 Json::Value ToJson(const vtv::TraceEvent& event);
+Json::Value ToJson(const host::ScenarioResult& result);
 
 }  // namespace cli

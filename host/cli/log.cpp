@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kErrorPriority = 6;
 
-struct Options {
+struct LogOptions {
     bool follow = false;
     int lines = 0;
     std::string function;
@@ -48,7 +48,7 @@ void Print(const vtv::LogRecord& record, bool json) {
               << Paint(fatal ? Look::kBad : Look::kPlain, record.message) << '\n';
 }
 
-void Log(const Common& common, const Options& options) {
+void Log(const Common& common, const LogOptions& options) {
     vtv::Tv tv(TvDir(common));
     const vtv::LogFilter filter{options.function, options.tag, ParsePriority(options.priority)};
     // The reader starts before the first look at its end, so that no record falls in between.
@@ -74,7 +74,7 @@ void Log(const Common& common, const Options& options) {
 }  // namespace
 
 void AddLog(CLI::App& app, Common& common) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<LogOptions>();
     CLI::App* verb = AddVerb(app, common, "log", "Print the TV's log",
                              "  vtv log --lines 20\n"
                              "  vtv log --follow --function set_int\n"

@@ -3,13 +3,12 @@
 #include <iostream>
 #include <memory>
 
+#include "host/core/known_settings.h"
 #include "verbs.h"
 
 namespace cli {
 
 namespace {
-
-constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
 
 Json::Value Parse(const std::string& text) {
     Json::Value policy;
@@ -53,10 +52,11 @@ std::string ProblemOf(const Json::Value& policy) {
 
 void Show(const Common& common) {
     const vtv::Tv tv(TvDir(common));
-    const std::optional<vtv::Value> value = tv.Get(kPolicyKey);
+    const std::optional<vtv::Value> value = tv.Get(host::kPolicyKey);
     if (!value) {
-        throw vtv::Error(vtv::ErrorKind::kNoSuch, "The TV has no assistant policy: " +
-                                                      std::string(kPolicyKey) + " is not set.");
+        throw vtv::Error(
+            vtv::ErrorKind::kNoSuch,
+            "The TV has no assistant policy: " + std::string(host::kPolicyKey) + " is not set.");
     }
     const Json::Value policy = Parse(vtv::ToText(*value));
     if (common.json) {
@@ -107,7 +107,7 @@ void Publish(const Common& common, const PublishOptions& options) {
     }
     vtv::Tv tv(TvDir(common));
     Recorder recorder(common, tv);
-    tv.Set(kPolicyKey, text);
+    tv.Set(host::kPolicyKey, text);
     recorder.Add("policy", text);
 }
 

@@ -10,7 +10,7 @@ namespace cli {
 
 namespace {
 
-struct Options {
+struct PressOptions {
     std::string item;
     std::string value;
     bool ok = false;
@@ -48,7 +48,7 @@ void Print(const host::PressResult& result) {
 }
 
 // Waiting for an answer that was not given is no refusal, but the viewer has to be told of it.
-void PrintNextStep(const host::PressResult& result, const Options& options) {
+void PrintNextStep(const host::PressResult& result, const PressOptions& options) {
     if (options.ok || options.cancel || result.sights.empty()) {
         return;
     }
@@ -63,7 +63,7 @@ void PrintNextStep(const host::PressResult& result, const Options& options) {
     }
 }
 
-void Press(Common& common, const Options& options) {
+void Press(Common& common, const PressOptions& options) {
     const host::Item& item = RequireItem(options.item);
     Session session(common);
     host::Press press;
@@ -92,7 +92,7 @@ void Press(Common& common, const Options& options) {
     }
 }
 
-void Choose(Common& common, const Options& options) {
+void Choose(Common& common, const PressOptions& options) {
     const host::Item& item = RequireItem(options.item);
     Session session(common);
     const host::ItemView view = host::LookAt(session.provider, item);
@@ -121,7 +121,7 @@ void Choose(Common& common, const Options& options) {
 }  // namespace
 
 void AddPressVerbs(CLI::App& app, Common& common) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<PressOptions>();
     CLI::App* press = AddVerb(
         app, common, "press", "Press an item as a viewer does, and tell what the viewer sees next",
         "  vtv press voice-wake-up                        switch it over\n"
@@ -138,7 +138,7 @@ void AddPressVerbs(CLI::App& app, Common& common) {
     press->add_flag("--cancel", options->cancel, "Press its second button")->excludes(ok);
     press->callback([&common, options] { Press(common, *options); });
 
-    const auto choice = std::make_shared<Options>();
+    const auto choice = std::make_shared<PressOptions>();
     CLI::App* choose =
         AddVerb(app, common, "choose", "Give an item a value, without any box in between",
                 "  vtv choose voice-wake-up on\n"

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "host/core/scenario.h"
+#include "json_views.h"
 #include "junit.h"
 #include "verbs.h"
 
@@ -18,7 +19,7 @@ namespace cli {
 
 namespace {
 
-struct Options {
+struct RunOptions {
     std::vector<std::string> files;
     std::string junit;
     std::string keep;
@@ -55,27 +56,6 @@ class Folder {
     std::string path_;
 };
 
-Json::Value ToJson(const host::ScenarioResult& result) {
-    Json::Value json;
-    json["file"] = result.file;
-    json["title"] = result.title;
-    json["passed"] = result.Passed();
-    json["steps"] = Json::Value(Json::arrayValue);
-    for (const host::StepResult& step : result.steps) {
-        Json::Value entry;
-        entry["name"] = step.name;
-        entry["line"] = step.line;
-        entry["played"] = step.played;
-        entry["seconds"] = step.seconds;
-        entry["failures"] = Json::Value(Json::arrayValue);
-        for (const std::string& failure : step.failures) {
-            entry["failures"].append(failure);
-        }
-        json["steps"].append(entry);
-    }
-    return json;
-}
-
 void Print(const host::ScenarioResult& result) {
     std::cout << (result.Passed() ? Paint(Look::kGood, "passed  ") : Paint(Look::kBad, "FAILED  "))
               << result.title << Paint(Look::kDim, "  " + result.file) << '\n';
@@ -90,7 +70,7 @@ void Print(const host::ScenarioResult& result) {
     }
 }
 
-void Run(Common& common, const Options& options) {
+void Run(Common& common, const RunOptions& options) {
     std::vector<host::Scenario> scenarios;
     for (const std::string& file : options.files) {
         scenarios.push_back(host::LoadScenario(file));
@@ -130,7 +110,7 @@ void Run(Common& common, const Options& options) {
 }  // namespace
 
 void AddRun(CLI::App& app, Common& common) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<RunOptions>();
     CLI::App* verb =
         AddVerb(app, common, "run", "Play scenarios, each on a new TV of its own",
                 "  vtv run setup-google.toml\n"

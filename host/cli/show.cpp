@@ -12,7 +12,7 @@ namespace cli {
 
 namespace {
 
-struct Options {
+struct ShowOptions {
     bool watch = false;
     bool all = false;
     std::string item;
@@ -46,7 +46,7 @@ void PrintItem(const host::Page& page, const host::Item& item) {
     }
 }
 
-void Print(const Session& session, const host::Page& page, const Options& options, bool json) {
+void Print(const Session& session, const host::Page& page, const ShowOptions& options, bool json) {
     if (options.item.empty()) {
         if (json) {
             PrintJson(ToJson(page, session.provider, session.tv));
@@ -64,7 +64,7 @@ void Print(const Session& session, const host::Page& page, const Options& option
 }
 
 // On a terminal the picture is drawn anew; in a pipe each difference is a line.
-void Watch(Session& session, host::Page page, const Options& options, bool json) {
+void Watch(Session& session, host::Page page, const ShowOptions& options, bool json) {
     const bool terminal = isatty(STDOUT_FILENO) == 1;
     session.tv.WatchAll([](const vtv::Change&) {});
     // What changed between the first look and the watch is caught by looking again.
@@ -93,7 +93,7 @@ void Watch(Session& session, host::Page page, const Options& options, bool json)
     } while (WaitForTv(session.tv));
 }
 
-void Show(Common& common, const Options& options) {
+void Show(Common& common, const ShowOptions& options) {
     Session session(common);
     const host::Page page = host::LookAtPage(session.provider);
     if (options.watch && common.json) {
@@ -110,7 +110,7 @@ void Show(Common& common, const Options& options) {
 }  // namespace
 
 void AddShow(CLI::App& app, Common& common) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ShowOptions>();
     CLI::App* verb =
         AddVerb(app, common, "show", "Show the Voice page as a viewer sees it",
                 "  vtv show                       the page of the default TV\n"

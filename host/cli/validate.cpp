@@ -24,7 +24,7 @@ namespace {
 
 constexpr char kModel[] = "farfield-eu";
 
-struct Options {
+struct ValidateOptions {
     std::string file;
     std::string filter;
     bool list = false;
@@ -82,7 +82,7 @@ std::string ReadAll(int pipe) {
     return text;
 }
 
-Verdict Judge(const host::ContractCheck& check, const Options& options) {
+Verdict Judge(const host::ContractCheck& check, const ValidateOptions& options) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
         throw vtv::Error(vtv::ErrorKind::kPlatform,
@@ -132,7 +132,7 @@ void List(const Common& common) {
     }
 }
 
-void Validate(Common& common, const Options& options) {
+void Validate(Common& common, const ValidateOptions& options) {
     if (options.list) {
         List(common);
         return;
@@ -187,7 +187,7 @@ void Validate(Common& common, const Options& options) {
 }  // namespace
 
 void AddValidate(CLI::App& app, Common& common) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ValidateOptions>();
     CLI::App* verb =
         AddVerb(app, common, "validate", "Check a provider library against the host contract",
                 "  vtv validate build/lib/libsi-ready.so\n"

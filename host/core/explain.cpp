@@ -22,7 +22,6 @@ constexpr char kCurrentAssistant[] = "db/multi-assistant/default_assistant_appid
 constexpr char kBlockKey[] = "db/comss/cisblock";
 constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
 constexpr char kOrvikFeature[] = "com.vantelo/featureconf/voice.voice_recognition_orvik_support";
-constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
 
 #define FEATURE "com.vantelo/featureconf/"
 constexpr std::array kPhrases = {

@@ -6,7 +6,7 @@ const std::vector<KnownSetting>& KnownSettings() {
     static const std::vector<KnownSetting> settings = {
         {"db/multi-assistant/default_assistant_appid", "string",
          "application id of the current assistant"},
-        {"db/menu/voice/mva_list", "string", "the assistant policy: a JSON array"},
+        {kPolicyKey, "string", "the assistant policy: a JSON array"},
         {"db/menu/voice/assistant_farfield", "string",
          "hands-free wake-up of each assistant, \"on\" or \"off\"", true},
         {"db/multi-assistant/situational_hint_supported", "string", "hint state of each assistant",

@@ -8,6 +8,9 @@
 
 namespace host {
 
+// The assistant policy: a JSON array.
+inline constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
+
 struct KnownSetting {
     const char* key;
     const char* type;  // "bool", "int" or "string"

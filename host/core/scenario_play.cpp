@@ -3,6 +3,7 @@
 
 #include <chrono>
 
+#include "known_settings.h"
 #include "scenario.h"
 #include "scenario_expect.h"
 #include "scenario_steps.h"
@@ -11,7 +12,6 @@ namespace host {
 
 namespace {
 
-constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
 constexpr char kVoiceGuideKey[] = "db/setting/accessibility/tts";
 constexpr char kFeaturePrefix[] = "com.vantelo/featureconf/";
 
