@@ -3,9 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <ctime>
+#include <memory>
 
 #include "tv_impl.h"
 
@@ -123,78 +125,73 @@ bool Matches(const LogFilter& filter, const LogRecord& record) {
 }
 
 std::vector<LogRecord> Tv::ReadLog(const LogFilter& filter) const {
-    std::vector<LogRecord> records;
-    // As a rotation may happen meanwhile, the files are opened first.
-    const vtv::FileLock lock(impl_->dir + "/log/.lock");
-    for (const std::string& path : impl_->log.Paths()) {
-        const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        if (fd < 0) {
-            continue;
-        }
-        off_t offset = 0;
-        for (LogRecord& record : ReadLines(fd, &offset)) {
-            if (Matches(filter, record)) {
-                records.push_back(std::move(record));
-            }
-        }
-        close(fd);
-    }
-    return records;
+    return LogReader(*this, filter, false).ReadNew();
 }
 
+// Every file of the log stays open with what was read of it: a rotation renames files, and a
+// process that had one open may still add to it under its new name.
 struct LogReader::Impl {
-    std::string path;
-    LogFilter filter;
-    int fd = -1;
-    off_t offset = 0;
+    struct File {
+        explicit File(int descriptor) : fd(descriptor) {}
+        ~File() { close(fd); }
+        File(const File&) = delete;
+        File& operator=(const File&) = delete;
 
-    bool IsCurrent() const {
-        struct stat ours, named;
-        return fd >= 0 && fstat(fd, &ours) == 0 && stat(path.c_str(), &named) == 0 &&
-               ours.st_ino == named.st_ino;
-    }
+        int fd;
+        ino_t inode = 0;
+        off_t offset = 0;
+    };
+
+    explicit Impl(const Tv::Impl& tv) : lock(tv.dir + "/log/.lock"), paths(tv.log.Paths()) {}
+
+    std::string lock;
+    std::vector<std::string> paths;
+    LogFilter filter;
+    std::vector<std::unique_ptr<File>> files;
+
+    // Oldest first; what is read on stays open, what is gone is closed.
     void Reopen() {
-        if (fd >= 0) {
-            close(fd);
+        const FileLock noRotation(lock);
+        std::vector<std::unique_ptr<File>> present;
+        for (const std::string& path : paths) {
+            const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+            if (fd < 0) {
+                continue;
+            }
+            auto file = std::make_unique<File>(fd);
+            struct stat info;
+            if (fstat(fd, &info) != 0) {
+                continue;
+            }
+            file->inode = info.st_ino;
+            const auto known = std::find_if(files.begin(), files.end(), [&](const auto& other) {
+                return other != nullptr && other->inode == info.st_ino;
+            });
+            present.push_back(known != files.end() ? std::move(*known) : std::move(file));
         }
-        fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        offset = 0;
+        files = std::move(present);
     }
 };
 
 LogReader::LogReader(const Tv& tv, LogFilter filter, bool skipExisting)
-    : impl_(std::make_unique<Impl>()) {
-    impl_->path = tv.LogFile();
+    : impl_(std::make_unique<Impl>(tv.impl())) {
     impl_->filter = std::move(filter);
-    impl_->Reopen();
-    if (skipExisting && impl_->fd >= 0) {
-        impl_->offset = lseek(impl_->fd, 0, SEEK_END);
+    if (skipExisting) {
+        ReadNew();
     }
 }
 
-LogReader::~LogReader() {
-    if (impl_->fd >= 0) {
-        close(impl_->fd);
-    }
-}
+LogReader::~LogReader() = default;
 
 std::vector<LogRecord> LogReader::ReadNew() {
+    impl_->Reopen();
     std::vector<LogRecord> records;
-    const auto take = [&] {
-        if (impl_->fd < 0) {
-            return;
-        }
-        for (LogRecord& record : ReadLines(impl_->fd, &impl_->offset)) {
+    for (const auto& file : impl_->files) {
+        for (LogRecord& record : ReadLines(file->fd, &file->offset)) {
             if (Matches(impl_->filter, record)) {
                 records.push_back(std::move(record));
             }
         }
-    };
-    const bool rotated = !impl_->IsCurrent();  // asked first: what is added meanwhile is still read
-    take();
-    if (rotated) {
-        impl_->Reopen();
-        take();
     }
     return records;
 }

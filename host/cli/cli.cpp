@@ -284,4 +284,12 @@ std::string Paint(Look look, const std::string& text) {
     return !colour || *code == '\0' ? text : std::string("\033[") + code + "m" + text + "\033[0m";
 }
 
+std::string PaintPlace(const std::string& file, int line, const std::string& function) {
+    if (function.empty()) {
+        return "";
+    }
+    return Paint(Look::kDim, fs::path(file).filename().string() + ":" + std::to_string(line)) +
+           " " + Paint(Look::kNote, function) + " ";
+}
+
 }  // namespace cli

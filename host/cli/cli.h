@@ -106,5 +106,7 @@ std::string ReadFile(const std::string& file);  // "-" is the standard input
 // Words in colour where the standard output is a terminal and NO_COLOR is not set.
 enum class Look { kPlain, kBold, kDim, kGood, kBad, kNote };
 std::string Paint(Look look, const std::string& text);
+// "file.cpp:12 function ", where something was recorded; empty without a function.
+std::string PaintPlace(const std::string& file, int line, const std::string& function);
 
 }  // namespace cli

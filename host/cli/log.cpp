@@ -1,5 +1,7 @@
 // vtv log: what the provider and the TV wrote to the TV's log.
+#include <cctype>
 #include <iostream>
+#include <iterator>
 #include <memory>
 
 #include "json_views.h"
@@ -9,7 +11,9 @@ namespace cli {
 
 namespace {
 
-constexpr int kErrorPriority = 6;
+// By the priority's number.
+constexpr const char* kPriorities[] = {"?",       "?",     "verbose", "debug", "info",
+                                       "warning", "error", "fatal",   "silent"};
 
 struct LogOptions {
     bool follow = false;
@@ -20,15 +24,21 @@ struct LogOptions {
 };
 
 int ParsePriority(const std::string& text) {
-    static const std::vector<std::pair<std::string, int>> names = {
-        {"", 0}, {"debug", 3}, {"info", 4}, {"warning", 5}, {"error", kErrorPriority}};
-    for (const auto& [name, priority] : names) {
-        if (text == name) {
+    if (text.empty()) {
+        return 0;
+    }
+    for (int priority = 3; priority <= 6; ++priority) {
+        if (text == kPriorities[priority]) {
             return priority;
         }
     }
     throw vtv::Error(vtv::ErrorKind::kUsage,
                      "\"" + text + "\" is no priority: write debug, info, warning or error.");
+}
+
+char Letter(int priority) {
+    const bool known = priority >= 0 && priority < static_cast<int>(std::size(kPriorities));
+    return static_cast<char>(std::toupper(known ? *kPriorities[priority] : '?'));
 }
 
 void Print(const vtv::LogRecord& record, bool json) {
@@ -38,13 +48,9 @@ void Print(const vtv::LogRecord& record, bool json) {
     }
     const bool fatal =
         record.message.rfind("[FATAL]", 0) == 0 || record.message.rfind("[EXCEPTION]", 0) == 0;
-    const std::string place =
-        record.function.empty() ? "" : record.function + "(" + std::to_string(record.line) + ") ";
     std::cout << Paint(Look::kDim, vtv::ToText(record.time).substr(11, 12) + " ")
-              << (record.priority >= kErrorPriority ? "E "
-                  : record.priority == 5            ? "W "
-                                                    : "I ")
-              << Paint(Look::kDim, record.tag + " ") << Paint(Look::kNote, place)
+              << Letter(record.priority) << ' ' << Paint(Look::kDim, record.tag + " ")
+              << PaintPlace(record.file, record.line, record.function)
               << Paint(fatal ? Look::kBad : Look::kPlain, record.message) << '\n';
 }
 
@@ -75,12 +81,15 @@ void Log(const Common& common, const LogOptions& options) {
 
 void AddLog(CLI::App& app, Common& common) {
     const auto options = std::make_shared<LogOptions>();
-    CLI::App* verb = AddVerb(app, common, "log", "Print the TV's log",
-                             "  vtv log --lines 20\n"
-                             "  vtv log --follow --function set_int\n"
-                             "  vtv log --tag VTV                only what the TV itself says\n"
-                             "  vtv log --json                   one JSON document a line",
-                             kTv | kJson);
+    CLI::App* verb =
+        AddVerb(app, common, "log", "Print the TV's log",
+                "  vtv log --lines 20\n"
+                "  vtv log --follow --function set_int\n"
+                "  vtv log --tag VTV                only what the TV itself says\n"
+                "  vtv log --json                   one JSON document a line\n\n"
+                "A line tells when, how grave (D, I, W or E), whose, where in the source\n"
+                "(file:line function), and what.",
+                kTv | kJson);
     verb->add_flag("-f,--follow", options->follow, "Stay, and print what is added");
     verb->add_option("-n,--lines", options->lines, "Only the last so many")
         ->check(CLI::PositiveNumber);

@@ -42,7 +42,7 @@ void Trace(const Common& common, const TraceOptions& options) {
     }
     for (const vtv::TraceEvent& event : events) {
         std::cout << Paint(Look::kDim, vtv::ToText(event.time).substr(11, 15) + " ")
-                  << Paint(Look::kNote, event.function + "(" + std::to_string(event.line) + ") ")
+                  << PaintPlace(event.file, event.line, event.function)
                   << event.message;
         for (const vtv::TraceArgument& argument : event.arguments) {
             std::cout << Paint(Look::kDim, "  " + argument.type + " ") << argument.value;

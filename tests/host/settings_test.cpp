@@ -7,6 +7,7 @@
 
 #include "vtv_process.h"
 
+using testing::ContainsRegex;
 using testing::HasSubstr;
 
 TEST_F(VtvTest, ADefaultTvIsMadeAtFirstUse) {
@@ -111,7 +112,10 @@ TEST_F(VtvTest, AccountConsentNetworkAndVoiceGuideAreKept) {
 
 TEST_F(VtvTest, TheLogTellsWhatTheProviderDidByFunctionAndPriority) {
     Ok({"choose", "voice-wake-up", "off"});
-    EXPECT_THAT(Ok({"log"}), HasSubstr("Set Hands-free Wake-up value [0] && Wakeup[off]"));
+    EXPECT_THAT(
+        Ok({"log"}),
+        ContainsRegex("E SI-MENU general_voice_dataprovider\\.cpp:[0-9]+ setnode_int_voice_wake_up "
+                      "Set Hands-free Wake-up value \\[0\\] && Wakeup\\[off\\]\n"));
     const std::string some = Ok({"log", "--function", "setnode_int_voice_wake_up", "--json"});
     std::istringstream lines(some);
     std::string line;
@@ -119,6 +123,8 @@ TEST_F(VtvTest, TheLogTellsWhatTheProviderDidByFunctionAndPriority) {
     while (std::getline(lines, line)) {
         Json::Value record;
         ASSERT_TRUE(Json::Reader().parse(line, record)) << line;
+        EXPECT_EQ(record["file"], "general_voice_dataprovider.cpp");
+        EXPECT_GT(record["line"].asInt(), 0);
         EXPECT_EQ(record["function"], "setnode_int_voice_wake_up");
         ++records;
     }
@@ -130,7 +136,8 @@ TEST_F(VtvTest, TheLogTellsWhatTheProviderDidByFunctionAndPriority) {
 TEST_F(VtvTest, TheTraceIsRecordedPrintedAndExported) {
     Ok({"trace", "on"});
     Ok({"choose", "voice-wake-up", "off"});
-    EXPECT_THAT(Ok({"trace"}), HasSubstr("Wakeup[off]"));
+    EXPECT_THAT(Ok({"trace"}),
+                ContainsRegex("general_voice_dataprovider\\.cpp:[0-9]+ .*Wakeup\\[off\\]"));
     Ok({"trace", "--export", Path("trace.json")});
     Json::Value json;
     EXPECT_TRUE(Json::Reader().parse(Read("trace.json"), json));

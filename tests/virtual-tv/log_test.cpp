@@ -116,6 +116,20 @@ TEST_F(LogTest, AReaderFollowsAcrossARotation) {
     EXPECT_TRUE(std::filesystem::exists(tv->LogFile() + ".1"));
 }
 
+TEST_F(LogTest, AReaderThatWasAwayForTwoRotationsMissesNothing) {
+    TurnOn();
+    tv->Log(4, "before");
+    vtv::LogReader fresh(*tv, {}, true);
+    const std::string text(4000, 'x');
+    for (int i = 0; i < 700; ++i) {
+        tv->Log(4, text);
+    }
+    ASSERT_TRUE(std::filesystem::exists(tv->LogFile() + ".2"));
+    EXPECT_EQ(fresh.ReadNew().size(), 700u);
+    EXPECT_EQ(vtv::LogReader(*tv, {}, false).ReadNew().size(), 701u);
+    EXPECT_EQ(fresh.ReadNew().size(), 0u);
+}
+
 TEST_F(LogTest, AWatcherOfTheLogIsToldWhenItGrows) {
     TurnOn();
     tv->Log(4, "made");
