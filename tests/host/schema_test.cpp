@@ -37,13 +37,13 @@ std::string Misfit(const std::string& schemaName, const Json::Value& document) {
     return misfit;
 }
 
-struct Case {
+struct VerbCall {
     const char* schema;
     std::vector<std::string> arguments;
     bool lines = false;  // one document a line
 };
 
-class SchemaTest : public VtvTest, public testing::WithParamInterface<Case> {};
+class SchemaTest : public VtvTest, public testing::WithParamInterface<VerbCall> {};
 
 }  // namespace
 
@@ -73,25 +73,29 @@ TEST_P(SchemaTest, WhatIsPrintedFits) {
 
 INSTANTIATE_TEST_SUITE_P(
     Json, SchemaTest,
-    testing::Values(
-        Case{"show", {"show", "--json"}}, Case{"item", {"show", "voice-settings-alexa", "--json"}},
-        Case{"press", {"press", "voice-assistant", "--choose", "1", "--ok", "--json"}},
-        Case{"press", {"choose", "voice-assistant", "3", "--json"}},
-        Case{"press", {"press", "voice-settings-alexa", "--ok", "--json"}},
-        Case{"explain", {"explain", "voice-wake-up", "--json"}},
-        Case{"setting", {"get", "db/comss/cisblock", "--json"}},
-        Case{"search", {"search", "voice", "--json"}}, Case{"tvs", {"list", "--json"}},
-        Case{"models", {"list", "--models", "--json"}},
-        Case{"policy", {"policy", "show", "--json"}}, Case{"apps", {"app", "list", "--json"}},
-        Case{"launches", {"app", "list", "--launches", "--json"}},
-        Case{"features", {"feature", "--json"}},
-        Case{"setting", {"feature", "recorder.microphone_type", "--json"}}, Case{"dump", {"dump"}},
-        Case{"snapshot", {"snapshot"}}, Case{"diff", {"diff", "default", "other", "--json"}},
-        Case{"run", {"run", "SCENARIO", "--json"}},
-        Case{"validate", {"validate", PROVIDER, "--filter", "slot", "--json"}},
-        Case{"faults", {"fault", "--json"}}, Case{"trace", {"trace", "--json"}},
-        Case{"log", {"log", "--json"}, true}),
-    [](const testing::TestParamInfo<Case>& tested) {
+    testing::Values(VerbCall{"show", {"show", "--json"}},
+                    VerbCall{"item", {"show", "voice-settings-alexa", "--json"}},
+                    VerbCall{"press",
+                             {"press", "voice-assistant", "--choose", "1", "--ok", "--json"}},
+                    VerbCall{"press", {"choose", "voice-assistant", "3", "--json"}},
+                    VerbCall{"press", {"press", "voice-settings-alexa", "--ok", "--json"}},
+                    VerbCall{"explain", {"explain", "voice-wake-up", "--json"}},
+                    VerbCall{"setting", {"get", "db/comss/cisblock", "--json"}},
+                    VerbCall{"search", {"search", "voice", "--json"}},
+                    VerbCall{"tvs", {"list", "--json"}},
+                    VerbCall{"models", {"list", "--models", "--json"}},
+                    VerbCall{"policy", {"policy", "show", "--json"}},
+                    VerbCall{"apps", {"app", "list", "--json"}},
+                    VerbCall{"launches", {"app", "list", "--launches", "--json"}},
+                    VerbCall{"features", {"feature", "--json"}},
+                    VerbCall{"setting", {"feature", "recorder.microphone_type", "--json"}},
+                    VerbCall{"dump", {"dump"}}, VerbCall{"snapshot", {"snapshot"}},
+                    VerbCall{"diff", {"diff", "default", "other", "--json"}},
+                    VerbCall{"run", {"run", "SCENARIO", "--json"}},
+                    VerbCall{"validate", {"validate", PROVIDER, "--filter", "slot", "--json"}},
+                    VerbCall{"faults", {"fault", "--json"}}, VerbCall{"trace", {"trace", "--json"}},
+                    VerbCall{"log", {"log", "--json"}, true}),
+    [](const testing::TestParamInfo<VerbCall>& tested) {
         return tested.param.schema + std::to_string(tested.index);
     });
 

@@ -28,7 +28,7 @@ class EnableRules : public Provider {
     }
 };
 
-std::string Rule(const std::string& function, const std::string& message) {
+std::string EnableRule(const std::string& function, const std::string& message) {
     return E(source::ENABLE, function, message);
 }
 
@@ -40,7 +40,7 @@ const Lines MIC_OFF = {GetInt(setting::MIC),
 // Orvik outside China, signed in.
 const Lines SIGNED_IN = {Current(), FeatureBool(feature::CHINA), "sso_get_login_state",
                          FeatureInt(feature::FAR_FIELD)};
-const std::string PTT = Rule(WAKE_UP_RULE, "PTT model.");
+const std::string PTT = EnableRule(WAKE_UP_RULE, "PTT model.");
 
 struct RootRule {
     bool (*rule)(const char*, int);
@@ -74,8 +74,9 @@ TEST_F(EnableRules, WithTheMicrophoneOffRootAndOnboardingAreDimmed) {
     Set(setting::MIC, 0);
     for (const RootRule& root : ROOT_RULES) {
         EXPECT_FALSE(Enabled(root.rule));
-        EXPECT_CALLS(Lines{FeatureInt(feature::MIC)} + MIC_OFF +
-                     Lines{Rule(root.name, "Built In MIC status OFF(MIC support model) - dim")});
+        EXPECT_CALLS(
+            Lines{FeatureInt(feature::MIC)} + MIC_OFF +
+            Lines{EnableRule(root.name, "Built In MIC status OFF(MIC support model) - dim")});
     }
 }
 
@@ -91,9 +92,9 @@ TEST_F(EnableRules, AMicrophoneThatCannotBeReadDimsRootAndOnboarding) {
 
 TEST_F(EnableRules, TheSharedRulesLogTheKeyAndAnswer) {
     EXPECT_TRUE(Ask([] { return check_return_true("any key", 7); }));
-    EXPECT_CALLS(Lines{Rule("check_return_true", "key:any key")});
+    EXPECT_CALLS(Lines{EnableRule("check_return_true", "key:any key")});
     EXPECT_FALSE(Ask([] { return check_return_false("any key", 7); }));
-    EXPECT_CALLS(Lines{Rule("check_return_false", "key:any key")});
+    EXPECT_CALLS(Lines{EnableRule("check_return_false", "key:any key")});
 }
 
 TEST_F(EnableRules, TheSharedRulesTakeANullKey) {
@@ -108,7 +109,7 @@ TEST_F(EnableRules, WakeUpOfOrvikIsDimmedOutsideChinaWhenSignedOut) {
     tv().loginState = 0;
     EXPECT_FALSE(Enabled(check_general_voice_voice_wake_up_enable));
     EXPECT_CALLS(Lines{Current(), FeatureBool(feature::CHINA), "sso_get_login_state",
-                       Rule(WAKE_UP_RULE, "SSO not login")});
+                       EnableRule(WAKE_UP_RULE, "SSO not login")});
     EXPECT_FALSE(check_general_voice_voice_always_wake_up_enable(nullptr, 0));
     EXPECT_FALSE(check_general_voice_voice_screen_on_wake_up_enable(nullptr, 0));
 }
@@ -125,10 +126,10 @@ TEST_F(EnableRules, WakeUpOfOrvikInChinaDoesNotAskForTheSignIn) {
 TEST_F(EnableRules, OnAFarFieldTvAPassThroughMicrophoneThatIsOffDimsWakeUp) {
     Set(setting::PASSTHRU_MIC, false);
     EXPECT_FALSE(Enabled(check_general_voice_voice_wake_up_enable));
-    EXPECT_CALLS(SIGNED_IN +
-                 Lines{GetBool(setting::CONNECTED), GetBool(setting::PASSTHRU),
-                       GetBool(setting::PASSTHRU_MIC),
-                       Rule(WAKE_UP_RULE, "Passthru connected / enable and passthru MIC off")});
+    EXPECT_CALLS(SIGNED_IN + Lines{GetBool(setting::CONNECTED), GetBool(setting::PASSTHRU),
+                                   GetBool(setting::PASSTHRU_MIC),
+                                   EnableRule(WAKE_UP_RULE,
+                                              "Passthru connected / enable and passthru MIC off")});
 }
 
 TEST_F(EnableRules, OnAFarFieldTvADisconnectedDeviceDoesNotMatter) {
@@ -212,13 +213,13 @@ TEST_F(EnableRules, AlwaysAndScreenOnAreEnabledWhileWakeUpIsOn) {
         SIGNED_IN + Lines{GetBool(setting::CONNECTED), GetBool(setting::FIRST_TIME), Current()} +
         Member(setting::FARFIELD, "app.orvik", "on");
     EXPECT_TRUE(Enabled(check_general_voice_voice_always_wake_up_enable));
-    EXPECT_CALLS(wakeUp + Lines{Rule("check_general_voice_voice_always_wake_up_enable",
-                                     "When 'Hands-free Wake-up' item is On, 'Always' item is "
-                                     "activated.")});
+    EXPECT_CALLS(wakeUp + Lines{EnableRule("check_general_voice_voice_always_wake_up_enable",
+                                           "When 'Hands-free Wake-up' item is On, 'Always' item is "
+                                           "activated.")});
     EXPECT_TRUE(Enabled(check_general_voice_voice_screen_on_wake_up_enable));
-    EXPECT_CALLS(wakeUp + Lines{Rule("check_general_voice_voice_screen_on_wake_up_enable",
-                                     "When 'Hands-free Wake-up' item is On, 'Only when the "
-                                     "screen is on' item is activated.")});
+    EXPECT_CALLS(wakeUp + Lines{EnableRule("check_general_voice_voice_screen_on_wake_up_enable",
+                                           "When 'Hands-free Wake-up' item is On, 'Only when the "
+                                           "screen is on' item is activated.")});
 }
 
 TEST_F(EnableRules, AlwaysAndScreenOnAreDimmedWhileWakeUpIsNotExactlyOn) {
@@ -252,7 +253,7 @@ TEST_F(EnableRules, AlwaysAndScreenOnDoNotAskForTheEntryWhileWakeUpIsDimmed) {
                             check_general_voice_voice_screen_on_wake_up_enable}) {
         EXPECT_FALSE(Enabled(rule));
         EXPECT_CALLS(Lines{Current(), FeatureBool(feature::CHINA), "sso_get_login_state",
-                           Rule(WAKE_UP_RULE, "SSO not login")});
+                           EnableRule(WAKE_UP_RULE, "SSO not login")});
     }
 }
 

@@ -24,10 +24,6 @@ class Onboarding : public Provider {
     }
 };
 
-std::string Handler(const std::string& function, const std::string& message) {
-    return E(source::PROVIDER, function, message);
-}
-
 const Lines ASKED = {Handler("LaunchOnboarding", "reason:a test"), Current()};
 const std::string NETWORK = "connection_profile_check_default_gateway";
 

@@ -45,6 +45,10 @@ std::string E(const char* file, const std::string& function, int line, const std
            message;
 }
 
+std::string Handler(const std::string& function, const std::string& message) {
+    return E(source::PROVIDER, function, message);
+}
+
 std::string I(const char* file, const std::string& function, int line, const std::string& message) {
     return std::string("log I ") + file + ' ' + function + ' ' + std::to_string(line) + ' ' +
            message;

@@ -144,6 +144,8 @@ using Lines = std::vector<std::string>;
 // A log record of error priority; the line "*" stands for any line number, but a number.
 std::string E(const char* file, const std::string& function, const std::string& message);
 std::string E(const char* file, const std::string& function, int line, const std::string& message);
+// The same, of the source of the items' values and choices.
+std::string Handler(const std::string& function, const std::string& message);
 // The same of info priority.
 std::string I(const char* file, const std::string& function, int line, const std::string& message);
 

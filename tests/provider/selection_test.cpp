@@ -37,10 +37,6 @@ class Selection : public Provider {
     int count = 0;
 };
 
-std::string Handler(const std::string& function, const std::string& message) {
-    return E(source::PROVIDER, function, message);
-}
-
 std::string Choosing(const std::string& message) {
     return Handler("setnode_int_voice_assistant", message);
 }

@@ -28,7 +28,7 @@ class VisibilityRules : public Provider {
     }
 };
 
-std::string Rule(const std::string& function, const std::string& message) {
+std::string VisibleRule(const std::string& function, const std::string& message) {
     return E(source::VISIBLE, function, message);
 }
 
@@ -37,12 +37,13 @@ std::string NotMatched(const char* function) {
 }
 
 const Lines MENU_VISIBLE = {FeatureBool(feature::VOICE), GetInt(setting::BLOCK),
-                            FeatureBool(feature::ORVIK), Rule("_IsVoiceMenuVisible", "Supported")};
+                            FeatureBool(feature::ORVIK),
+                            VisibleRule("_IsVoiceMenuVisible", "Supported")};
 const Lines SEVERAL = AskTerms() + Lines{Current(), GetBool(setting::LEGACY)};
 const std::string SELECTED =
-    Rule("_IsVoiceOnboardingVisible", "MVA selected, or SingleVA enabled subitems");
+    VisibleRule("_IsVoiceOnboardingVisible", "MVA selected, or SingleVA enabled subitems");
 const std::string SINGLE_NOT_SET_UP =
-    Rule("_IsVoiceOnboardingVisible", "SingleVA all subitems disabled case");
+    VisibleRule("_IsVoiceOnboardingVisible", "SingleVA all subitems disabled case");
 const std::string GOOGLE_FILE = std::string("access ") + file::GOOGLE + " 0";
 const std::string GOOGLE_POLICY_ONLY = Policy({Assistant(1, "GVA", "app.google", "G", true)});
 
@@ -56,8 +57,8 @@ TEST_F(VisibilityRules, WithoutVoiceRecognitionNeitherRootNorOnboardingIsShown) 
     for (const auto rule :
          {check_general_voice_supported, check_general_voice_onboarding_supported}) {
         EXPECT_FALSE(Shown(rule));
-        EXPECT_CALLS(
-            Lines{FeatureBool(feature::VOICE), Rule("_IsVoiceMenuVisible", "FMS not support")});
+        EXPECT_CALLS(Lines{FeatureBool(feature::VOICE),
+                           VisibleRule("_IsVoiceMenuVisible", "FMS not support")});
     }
 }
 
@@ -67,7 +68,7 @@ TEST_F(VisibilityRules, AVoiceFeatureThatCannotBeReadHidesTheMenu) {
     EXPECT_CALLS(
         Lines{FeatureBool(feature::VOICE),
               E(source::UTIL, "GetFMSBool", 361, std::string("ERROR:-22, key:") + feature::VOICE),
-              Rule("_IsVoiceMenuVisible", "FMS not support")});
+              VisibleRule("_IsVoiceMenuVisible", "FMS not support")});
 }
 
 TEST_F(VisibilityRules, ABlockedContentHubHidesRootAndOnboarding) {
@@ -76,7 +77,7 @@ TEST_F(VisibilityRules, ABlockedContentHubHidesRootAndOnboarding) {
          {check_general_voice_supported, check_general_voice_onboarding_supported}) {
         EXPECT_FALSE(Shown(rule));
         EXPECT_CALLS(Lines{FeatureBool(feature::VOICE), GetInt(setting::BLOCK),
-                           Rule("_IsVoiceMenuVisible", "Pivora Blocked")});
+                           VisibleRule("_IsVoiceMenuVisible", "Pivora Blocked")});
     }
 }
 
@@ -109,8 +110,8 @@ TEST_F(VisibilityRules, AnyOtherErrorOfTheOrvikFeatureIsLoggedAndThePolicyIsAske
         EXPECT_FALSE(Shown(check_general_voice_supported));
         EXPECT_CALLS(Lines{FeatureBool(feature::VOICE), GetInt(setting::BLOCK),
                            FeatureBool(feature::ORVIK),
-                           Rule("_IsOrvikSupport", "ERROR:" + std::to_string(code))} +
-                     AskTerms() + Lines{Rule("_IsVoiceMenuVisible", "No VA supported")});
+                           VisibleRule("_IsOrvikSupport", "ERROR:" + std::to_string(code))} +
+                     AskTerms() + Lines{VisibleRule("_IsVoiceMenuVisible", "No VA supported")});
     }
 }
 
@@ -122,7 +123,7 @@ TEST_F(VisibilityRules, ATvWithoutOrvikAndWithoutAnyAssistantHidesTheMenu) {
         EXPECT_FALSE(Shown(rule));
         EXPECT_CALLS(Lines{FeatureBool(feature::VOICE), GetInt(setting::BLOCK),
                            FeatureBool(feature::ORVIK)} +
-                     AskTerms() + Lines{Rule("_IsVoiceMenuVisible", "No VA supported")});
+                     AskTerms() + Lines{VisibleRule("_IsVoiceMenuVisible", "No VA supported")});
     }
 }
 
@@ -131,7 +132,8 @@ TEST_F(VisibilityRules, ATvWithoutOrvikShowsTheMenuWhenAnAssistantIsOffered) {
     EXPECT_TRUE(Shown(check_general_voice_supported));
     EXPECT_CALLS(
         Lines{FeatureBool(feature::VOICE), GetInt(setting::BLOCK), FeatureBool(feature::ORVIK)} +
-        AskTerms() + Lines{Rule("_IsVoiceMenuVisible", "Supported")} + SEVERAL + Lines{SELECTED});
+        AskTerms() + Lines{VisibleRule("_IsVoiceMenuVisible", "Supported")} + SEVERAL +
+        Lines{SELECTED});
 }
 
 TEST_F(VisibilityRules, ATvWithoutOrvikShowsTheOnboardingBeforeTheTermsAreAgreed) {
@@ -141,8 +143,9 @@ TEST_F(VisibilityRules, ATvWithoutOrvikShowsTheOnboardingBeforeTheTermsAreAgreed
     EXPECT_TRUE(Shown(check_general_voice_onboarding_supported));
     EXPECT_CALLS(Lines{FeatureBool(feature::VOICE), GetInt(setting::BLOCK),
                        FeatureBool(feature::ORVIK), "GetDisclaimerItemAgreement tnc",
-                       Rule("_IsVoiceMenuVisible", "Supported"), "GetDisclaimerItemAgreement tnc",
-                       Rule("_IsVoiceOnboardingVisible", "terms not agreed")});
+                       VisibleRule("_IsVoiceMenuVisible", "Supported"),
+                       "GetDisclaimerItemAgreement tnc",
+                       VisibleRule("_IsVoiceOnboardingVisible", "terms not agreed")});
 }
 
 // --- Root or onboarding?
@@ -152,15 +155,16 @@ TEST_F(VisibilityRules, WithoutTheTermsTheOnboardingIsShownInsteadOfTheRoot) {
     tv().consents["pp"] = 0;
     EXPECT_FALSE(Shown(check_general_voice_supported));
     EXPECT_CALLS(MENU_VISIBLE + AskTerms() +
-                 Lines{Rule("_IsVoiceOnboardingVisible", "terms not agreed")});
+                 Lines{VisibleRule("_IsVoiceOnboardingVisible", "terms not agreed")});
     EXPECT_TRUE(Shown(check_general_voice_onboarding_supported));
 }
 
 TEST_F(VisibilityRules, WithoutAnAssistantChosenTheOnboardingIsShownInsteadOfTheRoot) {
     Set(setting::CURRENT, "");
     EXPECT_FALSE(Shown(check_general_voice_supported));
-    EXPECT_CALLS(MENU_VISIBLE + AskTerms() +
-                 Lines{Current(), Rule("_IsVoiceOnboardingVisible", "VASelection is needed")});
+    EXPECT_CALLS(
+        MENU_VISIBLE + AskTerms() +
+        Lines{Current(), VisibleRule("_IsVoiceOnboardingVisible", "VASelection is needed")});
     Remove(setting::CURRENT);
     EXPECT_TRUE(Shown(check_general_voice_onboarding_supported));
 }
@@ -300,7 +304,8 @@ TEST_F(VisibilityRules, AlwaysAndScreenOnAreHiddenForAnotherAssistantEvenOnAFarF
          "check_general_voice_voice_screen_on_wake_up"}};
     for (const auto& [rule, name] : rules) {
         EXPECT_FALSE(Shown(rule));
-        EXPECT_CALLS(Walk(3) + Lines{Rule(name, "current VA is not Orvik, item is invisible.")});
+        EXPECT_CALLS(Walk(3) +
+                     Lines{VisibleRule(name, "current VA is not Orvik, item is invisible.")});
     }
 }
 
@@ -347,10 +352,10 @@ TEST_F(VisibilityRules, TheHintIsShownWithAnyEntry) {
     for (const char* entry : {"on_user", "off_default", "null", "x"}) {
         Set(setting::HINT, (std::string(R"({"app.google":")") + entry + "\"}").c_str());
         EXPECT_TRUE(Shown(check_general_voice_situational_hint)) << entry;
-        EXPECT_CALLS(
-            Lines{GetBool(setting::LEGACY), Current()} +
-            Member(setting::HINT, "app.google", entry) +
-            Lines{Rule("check_general_voice_situational_hint", "situational Hint (supported)")});
+        EXPECT_CALLS(Lines{GetBool(setting::LEGACY), Current()} +
+                     Member(setting::HINT, "app.google", entry) +
+                     Lines{VisibleRule("check_general_voice_situational_hint",
+                                       "situational Hint (supported)")});
     }
 }
 
@@ -358,8 +363,8 @@ TEST_F(VisibilityRules, TheHintIsHiddenWithoutAnEntry) {
     Set(setting::HINT, R"({"app.alexa":"on_user"})");
     EXPECT_FALSE(Shown(check_general_voice_situational_hint));
     EXPECT_CALLS(Lines{GetBool(setting::LEGACY), Current(), GetStr(setting::HINT),
-                       Rule("check_general_voice_situational_hint",
-                            "situational Hint Value is NULL(unsupported)")});
+                       VisibleRule("check_general_voice_situational_hint",
+                                   "situational Hint Value is NULL(unsupported)")});
 }
 
 TEST_F(VisibilityRules, TheHintIsHiddenWithAnEmptyEntryOrWithoutTheSetting) {

@@ -32,10 +32,6 @@ class WakeUp : public Provider {
     }
 };
 
-std::string Handler(const std::string& function, const std::string& message) {
-    return E(source::PROVIDER, function, message);
-}
-
 std::string WakeUpValue(int value) {
     return Handler("checknode_int_voice_wake_up",
                    "[general voice] Hands-free Wake-up value = " + std::to_string(value));
