@@ -99,10 +99,10 @@ void AddMode(CLI::App& verb, Common& common) {
 }  // namespace
 
 void AddApp(CLI::App& app, Common& common) {
-    CLI::App* verb = app.add_subcommand(
-        "app", "List, finish or cancel the applications that the TV has started");
+    CLI::App* verb = AddVerb(app, common, "app",
+                             "List, finish or cancel the applications that the TV has started",
+                             "  vtv app list\n  vtv app finish org.nemra.wizard", kTv);
     verb->require_subcommand(1);
-    verb->footer("Examples:\n  vtv app list\n  vtv app finish org.nemra.wizard");
     AddList(*verb, common);
     AddEnding(*verb, common, "finish",
               "Let an application do its work and end: sign in, agree, set up, ...",

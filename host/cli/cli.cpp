@@ -34,6 +34,18 @@ void OnSignal(int) {
 
 }  // namespace
 
+CLI::Option* AddProviderOption(CLI::App& verb, Common& common, const std::string& help) {
+    const auto exists = [](const std::string& file) {
+        std::error_code ignored;
+        if (!fs::exists(file, ignored)) {
+            throw host::ProviderError(host::ProviderError::Kind::kNoSuchFile,
+                                      file + ": there is no such provider library.");
+        }
+        return std::string();
+    };
+    return verb.add_option("--provider", common.provider, help)->check(exists);
+}
+
 CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const std::string& does,
                   const std::string& examples, unsigned takes) {
     CLI::App* verb = app.add_subcommand(name, does);
@@ -42,10 +54,12 @@ CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const 
                          "The TV: its folder, or its name as vtv list shows it [default: $VTV_TV, "
                          "else the TV \"default\", made at first use]");
     }
-    if ((takes & kProvider) != 0) {
-        verb->add_option("--provider", common.provider,
-                         "The provider library that answers for the page [default: $VTV_PROVIDER, "
-                         "else the one that comes with vtv]");
+    CLI::Option* provider = AddProviderOption(
+        *verb, common,
+        "The provider library that answers for the page [default: $VTV_PROVIDER, else the one that "
+        "comes with vtv]");
+    if ((takes & kProvider) == 0) {
+        provider->group("");  // taken, so that it can stand in an alias, but of no use here
     }
     if ((takes & kJson) != 0) {
         verb->add_flag("--json", common.json, "Print JSON for programs");

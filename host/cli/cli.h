@@ -39,8 +39,11 @@ struct Common {
     int exitCode = kOk;  // what a verb wants to end with
 };
 
-// Which of the options a verb takes.
+// Which of the options a verb makes use of. Every verb accepts --provider; only those that ask the
+// page load it and show it in their help.
 enum Takes : unsigned { kTv = 1, kProvider = 2, kJson = 4, kRecord = 8 };
+// --provider FILE; a file that is not there ends the program at once.
+CLI::Option* AddProviderOption(CLI::App& verb, Common& common, const std::string& help);
 // Adds a verb with its help. `examples` is shown below the options.
 CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const std::string& does,
                   const std::string& examples, unsigned takes);

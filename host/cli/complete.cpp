@@ -82,7 +82,8 @@ const CLI::App* Find(const CLI::App& app, const std::string& name) {
 
 Words Options(const CLI::App& verb) {
     Words words;
-    for (const CLI::Option* option : verb.get_options()) {
+    const auto shown = [](const CLI::Option* option) { return !option->get_group().empty(); };
+    for (const CLI::Option* option : verb.get_options(shown)) {
         for (const std::string& name : option->get_lnames()) {
             words.push_back("--" + name);
         }
@@ -123,8 +124,15 @@ Words Values(const std::string& what, const Words& line) {
 Words Candidates(const CLI::App& app, const Words& line) {
     const CLI::App* verb = &app;
     size_t begin = 0;
-    while (begin + 1 < line.size() && Find(*verb, line[begin]) != nullptr) {
-        verb = Find(*verb, line[begin++]);
+    while (begin + 1 < line.size()) {
+        if (line[begin].rfind("--", 0) == 0 && verb->get_require_subcommand_min() > 0) {
+            begin += 2;  // an option before the verb, and its value
+        } else if (const CLI::App* next = Find(*verb, line[begin])) {
+            verb = next;
+            ++begin;
+        } else {
+            break;
+        }
     }
     const std::string& last = line.back();
     if (last.rfind("-", 0) == 0) {

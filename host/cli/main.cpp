@@ -47,7 +47,7 @@ int Run(int argc, char** argv) {
     app.footer(kFooter);
     // Before the verb they hold for any verb, so that a shell alias can carry them.
     app.add_option("--tv", common.tv, "The TV, for every verb");
-    app.add_option("--provider", common.provider, "The provider library, for every verb");
+    AddProviderOption(app, common, "The provider library, for every verb");
     AddShow(app, common);
     AddPressVerbs(app, common);
     AddExplain(app, common);

@@ -115,9 +115,9 @@ void Publish(const Common& common, const PublishOptions& options) {
 
 void AddPolicy(CLI::App& app, Common& common) {
     CLI::App* verb =
-        app.add_subcommand("policy", "Look at the assistant policy, or publish another");
+        AddVerb(app, common, "policy", "Look at the assistant policy, or publish another",
+                "  vtv policy show\n  vtv policy publish europe.json", kTv);
     verb->require_subcommand(1);
-    verb->footer("Examples:\n  vtv policy show\n  vtv policy publish europe.json");
     CLI::App* show =
         AddVerb(*verb, common, "show", "Print the assistants that the TV is told to offer",
                 "  vtv policy show\n  vtv policy show --json > policy.json", kTv | kJson);

@@ -82,7 +82,7 @@ std::string ReadAll(int pipe) {
     return text;
 }
 
-Verdict Judge(const host::ContractCheck& check, const ValidateOptions& options) {
+Verdict Judge(const host::ContractCheck& check, const std::string& file, int timeout) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
         throw vtv::Error(vtv::ErrorKind::kPlatform,
@@ -93,7 +93,7 @@ Verdict Judge(const host::ContractCheck& check, const ValidateOptions& options) 
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
-        RunCheck(check, options.file, ends[1], options.timeout);
+        RunCheck(check, file, ends[1], timeout);
     }
     close(ends[1]);
     Verdict verdict;
@@ -107,9 +107,9 @@ Verdict Judge(const host::ContractCheck& check, const ValidateOptions& options) 
     verdict.passed = WIFEXITED(status) && WEXITSTATUS(status) == kOk;
     if (WIFSIGNALED(status)) {
         const int signal = WTERMSIG(status);
-        verdict.why = signal == SIGALRM ? "did not come to an end in " +
-                                              std::to_string(options.timeout) + " seconds"
-                                        : std::string("crashed: ") + strsignal(signal);
+        verdict.why = signal == SIGALRM
+                          ? "did not come to an end in " + std::to_string(timeout) + " seconds"
+                          : std::string("crashed: ") + strsignal(signal);
     } else if (!verdict.passed && verdict.why.empty()) {
         verdict.why = "ended the process with " + std::to_string(WEXITSTATUS(status));
     }
@@ -137,13 +137,9 @@ void Validate(Common& common, const ValidateOptions& options) {
         List(common);
         return;
     }
-    if (options.file.empty()) {
-        throw vtv::Error(vtv::ErrorKind::kUsage,
-                         "vtv validate: name the provider library to check.");
-    }
-    if (!fs::exists(options.file)) {
-        throw vtv::Error(vtv::ErrorKind::kNoSuch,
-                         options.file + ": there is no such provider library.");
+    const std::string file = options.file.empty() ? ProviderFile(common) : options.file;
+    if (!fs::exists(file)) {
+        throw vtv::Error(vtv::ErrorKind::kNoSuch, file + ": there is no such provider library.");
     }
     Json::Value json(Json::arrayValue);
     int ran = 0;
@@ -152,7 +148,7 @@ void Validate(Common& common, const ValidateOptions& options) {
         if (std::string(check.name).find(options.filter) == std::string::npos) {
             continue;
         }
-        const Verdict verdict = Judge(check, options);
+        const Verdict verdict = Judge(check, file, options.timeout);
         ++ran;
         failed += verdict.passed ? 0 : 1;
         Json::Value entry;
@@ -190,13 +186,15 @@ void AddValidate(CLI::App& app, Common& common) {
     const auto options = std::make_shared<ValidateOptions>();
     CLI::App* verb =
         AddVerb(app, common, "validate", "Check a provider library against the host contract",
-                "  vtv validate build/lib/libsi-ready.so\n"
+                "  vtv validate                          the one that vtv uses\n"
+                "  vtv validate my-provider.so\n"
                 "  vtv validate my-provider.so --filter list\n"
                 "  vtv validate --list\n\n"
                 "Each check has a process and a TV of its own, so that a crash fails only itself.\n"
                 "Ends with 1 when a check failed.",
-                kJson);
-    verb->add_option("FILE", options->file, "The provider library");
+                kProvider | kJson);
+    verb->add_option("FILE", options->file,
+                     "The provider library; when left out, the one that answers for the page");
     verb->add_option("--filter", options->filter, "Only checks whose name has this in it");
     verb->add_flag("--list", options->list, "Only list the checks");
     verb->add_option("--timeout", options->timeout, "Seconds that a check may take")

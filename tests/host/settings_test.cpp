@@ -145,22 +145,6 @@ TEST_F(VtvTest, TheTraceIsRecordedPrintedAndExported) {
     EXPECT_TRUE(OkJson({"trace", "--json"})["events"].empty());
 }
 
-TEST_F(VtvTest, BashCompletesThroughItsScript) {
-    Write("complete.sh", std::string("source ") + COMPLETION + "/vtv.bash\nCOMP_WORDS=(" + VTV +
-                             " press voice-sc)\nCOMP_CWORD=2\n_vtv\necho \"${COMPREPLY[@]}\" > " +
-                             Path("words") + "\n");
-    ASSERT_EQ(std::system(("bash " + Path("complete.sh")).c_str()), 0);
-    EXPECT_EQ(Read("words"), "voice-screen-on-wake-up\n");
-}
-
-TEST_F(VtvTest, TheTvAndTheProviderMayStandBeforeTheVerb) {
-    Ok({"new", "cn", "--model", "farfield-cn"});
-    EXPECT_EQ(Ok({"--tv", "cn", "get", "db/comss/countrycode"}), "CN\n");
-    const std::string fake = std::string(FAKES) + "/libfake-sound.so";
-    EXPECT_THAT(Ok({"--provider", fake, "show", "voice-assistant"}),
-                HasSubstr("Assistant  (voice-assistant)"));
-}
-
 TEST_F(VtvTest, ADamagedSettingIsToldOfAndThePageStillOpens) {
     Ok({"show"});
     std::ofstream(Path("tvs/default/settings/db%2Fvoice-app%2Factivate_first_time"))
@@ -171,16 +155,4 @@ TEST_F(VtvTest, ADamagedSettingIsToldOfAndThePageStillOpens) {
     const Output value = Vtv({"get", "db/voice-app/activate_first_time"});
     EXPECT_EQ(value.code, 4);
     EXPECT_THAT(value.err, HasSubstr("db/voice-app/activate_first_time"));
-}
-
-TEST_F(VtvTest, CompletionOffersVerbsItemsKeysAndModels) {
-    EXPECT_EQ(Ok({"__complete", "pow"}), "power-cycle\n");
-    EXPECT_EQ(Ok({"__complete", "press", "voice-w"}), "voice-wake-up\n");
-    EXPECT_EQ(Ok({"__complete", "set", "db/comss/c", ""}), "bool\nint\nstring\n");
-    EXPECT_THAT(Ok({"__complete", "get", "db/menu/voice/m"}), HasSubstr("db/menu/voice/mva_list"));
-    EXPECT_EQ(Ok({"__complete", "policy", ""}), "publish\nshow\n");
-    EXPECT_EQ(Ok({"__complete", "show", "--wa"}), "--watch\n");
-    EXPECT_THAT(Ok({"__complete", "new", "x", "--model", "far"}), HasSubstr("farfield-eu"));
-    EXPECT_EQ(Vtv({"list"}).out,
-              "There are no TVs in " + Path("tvs") + " yet. vtv show makes the first.\n");
 }

@@ -1,0 +1,153 @@
+// What all verbs have in common: the help, --tv and --provider, completion.
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+
+#include "vtv_process.h"
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+class VerbsTest : public VtvTest {
+  protected:
+    // What may be typed behind these words.
+    std::vector<std::string> Offered(std::vector<std::string> words) {
+        words.insert(words.begin(), "__complete");
+        words.emplace_back();
+        std::istringstream lines(Ok(words));
+        std::vector<std::string> offered;
+        for (std::string line; std::getline(lines, line);) {
+            offered.push_back(line);
+        }
+        return offered;
+    }
+
+    // Every verb as the words that call it: {"show"}, {"app", "list"}, ...
+    std::vector<std::vector<std::string>> Verbs() {
+        std::vector<std::vector<std::string>> verbs;
+        for (const std::string& verb : Offered({})) {
+            verbs.push_back({verb});
+        }
+        for (const char* group : {"app", "policy"}) {
+            for (const std::string& verb : Offered({group})) {
+                verbs.push_back({group, verb});
+            }
+        }
+        return verbs;
+    }
+};
+
+}  // namespace
+
+TEST_F(VerbsTest, HelpTeachesEachVerb) {
+    const std::string help = Ok({"--help"});
+    const std::vector<std::vector<std::string>> verbs = Verbs();
+    ASSERT_GE(verbs.size(), 36U);
+    for (std::vector<std::string> verb : verbs) {
+        EXPECT_THAT(help, HasSubstr("\n  " + verb.front() + " "));
+        verb.emplace_back("--help");
+        EXPECT_THAT(Ok(verb), HasSubstr("Examples:")) << verb.front();
+    }
+}
+
+TEST_F(VerbsTest, EveryVerbTakesAProviderBeforeAndAfterItself) {
+    const std::string missing = Path("missing.so");
+    for (std::vector<std::string> verb : Verbs()) {
+        std::vector<std::string> before = {"--provider", missing};
+        before.insert(before.end(), verb.begin(), verb.end());
+        verb.insert(verb.end(), {"--provider", missing});
+        for (const std::vector<std::string>& arguments : {before, verb}) {
+            const Output output = Vtv(arguments);
+            EXPECT_EQ(output.code, 3) << testing::PrintToString(arguments);
+            EXPECT_EQ(output.err, "vtv: " + missing + ": there is no such provider library.\n")
+                << testing::PrintToString(arguments);
+        }
+    }
+}
+
+TEST_F(VerbsTest, EveryVerbThatAsksThePageAsksTheProviderThatIsNamed) {
+    const std::string unusable = "/dev/null";
+    Ok({"show"});
+    const std::vector<std::vector<std::string>> asking = {{"show"},
+                                                          {"press", "voice"},
+                                                          {"choose", "voice-wake-up", "on"},
+                                                          {"explain", "voice"},
+                                                          {"run"},
+                                                          {"search", "anything"},
+                                                          {"diff", "default", "default"},
+                                                          {"validate", "--filter", "table"}};
+    Write("scenario.toml", "[[step]]\npress = \"voice-wake-up\"\n");
+    for (std::vector<std::string> verb : asking) {
+        if (verb.front() == "run") {
+            verb.push_back(Path("scenario.toml"));
+        }
+        verb.insert(verb.end(), {"--provider", unusable});
+        const Output output = Vtv(verb);
+        EXPECT_THAT(output.out + output.err, HasSubstr("cannot be loaded as a provider"))
+            << verb.front();
+        EXPECT_NE(output.code, 0) << verb.front();
+    }
+}
+
+TEST_F(VerbsTest, AVerbThatDoesNotAskThePageDoesNotLoadTheProvider) {
+    EXPECT_EQ(Ok({"language", "--provider", "/dev/null"}), "en_GB\n");
+    EXPECT_EQ(Ok({"--provider", "/dev/null", "get", "db/menu_widget/language"}), "en_GB\n");
+    EXPECT_THAT(Ok({"language", "--help"}), Not(HasSubstr("--provider")));
+    EXPECT_THAT(Ok({"show", "--help"}), HasSubstr("--provider"));
+}
+
+TEST_F(VerbsTest, TheTvAndTheProviderMayStandBeforeTheVerb) {
+    Ok({"new", "cn", "--model", "farfield-cn"});
+    EXPECT_EQ(Ok({"--tv", "cn", "get", "db/comss/countrycode"}), "CN\n");
+    const std::string fake = std::string(FAKES) + "/libfake-sound.so";
+    EXPECT_THAT(Ok({"--provider", fake, "show", "voice-assistant"}),
+                HasSubstr("Assistant  (voice-assistant)"));
+}
+
+TEST_F(VerbsTest, CompletionOffersVerbsItemsKeysAndModels) {
+    EXPECT_EQ(Ok({"__complete", "pow"}), "power-cycle\n");
+    EXPECT_EQ(Ok({"__complete", "press", "voice-w"}), "voice-wake-up\n");
+    EXPECT_EQ(Ok({"__complete", "set", "db/comss/c", ""}), "bool\nint\nstring\n");
+    EXPECT_THAT(Ok({"__complete", "get", "db/menu/voice/m"}), HasSubstr("db/menu/voice/mva_list"));
+    EXPECT_EQ(Ok({"__complete", "policy", ""}), "publish\nshow\n");
+    EXPECT_EQ(Ok({"__complete", "show", "--wa"}), "--watch\n");
+    EXPECT_THAT(Ok({"__complete", "new", "x", "--model", "far"}), HasSubstr("farfield-eu"));
+    EXPECT_EQ(Vtv({"list"}).out,
+              "There are no TVs in " + Path("tvs") + " yet. vtv show makes the first.\n");
+}
+
+TEST_F(VerbsTest, CompletionLooksPastTheOptionsBeforeTheVerb) {
+    EXPECT_EQ(Ok({"__complete", "--tv", "kitchen", "pow"}), "power-cycle\n");
+    EXPECT_EQ(Ok({"__complete", "--tv", "kitchen", "app", "fi"}), "finish\n");
+    EXPECT_EQ(Ok({"__complete", "--prov"}), "--provider\n");
+}
+
+TEST_F(VerbsTest, BashCompletesThroughItsScript) {
+    Write("complete.sh", std::string("source ") + COMPLETION + "/vtv.bash\nCOMP_WORDS=(" + VTV +
+                             " press voice-sc)\nCOMP_CWORD=2\n_vtv\necho \"${COMPREPLY[@]}\" > " +
+                             Path("words") + "\n");
+    ASSERT_EQ(std::system(("bash " + Path("complete.sh")).c_str()), 0);
+    EXPECT_EQ(Read("words"), "voice-screen-on-wake-up\n");
+}
+
+TEST_F(VerbsTest, ZshCompletesThroughItsScript) {
+    if (std::system("command -v zsh >/dev/null") != 0) {
+        GTEST_SKIP() << "zsh is not installed";
+    }
+    // A function of the same name stands for the completion system: it notes what it is handed.
+    Write("complete.zsh", std::string("compadd() { shift; print -l -- \"$@\" }\n") +
+                              "_files() { print files }\nwords=(" + VTV +
+                              " press voice-sc)\nCURRENT=3\n. " + COMPLETION + "/_vtv\nwords=(" +
+                              VTV + " new '')\n_vtv\n");
+    ASSERT_EQ(
+        std::system(("zsh -f " + Path("complete.zsh") + " > " + Path("words") + " 2>&1").c_str()),
+        0);
+    EXPECT_EQ(Read("words"), "voice-screen-on-wake-up\nfiles\n");
+}
+
+TEST_F(VerbsTest, NoColourReachesAPipe) {
+    EXPECT_THAT(Ok({"show"}), Not(HasSubstr("\033")));
+}
