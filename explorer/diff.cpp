@@ -31,7 +31,7 @@ Lines LinesOf(std::string_view record) {
     return lines;
 }
 
-// What is in the one and not in the other; all when only the order differs.
+// What is in the one and not in the other: answers and effects, then logs and traces.
 Lines Only(const Lines& lines, Lines others) {
     Lines only;
     for (const std::string& line : lines) {
@@ -42,6 +42,9 @@ Lines Only(const Lines& lines, Lines others) {
             others.erase(found);
         }
     }
+    std::stable_partition(only.begin(), only.end(), [](const std::string& line) {
+        return line.rfind("logs ", 0) != 0 && line.rfind("traces ", 0) != 0;
+    });
     return only;
 }
 
@@ -76,9 +79,7 @@ class PolicyComparer {
         const Policy& published = inputs.policies[static_cast<std::size_t>(policy)];
         a_ = std::make_unique<Subject>(options.a, published);
         b_ = std::make_unique<Subject>(options.b, published);
-        if (a_->StartLog() != b_->StartLog()) {
-            Note(LinesOf(a_->StartLog()), LinesOf(b_->StartLog()), "create_provider");
-        }
+        CompareRecords(a_->StartRecord(), b_->StartRecord(), "create_provider");
     }
 
     // False when it may stop.
@@ -88,26 +89,38 @@ class PolicyComparer {
             choices, shared_.runs, [&] { Run(question); },
             [&] {
                 if (differs_) {
-                    Note(LinesOf(recordA_), LinesOf(recordB_), question.name);
+                    Note(recordA_, recordB_, question.name, CurrentState(policy_, choices));
                 }
             });
         return !options_.brief || differences_.empty();
     }
 
+    // After the last question.
+    void CompareEnds() {
+        const std::string end = a_->Delete();
+        CompareRecords(end, b_->Delete(), "delete_provider");
+    }
+
     const Differences& Found() const { return differences_; }
 
   private:
+    void CompareRecords(const std::string& a, const std::string& b, const char* what) {
+        if (a != b) {
+            State state;
+            state.policy = policy_;
+            Note(a, b, what, state);
+        }
+    }
+
     void Run(const Question& question) {
         Ask(*a_, question);
         recordA_.assign(tv().Record());
-        recordA_.append(tv().LogText());
         if (options_.reads) {
             recordA_.append(Reads());
         }
         tv().Again();
         Ask(*b_, question);
         recordB_.assign(tv().Record());
-        recordB_.append(tv().LogText());
         if (options_.reads) {
             recordB_.append(Reads());
         }
@@ -124,15 +137,17 @@ class PolicyComparer {
         return reads;
     }
 
-    void Note(const Lines& a, const Lines& b, const std::string& question) {
+    void Note(const std::string& recordA, const std::string& recordB, const std::string& question,
+              const State& state) {
+        const Lines a = LinesOf(recordA);
+        const Lines b = LinesOf(recordB);
         Lines onlyA = Only(a, b);
         Lines onlyB = Only(b, a);
         if (onlyA.empty() && onlyB.empty()) {
             onlyA = a;  // the same in another order
             onlyB = b;
         }
-        Add(differences_, inputs_, onlyA, onlyB, question, 1,
-            CurrentState(policy_, shared_.choices));
+        Add(differences_, inputs_, onlyA, onlyB, question, 1, state);
     }
 
     const Inputs& inputs_;
@@ -356,6 +371,7 @@ int DiffMain(const DiffOptions& options) {
                 break;
             }
         }
+        comparer.CompareEnds();
         BytesWriter bytes;
         bytes.Text(ToBytes(comparer.Found()));
         for (const std::string& key : tv().UnknownKeys()) {

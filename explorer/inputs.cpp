@@ -51,6 +51,11 @@ class Reader {
         for (const toml::table* table : Tables(root, "policy")) {
             inputs.policies.push_back(ReadPolicy(*table));
         }
+        if (const toml::array* ids = root["texts"]["with-name"].as_array()) {
+            for (const toml::node& id : *ids) {
+                inputs.textsWithName.push_back(id.value_or(std::string()));
+            }
+        }
         if (inputs.inputs.empty() || inputs.policies.empty()) {
             throw InputError(file_ + ": needs at least one [[input]] and one [[policy]]");
         }

@@ -41,6 +41,8 @@ struct Input {
 
 const char* ToText(Input::Kind kind);  // "setting", "feature", ...
 
+inline constexpr std::string_view NAME_PLACEHOLDER = "<<A>>";
+
 // One assistant of a policy.
 struct Assistant {
     int order = 0;
@@ -60,6 +62,8 @@ struct Inputs {
     std::string file;
     std::vector<Input> inputs;
     std::vector<Policy> policies;
+    // Text ids whose translations have the placeholder for a name.
+    std::vector<std::string> textsWithName;
 
     // Null when there is none.
     const Input* Find(Input::Kind kind, std::string_view key) const;

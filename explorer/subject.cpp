@@ -78,8 +78,8 @@ Subject::Subject(const std::string& file, const Policy& policy) : file_(file) {
     Choices choices;
     tv().Begin(choices);
     tv().SetPolicy(policy.published.empty() ? nullptr : &policy.published.front());
-    create(&slots_);
-    startLog_.assign(tv().LogText());
+    tv().AppendNumber(Entry::kAnswer, "create_provider", create(&slots_));
+    startRecord_.assign(tv().Record());
     if (slots_ == nullptr) {
         throw SubjectError(file + ": create_provider gives no table");
     }
@@ -90,9 +90,7 @@ Subject::Subject(const std::string& file, const Policy& policy) : file_(file) {
 }
 
 Subject::~Subject() {
-    if (slots_ != nullptr) {
-        delete_(&slots_);
-    }
+    Delete();
     if (library_ != nullptr) {
         dlclose(library_);
     }
@@ -104,12 +102,24 @@ void Subject::Publish(const std::string& document) {
     tv().SetPolicy(&document);
     try {
         if (!tv().NotifyPolicy()) {
-            trouble_ = "nobody watches the policy";
+            tv().Append(Entry::kWrong, "nobody watches the policy");
         }
-        startLog_.append(tv().LogText());
     } catch (const std::exception& exception) {
-        trouble_ = std::string("an exception leaves the watch callback: ") + exception.what();
+        tv().Append(Entry::kWrong,
+                    std::string("an exception leaves the watch callback: ") + exception.what());
     }
+    startRecord_.append(tv().Record());
+}
+
+std::string Subject::Delete() {
+    if (slots_ == nullptr) {
+        return "";
+    }
+    Choices choices;
+    tv().Begin(choices);
+    tv().AppendNumber(Entry::kAnswer, "delete_provider", delete_(&slots_));
+    slots_ = nullptr;
+    return std::string(tv().Record());
 }
 
 void* Subject::Symbol(const char* mangled) const {

@@ -43,10 +43,10 @@ class Subject {
     // The library's one cache that fills by itself, emptied before each question; null without it.
     std::list<std::string>* speechLanguages = nullptr;
 
-    // What was logged until the provider was ready; empty unless the TV writes it down.
-    const std::string& StartLog() const { return startLog_; }
-    // Exceptions that left create_provider, or were caught there. Empty when all went well.
-    const std::string& Trouble() const { return trouble_; }
+    // What create_provider and the publications did, as a record of the TV.
+    const std::string& StartRecord() const { return startRecord_; }
+    // Deletes the provider before its time: the record of that. Nothing may be asked afterwards.
+    std::string Delete();
 
   private:
     void* Need(const char* name) const;
@@ -56,8 +56,7 @@ class Subject {
     void** slots_ = nullptr;
     const SIProviderTable* table_ = nullptr;
     int (*delete_)(void***) = nullptr;
-    std::string startLog_;
-    std::string trouble_;
+    std::string startRecord_;
 };
 
 }  // namespace explorer

@@ -39,6 +39,10 @@ void Tv::Use(const Inputs& inputs) {
     std::fill(std::begin(preset_), std::end(preset_), nullptr);
     expanded_.clear();
     unknown_.clear();
+    translations_.clear();
+    for (const std::string& id : inputs.textsWithName) {
+        translations_.emplace_back(id, id + " " + std::string(NAME_PLACEHOLDER));
+    }
     for (std::size_t i = 0; i < inputs.inputs.size() && i < MAX_INPUTS; ++i) {
         const Input& input = inputs.inputs[i];
         std::size_t slot = SlotOf(input.kind, input.key.c_str(), input.key.size());
@@ -79,7 +83,6 @@ void Tv::Reset() {
     }
     touchedSize_ = 0;
     recordSize_ = 0;
-    logSize_ = 0;
     effects_ = false;
     refused_ = false;
     threw_ = false;
@@ -161,6 +164,15 @@ const char* Tv::TextOf(const Value& value) {
         text.replace(at, CURRENT_PLACEHOLDER.size(), assistant != nullptr ? assistant->text : "");
     }
     return text.c_str();
+}
+
+const char* Tv::Translate(const char* id) const {
+    for (const auto& [known, text] : translations_) {
+        if (known == id) {
+            return text.c_str();
+        }
+    }
+    return id;
 }
 
 std::string Tv::FirstText(int input) const {
@@ -288,10 +300,10 @@ int Tv::SetMode(const char* appId, int mode) {
 // The record
 // ---------------------------------------------------------------------------------------------
 
-void Tv::Put(char* buffer, std::size_t& size, std::string_view text) {
-    const std::size_t length = std::min(text.size(), BUFFER - 1 - size);
-    std::memcpy(buffer + size, text.data(), length);
-    size += length;
+void Tv::Put(std::string_view text) {
+    const std::size_t length = std::min(text.size(), BUFFER - 1 - recordSize_);
+    std::memcpy(record_ + recordSize_, text.data(), length);
+    recordSize_ += length;
 }
 
 void Tv::Append(Entry kind, std::string_view text) {
@@ -299,9 +311,9 @@ void Tv::Append(Entry kind, std::string_view text) {
                           kind != Entry::kWrong;
     effects_ = effects_ || isEffect;
     const char letter = static_cast<char>(kind);
-    Put(record_, recordSize_, {&letter, 1});
-    Put(record_, recordSize_, text);
-    Put(record_, recordSize_, {"\0", 1});
+    Put({&letter, 1});
+    Put(text);
+    Put({"\0", 1});
 }
 
 void Tv::AppendNumber(Entry kind, const char* what, int number) {
@@ -314,9 +326,7 @@ void Tv::AppendTrace(std::string_view text) {
     if (logLevel == LogLevel::kNone) {
         return;
     }
-    Put(log_, logSize_, "e");
-    Put(log_, logSize_, text);
-    Put(log_, logSize_, {"\0", 1});
+    Append(Entry::kTrace, text);
 }
 
 namespace {
@@ -333,19 +343,19 @@ void Tv::Log(int priority, const char* format, std::va_list arguments) {
     if (logLevel == LogLevel::kNone) {
         return;
     }
-    const char head[] = {'g', static_cast<char>('0' + priority), ' '};
-    Put(log_, logSize_, {head, sizeof(head)});
+    const char head[] = {static_cast<char>(Entry::kLog), static_cast<char>('0' + priority), ' '};
+    Put({head, sizeof(head)});
     if (logLevel == LogLevel::kMessages && std::strncmp(format, "%s: %s(%d) > ", 13) == 0) {
         va_arg(arguments, const char*);  // the file and the line may move
-        Put(log_, logSize_, va_arg(arguments, const char*));
+        Put(va_arg(arguments, const char*));
         va_arg(arguments, int);
-        Put(log_, logSize_, " > ");
+        Put(" > ");
         format += 13;
     }
     for (const char* c = format; *c != '\0'; ++c) {
         if (c[0] == '%' && c[1] == 's') {
             const char* text = va_arg(arguments, const char*);
-            Put(log_, logSize_, text != nullptr ? text : "(null)");
+            Put(text != nullptr ? text : "(null)");
             ++c;
         } else if (c[0] == '%') {
             const bool isSize = c[1] == 'z';
@@ -354,13 +364,13 @@ void Tv::Log(int priority, const char* format, std::va_list arguments) {
                 isSize
                     ? std::snprintf(number, sizeof(number), "%zu", va_arg(arguments, std::size_t))
                     : std::snprintf(number, sizeof(number), "%d", va_arg(arguments, int));
-            Put(log_, logSize_, {number, static_cast<std::size_t>(size)});
+            Put({number, static_cast<std::size_t>(size)});
             c += isSize ? 2 : 1;
         } else {
-            Put(log_, logSize_, {c, 1});
+            Put({c, 1});
         }
     }
-    Put(log_, logSize_, {"\0", 1});
+    Put({"\0", 1});
 }
 
 std::vector<RecordEntry> ReadRecord(std::string_view record) {

@@ -70,9 +70,9 @@ class Tv {
     // The text that the input had when it was first read in this run, the current assistant put in.
     std::string FirstText(int input) const;
 
+    // Answers, effects and, where they are written down, log records and trace events, in the order
+    // in which they came.
     std::string_view Record() const { return {record_, recordSize_}; }
-    // Log records and trace events; empty unless they are written down.
-    std::string_view LogText() const { return {log_, logSize_}; }
     void Append(Entry kind, std::string_view text);
     void AppendNumber(Entry kind, const char* what, int number);
 
@@ -105,6 +105,8 @@ class Tv {
     const Value& ReadCall(const char* function) { return Read(Input::Kind::kCall, function); }
     // The text of a value, with the current assistant put in. Lives until the next run.
     const char* TextOf(const Value& value);
+    // What a text id is translated to: itself, with the placeholder where translations have one.
+    const char* Translate(const char* id) const;
     // Writes a setting, unless writing fails. Returns what the call returns.
     int WriteNumber(const char* key, const char* type, int number);
     int WriteText(const char* key, const char* text);
@@ -125,7 +127,7 @@ class Tv {
     void Reset();
     void FixTexts();
     const char* Keep(const char* text, std::size_t size);
-    static void Put(char* buffer, std::size_t& size, std::string_view text);
+    void Put(std::string_view text);
 
     static constexpr std::size_t BUFFER = 1 << 16;
     static constexpr std::size_t SLOTS = 512;
@@ -148,11 +150,10 @@ class Tv {
     // Texts with the current assistant put in, by value and by the value of the current assistant.
     std::unordered_map<const Value*, std::unordered_map<const Value*, std::string>> expanded_;
     std::unordered_map<int, std::string> firstTexts_;
+    std::vector<std::pair<std::string, std::string>> translations_;
 
     char record_[BUFFER] = {};
     std::size_t recordSize_ = 0;
-    char log_[BUFFER] = {};
-    std::size_t logSize_ = 0;
     bool effects_ = false;
     bool refused_ = false;
     bool threw_ = false;

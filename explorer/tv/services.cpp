@@ -231,9 +231,9 @@ int __dlog_print(int, int priority, const char*, const char* format, ...) {
     return 0;
 }
 
-// Texts stay ids: what is looked at is which text is chosen, not how it is translated.
+// What is looked at is which text is chosen, not how it is translated.
 char* dgettext(const char*, const char* id) noexcept {
-    return const_cast<char*>(id);
+    return const_cast<char*>(tv().Translate(id));
 }
 
 }  // extern "C"
