@@ -156,6 +156,8 @@ void AddDepends(CLI::App& app, Common& common, std::function<int()>& command) {
         app.add_subcommand("depends", "Show which keys, features and files an item depends on");
     verb->add_option("NAME", options->names, "Items, functions or questions; with --reverse keys");
     verb->add_flag("--reverse", options->reverse, "Show which items depend on a key");
+    verb->add_flag("--source", options->source,
+                   "Write host/core/page_dependencies.cpp: what can change how an item looks");
     verb->add_flag("--json", common.json, "As JSON");
     AddCommon(*verb, common);
     verb->callback([&common, &command, options] {

@@ -15,6 +15,9 @@ namespace explorer {
 
 namespace {
 
+// What belongs to a name: inputs to an item, or items to an input.
+using Names = std::map<std::string, std::set<std::string>>;
+
 constexpr char POLICY[] = "setting db/menu/voice/mva_list";
 
 // Inputs of an item's look, as "setting db/...": what makes it worth asking again.
@@ -32,10 +35,20 @@ std::set<std::string> InputsOf(const Inputs& inputs, const QuestionResult& resul
     return names;
 }
 
+// What is asked to see how the items look.
+std::vector<const Question*> QuestionsOfLooks() {
+    std::vector<const Question*> questions;
+    for (const Question& question : Questions()) {
+        if (question.item != nullptr && !question.writes) {
+            questions.push_back(&question);
+        }
+    }
+    return questions;
+}
+
 // By item, or by function for what belongs to none.
-std::map<std::string, std::set<std::string>> Collect(const Inputs& inputs,
-                                                     const Exploration& exploration) {
-    std::map<std::string, std::set<std::string>> depends;
+Names Collect(const Inputs& inputs, const Exploration& exploration) {
+    Names depends;
     for (const QuestionResult& result : exploration.results) {
         const Question& question = *result.question;
         // What pressing it does is no part of how an item looks.
@@ -49,10 +62,8 @@ std::map<std::string, std::set<std::string>> Collect(const Inputs& inputs,
     return depends;
 }
 
-std::map<std::string, std::set<std::string>> Reversed(
-    const std::map<std::string, std::set<std::string>>& depends,
-    const std::vector<std::string>& keys) {
-    std::map<std::string, std::set<std::string>> reversed;
+Names Reversed(const Names& depends, const std::vector<std::string>& keys) {
+    Names reversed;
     for (const auto& [item, inputs] : depends) {
         for (const std::string& input : inputs) {
             const std::string key = input.substr(input.find(' ') + 1);
@@ -80,6 +91,55 @@ void CheckKeys(const Inputs& inputs, const std::vector<std::string>& keys) {
     }
 }
 
+std::string AsJson(const Names& depends) {
+    Json::Value root(Json::objectValue);
+    for (const auto& [name, others] : depends) {
+        root[name] = Json::arrayValue;
+        for (const std::string& other : others) {
+            root[name].append(other);
+        }
+    }
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "  ";
+    return Json::writeString(builder, root) + "\n";
+}
+
+std::string AsText(const Names& depends) {
+    std::string text;
+    for (const auto& [name, others] : depends) {
+        text += name + "\n";
+        for (const std::string& other : others) {
+            text += "    " + other + "\n";
+        }
+        text += others.empty() ? "    nothing\n" : "";
+    }
+    return text;
+}
+
+// host/core/page_dependencies.cpp, of the reversed dependencies.
+std::string AsSource(const Names& depends) {
+    std::string text =
+        "// Generated: vtv-explore depends --source > host/core/page_dependencies.cpp\n"
+        "#include \"page_dependencies.h\"\n\n"
+        "namespace host {\n\n"
+        "const std::vector<PageInput>& PageInputs() {\n"
+        "    // clang-format off\n"
+        "    static const std::vector<PageInput> inputs = {\n";
+    for (const auto& [input, items] : depends) {
+        text += "        {\"" + input + "\", {\n";
+        for (const std::string& item : items) {
+            text += "            \"" + item + "\",\n";
+        }
+        text += "        }},\n";
+    }
+    return text +
+           "    };\n"
+           "    // clang-format on\n"
+           "    return inputs;\n"
+           "}\n\n"
+           "}  // namespace host\n";
+}
+
 }  // namespace
 
 int DependsMain(const DependsOptions& options) {
@@ -91,35 +151,19 @@ int DependsMain(const DependsOptions& options) {
     exploring.provider = options.provider;
     exploring.workers = options.workers;
     exploring.progress = options.progress;
-    const auto exploration =
-        Explore(inputs, QuestionsOf(options.reverse ? std::vector<std::string>() : options.names),
-                exploring);
-    std::map<std::string, std::set<std::string>> depends = Collect(inputs, *exploration);
-    if (options.reverse) {
+    const auto exploration = Explore(
+        inputs,
+        options.source ? QuestionsOfLooks()
+                       : QuestionsOf(options.reverse ? std::vector<std::string>() : options.names),
+        exploring);
+    Names depends = Collect(inputs, *exploration);
+    if (options.reverse || options.source) {
         depends = Reversed(depends, options.names);
     }
-    if (options.json) {
-        Json::Value root(Json::objectValue);
-        for (const auto& [name, others] : depends) {
-            root[name] = Json::arrayValue;
-            for (const std::string& other : others) {
-                root[name].append(other);
-            }
-        }
-        Json::StreamWriterBuilder builder;
-        builder["indentation"] = "  ";
-        std::printf("%s\n", Json::writeString(builder, root).c_str());
-    } else {
-        for (const auto& [name, others] : depends) {
-            std::printf("%s\n", name.c_str());
-            for (const std::string& other : others) {
-                std::printf("    %s\n", other.c_str());
-            }
-            if (others.empty()) {
-                std::printf("    nothing\n");
-            }
-        }
-    }
+    const std::string text = options.source ? AsSource(depends)
+                             : options.json ? AsJson(depends)
+                                            : AsText(depends);
+    std::fputs(text.c_str(), stdout);
     ReportUnknownKeys(exploration->unknownKeys, inputs);
     ReportRate(options.progress);
     return exploration->interrupted || !exploration->unknownKeys.empty() ? kExitTrouble : kExitOk;

@@ -11,6 +11,7 @@ struct DependsOptions {
     std::vector<std::string> names;  // items, functions, questions; with `reverse` keys
     bool reverse = false;
     bool json = false;
+    bool source = false;  // as host/core/page_dependencies.cpp: all items, nothing else
     int workers = 0;
     bool progress = true;
 };

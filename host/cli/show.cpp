@@ -1,9 +1,11 @@
 // vtv show: the Voice page, once or as it changes.
 #include <iostream>
 #include <memory>
+#include <utility>
 
 #include <unistd.h>
 
+#include "host/core/refresh.h"
 #include "json_views.h"
 #include "page_text.h"
 #include "verbs.h"
@@ -64,33 +66,39 @@ void Print(const Session& session, const host::Page& page, const ShowOptions& op
 }
 
 // On a terminal the picture is drawn anew; in a pipe each difference is a line.
-void Watch(Session& session, host::Page page, const ShowOptions& options, bool json) {
-    const bool terminal = isatty(STDOUT_FILENO) == 1;
-    session.tv.WatchAll([](const vtv::Change&) {});
-    // What changed between the first look and the watch is caught by looking again.
-    do {
-        session.tv.Dispatch();
-        const host::Page now = host::LookAtPage(session.provider);
-        const std::vector<host::PageChange> changes = host::ComparePages(page, now);
-        page = now;
-        if (changes.empty()) {
-            continue;
-        }
+void PrintChanges(const Session& session, const host::Page& before, const host::Page& page,
+                  const ShowOptions& options, bool json) {
+    const std::vector<host::PageChange> changes = host::ComparePages(before, page);
+    if (changes.empty()) {
+        return;
+    }
+    if (!json && isatty(STDOUT_FILENO) == 1) {
+        std::cout << "\033[H\033[J";
+        Print(session, page, options, false);
+    }
+    for (const host::PageChange& change : changes) {
         if (json) {
-            for (const host::PageChange& change : changes) {
-                PrintJsonLine(ToJson(change));
-            }
-        } else if (terminal) {
-            std::cout << "\033[H\033[J";
-            Print(session, page, options, false);
+            PrintJsonLine(ToJson(change));
+        } else {
+            std::cout << host::ToText(change, page) << '\n';
         }
-        for (const host::PageChange& change : changes) {
-            if (!json) {
-                std::cout << host::ToText(change, page) << '\n';
-            }
-        }
-        std::cout.flush();
-    } while (WaitForTv(session.tv));
+    }
+    std::cout.flush();
+}
+
+void Watch(Session& session, host::Page page, const ShowOptions& options, bool json) {
+    std::vector<vtv::Change> changes;
+    session.tv.WatchAll([&](const vtv::Change& change) { changes.push_back(change); });
+    // What changed between the first look and the watch is caught by looking again.
+    session.tv.Dispatch();
+    host::Page now = host::LookAtPage(session.provider);
+    PrintChanges(session, page, now, options, json);
+    while (WaitForTv(session.tv)) {
+        page = std::exchange(now, {});
+        session.tv.Dispatch();
+        now = host::Refresh(session.provider, page, std::exchange(changes, {}));
+        PrintChanges(session, page, now, options, json);
+    }
 }
 
 void Show(Common& common, const ShowOptions& options) {

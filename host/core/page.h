@@ -54,6 +54,8 @@ struct ItemView {
     std::string ValueText() const;
     // The title, or the item's name where it has none.
     std::string Label() const;
+
+    bool operator==(const ItemView&) const = default;
     // Which of its texts are not translated: "title", "help", "choices", ...
     std::vector<std::string> MissingTexts() const;
 };
@@ -63,6 +65,8 @@ struct Page {
 
     const ItemView& operator[](std::string_view name) const;
     // Whether a viewer can get to the item: it is shown, and the page that it lies on is shown and
+
+    bool operator==(const Page&) const = default;
     // can be opened.
     bool IsReachable(const Item& item) const;
 };

@@ -73,6 +73,14 @@ TEST(Depends, TheReverseNamesTheItemsOfAKey) {
     EXPECT_EQ(RunExplorer({"depends", "--reverse", "db/no/such/key"}).exitCode, 3);
 }
 
+TEST(Depends, TheListThatTheHostRefreshesByIsUpToDate) {
+    const ProcessResult result = RunExplorer({"depends", "-q", "--source"});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_TRUE(result.output == Read(DEPENDENCIES_FILE))
+        << DEPENDENCIES_FILE << " is stale: run vtv explore depends --source > "
+        << DEPENDENCIES_FILE;
+}
+
 TEST(Impact, OfTheSamePolicyIsNothing) {
     const std::string file = PolicyFile("same.json", std::string("[") + ORVIK + "," + GOOGLE + "]");
     const ProcessResult result = RunExplorer({"impact", "-q", file, file, "--tv", "farfield-eu"});
