@@ -188,6 +188,9 @@ std::string Tv::FirstText(int input) const {
     const std::size_t at = text.find(CURRENT_PLACEHOLDER);
     if (at != std::string::npos) {
         const Value* assistant = currentAssistant_ >= 0 ? decided_[currentAssistant_] : nullptr;
+        if (assistant != nullptr && wrote_[currentAssistant_] && reads_[input] > 0) {
+            assistant = current_[currentAssistant_];  // read for the first time after that
+        }
         if (assistant == nullptr && currentAssistant_ >= 0) {
             assistant =
                 preset_[currentAssistant_] != nullptr

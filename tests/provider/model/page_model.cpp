@@ -2,11 +2,7 @@
 
 namespace model {
 
-namespace {
-
-enum Kind { NONE = 0, ALEXA = 1, ORVIK = 2, GOOGLE = 3, SALUTE = 4, SVA = 5, TENCENT = 6 };
-
-int KindOfId(const std::string& id) {
+static int KindOfId(const std::string& id) {
     if (id == "ALEXA")
         return ALEXA;
     if (id == "ORVIK2")
@@ -26,7 +22,7 @@ bool Yes(const std::optional<bool>& value) {
     return value.has_value() && *value;
 }
 
-bool Positive(const std::optional<int>& value) {
+static bool Positive(const std::optional<int>& value) {
     return value.has_value() && *value > 0;
 }
 
@@ -35,7 +31,7 @@ std::string CurrentApp(const State& s) {
 }
 
 // The first record of the current application; null when it is not listed.
-const Assistant* CurrentRecord(const State& s) {
+static const Assistant* CurrentRecord(const State& s) {
     for (const Assistant& assistant : s.assistants) {
         if (assistant.appId == CurrentApp(s))
             return &assistant;
@@ -51,12 +47,16 @@ bool CurrentHasFarField(const State& s) {
     return CurrentRecord(s) != nullptr && CurrentRecord(s)->farField;
 }
 
-int CurrentKind(const State& s) {
-    const auto kind = s.kinds.find(CurrentApp(s));
+int KindOf(const State& s, const std::string& appId) {
+    const auto kind = s.kinds.find(appId);
     return kind != s.kinds.end() ? kind->second : NONE;
 }
 
-bool Has(const Entries& entries, const std::string& name) {
+static int CurrentKind(const State& s) {
+    return KindOf(s, CurrentApp(s));
+}
+
+static bool Has(const Entries& entries, const std::string& name) {
     return entries.readable && entries.texts.count(name) == 1;
 }
 
@@ -99,17 +99,17 @@ bool FarFieldTv(const State& s) {
     return Positive(s.farFieldType);
 }
 
-bool MicrophoneOn(const State& s) {
+static bool MicrophoneOn(const State& s) {
     return s.microphone.has_value() && *s.microphone != 0;
 }
 
-bool OrvikTv(const State& s) {
+static bool OrvikTv(const State& s) {
     if (!s.orvikFeature.has_value())
         return s.orvikFeatureError == -22;
     return *s.orvikFeature;
 }
 
-bool VoiceMenu(const State& s) {
+static bool VoiceMenu(const State& s) {
     if (!Yes(s.voiceRecognition))
         return false;
     if (s.block.has_value() && *s.block == 2)
@@ -118,7 +118,7 @@ bool VoiceMenu(const State& s) {
     return OrvikTv(s) || !disabledByPolicy;
 }
 
-bool OnboardingInstead(const State& s) {
+static bool OnboardingInstead(const State& s) {
     if (!TermsAgreed(s))
         return true;
     if (CurrentApp(s).empty())
@@ -127,7 +127,7 @@ bool OnboardingInstead(const State& s) {
     return single && !CurrentIsSetUp(s);
 }
 
-bool WakeUpShown(const State& s) {
+static bool WakeUpShown(const State& s) {
     if (Yes(s.legacy))
         return false;
     if (FarFieldTv(s) && CurrentHasFarField(s))
@@ -135,11 +135,15 @@ bool WakeUpShown(const State& s) {
     return CurrentIsOrvik(s) && Yes(s.passThroughModel);
 }
 
-bool RootEnabled(const State& s) {
-    return !Positive(s.microphoneType) || MicrophoneOn(s);
+bool MicrophoneSwitchedOff(const State& s) {
+    return Positive(s.microphoneType) && !MicrophoneOn(s);
 }
 
-bool WakeUpEnabled(const State& s) {
+static bool RootEnabled(const State& s) {
+    return !MicrophoneSwitchedOff(s);
+}
+
+static bool WakeUpEnabled(const State& s) {
     if (!CurrentIsOrvik(s))
         return CurrentIsSetUp(s) && MicrophoneOn(s);
     if (!Yes(s.china) && !SignedIn(s))
@@ -153,11 +157,9 @@ bool WakeUpEnabled(const State& s) {
     return passThroughInUse && Yes(s.passThroughMic) && !Yes(s.firstTime);
 }
 
-bool SubItemEnabled(const State& s) {
+static bool SubItemEnabled(const State& s) {
     return WakeUpEnabled(s) && EntryOf(s.handsFree, CurrentApp(s)) == "on";
 }
-
-}  // namespace
 
 void TakePolicy(State& s, const std::vector<Assistant>& assistants) {
     s.assistants = assistants;
