@@ -277,6 +277,19 @@ class Stage {
     Provider provider;
 };
 
+void EndApplications(vtv::Tv& tv) {
+    for (const vtv::RunningApplication& running : tv.RunningApplications()) {
+        try {
+            tv.CancelApplication(running.appId);
+        } catch (const vtv::Error& error) {
+            // It has ended by itself, or with another one of its name, as notifications do.
+            if (error.kind() != vtv::ErrorKind::kNoSuch) {
+                throw;
+            }
+        }
+    }
+}
+
 }  // namespace
 
 ScenarioResult PlayScenario(const Scenario& scenario, const std::string& providerFile,
@@ -314,9 +327,7 @@ ScenarioResult PlayScenario(const Scenario& scenario, const std::string& provide
             break;
         }
     }
-    for (const vtv::RunningApplication& running : stage.tv.RunningApplications()) {
-        stage.tv.CancelApplication(running.appId);
-    }
+    EndApplications(stage.tv);
     return result;
 }
 
