@@ -9,35 +9,12 @@
 
 #include "bytes.h"
 #include "command.h"
-#include "invariants.h"
 #include "memory.h"
 #include "state.h"
 #include "tv/lazy_tv.h"
 #include "workers.h"
 
 namespace explorer {
-
-namespace {
-
-// One invariant, asked of one question or of the page.
-struct Case {
-    const Invariant* invariant = nullptr;
-    const Question* question = nullptr;
-};
-
-struct Violation {
-    std::string what;
-    std::uint64_t paths = 0;
-    State smallest;
-    std::string question;
-};
-
-struct Verdict {
-    const Invariant* invariant = nullptr;
-    std::uint64_t paths = 0;
-    bool complete = true;
-    std::vector<Violation> violations;  // one for each thing that is wrong
-};
 
 std::vector<Case> CasesOf(const std::vector<const Invariant*>& invariants) {
     std::vector<Case> cases;
@@ -73,6 +50,22 @@ std::vector<const Invariant*> InvariantsOf(const std::vector<std::string>& names
     }
     return chosen;
 }
+
+namespace {
+
+struct Violation {
+    std::string what;
+    std::uint64_t paths = 0;
+    State smallest;
+    std::string question;
+};
+
+struct Verdict {
+    const Invariant* invariant = nullptr;
+    std::uint64_t paths = 0;
+    bool complete = true;
+    std::vector<Violation> violations;  // one for each thing that is wrong
+};
 
 std::string NameOf(const Question* question) {
     return question != nullptr ? question->name : "the page";

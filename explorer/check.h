@@ -5,8 +5,19 @@
 #include <vector>
 
 #include "exploration.h"
+#include "invariants.h"
 
 namespace explorer {
+
+// One invariant, asked of one question or of the page.
+struct Case {
+    const Invariant* invariant = nullptr;
+    const Question* question = nullptr;
+};
+
+// The named invariants; all when none is named. Throws CommandError.
+std::vector<const Invariant*> InvariantsOf(const std::vector<std::string>& names);
+std::vector<Case> CasesOf(const std::vector<const Invariant*>& invariants);
 
 struct CheckOptions {
     std::string provider;

@@ -35,7 +35,11 @@ TvModel LoadModel(const fs::path& file) {
                          std::string(error.description()));
     }
     TvModel model;
+    std::error_code error;
     model.name = file.stem();
+    model.file = file;
+    model.call =
+        file.parent_path() == ModelFolder() ? model.name : fs::absolute(file, error).string();
     if (const toml::table* features = root["features"].as_table()) {
         for (const auto& [key, node] : *features) {
             Value value;
@@ -68,9 +72,9 @@ std::vector<TvModel> LoadModels(const std::vector<std::string>& namesOrFiles) {
     std::error_code error;
     for (const std::string& name : namesOrFiles) {
         const fs::path file =
-            fs::exists(name, error) ? fs::path(name) : ModelFolder() / (name + ".toml");
+            fs::is_regular_file(name, error) ? fs::path(name) : ModelFolder() / (name + ".toml");
         if (!fs::exists(file, error)) {
-            throw InputError("no TV model \"" + name + "\" in " + ModelFolder().string());
+            throw NoSuchModel("no TV model \"" + name + "\" in " + ModelFolder().string());
         }
         files.push_back(file);
     }

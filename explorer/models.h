@@ -10,12 +10,21 @@
 
 namespace explorer {
 
+// A model that is neither known nor a file.
+class NoSuchModel : public InputError {
+  public:
+    using InputError::InputError;
+};
+
 struct TvModel {
     std::string name;
+    std::string file;
+    std::string call;                       // what a scenario calls it: its name, or a whole path
     std::map<std::string, Value> features;  // by full key
 };
 
-// The named ones, or all that come with the virtual TV. Throws InputError.
+// The named ones, or all that come with the virtual TV. Throws NoSuchModel and
+// InputError.
 std::vector<TvModel> LoadModels(const std::vector<std::string>& namesOrFiles);
 // The model's value of every feature input; a feature that the model does not have fails with -22.
 std::map<int, Value> ValuesOf(const Inputs& inputs, const TvModel& model);
