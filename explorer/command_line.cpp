@@ -8,6 +8,7 @@
 #include "depends.h"
 #include "diff.h"
 #include "impact.h"
+#include "sequences.h"
 #include "table.h"
 
 namespace explorer {
@@ -193,6 +194,33 @@ void AddImpact(CLI::App& app, Common& common, std::function<int()>& command) {
     });
 }
 
+void AddSequences(CLI::App& app, Common& common, std::function<int()>& command) {
+    auto options = std::make_shared<SequencesOptions>();
+    CLI::App* verb = app.add_subcommand(
+        "sequences", "Check what must hold after every sequence of a viewer's actions");
+    verb->add_option("--tv", options->models, "TV models, by name or file; all when none is named");
+    verb->add_option("--depth", options->depth,
+                     "At most this many actions; left out: until no new state is found")
+        ->check(CLI::NonNegativeNumber);
+    verb->add_option("--invariant", options->invariants, "Invariants; all when none is named");
+    verb->add_option("--scenarios", options->scenarios,
+                     "Folder for the scenario files of what is violated")
+        ->capture_default_str();
+    verb->add_option("--tour", options->tour,
+                     "Write scenarios that take every kind of step into a folder");
+    verb->add_flag("--json", common.json, "As JSON");
+    AddCommon(*verb, common);
+    verb->callback([&common, &command, options] {
+        command = [&common, options] {
+            options->provider = common.provider;
+            options->json = common.json;
+            options->workers = common.workers;
+            options->progress = !common.quiet;
+            return SequencesMain(*options);
+        };
+    });
+}
+
 }  // namespace
 
 int ExploreMain(int argc, char** argv) {
@@ -206,6 +234,7 @@ int ExploreMain(int argc, char** argv) {
     AddDiff(app, common, command);
     AddDepends(app, common, command);
     AddImpact(app, common, command);
+    AddSequences(app, common, command);
     try {
         app.parse(argc, argv);
         return command();

@@ -1,0 +1,200 @@
+#include "app_effects.h"
+
+#include <json/json.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace explorer {
+
+namespace {
+
+constexpr char NOTIFICATION[] = "org.nemra.alert-syspopup";
+constexpr char WIZARD[] = "org.nemra.wizard";
+constexpr char ONBOARDING[] = "org.nemra.voice-onboarding";
+
+constexpr char CURRENT_KEY[] = "db/multi-assistant/default_assistant_appid";
+constexpr char FIRST_TIME_KEY[] = "db/voice-app/activate_first_time";
+constexpr char TENCENT_KEY[] = "db/tencent-voice-assistant/voice-setting";
+constexpr char CHINA_FEATURE[] = "com.vantelo/featureconf/cn_ai_service_supported";
+
+// Applications that set up one kind of assistant.
+struct SetupApplication {
+    const char* application;
+    const char* assistant;
+};
+constexpr SetupApplication SETUP_APPLICATIONS[] = {
+    {"com.vantelo.tv.voice-instant-app", "ORVIK2"},
+    {"com.vantelo.tv.google-assistant", "GVA"},
+    {"com.vantelo.tv.salute-assistant", "SBER"},
+    {"com.vantelo.tv.tencent-voice-chrome", "TENCENT"},
+};
+
+struct Setup {
+    const char* assistant;
+    void (*finish)(ConcreteTv& tv, TvState& state);
+};
+
+bool Parse(const std::string& text, Json::Value& json) {
+    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
+    std::string errors;
+    return reader->parse(text.data(), text.data() + text.size(), &json, &errors);
+}
+
+template <int MARKER>
+void AddMarker(ConcreteTv& tv, TvState& state) {
+    constexpr const char* MARKERS[] = {"/home/owner/share/.voice/alexa_login_success",
+                                       "/home/owner/share/.voice/ga_login_success",
+                                       "/home/owner/share/.voice/salute_login_success"};
+    tv.Set(state, Input::Kind::kFile, MARKERS[MARKER], NumberValue(1, "bool"));
+}
+
+void ClearFirstTime(ConcreteTv& tv, TvState& state) {
+    tv.Set(state, Input::Kind::kSetting, FIRST_TIME_KEY, NumberValue(0, "bool"));
+}
+
+void CompleteTencent(ConcreteTv& tv, TvState& state) {
+    Json::Value json;
+    if (!Parse(tv.TextOf(state, TENCENT_KEY), json) || !json.isObject()) {
+        json = Json::Value(Json::objectValue);
+    }
+    json["onboarding_completed"] = true;
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    tv.Set(state, Input::Kind::kSetting, TENCENT_KEY, TextValue(Json::writeString(builder, json)));
+}
+
+constexpr Setup SETUPS[] = {
+    {"ALEXA", AddMarker<0>},    {"GVA", AddMarker<1>},   {"SBER", AddMarker<2>},
+    {"ORVIK2", ClearFirstTime}, {"SVA", ClearFirstTime}, {"TENCENT", CompleteTencent},
+};
+
+const Setup* SetupOf(const std::string& assistant) {
+    for (const Setup& setup : SETUPS) {
+        if (assistant == setup.assistant) {
+            return &setup;
+        }
+    }
+    return nullptr;
+}
+
+bool SignsIn(const ConcreteTv& tv, const std::string& application) {
+    return !tv.Model().accountUi.empty() && application == tv.Model().accountUi;
+}
+
+// The kind of assistant that an application of its own sets up; "" for all others. Without extras
+// it is just the assistant that runs.
+std::string AssistantOf(const std::string& launch) {
+    const std::string application = ApplicationOf(launch);
+    for (const SetupApplication& one : SETUP_APPLICATIONS) {
+        if (application == one.application && launch.size() > application.size()) {
+            return one.assistant;
+        }
+    }
+    return "";
+}
+
+// As the policy in the store has it.
+std::string CurrentAssistant(const ConcreteTv& tv, const TvState& state) {
+    Json::Value policy;
+    const std::string current = tv.TextOf(state, CURRENT_KEY);
+    if (!Parse(tv.Model().policy.value_or(""), policy) || !policy.isArray()) {
+        return "";
+    }
+    for (const Json::Value& assistant : policy) {
+        if (assistant.isObject() && assistant["VAAppId"] == current) {
+            return assistant["VAId"].asString();
+        }
+    }
+    return "";
+}
+
+void AgreeToTerms(ConcreteTv& tv, TvState& state) {
+    for (const char* item : {"tnc", "pp"}) {
+        tv.Set(state, Input::Kind::kConsent, item, NumberValue(1, "int"));
+    }
+}
+
+void SignIn(ConcreteTv& tv, TvState& state) {
+    tv.Set(state, Input::Kind::kCall, "sso_get_login_state", NumberValue(1, "int"));
+}
+
+bool IsInstalled(const NewTv& model, const std::string& application) {
+    const bool sets =
+        std::any_of(std::begin(SETUP_APPLICATIONS), std::end(SETUP_APPLICATIONS),
+                    [&](const SetupApplication& one) { return application == one.application; });
+    return sets || application == WIZARD || application == ONBOARDING ||
+           model.installed.count(application) != 0;
+}
+
+}  // namespace
+
+bool IsNotification(const std::string& application) {
+    return application == NOTIFICATION;
+}
+
+void StartApplication(ConcreteTv& tv, TvState& state, const std::string& launch) {
+    const NewTv& model = tv.Model();
+    const std::string application = ApplicationOf(launch);
+    if (IsNotification(application) || !IsInstalled(model, application) ||
+        model.applications == NewTv::Applications::kRecord) {
+        return;
+    }
+    if (model.applications == NewTv::Applications::kAuto) {
+        if (CanFinish(tv, state, launch)) {
+            FinishApplication(tv, state, launch);
+        }
+        return;
+    }
+    std::vector<std::string> running = tv.RunningIn(state);
+    const bool runs = std::any_of(running.begin(), running.end(), [&](const std::string& one) {
+        return ApplicationOf(one) == application;
+    });
+    if (!runs) {
+        running.push_back(launch);
+        tv.SetRunning(state, running);
+    }
+}
+
+void EndApplication(ConcreteTv& tv, TvState& state, const std::string& application) {
+    std::vector<std::string> running = tv.RunningIn(state);
+    running.erase(
+        std::remove_if(running.begin(), running.end(),
+                       [&](const std::string& one) { return ApplicationOf(one) == application; }),
+        running.end());
+    tv.SetRunning(state, running);
+}
+
+bool CanFinish(const ConcreteTv& tv, const TvState& state, const std::string& launch) {
+    const std::string application = ApplicationOf(launch);
+    if (tv.Model().foreign.count(application) != 0) {
+        return false;
+    }
+    if (application == ONBOARDING) {
+        return tv.Model().online && SetupOf(CurrentAssistant(tv, state)) != nullptr;
+    }
+    const bool needsNetwork = SignsIn(tv, application) || !AssistantOf(launch).empty();
+    return tv.Model().online || !needsNetwork;
+}
+
+void FinishApplication(ConcreteTv& tv, TvState& state, const std::string& launch) {
+    const std::string application = ApplicationOf(launch);
+    if (application == WIZARD) {
+        AgreeToTerms(tv, state);
+    } else if (SignsIn(tv, application)) {
+        SignIn(tv, state);
+    } else if (application == ONBOARDING) {
+        AgreeToTerms(tv, state);
+        const std::string assistant = CurrentAssistant(tv, state);
+        if (assistant == "ORVIK2" && !tv.IsOn(state, Input::Kind::kFeature, CHINA_FEATURE)) {
+            SignIn(tv, state);
+        }
+        if (const Setup* setup = SetupOf(assistant)) {
+            setup->finish(tv, state);
+        }
+    } else if (const Setup* setup = SetupOf(AssistantOf(launch))) {
+        setup->finish(tv, state);
+    }
+}
+
+}  // namespace explorer
