@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
+
+#include "virtual_tv.h"
 
 namespace vtv {
 
@@ -38,6 +41,26 @@ std::string Nearest(std::string_view word, const std::vector<std::string>& candi
         }
     }
     return nearest;
+}
+
+std::vector<std::string> Similar(std::string_view word,
+                                 const std::vector<std::string>& candidates) {
+    std::vector<std::pair<size_t, std::string>> ranked;
+    for (const std::string& candidate : candidates) {
+        const bool part = word.size() >= 3 && candidate.find(word) != std::string::npos;
+        const size_t distance = part ? 1 : Distance(word, candidate);
+        if (distance <= 3 && 2 * distance <= word.size()) {
+            ranked.emplace_back(distance, candidate);
+        }
+    }
+    std::stable_sort(ranked.begin(), ranked.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<std::string> words;
+    words.reserve(ranked.size());
+    for (auto& [distance, similar] : ranked) {
+        words.push_back(std::move(similar));
+    }
+    return words;
 }
 
 std::string Join(const std::vector<std::string>& words) {

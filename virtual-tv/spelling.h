@@ -1,4 +1,4 @@
-// What somebody who mistyped a word may have meant.
+// What somebody who mistyped a word may have meant; the public face has Similar().
 #pragma once
 
 #include <string>

@@ -455,6 +455,11 @@ struct Read {
 VTV_EXPORT void StartRecordingReads();
 VTV_EXPORT std::vector<Read> StopRecordingReads();
 
+// What somebody who mistyped a word may have meant, best first: candidates that hold the word, or
+// differ from it in few letters.
+VTV_EXPORT std::vector<std::string> Similar(std::string_view word,
+                                            const std::vector<std::string>& candidates);
+
 // Where TVs live unless told otherwise: $VTV_HOME, else $XDG_DATA_HOME/vtv, else
 // ~/.local/share/vtv.
 VTV_EXPORT std::string HomeDir();

@@ -105,7 +105,7 @@ void AddApp(CLI::App& app, Common& common) {
     verb->require_subcommand(1);
     AddList(*verb, common);
     AddEnding(*verb, common, "finish",
-              "Let an application do its work and end: sign in, agree, set up, ...",
+              "Let an application do its work and end: sign in, agree, set up",
               "  vtv app finish\n  vtv app finish com.vantelo.tv.google-assistant",
               &vtv::Tv::FinishApplication);
     AddEnding(*verb, common, "cancel", "Let it end without having done anything",

@@ -5,12 +5,17 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
+
+#include "help.h"
+#include "host/core/similar_items.h"
 
 namespace fs = std::filesystem;
 
@@ -43,7 +48,10 @@ CLI::Option* AddProviderOption(CLI::App& verb, Common& common, const std::string
         }
         return std::string();
     };
-    return verb.add_option("--provider", common.provider, help)->check(exists);
+    return verb.add_option("--provider", common.provider, help)
+        ->check(exists)
+        ->type_name("FILE")
+        ->group(kCommonOptions);
 }
 
 CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const std::string& does,
@@ -52,7 +60,9 @@ CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const 
     if ((takes & kTv) != 0) {
         verb->add_option("--tv", common.tv,
                          "The TV: its folder, or its name as vtv list shows it [default: $VTV_TV, "
-                         "else the TV \"default\", made at first use]");
+                         "else the TV \"default\", made at first use]")
+            ->type_name("TV")
+            ->group(kCommonOptions);
     }
     CLI::Option* provider = AddProviderOption(
         *verb, common,
@@ -62,11 +72,13 @@ CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const 
         provider->group("");  // taken, so that it can stand in an alias, but of no use here
     }
     if ((takes & kJson) != 0) {
-        verb->add_flag("--json", common.json, "Print JSON for programs");
+        verb->add_flag("--json", common.json, "Print JSON for programs")->group(kCommonOptions);
     }
     if ((takes & kRecord) != 0) {
         verb->add_option("--record", common.record,
-                         "Add this to a scenario for vtv run, which is begun if it is not there");
+                         "Add this to a scenario for vtv run, which is begun if it is not there")
+            ->type_name("FILE")
+            ->group(kCommonOptions);
     }
     if (!examples.empty()) {
         verb->footer("Examples:\n" + examples);
@@ -162,6 +174,19 @@ PoweredTv::PoweredTv(const std::string& dir) : tv(dir) {
 
 PoweredTv::~PoweredTv() {
     vtv::PowerOff();
+}
+
+CLI::Validator WholeNumber(int atLeast) {
+    const auto problem = [atLeast](const std::string& text) -> std::string {
+        int number = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        if (error == std::errc() && end == text.data() + text.size() && number >= atLeast) {
+            return "";
+        }
+        return "\"" + text + "\" is no whole number" +
+               (atLeast == INT_MIN ? "" : " from " + std::to_string(atLeast) + " up") + ".";
+    };
+    return {problem, ""};
 }
 
 const host::Item& RequireItem(const std::string& nameOrKey) {

@@ -88,6 +88,8 @@ class Session : public PoweredTv {
     host::Provider provider;
 };
 
+// A check for options that take a number.
+CLI::Validator WholeNumber(int atLeast);
 // Throws kNoSuch with the names that come close.
 const host::Item& RequireItem(const std::string& nameOrKey);
 bool ParseSwitch(const std::string& text);  // on, off; throws kUsage

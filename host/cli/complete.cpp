@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "help.h"
 #include "host/core/known_settings.h"
 #include "verbs.h"
 
@@ -66,29 +67,10 @@ Words Features() {
     return words;
 }
 
-Words Names(const CLI::App& app) {
-    Words words;
-    for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
-        words.push_back(verb->get_name());
-    }
-    return words;
-}
-
 const CLI::App* Find(const CLI::App& app, const std::string& name) {
     const auto found =
         app.get_subcommands([&](const CLI::App* verb) { return verb->get_name() == name; });
     return found.empty() ? nullptr : found.front();
-}
-
-Words Options(const CLI::App& verb) {
-    Words words;
-    const auto shown = [](const CLI::Option* option) { return !option->get_group().empty(); };
-    for (const CLI::Option* option : verb.get_options(shown)) {
-        for (const std::string& name : option->get_lnames()) {
-            words.push_back("--" + name);
-        }
-    }
-    return words;
 }
 
 // What an option or a positional argument takes; empty where only the user knows, or a file is
@@ -136,10 +118,10 @@ Words Candidates(const CLI::App& app, const Words& line) {
     }
     const std::string& last = line.back();
     if (last.rfind("-", 0) == 0) {
-        return Options(*verb);
+        return OptionNames(*verb);
     }
-    if (!Names(*verb).empty() && verb->get_require_subcommand_min() > 0) {
-        return Names(*verb);
+    if (verb->get_require_subcommand_min() > 0) {
+        return VerbNames(*verb);
     }
     if (line.size() >= 2 && line[line.size() - 2].rfind("--", 0) == 0) {
         const Words values = Values(line[line.size() - 2], line);

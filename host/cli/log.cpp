@@ -92,12 +92,16 @@ void AddLog(CLI::App& app, Common& common) {
                 kTv | kJson);
     verb->add_flag("-f,--follow", options->follow, "Stay, and print what is added");
     verb->add_option("-n,--lines", options->lines, "Only the last so many")
-        ->check(CLI::PositiveNumber);
-    verb->add_option("--function", options->function, "Only records of this function");
+        ->type_name("N")
+        ->check(WholeNumber(1));
+    verb->add_option("--function", options->function, "Only records of this function")
+        ->type_name("NAME");
     verb->add_option("--tag", options->tag,
-                     "Only this tag: SI-MENU is the provider, VTV the TV itself");
+                     "Only this tag: SI-MENU is the provider, VTV the TV itself")
+        ->type_name("TAG");
     verb->add_option("--priority", options->priority,
-                     "Only this priority and above: debug, info, warning, error");
+                     "Only this priority and above: debug, info, warning, error")
+        ->type_name("PRIORITY");
     verb->callback([&common, options] { Log(common, *options); });
 }
 

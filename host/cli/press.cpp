@@ -131,8 +131,10 @@ void AddPressVerbs(CLI::App& app, Common& common) {
         "  vtv press voice-settings-orvik --ok            the button of a dimmed item's popup",
         kTv | kProvider | kJson | kRecord);
     press->add_option("ITEM", options->item, "The item, by name or key")->required();
-    press->add_option("--choose", options->value,
-                      "Take this choice of the item's list: its number or text");
+    press
+        ->add_option("--choose", options->value,
+                     "Take this choice of the item's list: its number or text")
+        ->type_name("CHOICE");
     CLI::Option* ok =
         press->add_flag("--ok", options->ok, "Press the first button of the box or popup");
     press->add_flag("--cancel", options->cancel, "Press its second button")->excludes(ok);

@@ -119,8 +119,9 @@ void AddRun(CLI::App& app, Common& common) {
                 "docs/scenarios.md describes the file. Ends with 1 when a scenario failed.",
                 kProvider | kJson);
     verb->add_option("FILE", options->files, "Scenarios (TOML)")->required();
-    verb->add_option("--junit", options->junit, "Write the results as JUnit XML");
-    verb->add_option("--keep", options->keep, "Keep the TVs, in this folder");
+    verb->add_option("--junit", options->junit, "Write the results as JUnit XML")
+        ->type_name("FILE");
+    verb->add_option("--keep", options->keep, "Keep the TVs, in this folder")->type_name("FOLDER");
     verb->callback([&common, options] { Run(common, *options); });
 }
 

@@ -173,7 +173,8 @@ void AddWatch(CLI::App& app, Common& common) {
                 kTv | kJson);
     verb->add_option("KEY", options->keys, "Settings keys; all of them when none is named");
     verb->add_option("--count", options->count, "End after so many writes")
-        ->check(CLI::NonNegativeNumber);
+        ->type_name("N")
+        ->check(WholeNumber(0));
     verb->callback([&common, options] { Watch(common, *options); });
 }
 

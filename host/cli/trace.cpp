@@ -1,4 +1,5 @@
 // vtv trace and vtv fault: looking into the platform, and breaking it.
+#include <climits>
 #include <iostream>
 #include <memory>
 
@@ -42,8 +43,7 @@ void Trace(const Common& common, const TraceOptions& options) {
     }
     for (const vtv::TraceEvent& event : events) {
         std::cout << Paint(Look::kDim, vtv::ToText(event.time).substr(11, 15) + " ")
-                  << PaintPlace(event.file, event.line, event.function)
-                  << event.message;
+                  << PaintPlace(event.file, event.line, event.function) << event.message;
         for (const vtv::TraceArgument& argument : event.arguments) {
             std::cout << Paint(Look::kDim, "  " + argument.type + " ") << argument.value;
         }
@@ -66,6 +66,7 @@ void AddTraceVerb(CLI::App& app, Common& common) {
     CLI::Option* onOff = verb->add_option("SWITCH", options->onOff, "on or off");
     CLI::Option* file =
         verb->add_option("--export", options->file, "Write a file for a trace viewer")
+            ->type_name("FILE")
             ->excludes(onOff);
     verb->add_flag("--clear", options->clear, "Forget what was recorded")
         ->excludes(onOff)
@@ -161,9 +162,12 @@ void AddFaultVerb(CLI::App& app, Common& common) {
         verb->add_flag("--always", options->always, "Every call from now on, not only the next");
     CLI::Option* slow =
         verb->add_option("--slow", options->slow, "Delay each call by so many milliseconds")
-            ->check(CLI::PositiveNumber)
+            ->type_name("MS")
+            ->check(WholeNumber(1))
             ->excludes(always);
     verb->add_option("--result", options->result, "What a failing call returns")
+        ->type_name("N")
+        ->check(WholeNumber(INT_MIN))
         ->capture_default_str()
         ->excludes(slow);
     verb->add_flag("--clear", options->clear, "Forget the fault");

@@ -29,6 +29,7 @@ void AddNew(CLI::App& app, Common& common) {
                 kJson);
     verb->add_option("NAME", options->name, "A name, or the path of a folder")->required();
     verb->add_option("--model", options->model, "The name of a model, or a TOML file")
+        ->type_name("MODEL")
         ->capture_default_str();
     verb->callback([&common, options] {
         const std::string dir = TvPath(options->name);

@@ -195,10 +195,12 @@ void AddValidate(CLI::App& app, Common& common) {
                 kProvider | kJson);
     verb->add_option("FILE", options->file,
                      "The provider library; when left out, the one that answers for the page");
-    verb->add_option("--filter", options->filter, "Only checks whose name has this in it");
+    verb->add_option("--filter", options->filter, "Only checks whose name has this in it")
+        ->type_name("TEXT");
     verb->add_flag("--list", options->list, "Only list the checks");
     verb->add_option("--timeout", options->timeout, "Seconds that a check may take")
-        ->check(CLI::PositiveNumber)
+        ->type_name("SECONDS")
+        ->check(WholeNumber(1))
         ->capture_default_str();
     verb->callback([&common, options] { Validate(common, *options); });
 }

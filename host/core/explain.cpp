@@ -18,7 +18,7 @@ struct Phrase {
     const char* no;   // false, 0, or a read that failed
 };
 
-constexpr char kCurrentAssistant[] = "db/multi-assistant/default_assistant_appid";
+constexpr char kCurrentAssistantKey[] = "db/multi-assistant/default_assistant_appid";
 constexpr char kBlockKey[] = "db/comss/cisblock";
 constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
 constexpr char kOrvikFeature[] = "com.vantelo/featureconf/voice.voice_recognition_orvik_support";
@@ -75,7 +75,7 @@ std::string Quoted(const vtv::Read& read) {
 
 // The assistant's member of a setting that holds one JSON object for all of them.
 std::string DescribeMember(const vtv::Read& read, const vtv::Tv& tv) {
-    const std::string assistant = vtv::ToText(tv.Get(kCurrentAssistant).value_or(std::string()));
+    const std::string assistant = vtv::ToText(tv.Get(kCurrentAssistantKey).value_or(std::string()));
     Json::Value document;
     const std::string text = read.value ? vtv::ToText(*read.value) : "";
     if (!Json::Reader().parse(text, document) || !document.isObject() ||
@@ -153,7 +153,7 @@ std::string Describe(const vtv::Read& read, const vtv::Tv& tv) {
             return read.value && IsYes(*read.value) ? phrase.yes : phrase.no;
         }
     }
-    if (read.subject == kCurrentAssistant) {
+    if (read.subject == kCurrentAssistantKey) {
         return DescribeCurrentAssistant(read);
     }
     if (read.subject == kTencentKey) {

@@ -13,25 +13,6 @@ bool IsIdCharacter(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
 }
 
-// Edits that turn one word into the other; names are short.
-size_t Distance(std::string_view a, std::string_view b) {
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j) {
-        row[j] = j;
-    }
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t above = row[j];
-            row[j] =
-                std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] != b[j - 1] ? 1 : 0)});
-            diagonal = above;
-        }
-    }
-    return row.back();
-}
-
 std::string ChoicesText(const ItemView& view) {
     std::string text;
     for (const Choice& choice : view.choices) {
@@ -84,29 +65,6 @@ const Item* FindItem(std::string_view nameOrKey) {
         }
     }
     return nullptr;
-}
-
-std::vector<std::string> SimilarItems(std::string_view name) {
-    if (name.substr(0, kKeyPrefix.size()) == kKeyPrefix && name.size() > kKeyPrefix.size() + 1) {
-        name.remove_prefix(kKeyPrefix.size() + 1);
-    }
-    std::vector<std::pair<size_t, std::string>> ranked;
-    for (const Item& item : PageItems()) {
-        const std::string_view candidate = item.name;
-        const bool part = name.size() >= 3 && candidate.find(name) != std::string_view::npos;
-        const size_t distance = part ? 1 : Distance(name, candidate);
-        if (distance <= 3) {
-            ranked.emplace_back(distance, item.name);
-        }
-    }
-    std::stable_sort(ranked.begin(), ranked.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
-    std::vector<std::string> names;
-    names.reserve(ranked.size());
-    for (auto& [distance, similar] : ranked) {
-        names.push_back(std::move(similar));
-    }
-    return names;
 }
 
 std::string ItemView::ValueText() const {

@@ -30,8 +30,6 @@ struct Item {
 const std::vector<Item>& PageItems();
 // By name or by whole key; null when there is none.
 const Item* FindItem(std::string_view nameOrKey);
-// The names that resemble a mistyped one, best first.
-std::vector<std::string> SimilarItems(std::string_view name);
 
 inline bool HasValue(const Item& item) {
     return item.kind == ItemKind::kSwitch || item.kind == ItemKind::kList;
@@ -54,10 +52,10 @@ struct ItemView {
     std::string ValueText() const;
     // The title, or the item's name where it has none.
     std::string Label() const;
-
-    bool operator==(const ItemView&) const = default;
     // Which of its texts are not translated: "title", "help", "choices", ...
     std::vector<std::string> MissingTexts() const;
+
+    bool operator==(const ItemView&) const = default;
 };
 
 struct Page {
@@ -65,10 +63,10 @@ struct Page {
 
     const ItemView& operator[](std::string_view name) const;
     // Whether a viewer can get to the item: it is shown, and the page that it lies on is shown and
-
-    bool operator==(const Page&) const = default;
     // can be opened.
     bool IsReachable(const Item& item) const;
+
+    bool operator==(const Page&) const = default;
 };
 
 ItemView LookAt(const Provider& provider, const Item& item);

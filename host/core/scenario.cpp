@@ -6,6 +6,7 @@
 
 #include "page.h"
 #include "scenario_steps.h"
+#include "similar_items.h"
 
 namespace host {
 

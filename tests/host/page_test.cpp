@@ -11,7 +11,6 @@ using host::HoldsTextId;
 using host::LookAtPage;
 using host::Page;
 using host::PageItems;
-using host::SimilarItems;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -42,12 +41,6 @@ TEST(Page, AnItemIsFoundByNameAndByKey) {
     EXPECT_NE(FindItem("voice-wake-up"), nullptr);
     EXPECT_EQ(FindItem("voice-wake"), nullptr);
     EXPECT_EQ(FindItem(""), nullptr);
-}
-
-TEST(Page, AMistypedNameFindsItsNeighbours) {
-    EXPECT_EQ(SimilarItems("voice-wakeup").front(), "voice-wake-up");
-    EXPECT_EQ(SimilarItems("google").front(), "voice-settings-google");
-    EXPECT_THAT(SimilarItems("parental-lock"), IsEmpty());
 }
 
 TEST(Page, EveryParentIsAnItem) {

@@ -53,6 +53,54 @@ TEST_F(VerbsTest, HelpTeachesEachVerb) {
     }
 }
 
+TEST_F(VerbsTest, EachVerbHasAManPageThatTheFormatterTakesWithoutAWord) {
+    Ok({"__man", folder_});
+    std::vector<std::string> pages = {"vtv"};
+    for (const std::vector<std::string>& verb : Verbs()) {
+        pages.push_back("vtv");
+        for (const std::string& word : verb) {
+            pages.back() += "-" + word;
+        }
+    }
+    for (const std::string& page : pages) {
+        EXPECT_THAT(Read(page + ".1"), AllOf(HasSubstr(".SH NAME\n" + page + " "),
+                                             HasSubstr(".SH EXAMPLES\n.nf\nvtv ")));
+    }
+    if (std::system("command -v groff >/dev/null") == 0) {
+        ASSERT_EQ(std::system(("groff -Tutf8 -man -ww " + folder_ + "/*.1 2>&1 >/dev/null | tee " +
+                               Path("complaints"))
+                                  .c_str()),
+                  0);
+        EXPECT_EQ(Read("complaints"), "");
+    }
+}
+
+TEST_F(VerbsTest, AMistypedWordIsToldWithWhatMayHaveBeenMeant) {
+    const std::vector<std::pair<std::vector<std::string>, std::string>> mistakes = {
+        {{"shwo"}, "vtv: There is no verb \"shwo\". Did you mean show?\nSee: vtv --help\n"},
+        {{"xyz"}, "vtv: There is no verb \"xyz\".\nSee: vtv --help\n"},
+        {{"--tv", "a", "shwo"},
+         "vtv: There is no verb \"shwo\". Did you mean show?\nSee: vtv --help\n"},
+        {{"--tv", "a"}, "vtv: Say what to do: a verb is missing.\nSee: vtv --help\n"},
+        {{"app", "fnish"},
+         "vtv: There is no verb \"app fnish\". Did you mean app finish?\nSee: vtv app --help\n"},
+        {{"policy"}, "vtv policy: say which: show, publish.\nSee: vtv policy --help\n"},
+        {{"show", "--wacth"},
+         "vtv show: there is no option --wacth. Did you mean --watch?\nSee: vtv show --help\n"},
+        {{"show", "--colour=1"}, "vtv show: there is no option --colour.\nSee: vtv show --help\n"},
+        {{"get", "db/x", "db/y"},
+         "vtv get: \"db/y\" is one argument too many.\nSee: vtv get --help\n"},
+        {{"set", "db/x"}, "vtv set: TYPE is required\nSee: vtv set --help\n"},
+        {{"log", "-n", "x"},
+         "vtv log: --lines: \"x\" is no whole number from 1 up.\nSee: vtv log --help\n"}};
+    for (const auto& [arguments, says] : mistakes) {
+        const Output output = Vtv(arguments);
+        EXPECT_EQ(output.code, 2) << arguments.back();
+        EXPECT_EQ(output.err, says);
+        EXPECT_EQ(output.out, "");
+    }
+}
+
 TEST_F(VerbsTest, EveryVerbTakesAProviderBeforeAndAfterItself) {
     const std::string missing = Path("missing.so");
     for (std::vector<std::string> verb : Verbs()) {
