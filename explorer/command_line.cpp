@@ -1,6 +1,7 @@
 // The command line: `vtv explore ...` and `vtv impact ...`.
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 #include "check.h"
@@ -15,12 +16,15 @@ namespace explorer {
 
 namespace {
 
-// The provider that was built with this program, or is installed beside it.
+// $VTV_PROVIDER, else the one that was built with this program or is installed beside it.
 std::string DefaultProvider() {
     namespace fs = std::filesystem;
+    if (const char* named = std::getenv("VTV_PROVIDER")) {
+        return named;
+    }
     std::error_code error;
     const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    for (const char* place : {"../lib/libsi-ready.so", "libsi-ready.so"}) {
+    for (const char* place : {"../lib/libsi-ready.so", "../lib/vtv/libsi-ready.so"}) {
         const fs::path file = program.parent_path() / place;
         if (fs::exists(file, error)) {
             return fs::weakly_canonical(file, error);
@@ -239,6 +243,13 @@ int ExploreMain(int argc, char** argv) {
         app.parse(argc, argv);
         return command();
     } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() != 0 && app.get_subcommands().empty() && argc > 1) {
+            std::fprintf(stderr,
+                         "vtv explore: there is no exploration \"%s\". vtv explore --help lists "
+                         "them.\n",
+                         argv[1]);
+            return kExitUsage;
+        }
         return app.exit(error) == 0 ? kExitOk : kExitUsage;
     } catch (const CommandError& error) {
         std::fprintf(stderr, "vtv explore: %s\n", error.what());

@@ -286,11 +286,14 @@ std::string InputsFile() {
     }
     std::error_code error;
     const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    const fs::path installed = program.parent_path() / "../share/si-ready/explorer/inputs.toml";
-    if (!error && fs::exists(installed, error)) {
-        return fs::weakly_canonical(installed);
+    const fs::path file =
+        fs::weakly_canonical(program.parent_path() / "../share/vtv-explorer/inputs.toml", error);
+    if (!fs::exists(file, error)) {
+        throw InputError(
+            file.string() +
+            ": is not installed. Install it, or name its folder in VTV_EXPLORER_DATA.");
     }
-    return EXPLORER_SOURCE_DATA "/inputs.toml";
+    return file;
 }
 
 }  // namespace explorer

@@ -21,9 +21,7 @@ fs::path ModelFolder() {
     }
     std::error_code error;
     const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    const fs::path installed = program.parent_path() / "../share/si-ready/tvs";
-    return fs::exists(installed, error) ? installed
-                                        : fs::path(EXPLORER_SOURCE_DATA "/../virtual-tv/tvs");
+    return (program.parent_path() / "../share/vtv/tvs").lexically_normal();
 }
 
 TvModel LoadModel(const fs::path& file) {
