@@ -76,6 +76,12 @@ const CLI::App* Find(const CLI::App& app, const std::string& name) {
 // What an option or a positional argument takes; empty where only the user knows, or a file is
 // meant.
 Words Values(const std::string& what, const Words& line) {
+    if (what == "EXPLORATION") {
+        return {"table", "check", "sequences", "diff", "depends", "impact"};
+    }
+    if (what == "--tv" && line.front() == "impact") {
+        return Models();
+    }
     if (what == "--tv" || what == "TV" || what == "OTHER") {
         return Tvs();
     }
@@ -142,7 +148,9 @@ Words Candidates(const CLI::App& app, const Words& line) {
             return Values(option->get_name(true, false), line);
         }
     }
-    return {};
+    const bool isOfItems =
+        begin < line.size() && (line[begin] == "table" || line[begin] == "depends");
+    return verb->get_name() == "explore" && isOfItems ? Items() : Words();
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ const std::pair<const char*, std::vector<std::string>> kGroups[] = {
     {"What the page is made of", {"get", "set", "unset", "watch", "feature", "policy", "app"}},
     {"The TV around it",
      {"language", "voice-guide", "account", "consent", "network", "file", "power-cycle"}},
-    {"Proving", {"run", "validate", "log", "trace", "fault"}},
+    {"Proving", {"run", "validate", "explore", "impact", "log", "trace", "fault"}},
 };
 
 int Report(const std::string& text, int code) {
@@ -100,6 +100,7 @@ int Run(int argc, char** argv) {
     AddTransferVerbs(app, common);
     AddRun(app, common);
     AddValidate(app, common);
+    AddExplore(app, common);
     AddLog(app, common);
     AddTraceVerbs(app, common);
 

@@ -17,6 +17,7 @@ void AddStateVerbs(CLI::App& app, Common& common);
 void AddTransferVerbs(CLI::App& app,
                       Common& common);              // dump, load, import, snapshot, restore, diff
 void AddRun(CLI::App& app, Common& common);         // run
+void AddExplore(CLI::App& app, Common& common);     // explore, impact
 void AddValidate(CLI::App& app, Common& common);    // validate
 void AddLog(CLI::App& app, Common& common);         // log
 void AddTraceVerbs(CLI::App& app, Common& common);  // trace, fault

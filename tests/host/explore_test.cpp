@@ -1,0 +1,83 @@
+// vtv explore and vtv impact, which hand over to vtv-explore.
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+
+#include "vtv_process.h"
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+constexpr char kOrvik[] =
+    R"([{"VAOrder":1,"VAId":"ORVIK2","VAAppId":"com.vantelo.tv.voice-instant-app",
+    "VAName":"Orvik","VAFFSupport":true}])";
+
+}  // namespace
+
+TEST_F(VtvTest, ExploreHandsItsArgumentsOverAndKeepsTheExitCode) {
+    const Output depends = Vtv({"explore", "depends", "-q", "--json", "enabled:voice"});
+    EXPECT_EQ(depends.code, 0) << depends.err;
+    EXPECT_THAT(depends.out, HasSubstr("setting db/aisound-app/soundsensorflag_prev"));
+    EXPECT_EQ(Vtv({"explore", "depends", "no-such-item"}).code, 3);
+    EXPECT_EQ(
+        Vtv({"explore", "diff", "--brief", "-q", PROVIDER, PROVIDER, "--only", "help:voice"}).code,
+        0);
+    EXPECT_THAT(Vtv({"explore", "check", "--help"}).out, HasSubstr("--shard"));
+    const Output unknown = Vtv({"explore", "chekc"});
+    EXPECT_EQ(unknown.code, 2);
+    EXPECT_THAT(unknown.err, HasSubstr("no exploration \"chekc\""));
+    EXPECT_EQ(Vtv({"explore"}).code, 2);
+}
+
+TEST_F(VtvTest, ExploreAsksTheProviderThatVtvIsTold) {
+    const std::string fake = std::string(FAKES) + "/libfake-unserved_call.so";
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"explore", "--provider", fake, "depends", "enabled:voice"},
+          {"explore", "depends", "enabled:voice", "--provider", fake}}) {
+        const Output result = Vtv(words);
+        EXPECT_EQ(result.code, 3);
+        EXPECT_THAT(result.err, HasSubstr(fake));
+    }
+    environment["VTV_PROVIDER"] = fake;
+    EXPECT_THAT(Vtv({"explore", "depends", "enabled:voice"}).err, HasSubstr(fake));
+}
+
+TEST_F(VtvTest, ImpactComparesThePolicyOfATvWithANewOne) {
+    Write("old.json", Ok({"policy", "show", "--json"}));
+    Write("new.json", kOrvik);
+    EXPECT_EQ(Vtv({"impact", Path("old.json"), Path("old.json"), "--tv", "farfield-eu", "-q"}).code,
+              0);
+    const Output change = Vtv({"impact", Path("old.json"), Path("new.json"), "--tv", "farfield-eu",
+                               "--tv", "farfield-ru", "-q"});
+    EXPECT_EQ(change.code, 1) << change.err;
+    EXPECT_THAT(change.out, AllOf(HasSubstr("farfield-eu"), HasSubstr("farfield-ru")));
+    Write("cut.json", "[{");
+    EXPECT_EQ(Vtv({"impact", Path("old.json"), Path("cut.json")}).code, 2);
+}
+
+TEST_F(VtvTest, CompletionKnowsWhatCanBeExplored) {
+    const std::string offered = Ok({"__complete", "explore", ""});
+    EXPECT_THAT(offered, HasSubstr("check\n"));
+    std::istringstream explorations(offered);
+    for (std::string word; std::getline(explorations, word);) {
+        EXPECT_EQ(Vtv({"explore", word, "--help"}).code, 0) << word;
+    }
+    EXPECT_THAT(Ok({"__complete", "explore", "table", "voice-wa"}), HasSubstr("voice-wake-up"));
+    EXPECT_THAT(Ok({"__complete", "impact", "a", "b", "--tv", "farfield-e"}),
+                HasSubstr("farfield-eu"));
+}
+
+TEST_F(VtvTest, WithoutTheExplorerItIsToldWhatToInstall) {
+    const std::string alone = Path("vtv");
+    std::filesystem::copy_file(VTV, alone);
+    for (const char* words : {" explore check", " impact a b"}) {
+        const int status = std::system((alone + words + " 2>" + Path("errors")).c_str());
+        EXPECT_EQ(WEXITSTATUS(status), 4);
+        EXPECT_THAT(
+            Read("errors"),
+            StartsWith("vtv: This needs the program vtv-explore, which is not in " + folder_));
+    }
+}
