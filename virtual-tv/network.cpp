@@ -2,8 +2,8 @@
 #include "platform/network.h"
 
 #include <fstream>
-#include <sstream>
 
+#include "routes.h"
 #include "serve.h"
 #include "tv_impl.h"
 
@@ -13,28 +13,15 @@ namespace {
 
 constexpr char kNetwork[] = "network";
 
-// A route to everywhere that is up and goes through a gateway.
-bool HasDefaultRoute() {
-    constexpr unsigned kUp = 1;
-    constexpr unsigned kGateway = 2;
-    std::ifstream routes("/proc/net/route");
-    std::string line;
-    std::getline(routes, line);  // the heading
-    while (std::getline(routes, line)) {
-        std::istringstream fields(line);
-        std::string interface, destination, gateway;
-        unsigned flags = 0;
-        fields >> interface >> destination >> gateway >> std::hex >> flags;
-        if (fields && destination == "00000000" && (flags & kUp) != 0 && (flags & kGateway) != 0) {
-            return true;
-        }
-    }
-    return false;
+bool HostIsOnline() {
+    std::ifstream ipv4("/proc/net/route");
+    std::ifstream ipv6("/proc/net/ipv6_route");
+    return HasDefaultGateway(ipv4, ipv6);
 }
 
 bool IsOnline(const Tv::Impl& tv) {
     const std::string network = tv.StateOr<std::string>(kNetwork, "disconnected");
-    return network == "connected" || (network == "host" && HasDefaultRoute());
+    return network == "connected" || (network == "host" && HostIsOnline());
 }
 
 }  // namespace

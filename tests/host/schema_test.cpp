@@ -3,6 +3,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <set>
+#include <sstream>
 
 #include <valijson/adapters/jsoncpp_adapter.hpp>
 #include <valijson/schema.hpp>
@@ -35,6 +37,16 @@ std::string Misfit(const std::string& schemaName, const Json::Value& document) {
         misfit += ": " + error.description + "\n";
     }
     return misfit;
+}
+
+// The documents that were printed one a line, each as it fits or does not.
+std::vector<Json::Value> Lines(const std::string& text) {
+    std::vector<Json::Value> documents;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_TRUE(Json::Reader().parse(line, documents.emplace_back())) << line;
+    }
+    return documents;
 }
 
 struct VerbCall {
@@ -98,6 +110,67 @@ INSTANTIATE_TEST_SUITE_P(
     [](const testing::TestParamInfo<VerbCall>& tested) {
         return tested.param.schema + std::to_string(tested.index);
     });
+
+// In these tests one process prints while others write.
+
+TEST_F(VtvTest, EachChangeOfAWatchedPageFitsItsSchema) {
+    Ok({"show"});
+    RunningVtv watching(environment, {"show", "--watch", "--json"});
+    ASSERT_TRUE(watching.WaitFor("\"items\""));
+    Ok({"choose", "voice-wake-up", "off"});
+    Ok({"account", "signed-out"});
+    Ok({"language", "de_DE"});
+    Json::Value policy = OkJson({"policy", "show", "--json"});
+    policy.resize(policy.size() - 1);
+    Ok({"policy", "publish", "-"}, policy.toStyledString());
+    EXPECT_TRUE(watching.WaitFor("\"what\":\"choices\"")) << watching.Text();
+    Ok({"policy", "publish", "-"}, "[]");
+    EXPECT_TRUE(watching.WaitFor("\"after\":\"hidden\"")) << watching.Text();
+    const std::vector<Json::Value> documents = Lines(watching.Interrupt().out);
+    ASSERT_GE(documents.size(), 2U);
+    EXPECT_EQ(Misfit("show", documents.front()), "");
+    std::set<std::string> seen;
+    for (size_t i = 1; i < documents.size(); ++i) {
+        EXPECT_EQ(Misfit("change", documents[i]), "") << documents[i];
+        seen.insert(documents[i]["what"].asString());
+    }
+    EXPECT_THAT(seen, testing::IsSupersetOf(
+                          {"visible", "enabled", "value", "title", "help", "choices", "reason"}));
+}
+
+TEST_F(VtvTest, EachWriteOfAWatchedSettingFitsItsSchema) {
+    Ok({"show"});
+    RunningVtv watching(environment, {"watch", "--json", "--count", "4"});
+    ASSERT_TRUE(watching.WaitForError("Watching"));
+    Ok({"set", "db/a", "bool", "true"});
+    Ok({"set", "db/a", "int", "-7"});
+    Ok({"set", "db/a", "string", "text with \"quotes\"\n"});
+    Ok({"unset", "db/a"});
+    EXPECT_TRUE(watching.WaitFor("\"removed\":true")) << watching.Text();
+    const std::vector<Json::Value> documents = Lines(watching.Interrupt().out);
+    ASSERT_EQ(documents.size(), 4U);
+    for (const Json::Value& document : documents) {
+        EXPECT_EQ(Misfit("watch", document), "") << document;
+    }
+    EXPECT_EQ(documents[0]["value"], true);
+    EXPECT_EQ(documents[1]["value"], -7);
+    EXPECT_EQ(documents[2]["value"], "text with \"quotes\"\n");
+    EXPECT_FALSE(documents[3].isMember("value"));
+}
+
+TEST_F(VtvTest, EachRecordOfAFollowedLogFitsItsSchema) {
+    Ok({"show"});
+    RunningVtv following(environment, {"log", "--follow", "--json"});
+    Ok({"choose", "voice-wake-up", "off"});
+    EXPECT_TRUE(following.WaitFor("Set Hands-free Wake-up value [0]"));
+    Ok({"fault", "vconf_get_int"});
+    EXPECT_TRUE(following.WaitFor("Finalize"));
+    const std::vector<Json::Value> documents = Lines(following.Interrupt().out);
+    EXPECT_GT(documents.size(), 10U);
+    for (const Json::Value& document : documents) {
+        EXPECT_EQ(Misfit("log", document), "") << document;
+    }
+}
 
 TEST(Schemas, RefuseWhatIsNoDocumentOfTheirs) {
     Json::Value wrong;

@@ -144,6 +144,11 @@ TEST_F(ServicesTest, TheHostsNetworkFollowsTheDefaultRoute) {
         fields >> interface >> destination >> gateway;
         expected = expected || (destination == "00000000" && gateway != "00000000");
     }
+    std::ifstream routes6("/proc/net/ipv6_route");
+    const std::string everywhere = std::string(32, '0') + " 00 ";
+    for (std::string line; std::getline(routes6, line);) {
+        expected = expected || (line.rfind(everywhere, 0) == 0 && line.size() > 139 && line[139] == '3');
+    }
     EXPECT_EQ(tv->Online(), expected);
 }
 
