@@ -64,6 +64,7 @@ struct Verdict {
     const Invariant* invariant = nullptr;
     std::uint64_t paths = 0;
     bool complete = true;
+    int unfinished = 0;  // cases, counted for each policy, of which nothing has been heard
     std::vector<Violation> violations;  // one for each thing that is wrong
 };
 
@@ -223,6 +224,12 @@ int CheckMain(const CheckOptions& options) {
         const auto place = std::find(invariants.begin(), invariants.end(), cases[index].invariant);
         return verdicts[static_cast<std::size_t>(place - invariants.begin())];
     };
+    const int policies = static_cast<int>(inputs.policies.size());
+    for (int unit = 0; unit < policies * static_cast<int>(cases.size()); ++unit) {
+        if (options.shard.Has(unit)) {
+            ++verdictOf(static_cast<std::size_t>(unit) % cases.size()).unfinished;
+        }
+    }
     std::set<std::string> unknown;
     std::vector<std::set<int>> skipped(inputs.policies.size());
     const auto task = [&](int policy, Shared& shared) {
@@ -256,6 +263,7 @@ int CheckMain(const CheckOptions& options) {
             state.path = result.path;
             Note(verdictOf(step).violations, inputs,
                  {result.trouble, 1, state, NameOf(cases[step].question)});
+            --verdictOf(step).unfinished;
             skipped[static_cast<std::size_t>(result.task)].insert(result.step);
             return true;
         }
@@ -264,6 +272,7 @@ int CheckMain(const CheckOptions& options) {
         BytesReader bytes(parts);
         while (!bytes.AtEnd()) {
             Verdict& verdict = verdictOf(bytes.Number());
+            --verdict.unfinished;
             verdict.paths += bytes.Number();
             verdict.complete = bytes.Number() == 1 && verdict.complete;
             for (std::uint64_t count = bytes.Number(); count > 0; --count) {
@@ -284,7 +293,10 @@ int CheckMain(const CheckOptions& options) {
     work.workers = options.workers;
     work.progress = options.progress;
     work.what = "states";
-    Work(static_cast<int>(inputs.policies.size()), work, task, finished);
+    Work(policies, work, task, finished);
+    for (Verdict& verdict : verdicts) {
+        verdict.complete = verdict.complete && verdict.unfinished == 0;
+    }
     const int code = Show(inputs, options, verdicts);
     ReportUnknownKeys(unknown, inputs);
     ReportRate(options.progress);

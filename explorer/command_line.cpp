@@ -11,6 +11,7 @@
 #include "impact.h"
 #include "sequences.h"
 #include "table.h"
+#include "workers.h"
 
 namespace explorer {
 
@@ -69,6 +70,10 @@ void AddCommon(CLI::App& verb, Common& common, bool withProvider = true) {
             ->capture_default_str();
     }
     verb.add_option("--jobs,-j", common.workers, "Worker processes; 0: one a processor");
+    verb.add_option_function<double>(
+            "--patience", SetPatience,
+            "Seconds after which a question without an answer is stopped and reported (20)")
+        ->check(CLI::PositiveNumber);
     verb.add_flag("--quiet,-q", common.quiet, "No progress and no rate");
 }
 

@@ -97,7 +97,9 @@ int TableMain(const TableOptions& options) {
     std::vector<Table> tables = MakeTables(inputs, *exploration);
     const bool isComplete = std::all_of(tables.begin(), tables.end(),
                                         [](const Table& table) { return table.complete; });
-    if (!options.docs.empty()) {
+    if (!options.docs.empty() && exploration->interrupted) {
+        std::fputs("vtv explore: the pages stay as they are\n", stderr);
+    } else if (!options.docs.empty()) {
         WriteDocs(options.docs, tables);
     } else {
         const std::string text = Format(options.format, tables, *exploration);

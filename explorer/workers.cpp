@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -23,10 +24,12 @@ using Clock = std::chrono::steady_clock;
 
 // Shared with the workers, so that they see it even when only the starting process got the signal.
 std::atomic<bool>* interrupted = nullptr;
+double patience = 20;
 std::uint64_t totalRuns = 0;
 const Clock::time_point started = Clock::now();
 
 void OnInterrupt(int) {
+    std::signal(SIGINT, SIG_DFL);
     if (interrupted != nullptr) {
         *interrupted = true;
     }
@@ -76,6 +79,7 @@ Worker Start(int task, const std::function<std::string(int, Shared&)>& run) {
     if (worker.pid == 0) {
         close(ends[0]);
         std::signal(SIGINT, SIG_IGN);
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
         std::string bytes;
         try {
             bytes = run(task, *worker.shared);
@@ -114,7 +118,7 @@ WorkerResult Finish(Worker& worker) {
     return result;
 }
 
-void CheckForHang(Worker& worker, double patience) {
+void CheckForHang(Worker& worker) {
     const std::uint64_t runs = worker.shared->runs;
     if (runs != worker.lastRuns) {
         worker.lastRuns = runs;
@@ -151,6 +155,10 @@ void ShowProgress(const std::deque<Worker>& workers, const WorkOptions& options,
 }
 
 }  // namespace
+
+void SetPatience(double seconds) {
+    patience = seconds;
+}
 
 bool IsInterrupted() {
     return interrupted != nullptr && *interrupted;
@@ -196,7 +204,7 @@ void Work(int count, const WorkOptions& options,
         poll(files.data(), files.size(), 200);
         for (std::size_t i = files.size(); i-- > 0;) {
             Worker& worker = workers[i];
-            CheckForHang(worker, options.patience);
+            CheckForHang(worker);
             if (files[i].revents == 0) {
                 continue;
             }

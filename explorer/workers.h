@@ -34,10 +34,13 @@ struct WorkOptions {
     const char* what = "questions";
     // True: no further task is begun.
     std::function<bool()> stop;
-    double patience = 20;  // seconds without a single run
 };
 
-// Set by SIGINT once Work() has begun; tasks look at it and return what they have.
+// After how many seconds without a single run a worker is stopped: 20, unless it is set.
+void SetPatience(double seconds);
+
+// Set by SIGINT once Work() has begun; tasks look at it and return what they have. A second SIGINT
+// ends the program at once.
 bool IsInterrupted();
 // Questions asked by all workers since the program began, and the seconds that it took.
 std::uint64_t TotalRuns();

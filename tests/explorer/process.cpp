@@ -5,10 +5,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 extern char** environ;
 
@@ -43,7 +46,9 @@ std::string ProviderFile() {
     return PROVIDER_FILE;
 }
 
-ProcessResult RunExplorer(const std::vector<std::string>& arguments) {
+namespace {
+
+ProcessResult Run(const std::vector<std::string>& arguments, int interruptAfter) {
     const std::string output = TemporaryFolder() + "/output";
     const std::string errors = TemporaryFolder() + "/errors";
     std::vector<std::string> words = {EXPLORER_PROGRAM};
@@ -63,10 +68,24 @@ ProcessResult RunExplorer(const std::vector<std::string>& arguments) {
         return result;
     }
     posix_spawn_file_actions_destroy(&files);
+    if (interruptAfter > 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(interruptAfter));
+        kill(pid, SIGINT);
+    }
     int status = 0;
     waitpid(pid, &status, 0);
     result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     result.output = ReadAll(output);
     result.errors = ReadAll(errors);
     return result;
+}
+
+}  // namespace
+
+ProcessResult RunExplorer(const std::vector<std::string>& arguments) {
+    return Run(arguments, 0);
+}
+
+ProcessResult InterruptExplorer(const std::vector<std::string>& arguments, int milliseconds) {
+    return Run(arguments, milliseconds);
 }

@@ -12,6 +12,8 @@ struct ProcessResult {
 
 // Arguments are passed as they are; the program is the one that was built with the tests.
 ProcessResult RunExplorer(const std::vector<std::string>& arguments);
+// The same, with Ctrl-C pressed after that time.
+ProcessResult InterruptExplorer(const std::vector<std::string>& arguments, int milliseconds);
 // The provider that was built with the tests.
 std::string ProviderFile();
 // A folder of this test's own, removed at the end of the process.
