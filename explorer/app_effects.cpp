@@ -5,17 +5,16 @@
 #include <algorithm>
 #include <memory>
 
+#include "keys.h"
+
 namespace explorer {
 
 namespace {
 
 constexpr char NOTIFICATION[] = "org.nemra.alert-syspopup";
 constexpr char WIZARD[] = "org.nemra.wizard";
-constexpr char ONBOARDING[] = "org.nemra.voice-onboarding";
+constexpr char GENERIC_SETUP[] = "org.nemra.voice-onboarding";
 
-constexpr char CURRENT_KEY[] = "db/multi-assistant/default_assistant_appid";
-constexpr char FIRST_TIME_KEY[] = "db/voice-app/activate_first_time";
-constexpr char TENCENT_KEY[] = "db/tencent-voice-assistant/voice-setting";
 constexpr char CHINA_FEATURE[] = "com.vantelo/featureconf/cn_ai_service_supported";
 
 // Applications that set up one kind of assistant.
@@ -35,7 +34,7 @@ struct Setup {
     void (*finish)(ConcreteTv& tv, TvState& state);
 };
 
-bool Parse(const std::string& text, Json::Value& json) {
+bool ParseJson(const std::string& text, Json::Value& json) {
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
     std::string errors;
     return reader->parse(text.data(), text.data() + text.size(), &json, &errors);
@@ -43,30 +42,32 @@ bool Parse(const std::string& text, Json::Value& json) {
 
 template <int MARKER>
 void AddMarker(ConcreteTv& tv, TvState& state) {
-    constexpr const char* MARKERS[] = {"/home/owner/share/.voice/alexa_login_success",
-                                       "/home/owner/share/.voice/ga_login_success",
-                                       "/home/owner/share/.voice/salute_login_success"};
-    tv.Set(state, Input::Kind::kFile, MARKERS[MARKER], NumberValue(1, "bool"));
+    tv.Set(state, Input::Kind::kFile, keys::MARKERS[MARKER].file, NumberValue(1, "bool"));
 }
 
 void ClearFirstTime(ConcreteTv& tv, TvState& state) {
-    tv.Set(state, Input::Kind::kSetting, FIRST_TIME_KEY, NumberValue(0, "bool"));
+    tv.Set(state, Input::Kind::kSetting, keys::FIRST_TIME, NumberValue(0, "bool"));
 }
 
 void CompleteTencent(ConcreteTv& tv, TvState& state) {
     Json::Value json;
-    if (!Parse(tv.TextOf(state, TENCENT_KEY), json) || !json.isObject()) {
+    if (!ParseJson(tv.TextOf(state, keys::TENCENT), json) || !json.isObject()) {
         json = Json::Value(Json::objectValue);
     }
     json["onboarding_completed"] = true;
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "";
-    tv.Set(state, Input::Kind::kSetting, TENCENT_KEY, TextValue(Json::writeString(builder, json)));
+    tv.Set(state, Input::Kind::kSetting, keys::TENCENT,
+           TextValue(Json::writeString(builder, json)));
 }
 
 constexpr Setup SETUPS[] = {
-    {"ALEXA", AddMarker<0>},    {"GVA", AddMarker<1>},   {"SBER", AddMarker<2>},
-    {"ORVIK2", ClearFirstTime}, {"SVA", ClearFirstTime}, {"TENCENT", CompleteTencent},
+    {keys::MARKERS[0].assistant, AddMarker<0>},
+    {keys::MARKERS[1].assistant, AddMarker<1>},
+    {keys::MARKERS[2].assistant, AddMarker<2>},
+    {"ORVIK2", ClearFirstTime},
+    {"SVA", ClearFirstTime},
+    {"TENCENT", CompleteTencent},
 };
 
 const Setup* SetupOf(const std::string& assistant) {
@@ -97,8 +98,8 @@ std::string AssistantOf(const std::string& launch) {
 // As the policy in the store has it.
 std::string CurrentAssistant(const ConcreteTv& tv, const TvState& state) {
     Json::Value policy;
-    const std::string current = tv.TextOf(state, CURRENT_KEY);
-    if (!Parse(tv.Model().policy.value_or(""), policy) || !policy.isArray()) {
+    const std::string current = tv.TextOf(state, keys::CURRENT);
+    if (!ParseJson(tv.Model().policy.value_or(""), policy) || !policy.isArray()) {
         return "";
     }
     for (const Json::Value& assistant : policy) {
@@ -116,14 +117,14 @@ void AgreeToTerms(ConcreteTv& tv, TvState& state) {
 }
 
 void SignIn(ConcreteTv& tv, TvState& state) {
-    tv.Set(state, Input::Kind::kCall, "sso_get_login_state", NumberValue(1, "int"));
+    tv.Set(state, Input::Kind::kCall, keys::LOGIN, NumberValue(1, "int"));
 }
 
 bool IsInstalled(const NewTv& model, const std::string& application) {
     const bool sets =
         std::any_of(std::begin(SETUP_APPLICATIONS), std::end(SETUP_APPLICATIONS),
                     [&](const SetupApplication& one) { return application == one.application; });
-    return sets || application == WIZARD || application == ONBOARDING ||
+    return sets || application == WIZARD || application == GENERIC_SETUP ||
            model.installed.count(application) != 0;
 }
 
@@ -170,7 +171,7 @@ bool CanFinish(const ConcreteTv& tv, const TvState& state, const std::string& la
     if (tv.Model().foreign.count(application) != 0) {
         return false;
     }
-    if (application == ONBOARDING) {
+    if (application == GENERIC_SETUP) {
         return tv.Model().online && SetupOf(CurrentAssistant(tv, state)) != nullptr;
     }
     const bool needsNetwork = SignsIn(tv, application) || !AssistantOf(launch).empty();
@@ -183,7 +184,7 @@ void FinishApplication(ConcreteTv& tv, TvState& state, const std::string& launch
         AgreeToTerms(tv, state);
     } else if (SignsIn(tv, application)) {
         SignIn(tv, state);
-    } else if (application == ONBOARDING) {
+    } else if (application == GENERIC_SETUP) {
         AgreeToTerms(tv, state);
         const std::string assistant = CurrentAssistant(tv, state);
         if (assistant == "ORVIK2" && !tv.IsOn(state, Input::Kind::kFeature, CHINA_FEATURE)) {

@@ -5,25 +5,24 @@
 #include <stdexcept>
 
 #include "app_effects.h"
+#include "keys.h"
 #include "tv/lazy_tv.h"
 
 namespace explorer {
 
 namespace {
 
-constexpr char CURRENT_KEY[] = "db/multi-assistant/default_assistant_appid";
 constexpr char MODE_CALL[] = "AOVSystemDataGetAOVMode";
 constexpr char CONTEXT_CALL[] = "app_manager_get_app_context";
-constexpr char LOGIN_CALL[] = "sso_get_login_state";
 
 constexpr std::size_t MAX_VALUES = 0x10000;
 
-std::string KeyOf(const Value& value) {
+std::string Canonical(const Value& value) {
     return std::to_string(static_cast<int>(value.kind)) + ' ' + std::to_string(value.number) + ' ' +
            value.storedType + ' ' + value.text;
 }
 
-std::vector<std::string> Lines(const std::string& text) {
+std::vector<std::string> SplitLines(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) {
@@ -32,7 +31,7 @@ std::vector<std::string> Lines(const std::string& text) {
     return lines;
 }
 
-std::string Join(const std::vector<std::string>& lines) {
+std::string JoinLines(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines) {
         text += line + '\n';
@@ -44,7 +43,7 @@ bool IsChangeable(const Input& input) {
     const bool isState = input.kind == Input::Kind::kSetting || input.kind == Input::Kind::kFile ||
                          input.kind == Input::Kind::kConsent;
     return isState || input.key == MODE_CALL || input.key == CONTEXT_CALL ||
-           input.key == LOGIN_CALL;
+           input.key == keys::LOGIN;
 }
 
 int IndexOf(const Inputs& inputs, Input::Kind kind, const char* key) {
@@ -90,7 +89,7 @@ ConcreteTv::ConcreteTv(const Inputs& inputs, const NewTv& model)
 std::uint16_t ConcreteTv::Intern(int fact, const Value& value) {
     Pool& pool = pools_[static_cast<std::size_t>(fact)];
     const auto [place, isNew] =
-        pool.ids.emplace(KeyOf(value), static_cast<std::uint16_t>(pool.values.size()));
+        pool.ids.emplace(Canonical(value), static_cast<std::uint16_t>(pool.values.size()));
     if (isNew) {
         if (pool.values.size() == MAX_VALUES) {
             throw std::runtime_error("a setting takes more values than can be told apart");
@@ -135,13 +134,13 @@ bool ConcreteTv::IsOn(const TvState& state, Input::Kind kind, const char* key) c
 }
 
 std::vector<std::string> ConcreteTv::RunningIn(const TvState& state) const {
-    return Lines(ValueOf(state, Running()).text);
+    return SplitLines(ValueOf(state, Running()).text);
 }
 
 void ConcreteTv::SetRunning(TvState& state, const std::vector<std::string>& running) {
     std::vector<std::string> sorted = running;
     std::sort(sorted.begin(), sorted.end());
-    Set(state, Running(), TextValue(Join(sorted)));
+    Set(state, Running(), TextValue(JoinLines(sorted)));
 }
 
 void ConcreteTv::SetMode(TvState& state, const std::string& mode) {
@@ -149,7 +148,7 @@ void ConcreteTv::SetMode(TvState& state, const std::string& mode) {
     const std::size_t split = mode.rfind(" to ");
     const std::string application = mode.substr(0, split);
     const std::string number = mode.substr(split + 4);
-    std::vector<std::string> modes = Lines(ValueOf(state, Modes()).text);
+    std::vector<std::string> modes = SplitLines(ValueOf(state, Modes()).text);
     modes.erase(std::remove_if(modes.begin(), modes.end(),
                                [&](const std::string& one) {
                                    return one.rfind(application + " to ", 0) == 0;
@@ -159,13 +158,13 @@ void ConcreteTv::SetMode(TvState& state, const std::string& mode) {
         modes.push_back(mode);
     }
     std::sort(modes.begin(), modes.end());
-    Set(state, Modes(), TextValue(Join(modes)));
+    Set(state, Modes(), TextValue(JoinLines(modes)));
 }
 
 void ConcreteTv::Derive(TvState& state) {
-    const std::string current = TextOf(state, CURRENT_KEY);
+    const std::string current = TextOf(state, keys::CURRENT);
     int mode = 0;
-    for (const std::string& one : Lines(ValueOf(state, Modes()).text)) {
+    for (const std::string& one : SplitLines(ValueOf(state, Modes()).text)) {
         if (one.rfind(current + " to ", 0) == 0) {
             mode = std::stoi(one.substr(current.size() + 4));
         }

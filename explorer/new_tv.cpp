@@ -3,49 +3,36 @@
 #include <json/json.h>
 #include <toml++/toml.h>
 
+#include "keys.h"
+
 namespace explorer {
 
 namespace {
 
-constexpr int FAILED = -1;
-constexpr char POLICY_KEY[] = "db/menu/voice/mva_list";
-constexpr char CURRENT_KEY[] = "db/multi-assistant/default_assistant_appid";
 constexpr char WAKE_UP_KEY[] = "db/menu/voice/assistant_farfield";
 constexpr char HINT_KEY[] = "db/multi-assistant/situational_hint_supported";
-constexpr char FIRST_TIME_KEY[] = "db/voice-app/activate_first_time";
-constexpr char TENCENT_KEY[] = "db/tencent-voice-assistant/voice-setting";
-constexpr char OWNER_FOLDER[] = "/home/owner/";
 constexpr char NEURAL_ENGINE[] = "org.nemra.tts-engine-neural";
 constexpr char ENGINE_LANGUAGES[] = "com.vantelo/tv/metadata/tts-engine/legacy_tts_language";
 
-// What is on a TV once an assistant is set up, for those that leave a file.
-struct Marker {
-    const char* id;
-    const char* file;
-};
-constexpr Marker MARKERS[] = {{"ALEXA", "share/.voice/alexa_login_success"},
-                              {"GVA", "share/.voice/ga_login_success"},
-                              {"SBER", "share/.voice/salute_login_success"}};
-
-std::string Compact(const Json::Value& json) {
+std::string CompactJson(const Json::Value& json) {
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "";
     builder["emitUTF8"] = true;
     return Json::writeString(builder, json);
 }
 
-Json::Value ToJson(const toml::node& node) {
+Json::Value TomlToJson(const toml::node& node) {
     if (const toml::table* table = node.as_table()) {
         Json::Value object(Json::objectValue);
         for (const auto& [key, value] : *table) {
-            object[std::string(key.str())] = ToJson(value);
+            object[std::string(key.str())] = TomlToJson(value);
         }
         return object;
     }
     if (const toml::array* array = node.as_array()) {
         Json::Value list(Json::arrayValue);
         for (const toml::node& value : *array) {
-            list.append(ToJson(value));
+            list.append(TomlToJson(value));
         }
         return list;
     }
@@ -61,7 +48,7 @@ Json::Value ToJson(const toml::node& node) {
 // What the store holds for a member of [settings].
 Value StoredValue(const toml::node& node) {
     if (node.is_table() || node.is_array()) {
-        return TextValue(Compact(ToJson(node)));
+        return TextValue(CompactJson(TomlToJson(node)));
     }
     if (const auto flag = node.value_exact<bool>()) {
         return NumberValue(*flag ? 1 : 0, "bool");
@@ -72,9 +59,9 @@ Value StoredValue(const toml::node& node) {
     return TextValue(node.value_or(std::string()));
 }
 
-class Reader {
+class NewTvReader {
   public:
-    Reader(const Inputs& inputs, const TvModel& model) : inputs_(inputs) {
+    NewTvReader(const Inputs& inputs, const TvModel& model) : inputs_(inputs) {
         tv_.name = model.name;
         tv_.model = model.call;
         for (const Input& input : inputs.inputs) {
@@ -133,7 +120,7 @@ class Reader {
     }
 
     void Set(const std::string& key, const Value& value) {
-        if (key == POLICY_KEY) {
+        if (key == keys::POLICY) {
             tv_.policy = value.text;
             return;
         }
@@ -159,7 +146,7 @@ class Reader {
     }
 
     void AddFile(const std::string& file) {
-        SetInput(Input::Kind::kFile, OWNER_FOLDER + file, NumberValue(1, "bool"));
+        SetInput(Input::Kind::kFile, file, NumberValue(1, "bool"));
     }
 
     void ReadAssistants(const toml::table& root) {
@@ -193,23 +180,23 @@ class Reader {
             }
             SetUp(text("id"), (*table)["set_up"].value_or(false));
             if ((*table)["current"].value_or(false)) {
-                Set(CURRENT_KEY, TextValue(text("app")));
+                Set(keys::CURRENT, TextValue(text("app")));
             }
             tv_.installed.insert(text("app"));
         }
-        Set(POLICY_KEY, TextValue(Compact(policy)));
-        Set(WAKE_UP_KEY, TextValue(Compact(wakeUp)));
-        Set(HINT_KEY, TextValue(Compact(hints)));
+        Set(keys::POLICY, TextValue(CompactJson(policy)));
+        Set(WAKE_UP_KEY, TextValue(CompactJson(wakeUp)));
+        Set(HINT_KEY, TextValue(CompactJson(hints)));
     }
 
     void SetUp(const std::string& id, bool done) {
         if (id == "ORVIK2" || id == "SVA") {
-            Set(FIRST_TIME_KEY, NumberValue(done ? 0 : 1, "bool"));
+            Set(keys::FIRST_TIME, NumberValue(done ? 0 : 1, "bool"));
         } else if (id == "TENCENT") {
-            Set(TENCENT_KEY, TextValue(done ? "{\"onboarding_completed\":true}" : "{}"));
+            Set(keys::TENCENT, TextValue(done ? "{\"onboarding_completed\":true}" : "{}"));
         }
-        for (const Marker& marker : MARKERS) {
-            if (id == marker.id && done) {
+        for (const keys::Marker& marker : keys::MARKERS) {
+            if (id == marker.assistant && done) {
                 AddFile(marker.file);
             }
         }
@@ -217,7 +204,7 @@ class Reader {
 
     void ReadAccount(const toml::table& root) {
         const bool signedIn = root["account"]["signed_in"].value_or(false);
-        SetInput(Input::Kind::kCall, "sso_get_login_state", NumberValue(signedIn ? 1 : 0, "int"));
+        SetInput(Input::Kind::kCall, keys::LOGIN, NumberValue(signedIn ? 1 : 0, "int"));
         tv_.accountUi = root["account"]["ui"].value_or(std::string("com.vantelo.account-ui"));
         SetInput(Input::Kind::kCall, "sso_get_account_ui_application_package_id",
                  tv_.accountUi.empty() ? MissingValue() : TextValue(tv_.accountUi));
@@ -229,7 +216,7 @@ class Reader {
     void ReadFiles(const toml::table& root) {
         if (const toml::array* files = root["owner_files"].as_array()) {
             for (const toml::node& file : *files) {
-                AddFile(file.value_or(std::string()));
+                AddFile(keys::OWNER + file.value_or(std::string()));
             }
         }
     }
@@ -289,7 +276,7 @@ class Reader {
 Value MissingValue() {
     Value value;
     value.kind = Value::Kind::kFails;
-    value.number = FAILED;
+    value.number = -1;
     value.words = "missing";
     return value;
 }
@@ -313,7 +300,7 @@ Value TextValue(const std::string& text) {
 
 NewTv LoadNewTv(const Inputs& inputs, const TvModel& model) {
     try {
-        return Reader(inputs, model).Read(toml::parse_file(model.file));
+        return NewTvReader(inputs, model).Read(toml::parse_file(model.file));
     } catch (const toml::parse_error& error) {
         throw InputError(model.file + ":" + std::to_string(error.source().begin.line) + ": " +
                          std::string(error.description()));

@@ -4,14 +4,13 @@
 #include <deque>
 #include <set>
 
-#include "app_effects.h"
+#include "keys.h"
 #include "state.h"
 
 namespace explorer {
 
 namespace {
 
-constexpr char OWNER_FOLDER[] = "/home/owner/";
 // A tour that is longer is hard to read.
 constexpr std::size_t LONGEST_TOUR = 80;
 
@@ -19,7 +18,7 @@ constexpr std::size_t LONGEST_TOUR = 80;
 // Steps
 // ---------------------------------------------------------------------------------------------
 
-std::string StepOf(const Action& action, const NewTv& model) {
+std::string TomlStep(const Action& action, const NewTv& model) {
     const std::string press =
         action.item != nullptr ? "press = " + TomlText(action.item->name) + "\n" : "";
     const std::string answer =
@@ -97,7 +96,7 @@ std::string ExpectedStore(const ConcreteTv& tv, const TvState* before, const TvS
         }
         const Value& value = tv.ValueOf(after, index);
         if (input.kind == Input::Kind::kFile && value.number == 1) {
-            files.push_back(input.key.substr(sizeof(OWNER_FOLDER) - 1));
+            files.push_back(input.key.substr(sizeof(keys::OWNER) - 1));
         }
         const std::string expected =
             input.kind == Input::Kind::kSetting ? ExpectedValue(value) : "";
@@ -108,9 +107,10 @@ std::string ExpectedStore(const ConcreteTv& tv, const TvState* before, const TvS
     return text + (files.empty() ? "" : "expect.file = " + TomlList(files) + "\n");
 }
 
-class Writer {
+class ScenarioWriter {
   public:
-    Writer(const Stage& stage, ConcreteTv& tv) : stage_(stage), tv_(tv), state_(tv.Start()) {}
+    ScenarioWriter(const Stage& stage, ConcreteTv& tv)
+        : stage_(stage), tv_(tv), state_(tv.Start()) {}
 
     std::string Write(const std::string& title, const std::vector<Action>& path, bool crashes) {
         std::string text =
@@ -121,7 +121,7 @@ class Writer {
         }
         for (std::size_t i = 0; i < path.size(); ++i) {
             const bool isEnd = crashes && i + 1 == path.size();
-            text += StepBegin(ToText(path[i])) + StepOf(path[i], tv_.Model());
+            text += StepBegin(ToText(path[i])) + TomlStep(path[i], tv_.Model());
             text += isEnd ? "" : Expected(path[i]);
         }
         return text;
@@ -273,7 +273,7 @@ class Guide {
 
 std::string ToScenario(const Stage& stage, ConcreteTv& tv, const std::string& title,
                        const std::vector<Action>& path, bool crashes) {
-    return Writer(stage, tv).Write(title, path, crashes);
+    return ScenarioWriter(stage, tv).Write(title, path, crashes);
 }
 
 std::vector<std::vector<Action>> Tours(const Search& search) {

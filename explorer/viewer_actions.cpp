@@ -11,21 +11,21 @@ namespace explorer {
 
 namespace {
 
-constexpr char PAGE[] = "voice";
-constexpr char ONBOARDING[] = "onboarding";
-constexpr std::size_t HOST_BUFFER = 1024;
+constexpr char PAGE_ITEM[] = "voice";
+constexpr char ENTRY_ITEM[] = "onboarding";
+constexpr std::size_t BOX_TEXT_SIZE = 1024;
 
 // A run on the loaded state.
-class Run {
+class LoadedRun {
   public:
-    Run() { tv().Begin(choices_); }
+    LoadedRun() { tv().Begin(choices_); }
 
   private:
     Choices choices_;
 };
 
 bool IsEntry(const Item& item) {
-    return std::strcmp(item.name, PAGE) == 0 || std::strcmp(item.name, ONBOARDING) == 0;
+    return std::strcmp(item.name, PAGE_ITEM) == 0 || std::strcmp(item.name, ENTRY_ITEM) == 0;
 }
 
 std::vector<int> ChoicesOf(const Subject& subject, const Item& item) {
@@ -45,9 +45,9 @@ std::vector<int> ChoicesOf(const Subject& subject, const Item& item) {
 }
 
 bool AsksFirst(const Subject& subject, const Item& item) {
-    char text[HOST_BUFFER] = "";
-    char first[HOST_BUFFER] = "";
-    char second[HOST_BUFFER] = "";
+    char text[BOX_TEXT_SIZE] = "";
+    char first[BOX_TEXT_SIZE] = "";
+    char second[BOX_TEXT_SIZE] = "";
     int buttons = 0;
     subject.Table().get_messagebox_info(item.key, text, first, second, &buttons);
     return buttons > 0;
@@ -59,8 +59,8 @@ struct Popup {
 };
 
 Popup PopupOf(const Subject& subject, const Item& item) {
-    char texts[4][HOST_BUFFER] = {};
-    char action[HOST_BUFFER] = "";
+    char texts[4][BOX_TEXT_SIZE] = {};
+    char action[BOX_TEXT_SIZE] = "";
     int buttons = 0;
     subject.Table().get_disablepopup_info(item.key, texts[0], texts[1], texts[2], texts[3],
                                           &buttons, action);
@@ -86,7 +86,7 @@ Action Press(Action::Kind kind, const Item& item, int value, bool confirmed = tr
 void AddDimmed(const Subject& subject, const Item& item, std::vector<Action>& actions) {
     Popup popup;
     {
-        const Run run;
+        const LoadedRun run;
         popup = PopupOf(subject, item);
     }
     if (!popup.offered) {
@@ -102,7 +102,7 @@ void AddList(const Subject& subject, const Item& item, std::vector<Action>& acti
     std::vector<int> values;
     bool asks = false;
     {
-        const Run run;
+        const LoadedRun run;
         values = ChoicesOf(subject, item);
         asks = AsksFirst(subject, item);
     }
@@ -121,7 +121,7 @@ void AddItem(const Subject& subject, const ItemLook& look, std::vector<Action>& 
     }
     if (!look.enabled) {
         AddDimmed(subject, item, actions);
-    } else if (std::strcmp(item.name, ONBOARDING) == 0) {
+    } else if (std::strcmp(item.name, ENTRY_ITEM) == 0) {
         actions.push_back(Press(Action::Kind::kSetUp, item, SI_ACTION_VALUE));
     } else if (item.listBuilder != nullptr) {
         AddList(subject, item, actions);
@@ -194,7 +194,7 @@ std::string ToText(const Action& action) {
 PageLook LookAtPage(const Subject& subject) {
     PageLook page;
     page.reserve(Items().size());
-    const Run run;
+    const LoadedRun run;
     for (const Item& item : Items()) {
         ItemLook look;
         look.item = &item;
@@ -260,7 +260,7 @@ Consequences CarryOut(const Subject& subject, ConcreteTv& tv, const Action& acti
             break;
     }
     std::string wrong;
-    const Run run;
+    const LoadedRun run;
     try {
         Play(subject, action);
     } catch (const std::exception& exception) {
