@@ -16,15 +16,18 @@ using Names = std::vector<std::string>;
 
 const Names kScenarioKeys = {"title", "model", "step"};
 const Names kStepKeys = {
-    "say",        "set",          "unset",   "policy",   "feature",      "feature-missing",
-    "account",    "consent",      "network", "language", "file-add",     "file-remove",
-    "state",      "applications", "trace",   "fault",    "clear-faults", "power-cycle",
-    "finish",     "cancel",       "press",   "choose",   "answer",       "expect",
-    "voice-guide"};
-const Names kExpectKeys = {"page",  "sees",    "box",     "popup", "reason", "refused", "launched",
-                           "toast", "setting", "running", "log",   "no-log", "trace",   "file"};
+    "say",         "set",          "unset",   "policy",   "feature",      "feature-missing",
+    "account",     "consent",      "network", "language", "file-add",     "file-remove",
+    "state",       "applications", "trace",   "fault",    "clear-faults", "power-cycle",
+    "finish",      "cancel",       "press",   "choose",   "answer",       "expect",
+    "voice-guide", "hand"};
+const Names kExpectKeys = {"page",     "sees",  "box",     "popup",   "reason", "refused",
+                           "launched", "toast", "setting", "running", "log",    "no-log",
+                           "trace",    "file",  "answer",  "state"};
 const Names kItemKeys = {"visible", "enabled", "value", "title",
                          "help",    "reason",  "popup", "choices"};
+const Names kAnswerKeys = {"visible", "enabled", "value", "title", "help",
+                           "reason",  "choices", "box",   "popup"};
 const Names kBoxKeys = {"title", "message", "buttons"};
 
 [[noreturn]] void Fail(const std::string& file, const toml::source_region& where,
@@ -84,6 +87,16 @@ void CheckExpect(const std::string& file, const toml::node& node) {
             CheckKeys(file, RequireTable(file, *one, box), box, kBoxKeys);
         }
     }
+    if (const toml::node* state = expect.get("state")) {
+        RequireTable(file, *state, "state");
+    }
+    if (const toml::node* answer = expect.get("answer")) {
+        for (const auto& [key, item] : RequireTable(file, *answer, "answer")) {
+            RequireItemName(file, key.source(), std::string(key.str()));
+            CheckKeys(file, RequireTable(file, item, std::string(key.str())), "an answer",
+                      kAnswerKeys);
+        }
+    }
     const toml::node* page = expect.get("page");
     if (page == nullptr) {
         return;
@@ -108,6 +121,11 @@ void CheckStep(const std::string& file, const toml::node& node) {
     const std::string press = RequireText(file, step, "press", "");
     if (!press.empty()) {
         RequireItemName(file, step.get("press")->source(), press);
+    }
+    if (const toml::node* hand = step.get("hand")) {
+        for (const auto& [key, value] : RequireTable(file, *hand, "hand")) {
+            RequireItemName(file, key.source(), std::string(key.str()));
+        }
     }
     for (const char* name : {"choose", "answer"}) {
         if (step.contains(name) && press.empty()) {

@@ -1,5 +1,7 @@
 #include "scenario_expect.h"
 
+#include <libintl.h>
+
 #include <algorithm>
 
 namespace host {
@@ -39,6 +41,43 @@ std::vector<std::string> NodeTexts(const toml::node& node) {
         }
     } else {
         texts.push_back(NodeText(node));
+    }
+    return texts;
+}
+
+// A text that is told by its ids as the provider shows it: "TITLE_ID", "ID_WITH_A_NAME Alexa".
+std::string InWords(const std::string& ids) {
+    const size_t end = ids.find_first_of(" \n");
+    const std::string word = ids.substr(0, end);
+    std::string text = word.empty() ? "" : dgettext("si-ready", word.c_str());
+    if (end == std::string::npos) {
+        return text;
+    }
+    const std::string rest = InWords(ids.substr(end + 1));
+    const size_t name = text.find("<<A>>");
+    return name != std::string::npos ? text.replace(name, 5, rest) : text + ids[end] + rest;
+}
+
+std::vector<std::string> InWords(std::vector<std::string> texts) {
+    for (std::string& text : texts) {
+        text = InWords(text);
+    }
+    return texts;
+}
+
+std::vector<std::string> TextsOf(const std::optional<Box>& box) {
+    std::vector<std::string> texts;
+    if (box) {
+        texts = {box->title, box->message};
+        texts.insert(texts.end(), box->buttons.begin(), box->buttons.end());
+    }
+    return texts;
+}
+
+std::vector<std::string> TextsOf(const std::vector<Choice>& choices) {
+    std::vector<std::string> texts;
+    for (const Choice& choice : choices) {
+        texts.push_back(std::to_string(choice.value) + ": " + choice.text);
     }
     return texts;
 }
@@ -95,6 +134,19 @@ class Judge {
             for (const auto& [name, item] : *wanted.as_table()) {
                 CheckItem(outcome_.page[FindItem(name.str())->name], item);
             }
+        } else if (what == "answer") {
+            for (const auto& [name, item] : *wanted.as_table()) {
+                for (const auto& [key, value] : *item.as_table()) {
+                    CheckAnswer(*FindItem(name.str()), std::string(key.str()), value);
+                }
+            }
+        } else if (what == "state") {
+            for (const auto& [name, value] : *wanted.as_table()) {
+                const auto state = tv_.State();
+                const auto found = state.find(std::string(name.str()));
+                Same(value, std::string(name.str()), NodeText(value),
+                     found != state.end() ? vtv::ToText(found->second) : "(missing)");
+            }
         } else if (what == "sees") {
             SameList(wanted, "the viewer sees", NodeTexts(wanted), SightKinds());
         } else if (what == "box" || what == "popup") {
@@ -104,7 +156,8 @@ class Judge {
         } else if (what == "launched") {
             SameList(wanted, "launched", NodeTexts(wanted), Launched(Sight::Kind::kApplication));
         } else if (what == "toast") {
-            SameList(wanted, "the toasts", NodeTexts(wanted), Launched(Sight::Kind::kToast));
+            SameList(wanted, "the toasts", InWords(NodeTexts(wanted)),
+                     Launched(Sight::Kind::kToast));
         } else if (what == "setting") {
             for (const auto& [key, value] : *wanted.as_table()) {
                 CheckSetting(std::string(key.str()), value);
@@ -155,6 +208,36 @@ class Judge {
                 }
                 SameList(value, where, NodeTexts(value), texts);
             }
+        }
+    }
+
+    // What the provider says of the item, wherever the item lies.
+    void CheckAnswer(const Item& item, const std::string& what, const toml::node& wanted) {
+        const Provider& provider = *outcome_.provider;
+        const std::string where = std::string("answer for ") + item.name + " " + what;
+        if (what == "visible") {
+            Same(wanted, where, NodeText(wanted), provider.IsVisible(item.key) ? "true" : "false");
+        } else if (what == "enabled") {
+            Same(wanted, where, NodeText(wanted), provider.IsEnabled(item.key) ? "true" : "false");
+        } else if (what == "value") {
+            const std::optional<int> value = provider.GetInt(item.key);
+            Same(wanted, where, NodeText(wanted), value ? std::to_string(*value) : "none");
+        } else if (what == "title") {
+            Same(wanted, where, InWords(NodeText(wanted)), provider.Title(item.key).value_or(""));
+        } else if (what == "help") {
+            Same(wanted, where, InWords(NodeText(wanted)), provider.Help(item.key).value_or(""));
+        } else if (what == "reason") {
+            Same(wanted, where, InWords(NodeText(wanted)),
+                 provider.DisableText(item.key).value_or(""));
+        } else if (what == "choices") {
+            SameList(wanted, where, InWords(NodeTexts(wanted)),
+                     TextsOf(provider.Choices(item.key)));
+        } else if (what == "box") {
+            SameList(wanted, where, InWords(NodeTexts(wanted)),
+                     TextsOf(provider.Confirmation(item.key)));
+        } else if (what == "popup") {
+            SameList(wanted, where, InWords(NodeTexts(wanted)),
+                     TextsOf(provider.DisablePopup(item.key)));
         }
     }
 

@@ -12,6 +12,7 @@
 namespace host {
 
 struct StepOutcome {
+    const Provider* provider = nullptr;  // for what is asked whether a viewer can get to it or not
     std::optional<PressResult> press;
     Page page;
     size_t launchesBefore = 0;

@@ -21,6 +21,7 @@ class Player {
         : file_(scenario.file), tv_(tv), provider_(provider) {}
 
     void Play(const toml::table& step, StepOutcome* outcome) {
+        outcome->provider = &provider_;
         outcome->launchesBefore = tv_.Launches().size();
         outcome->logBefore = tv_.ReadLog().size();
         outcome->traceBefore = tv_.ReadTrace().size();
@@ -30,6 +31,7 @@ class Player {
         ChangePlatform(step);
         UseApplications(step);
         Dispatch();
+        HandOver(step);
         Press(step, outcome);
         Dispatch();
         outcome->page = LookAtPage(provider_);
@@ -220,6 +222,19 @@ class Player {
         }
         for (const std::string& app : Texts(step, "cancel")) {
             tv_.CancelApplication(app);
+        }
+    }
+
+    // Values for items, whether a viewer could press them or not.
+    void HandOver(const toml::table& step) {
+        if (const toml::table* items = Table(step, "hand")) {
+            for (const auto& [name, value] : *items) {
+                if (!value.is_integer()) {
+                    Fail(value, "write a whole number.");
+                }
+                provider_.SetInt(FindItem(name.str())->key,
+                                 static_cast<int>(value.as_integer()->get()));
+            }
         }
     }
 
