@@ -244,6 +244,11 @@ int ExploreMain(int argc, char** argv) {
     AddDepends(app, common, command);
     AddImpact(app, common, command);
     AddSequences(app, common, command);
+    const auto report = [&](const std::exception& error, int code) {
+        std::fprintf(stderr, "%s: %s\n",
+                     app.got_subcommand("impact") ? "vtv impact" : "vtv explore", error.what());
+        return code;
+    };
     try {
         app.parse(argc, argv);
         return command();
@@ -257,17 +262,13 @@ int ExploreMain(int argc, char** argv) {
         }
         return app.exit(error) == 0 ? kExitOk : kExitUsage;
     } catch (const CommandError& error) {
-        std::fprintf(stderr, "vtv explore: %s\n", error.what());
-        return error.Code();
+        return report(error, error.Code());
     } catch (const InputError& error) {
-        std::fprintf(stderr, "vtv explore: %s\n", error.what());
-        return kExitUsage;
+        return report(error, kExitUsage);
     } catch (const SubjectError& error) {
-        std::fprintf(stderr, "vtv explore: %s\n", error.what());
-        return kExitNoSuch;
+        return report(error, kExitNoSuch);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "vtv explore: %s\n", error.what());
-        return kExitTrouble;
+        return report(error, kExitTrouble);
     }
 }
 

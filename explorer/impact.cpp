@@ -7,14 +7,15 @@
 #include <cstdio>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <set>
 
 #include "bytes.h"
 #include "command.h"
 #include "exploration.h"
+#include "look.h"
 #include "models.h"
 #include "policy.h"
+#include "policy_fault.h"
 #include "table.h"
 #include "tv/lazy_tv.h"
 #include "workers.h"
@@ -24,68 +25,57 @@ namespace explorer {
 namespace {
 
 // ---------------------------------------------------------------------------------------------
-// Policies that are to be published
+// What a TV does with a policy that is refused here
 // ---------------------------------------------------------------------------------------------
 
-// A fault of a document, with its position; empty when there is none.
-std::string FaultOf(const std::string& file, const std::string& text) {
-    Json::Value root;
-    Json::CharReaderBuilder builder;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    std::string errors;
-    if (!reader->parse(text.data(), text.data() + text.size(), &root, &errors)) {
-        return file + ": " + errors + "A TV keeps the policy that it has.";
+// The assistants that the page offers, as the provider lists them.
+std::vector<std::string> Offered(const std::string& provider, const Policy& policy) {
+    const Subject subject(provider, policy);
+    Choices choices;
+    tv().Begin(choices);
+    Ask(subject, *FindQuestion("choices:voice-assistant"));
+    std::vector<std::string> offered;
+    for (const RecordEntry& entry : ReadRecord(tv().Record())) {
+        if (entry.text.rfind("choice ", 0) == 0) {
+            offered.push_back(entry.text);
+        }
     }
-    const auto at = [&](const Json::Value& value, const std::string& what,
-                        const std::string& then) {
-        const auto begin = text.begin();
-        const auto end = begin + value.getOffsetStart();
-        const auto line = std::count(begin, end, '\n') + 1;
-        const auto newline =
-            std::find(std::make_reverse_iterator(end), std::make_reverse_iterator(begin), '\n');
-        const auto column = newline.base() == begin ? end - begin + 1 : end - newline.base() + 1;
-        return file + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " + what +
-               " " + then;
+    return offered;
+}
+
+// Two assistants that nobody else offers, to see whether they stay.
+constexpr char PROBE[] =
+    R"([{"VAOrder":1,"VAId":"P1","VAAppId":"probe.1","VAName":"Probe 1","VAFFSupport":true},)"
+    R"({"VAOrder":2,"VAId":"P2","VAAppId":"probe.2","VAName":"Probe 2","VAFFSupport":true}])";
+
+// Asks the provider itself, in a process of its own.
+std::string WhatATvDoes(const Inputs& inputs, const ImpactOptions& options,
+                        const std::string& document) {
+    std::string consequence;
+    const Policy before{"before", {PROBE}};
+    const Policy after{"after", {PROBE, document}};
+    const auto task = [&](int, Shared&) -> std::string {
+        tv().Use(inputs);
+        const std::vector<std::string> offered = Offered(options.provider, after);
+        if (offered == Offered(options.provider, before)) {
+            return "A TV would go on with the assistants that it has.";
+        }
+        // A single assistant is not offered as a choice.
+        const std::size_t count = std::max(
+            offered.size(), StateOf(after).list.size() == 1 ? std::size_t{1} : std::size_t{0});
+        return count == 0 ? "A TV would offer no assistant."
+                          : "A TV would take it, and offer " + std::to_string(count) +
+                                (count == 1 ? " assistant." : " assistants.");
     };
-    const std::string keeps = "A TV keeps the policy that it has.";
-    if (!root.isArray()) {
-        return at(root, "a policy is a list of assistants: [ ... ].",
-                  "A TV then offers no assistant.");
-    }
-    std::set<int> orders;
-    for (const Json::Value& element : root) {
-        if (!element.isObject()) {
-            return at(element, "an assistant is an object: { \"VAOrder\": 1, ... }.", keeps);
-        }
-        for (const char* member : {"VAId", "VAAppId", "VAName"}) {
-            if (!element[member].isString()) {
-                return at(element, std::string("\"") + member + "\" must be a text.",
-                          element[member].isArray() || element[member].isObject()
-                              ? keeps
-                              : "A TV reads it as text or as empty.");
-            }
-        }
-        if (!element["VAOrder"].isInt()) {
-            return at(element, "\"VAOrder\" must be a whole number.",
-                      element["VAOrder"].isNull() ? "A TV reads it as 0." : keeps);
-        }
-        if (!element["VAFFSupport"].isBool()) {
-            return at(element, "\"VAFFSupport\" must be true or false.",
-                      element["VAFFSupport"].isNull() ? "A TV reads it as false." : keeps);
-        }
-        if (!orders.insert(element["VAOrder"].asInt()).second) {
-            return at(
-                element,
-                "\"VAOrder\" " + std::to_string(element["VAOrder"].asInt()) + " is here twice.",
-                "A TV then offers only the first of the two.");
-        }
-    }
-    const int count = static_cast<int>(orders.size());
-    if (count > 0 && (*orders.begin() != 1 || *orders.rbegin() != count)) {
-        return at(root, "\"VAOrder\" must count from 1 to " + std::to_string(count) + ".",
-                  "A TV sorts the assistants by it.");
-    }
-    return "";
+    const auto finished = [&](const WorkerResult& result) {
+        consequence =
+            result.trouble.empty() ? result.bytes : "A TV's provider " + result.trouble + " on it.";
+        return false;
+    };
+    WorkOptions work;
+    work.progress = false;
+    Work(1, work, task, finished);
+    return consequence;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -97,74 +87,13 @@ struct Change {
     std::string what;
     std::vector<std::string> when;  // one line for each group of states
     std::uint64_t paths = 0;
+    bool operator==(const Change&) const = default;
 };
 
 struct ModelImpact {
     std::string model;
     std::vector<Change> changes;
-    std::uint64_t states = 0;
 };
-
-// The look of an item, one line for each property.
-std::vector<std::string> LookAt(const Subject& subject, const Item& item) {
-    std::vector<std::string> look;
-    const bool visible = subject.checkVisible(item.key, 0) == 1;
-    look.push_back(visible ? "visible" : "hidden");
-    if (!visible) {
-        return look;
-    }
-    const bool enabled = subject.checkEnabled(item.key, 0) == 1;
-    look.push_back(enabled ? "enabled" : "dimmed");
-    const std::size_t before = tv().Record().size();
-    for (const char* kind : {"title:", "help:", "value:", "choices:"}) {
-        Ask(subject, *FindQuestion(kind + std::string(item.name)));
-    }
-    if (!enabled) {
-        Ask(subject, *FindQuestion(std::string("reason:") + item.name));
-        Ask(subject, *FindQuestion(std::string("popup:") + item.name));
-    }
-    for (const RecordEntry& entry : ReadRecord(tv().Record().substr(before))) {
-        look.push_back(entry.text);
-    }
-    return look;
-}
-
-std::string Join(const std::vector<std::string>& lines) {
-    std::string text;
-    for (const std::string& line : lines) {
-        text += (text.empty() ? "" : ", ") + line;
-    }
-    return text;
-}
-
-std::string ChangeOf(const std::vector<std::string>& before,
-                     const std::vector<std::string>& after) {
-    if (before == after) {
-        return "";
-    }
-    if (before[0] != after[0]) {
-        return after[0] == "visible" ? "appears" : "vanishes";
-    }
-    std::string change =
-        before[1] != after[1] ? (after[1] == "dimmed" ? "is dimmed" : "is enabled") : "";
-    std::vector<std::string> gone;
-    std::vector<std::string> come;
-    for (std::size_t i = 2; i < before.size(); ++i) {
-        if (std::find(after.begin(), after.end(), before[i]) == after.end()) {
-            gone.push_back(before[i]);
-        }
-    }
-    for (std::size_t i = 2; i < after.size(); ++i) {
-        if (std::find(before.begin(), before.end(), after[i]) == before.end()) {
-            come.push_back(after[i]);
-        }
-    }
-    if (change.empty() || before[1] == after[1]) {
-        change += "changes: " + (gone.empty() ? "nothing" : Join(gone)) + " -> " +
-                  (come.empty() ? "nothing" : Join(come));
-    }
-    return change;
-}
 
 class ModelComparer {
   public:
@@ -205,7 +134,7 @@ class ModelComparer {
         ForEachPath(
             shared_.choices, shared_.runs,
             [&] {
-                const std::vector<std::string> before = LookAt(a_, item);
+                const Look before = LookAt(a_, item);
                 tv().Again();
                 change = ChangeOf(before, LookAt(b_, item));
             },
@@ -255,12 +184,7 @@ class ModelComparer {
             std::vector<std::string> conditions;
             for (const auto& [input, values] : row.conditions) {
                 const Input& one = inputs_.inputs[static_cast<std::size_t>(input)];
-                std::string words;
-                for (const int value : values) {
-                    words += (words.empty() ? "" : " or ") +
-                             one.values[static_cast<std::size_t>(value)].words;
-                }
-                conditions.push_back(one.name + ": " + words);
+                conditions.push_back(one.name + ": " + WordsOf(one, values));
             }
             when[change].push_back(conditions.empty() ? "always" : Join(conditions));
         }
@@ -275,6 +199,19 @@ class ModelComparer {
         }
     }
 
+    // "Orvik or Alexa", or "anything but Google" where that is shorter.
+    static std::string WordsOf(const Input& input, const std::set<int>& values) {
+        std::vector<std::string> named;
+        std::vector<std::string> others;
+        for (std::size_t i = 0; i < input.values.size(); ++i) {
+            const bool isNamed = values.count(static_cast<int>(i)) == 1;
+            (isNamed ? named : others).push_back(input.values[i].words);
+        }
+        return !others.empty() && named.size() > 2 && others.size() < named.size()
+                   ? "anything but " + Join(others, " or ")
+                   : Join(named, " or ");
+    }
+
     const Inputs& inputs_;
     Shared& shared_;
     std::filesystem::path copy_;
@@ -286,17 +223,38 @@ class ModelComparer {
 // What is shown
 // ---------------------------------------------------------------------------------------------
 
+// Models that the policy changes in the same way.
+struct Group {
+    std::vector<std::string> models;
+    const ModelImpact* impact = nullptr;
+};
+
+std::vector<Group> GroupsOf(const std::vector<ModelImpact>& impacts) {
+    std::vector<Group> groups;
+    for (const ModelImpact& impact : impacts) {
+        const auto same = std::find_if(groups.begin(), groups.end(), [&](const Group& group) {
+            return group.impact->changes == impact.changes;
+        });
+        if (same != groups.end()) {
+            same->models.push_back(impact.model);
+        } else {
+            groups.push_back({{impact.model}, &impact});
+        }
+    }
+    return groups;
+}
+
 std::string AsText(const std::vector<ModelImpact>& impacts) {
     std::string text;
-    for (const ModelImpact& impact : impacts) {
-        text += impact.model + "\n";
-        for (const Change& change : impact.changes) {
-            text += "  " + change.item + " " + change.what + "\n";
+    for (const Group& group : GroupsOf(impacts)) {
+        text += (text.empty() ? "" : "\n") + Join(group.models) + "\n";
+        for (const Change& change : group.impact->changes) {
+            text += "  " + change.item + (change.item == "users" ? ": " : " ") + change.what + "\n";
             for (const std::string& when : change.when) {
                 text += "      when " + when + "\n";
             }
         }
-        text += impact.changes.empty() ? "  nothing changes\n" : "";
+        text += group.impact->changes.empty() ? "  nothing changes\n" : "";
     }
     return text;
 }
@@ -333,8 +291,9 @@ std::string AsHtml(const std::vector<ModelImpact>& impacts) {
         "td,th{border-top:1px solid #ccc;padding:.3em .6em;text-align:left;vertical-align:top}"
         "table{border-collapse:collapse;width:100%}</style></head><body><h1>What the new policy "
         "changes</h1>\n";
-    for (const ModelImpact& impact : impacts) {
-        html += "<h2>" + EscapeHtml(impact.model) + "</h2>\n";
+    for (const Group& group : GroupsOf(impacts)) {
+        html += "<h2>" + EscapeHtml(Join(group.models)) + "</h2>\n";
+        const ModelImpact& impact = *group.impact;
         if (impact.changes.empty()) {
             html += "<p>Nothing changes.</p>\n";
             continue;
@@ -359,15 +318,17 @@ int ImpactMain(const ImpactOptions& options) {
     Inputs inputs = LoadInputs(InputsFile());
     const std::string oldText = ReadTextFile(options.oldFile);
     const std::string newText = ReadTextFile(options.newFile);
-    for (const std::string& fault :
-         {FaultOf(options.oldFile, oldText), FaultOf(options.newFile, newText)}) {
-        if (!fault.empty()) {
-            throw CommandError(kExitUsage, fault);
-        }
-    }
     CheckSubject(options.provider);
     const Policy before{"old", {oldText}};
     const Policy after{"new", {oldText, newText}};
+    const std::string oldFault = FaultOf(options.oldFile, oldText);
+    const std::string newFault = FaultOf(options.newFile, newText);
+    if (!oldFault.empty()) {
+        throw CommandError(kExitUsage, oldFault + ". " + WhatATvDoes(inputs, options, oldText));
+    }
+    if (!newFault.empty()) {
+        throw CommandError(kExitUsage, newFault + ". " + WhatATvDoes(inputs, options, newText));
+    }
     const PolicyState oldState = StateOf(before);
     const PolicyState newState = StateOf(after);
     KeepUserValues(inputs, {oldState, newState});
@@ -376,8 +337,9 @@ int ImpactMain(const ImpactOptions& options) {
     std::vector<std::string> crashes;
     const auto task = [&](int index, Shared& shared) {
         tv().Use(inputs);
-        const std::map<int, Value> values =
-            ValuesOf(inputs, models[static_cast<std::size_t>(index)]);
+        const TvModel& model = models[static_cast<std::size_t>(index)];
+        std::map<int, Value> values = ValuesOf(inputs, model);
+        values.merge(MarketValuesOf(inputs, model));
         for (const auto& [input, value] : values) {
             tv().Preset(input, &value);
         }

@@ -161,6 +161,7 @@ class Reader {
                  "{ missing = true }, { stored = \"type\" } or { null = true }");
         }
         value.words = table["as"].value_or(value.words);
+        value.isOdd = table["odd"].value_or(false);
     }
 
     void ReadPlainValue(const toml::node& node, const Input& input, Value& value) const {

@@ -25,6 +25,7 @@ struct Value {
     // Settings only, for a scenario: what the store holds. Empty: nothing.
     std::string storedType;
     bool hasPlaceholder = false;  // the text names the current assistant
+    bool isOdd = false;           // no user's TV has it
 };
 
 inline constexpr std::string_view CURRENT_PLACEHOLDER = "<current>";

@@ -15,6 +15,26 @@ namespace {
 constexpr char FEATURE_PREFIX[] = "com.vantelo/featureconf/";
 constexpr int INVALID_PARAMETER = -22;
 
+constexpr int FAILED = -1;
+
+// Settings that a market has and that its users have no hand in.
+constexpr const char* MARKET_SETTINGS[] = {"db/comss/cisblock", "db/comss/countrycode",
+                                           "db/menu/voice/is_k_voice", "memory/wizard/wizard_mode"};
+
+bool IsOfMarket(const Input& input) {
+    return input.kind == Input::Kind::kSetting &&
+           std::find(std::begin(MARKET_SETTINGS), std::end(MARKET_SETTINGS), input.key) !=
+               std::end(MARKET_SETTINGS);
+}
+
+Value Missing(int result) {
+    Value missing;
+    missing.kind = Value::Kind::kFails;
+    missing.number = result;
+    missing.words = "missing";
+    return missing;
+}
+
 fs::path ModelFolder() {
     if (const char* data = std::getenv("VTV_DATA")) {
         return fs::path(data) / "tvs";
@@ -22,6 +42,32 @@ fs::path ModelFolder() {
     std::error_code error;
     const fs::path program = fs::read_symlink("/proc/self/exe", error);
     return (program.parent_path() / "../share/vtv/tvs").lexically_normal();
+}
+
+// Booleans, whole numbers and texts; others are left out.
+std::map<std::string, Value> ReadValues(const toml::table& table) {
+    std::map<std::string, Value> values;
+    for (const auto& [key, node] : table) {
+        Value value;
+        if (const auto flag = node.value_exact<bool>()) {
+            value.number = *flag ? 1 : 0;
+            value.words = *flag ? "true" : "false";
+            value.storedType = "bool";
+        } else if (const auto number = node.value_exact<std::int64_t>()) {
+            value.number = static_cast<int>(*number);
+            value.words = std::to_string(*number);
+            value.storedType = "int";
+        } else if (const auto text = node.value_exact<std::string>()) {
+            value.kind = Value::Kind::kText;
+            value.text = *text;
+            value.words = *text;
+            value.storedType = "string";
+        } else {
+            continue;
+        }
+        values[std::string(key.str())] = value;
+    }
+    return values;
 }
 
 TvModel LoadModel(const fs::path& file) {
@@ -39,28 +85,27 @@ TvModel LoadModel(const fs::path& file) {
     model.call =
         file.parent_path() == ModelFolder() ? model.name : fs::absolute(file, error).string();
     if (const toml::table* features = root["features"].as_table()) {
-        for (const auto& [key, node] : *features) {
-            Value value;
-            if (const auto flag = node.value_exact<bool>()) {
-                value.number = *flag ? 1 : 0;
-                value.words = *flag ? "true" : "false";
-                value.storedType = "bool";
-            } else if (const auto number = node.value_exact<std::int64_t>()) {
-                value.number = static_cast<int>(*number);
-                value.words = std::to_string(*number);
-                value.storedType = "int";
-            } else if (const auto text = node.value_exact<std::string>()) {
-                value.kind = Value::Kind::kText;
-                value.text = *text;
-                value.words = *text;
-                value.storedType = "string";
-            }
-            const std::string name(key.str());
-            model.features[name.find('/') == std::string::npos ? FEATURE_PREFIX + name : name] =
-                value;
+        for (const auto& [key, value] : ReadValues(*features)) {
+            model.features[key.find('/') == std::string::npos ? FEATURE_PREFIX + key : key] = value;
         }
     }
+    if (const toml::table* settings = root["settings"].as_table()) {
+        model.settings = ReadValues(*settings);
+    }
     return model;
+}
+
+// Assistants of the same name are told by their applications, too.
+void TellApart(std::vector<Value>& assistants) {
+    std::map<std::string, int> count;
+    for (const Value& assistant : assistants) {
+        ++count[assistant.words];
+    }
+    for (Value& assistant : assistants) {
+        if (count[assistant.words] > 1 || assistant.words.empty()) {
+            assistant.words += (assistant.words.empty() ? "" : " ") + ('(' + assistant.text + ')');
+        }
+    }
 }
 
 }  // namespace
@@ -100,19 +145,28 @@ std::map<int, Value> ValuesOf(const Inputs& inputs, const TvModel& model) {
         if (input.kind != Input::Kind::kFeature) {
             continue;
         }
-        Value missing;
-        missing.kind = Value::Kind::kFails;
-        missing.number = INVALID_PARAMETER;
-        missing.words = "missing";
         const auto known = model.features.find(input.key);
-        values[inputs.IndexOf(input)] = known != model.features.end() ? known->second : missing;
+        values[inputs.IndexOf(input)] =
+            known != model.features.end() ? known->second : Missing(INVALID_PARAMETER);
+    }
+    return values;
+}
+
+std::map<int, Value> MarketValuesOf(const Inputs& inputs, const TvModel& model) {
+    std::map<int, Value> values;
+    for (const Input& input : inputs.inputs) {
+        if (IsOfMarket(input)) {
+            const auto known = model.settings.find(input.key);
+            values[inputs.IndexOf(input)] =
+                known != model.settings.end() ? known->second : Missing(FAILED);
+        }
     }
     return values;
 }
 
 void KeepUserValues(Inputs& inputs, const std::vector<PolicyState>& policies) {
     for (Input& input : inputs.inputs) {
-        if (input.kind == Input::Kind::kFeature) {
+        if (input.kind == Input::Kind::kFeature || IsOfMarket(input)) {
             continue;
         }
         std::vector<Value> kept;
@@ -122,15 +176,16 @@ void KeepUserValues(Inputs& inputs, const std::vector<PolicyState>& policies) {
                 for (const Assistant& assistant : policy.list) {
                     if (std::find(seen.begin(), seen.end(), assistant.appId) == seen.end()) {
                         seen.push_back(assistant.appId);
-                        kept.push_back({Value::Kind::kText, 0, assistant.appId, assistant.name,
-                                        "string", false});
+                        kept.push_back(
+                            {Value::Kind::kText, 0, assistant.appId, assistant.name, "string"});
                     }
                 }
             }
-            kept.push_back({Value::Kind::kText, 0, "", "none", "string", false});
+            TellApart(kept);
+            kept.push_back({Value::Kind::kText, 0, "", "none", "string"});
         } else {
             for (const Value& value : input.values) {
-                const bool isOdd = value.kind == Value::Kind::kFails ||
+                const bool isOdd = value.isOdd || value.kind == Value::Kind::kFails ||
                                    value.kind == Value::Kind::kNull || value.number < 0 ||
                                    value.number > 2;
                 const bool isOddDocument =

@@ -102,19 +102,78 @@ TEST(Impact, OfAnAssistantThatIsNoLongerOfferedNamesItsUsers) {
     EXPECT_FALSE(Has(changes, "voice-settings-orvik", "vanishes")) << changes;
 }
 
+TEST(Impact, TellsAssistantsOfTheSameNameApart) {
+    const std::string before =
+        PolicyFile("apps.json", std::string("[") + ORVIK + "," + GOOGLE + "]");
+    std::string moved = GOOGLE;
+    moved.replace(moved.find("google-assistant"), 6, "newest");
+    const std::string after =
+        PolicyFile("moved.json", std::string("[") + ORVIK + "," + moved + "]");
+    const ProcessResult result =
+        RunExplorer({"impact", "-q", before, after, "--tv", "farfield-eu"});
+    EXPECT_EQ(result.exitCode, 1) << result.errors;
+    EXPECT_NE(result.output.find("users: the user's assistant is no longer offered\n      when "
+                                 "current assistant: Google Assistant "
+                                 "(com.vantelo.tv.google-assistant)\n"),
+              std::string::npos)
+        << result.output;
+}
+
+TEST(Impact, ShowsChoicesByNameAndModelsThatChangeAlikeTogether) {
+    const std::string before =
+        PolicyFile("order.json", std::string("[") + ORVIK + "," + GOOGLE + "]");
+    std::string renamed = GOOGLE;
+    renamed.replace(renamed.find("Google Assistant"), 16, "Helper");
+    const std::string after =
+        PolicyFile("renamed.json", std::string("[") + ORVIK + "," + renamed + "]");
+    for (const char* format : {"-q", "--html"}) {
+        const ProcessResult result = RunExplorer(
+            {"impact", format, before, after, "--tv", "farfield-eu", "--tv", "modular-us"});
+        EXPECT_EQ(result.exitCode, 1) << result.errors;
+        EXPECT_NE(result.output.find("farfield-eu, modular-us"), std::string::npos)
+            << result.output;
+        EXPECT_NE(result.output.find("Google Assistant"), std::string::npos);
+        EXPECT_NE(result.output.find("Helper"), std::string::npos);
+    }
+}
+
 TEST(Impact, AMalformedPolicyIsRefusedWithItsPlaceAndWhatATvDoes) {
     const std::string good = PolicyFile("good.json", std::string("[") + ORVIK + "]");
-    const std::string bad =
-        PolicyFile("bad.json",
-                   "[\n  {\"VAOrder\":\"one\",\"VAId\":\"GVA\",\"VAAppId\":\"a\","
-                   "\"VAName\":\"b\",\"VAFFSupport\":true}]");
-    const ProcessResult result = RunExplorer({"impact", good, bad});
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_NE(result.errors.find(
-                  "bad.json:2:3: \"VAOrder\" must be a whole number. A TV keeps the policy"),
-              std::string::npos)
-        << result.errors;
-    EXPECT_EQ(RunExplorer({"impact", good, PolicyFile("cut.json", "[{")}).exitCode, 2);
+    const std::string first = R"([{"VAOrder":)";
+    const std::string rest = R"(,"VAId":"GVA","VAAppId":"a","VAName":"b","VAFFSupport":true})";
+    const std::string goesOn = "A TV would go on with the assistants that it has.";
+    struct Malformed {
+        std::string text;
+        std::string fault;
+    };
+    const Malformed documents[] = {
+        {first + "\n\"one\"" + rest + "]", ":2:1: \"VAOrder\" must be a whole number. " + goesOn},
+        {"[{", ":1:3: not JSON: Missing '}' or object member name. " + goesOn},
+        {first + "1" + rest + "\n,5]",
+         ":2:2: an assistant is an object: { \"VAOrder\": 1, ... }. " + goesOn},
+        {first + "1" + rest + ",]",
+         ":1:75: not JSON: Syntax error: value, object or array expected. "
+         "A TV would take it, and offer 1 assistant."},
+        {first + "1" + rest + "]\n x",
+         ":2:2: not JSON: Extra non-whitespace after JSON value. A TV "
+         "would take it, and offer 1 assistant."},
+        {R"({"VAList":[]})",
+         ":1:1: a policy is a list of assistants: [ ... ]. A TV would offer no assistant."},
+        {first + "1" + rest + "," + first.substr(1) + "3" + rest + "]",
+         "must count from 1 to 2. A TV would take it, and offer 2 assistants."},
+        {R"([{"VAOrder":1,"VAId":"GVA","VAAppId":"a","VAName":"b"}])",
+         ":1:2: \"VAFFSupport\" is missing: it must be true or false. A TV would take it, and "
+         "offer 1 assistant."},
+    };
+    for (const Malformed& document : documents) {
+        const ProcessResult result =
+            RunExplorer({"impact", good, PolicyFile("bad.json", document.text)});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.errors.rfind("vtv impact: ", 0), 0U) << result.errors;
+        EXPECT_NE(result.errors.find(document.fault), std::string::npos)
+            << result.errors << "instead of\n"
+            << document.fault;
+    }
 }
 
 TEST(Docs, TheRulesArePagesThatAreUpToDate) {

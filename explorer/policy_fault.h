@@ -1,0 +1,12 @@
+// What is wrong with an assistant policy, before it is published.
+#pragma once
+
+#include <string>
+
+namespace explorer {
+
+// The first fault of a policy document, with its place: "FILE:LINE:COLUMN: what is wrong". Empty
+// when there is none.
+std::string FaultOf(const std::string& file, const std::string& text);
+
+}  // namespace explorer
