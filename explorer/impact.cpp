@@ -109,10 +109,15 @@ class ModelComparer {
     // One line a change: item, what, when, paths.
     std::string Compare() {
         BytesWriter bytes;
+        // The page comes first: a model that never shows it shows none of its items.
         for (const Item& item : Items()) {
-            CompareItem(item, bytes);
+            if (&item == &Items().front() || isPageShown_) {
+                CompareItem(item, bytes);
+            }
         }
-        CompareUsers(bytes);
+        if (isPageShown_) {
+            CompareUsers(bytes);
+        }
         return bytes.Bytes();
     }
 
@@ -136,7 +141,9 @@ class ModelComparer {
             [&] {
                 const Look before = LookAt(a_, item);
                 tv().Again();
-                change = ChangeOf(before, LookAt(b_, item));
+                const Look after = LookAt(b_, item);
+                change = ChangeOf(before, after);
+                isPageShown_ = isPageShown_ || before.visible || after.visible;
             },
             [&] {
                 ++paths[change];
@@ -214,6 +221,7 @@ class ModelComparer {
 
     const Inputs& inputs_;
     Shared& shared_;
+    bool isPageShown_ = false;  // in any state, with either policy
     std::filesystem::path copy_;
     Subject a_;
     Subject b_;

@@ -102,6 +102,13 @@ TEST(Impact, OfAnAssistantThatIsNoLongerOfferedNamesItsUsers) {
     EXPECT_FALSE(Has(changes, "voice-settings-orvik", "vanishes")) << changes;
 }
 
+TEST(Impact, OnAModelThatNeverShowsThePageIsNothing) {
+    const std::string before =
+        PolicyFile("shown.json", std::string("[") + ORVIK + "," + GOOGLE + "]");
+    const std::string after = PolicyFile("none.json", "[]");
+    EXPECT_EQ(RunExplorer({"impact", "-q", before, after, "--tv", "no-voice"}).exitCode, 0);
+}
+
 TEST(Impact, TellsAssistantsOfTheSameNameApart) {
     const std::string before =
         PolicyFile("apps.json", std::string("[") + ORVIK + "," + GOOGLE + "]");
