@@ -92,9 +92,8 @@ void ModelReader::CheckKeys(const toml::table& table, const std::string& where,
                             const std::vector<std::string>& known) const {
     for (const auto& [key, node] : table) {
         if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
-            Fail(key.source(), "\"" + std::string(key.str()) + "\" is unknown " + where +
-                                   ". Did you mean \"" + Nearest(key.str(), known) +
-                                   "\"? Known: " + Join(known) + ".");
+            Fail(key.source(), "\"" + std::string(key.str()) + "\" is unknown " + where + "." +
+                                   DidYouMean(key.str(), known) + " Known: " + Join(known) + ".");
         }
     }
 }
@@ -219,9 +218,9 @@ void ModelReader::ReadFeatures(const toml::table& root) {
             const auto known = std::find(names.begin(), names.end(), key.str());
             if (known == names.end()) {
                 Fail(key.source(),
-                     "there is no feature \"" + std::string(key.str()) + "\". Did you mean \"" +
-                         Nearest(key.str(), names) +
-                         "\"? Features that the Voice page does not read go into [other-features], "
+                     "there is no feature \"" + std::string(key.str()) + "\"." +
+                         DidYouMean(key.str(), names) + " Known: " + Join(names) +
+                         ". Features that the Voice page does not read go into [other-features], "
                          "under their full key.");
             }
             const FeatureKey& feature = KnownFeatures()[static_cast<size_t>(known - names.begin())];
@@ -253,9 +252,9 @@ void ModelReader::CheckOrder(const toml::node& where, const std::vector<int>& or
             for (const int order : orders) {
                 found += (found.empty() ? "" : ", ") + std::to_string(order);
             }
-            Fail(where, "the policy's assistants are numbered " + found + ". Number the " +
-                            std::to_string(orders.size()) + " assistants 1 to " +
-                            std::to_string(orders.size()) + ", each number once.");
+            const std::string count = std::to_string(orders.size());
+            Fail(where, "the policy's assistants are numbered " + found + ". Number them 1 to " +
+                            count + ", each number once.");
         }
     }
 }
@@ -318,8 +317,8 @@ void ModelReader::ReadAssistant(const toml::table& table) {
         ids.push_back(kind.id);
     }
     if (std::find(ids.begin(), ids.end(), assistant.id) == ids.end()) {
-        Fail(*table.get("id"), "there is no assistant \"" + assistant.id + "\". Did you mean \"" +
-                                   Nearest(assistant.id, ids) + "\"? Known: " + Join(ids) + ".");
+        Fail(*table.get("id"), "there is no assistant \"" + assistant.id + "\"." +
+                                   DidYouMean(assistant.id, ids) + " Known: " + Join(ids) + ".");
     }
     const std::string wakeUp = String(table, "wake_up", "");
     if (!wakeUp.empty() && wakeUp != "on" && wakeUp != "off") {
@@ -480,13 +479,15 @@ Model ModelReader::Read() {
     ReadSettings(root);
     ReadPackages(root);
     ReadSpeech(root);
+    const std::string network = String(root, "network", "connected");
     try {
-        model_.network = ParseNetwork(String(root, "network", "connected"));
+        model_.network = ParseNetwork(network);
     } catch (const Error& error) {
         Fail(*root.get("network"), error.what());
     }
+    const std::string applications = String(root, "applications", "process");
     try {
-        model_.applications = ParseApplicationMode(String(root, "applications", "process"));
+        model_.applications = ParseApplicationMode(applications);
     } catch (const Error& error) {
         Fail(*root.get("applications"), error.what());
     }

@@ -34,8 +34,9 @@ std::string FindModel(const std::string& nameOrFile) {
             return file;
         }
     }
-    throw Error(ErrorKind::kNoSuch, "There is no TV model \"" + nameOrFile +
-                                        "\". Name a file, or one of: " + Join(names) + ".");
+    throw Error(ErrorKind::kNoSuch, "There is no TV model \"" + nameOrFile + "\"." +
+                                        DidYouMean(nameOrFile, names) +
+                                        " Name a file, or one of: " + Join(names) + ".");
 }
 
 void ApplyModel(const Model& model, Tv::Impl& tv) {

@@ -1,7 +1,7 @@
 #include "spelling.h"
 
 #include <algorithm>
-#include <limits>
+#include <cctype>
 #include <utility>
 
 #include "virtual_tv.h"
@@ -29,27 +29,24 @@ size_t Distance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
-}  // namespace
-
-std::string Nearest(std::string_view word, const std::vector<std::string>& candidates) {
-    std::string nearest;
-    size_t best = std::numeric_limits<size_t>::max();
-    for (const std::string& candidate : candidates) {
-        if (const size_t distance = Distance(word, candidate); distance < best) {
-            best = distance;
-            nearest = candidate;
-        }
-    }
-    return nearest;
+std::string Lower(std::string_view word) {
+    std::string lower(word);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return lower;
 }
+
+}  // namespace
 
 std::vector<std::string> Similar(std::string_view word,
                                  const std::vector<std::string>& candidates) {
+    const std::string wanted = Lower(word);
     std::vector<std::pair<size_t, std::string>> ranked;
     for (const std::string& candidate : candidates) {
-        const bool part = word.size() >= 3 && candidate.find(word) != std::string::npos;
-        const size_t distance = part ? 1 : Distance(word, candidate);
-        if (distance <= 3 && 2 * distance <= word.size()) {
+        const std::string lower = Lower(candidate);
+        const bool part = wanted.size() >= 3 && lower.find(wanted) != std::string::npos;
+        const size_t distance = part ? 1 : Distance(wanted, lower);
+        if (distance <= 3 && 2 * distance <= wanted.size()) {
             ranked.emplace_back(distance, candidate);
         }
     }
@@ -61,6 +58,11 @@ std::vector<std::string> Similar(std::string_view word,
         words.push_back(std::move(similar));
     }
     return words;
+}
+
+std::string DidYouMean(std::string_view word, const std::vector<std::string>& candidates) {
+    const std::vector<std::string> similar = Similar(word, candidates);
+    return similar.empty() ? "" : " Did you mean \"" + similar.front() + "\"?";
 }
 
 std::string Join(const std::vector<std::string>& words) {

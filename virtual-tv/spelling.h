@@ -7,8 +7,8 @@
 
 namespace vtv {
 
-// The candidate that differs least from the word; "" when there is none.
-std::string Nearest(std::string_view word, const std::vector<std::string>& candidates);
+// " Did you mean \"a\"?" for the candidate that comes closest; "" when none comes close.
+std::string DidYouMean(std::string_view word, const std::vector<std::string>& candidates);
 // "a, b, c".
 std::string Join(const std::vector<std::string>& words);
 

@@ -292,6 +292,8 @@ void Store::Fail(const char* what, std::string_view key, int error) const {
         text +=
             " Check who owns the folder and whether it can be written; the old value is still "
             "there.";
+    } else {
+        text += " The old value is still there.";
     }
     throw Error(ErrorKind::kPlatform, text);
 }

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 #include "serve.h"
 #include "tv_impl.h"
@@ -195,6 +196,10 @@ std::vector<std::string> Tv::Problems() const {
     return problems;
 }
 
+std::vector<std::string> Tv::TakeFailures() {
+    return std::exchange(impl_->failures, {});
+}
+
 const Model& Tv::GetModel() const {
     return impl_->model;
 }
@@ -256,7 +261,11 @@ Tv::Impl& Require(const char* function) {
 }
 
 void ReportException(Tv::Impl& tv, const char* function, const char* message) {
+    constexpr size_t kEnough = 100;
     tv.LogLine(kError, std::string(function) + ": " + message);
+    if (tv.failures.size() < kEnough) {
+        tv.failures.emplace_back(message);
+    }
 }
 
 }  // namespace vtv

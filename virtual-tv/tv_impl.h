@@ -124,6 +124,7 @@ struct Tv::Impl {
     std::map<WatchId, std::vector<Watcher::Id>> watches;
     WatchId nextWatch = 1;
     std::vector<std::shared_ptr<KeyCallback>> keyCallbacks;
+    std::vector<std::string> failures;           // see Tv::TakeFailures()
     std::map<std::string, bool> reportedDamage;  // settings keys whose damage the log has told
 
     Watcher& GetWatcher();

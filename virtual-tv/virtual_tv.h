@@ -273,6 +273,11 @@ class VTV_EXPORT Tv {
     // another version, for one, makes every read and write fail, and the page shows neutral values.
     std::vector<std::string> Problems() const;
 
+    // What platform calls of this process could not do since the last time, one text each: a write
+    // to a full disk, for one. A caller of such a call learns only that it failed. Faults that were
+    // asked for are not among them.
+    std::vector<std::string> TakeFailures();
+
     const Model& GetModel() const;
 
     // Paths, absolute.

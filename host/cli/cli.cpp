@@ -165,10 +165,14 @@ void Recorder::AddPress(const host::Press& press, const host::PressResult& resul
     }
 }
 
-PoweredTv::PoweredTv(const std::string& dir) : tv(dir) {
+void WarnOfProblems(const vtv::Tv& tv) {
     for (const std::string& problem : tv.Problems()) {
-        std::cerr << Paint(Look::kPlain, "vtv: warning: " + problem + "\n");
+        std::cerr << "vtv: warning: " << problem << '\n';
     }
+}
+
+PoweredTv::PoweredTv(const std::string& dir) : tv(dir) {
+    WarnOfProblems(tv);
     vtv::PowerOn(tv);
 }
 

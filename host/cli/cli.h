@@ -55,6 +55,9 @@ std::string TvDir(const Common& common);
 std::string TvPath(const std::string& nameOrDir);
 std::string ProviderFile(const Common& common);
 
+// Prints a warning for each damaged file.
+void WarnOfProblems(const vtv::Tv& tv);
+
 // Adds what a verb does to the scenario that --record names, if it names one. Make it before the
 // thing is done.
 class Recorder {

@@ -63,6 +63,14 @@ void PrintNextStep(const host::PressResult& result, const PressOptions& options)
     }
 }
 
+// A provider can only take it that a platform call fails; whoever pressed wants to know why.
+void RequireNoFailure(vtv::Tv& tv) {
+    const std::vector<std::string> failures = tv.TakeFailures();
+    if (!failures.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kPlatform, failures.front());
+    }
+}
+
 void Press(Common& common, const PressOptions& options) {
     const host::Item& item = RequireItem(options.item);
     Session session(common);
@@ -87,6 +95,7 @@ void Press(Common& common, const PressOptions& options) {
         Print(result);
         PrintNextStep(result, options);
     }
+    RequireNoFailure(session.tv);
     if (!result.done) {
         throw Refusal(result.refusal);
     }
@@ -107,6 +116,7 @@ void Choose(Common& common, const PressOptions& options) {
     } else {
         Print(result);
     }
+    RequireNoFailure(session.tv);
     if (!result.done) {
         throw Refusal(result.refusal);
     }

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <iostream>
 #include <memory>
+#include <set>
 
 #include "host/core/known_settings.h"
 #include "verbs.h"
@@ -206,14 +207,16 @@ std::vector<Hit> Search(const Session& session, const std::string& text) {
             }
         }
     }
+    std::set<std::string> present;
     for (const vtv::Setting& setting : session.tv.Settings()) {
         add("setting", setting.key, setting.value ? vtv::ToText(*setting.value) : setting.problem);
+        present.insert(setting.key);
     }
     for (const auto& [key, value] : session.tv.Features()) {
         add("feature", key, vtv::ToText(value));
     }
     for (const host::KnownSetting& known : host::KnownSettings()) {
-        if (!session.tv.Get(known.key)) {
+        if (present.count(known.key) == 0) {
             add("unset", known.key, std::string(known.type) + ": " + known.meaning);
         }
     }

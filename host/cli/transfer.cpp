@@ -47,7 +47,11 @@ void AddOut(CLI::App& app, Common& common, const char* name, const char* does, c
     const auto file = std::make_shared<std::string>();
     CLI::App* verb = AddVerb(app, common, name, does, examples, kTv);
     verb->add_option("FILE", *file, "Where to; the standard output when left out");
-    verb->callback([&common, file, take] { WriteJsonTo(*file, take(vtv::Tv(TvDir(common)))); });
+    verb->callback([&common, file, take] {
+        const vtv::Tv tv(TvDir(common));
+        WarnOfProblems(tv);  // what cannot be read is not in the document
+        WriteJsonTo(*file, take(tv));
+    });
 }
 
 void AddIn(CLI::App& app, Common& common, const char* name, const char* does, const char* examples,

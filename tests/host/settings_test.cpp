@@ -7,7 +7,9 @@
 
 #include "vtv_process.h"
 
+using testing::AllOf;
 using testing::ContainsRegex;
+using testing::EndsWith;
 using testing::HasSubstr;
 
 TEST_F(VtvTest, ADefaultTvIsMadeAtFirstUse) {
@@ -145,6 +147,25 @@ TEST_F(VtvTest, TheTraceIsRecordedPrintedAndExported) {
     EXPECT_TRUE(OkJson({"trace", "--json"})["events"].empty());
 }
 
+TEST_F(VtvTest, APressThatCannotBeWrittenIsToldOfAndLosesNothing) {
+    Ok({"show"});
+    const auto before = Contents("tvs/default/settings");
+    for (const char* press : {"choose voice-wake-up off", "press voice-wake-up",
+                              "press voice-assistant --choose 2 --ok"}) {
+        // No file may grow, whoever runs this; what is printed goes through a pipe.
+        const std::string script = "(trap '' XFSZ; ulimit -f 0; VTV_HOME=" + Path("tvs") + " " +
+                                   VTV + " " + press + "; echo \"code $?\") 2>&1 | cat > " +
+                                   Path("said");
+        ASSERT_EQ(std::system(script.c_str()), 0);
+        EXPECT_THAT(Read("said"),
+                    AllOf(HasSubstr("cannot be written: File too large"),
+                          HasSubstr("old value is still there"), EndsWith("code 4\n")))
+            << press;
+        EXPECT_EQ(Contents("tvs/default/settings"), before) << press;
+    }
+    Ok({"choose", "voice-wake-up", "off"});
+}
+
 TEST_F(VtvTest, ADamagedSettingIsToldOfAndThePageStillOpens) {
     Ok({"show"});
     std::ofstream(Path("tvs/default/settings/db%2Fvoice-app%2Factivate_first_time"))
@@ -155,4 +176,6 @@ TEST_F(VtvTest, ADamagedSettingIsToldOfAndThePageStillOpens) {
     const Output value = Vtv({"get", "db/voice-app/activate_first_time"});
     EXPECT_EQ(value.code, 4);
     EXPECT_THAT(value.err, HasSubstr("db/voice-app/activate_first_time"));
+    EXPECT_THAT(Vtv({"dump"}).err, HasSubstr("vtv: warning: "));
+    EXPECT_THAT(Ok({"search", "activate_first_time"}), HasSubstr("it is cut off"));
 }

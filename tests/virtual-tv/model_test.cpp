@@ -93,6 +93,19 @@ TEST_F(ModelTest, AnUnknownFeatureIsToldWithItsLineAndTheLikelyOne) {
                     "Did you mean \"voice.voice_recognition_support\"?");
 }
 
+TEST_F(ModelTest, AFeatureThatResemblesNoneIsToldWithAllOfThem) {
+    const std::string text = Complaint("[features]\n\"warp.drive\" = true\n");
+    EXPECT_EQ(text.find("Did you mean"), std::string::npos) << text;
+    EXPECT_NE(text.find("Known: cn_ai_service_supported, "), std::string::npos) << text;
+}
+
+TEST_F(ModelTest, FileAndLineAreToldOnce) {
+    for (const char* toml : {"[network]\n", "[applications]\n", "network = \"fast\"\n"}) {
+        const std::string text = Complaint(toml);
+        EXPECT_EQ(text.find("model.toml:1: "), text.rfind("model.toml")) << text;
+    }
+}
+
 TEST_F(ModelTest, AFeatureOfTheWrongTypeIsToldWithWhatToWrite) {
     ExpectComplaint("[features]\n\"product.product_type\" = \"4\"\n", 2, "write a whole number");
     ExpectComplaint("[features]\n\"voice.voice_recognition_support\" = 1\n", 2,

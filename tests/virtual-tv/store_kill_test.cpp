@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <iostream>
 #include <random>
 
 #include "child.h"
@@ -94,6 +95,7 @@ TEST(StoreKillTest, AKilledWriterLosesNothingThatWasAcknowledged) {
         }
         store.RemoveLeftovers();
     }
+    std::cout << Kills() << " kills, " << acknowledged << " acknowledged writes, none lost\n";
     EXPECT_GT(acknowledged, Kills() / 4) << "the writers were killed before they wrote anything";
     size_t files = 0;
     for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(dir)) {
