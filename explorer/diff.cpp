@@ -11,6 +11,7 @@
 #include "bytes.h"
 #include "command.h"
 #include "platform/trace_storage.h"
+#include "replay.h"
 #include "tv/lazy_tv.h"
 #include "workers.h"
 
@@ -52,7 +53,8 @@ Lines Only(const Lines& lines, Lines others) {
 using Differences = std::map<std::pair<Lines, Lines>, Difference>;
 
 void Add(Differences& differences, const Inputs& inputs, const Lines& onlyA, const Lines& onlyB,
-         const std::string& question, std::uint64_t paths, const State& state) {
+         const std::string& question, std::uint64_t paths, const State& state,
+         const std::string& recordA, const std::string& recordB) {
     const auto [place, isNew] = differences.try_emplace({onlyA, onlyB});
     Difference& difference = place->second;
     difference.onlyA = onlyA;
@@ -65,6 +67,8 @@ void Add(Differences& differences, const Inputs& inputs, const Lines& onlyA, con
     if (isNew || state.Weight(inputs) < difference.smallest.Weight(inputs)) {
         difference.smallest = state;
         difference.question = question;
+        difference.recordA = recordA;
+        difference.recordB = recordB;
     }
 }
 
@@ -147,7 +151,7 @@ class PolicyComparer {
             onlyA = a;  // the same in another order
             onlyB = b;
         }
-        Add(differences_, inputs_, onlyA, onlyB, question, 1, state);
+        Add(differences_, inputs_, onlyA, onlyB, question, 1, state, recordA, recordB);
     }
 
     const Inputs& inputs_;
@@ -186,6 +190,8 @@ std::string ToBytes(const Differences& differences) {
         bytes.Number(difference.paths);
         bytes.Text(ToBytes(difference.smallest));
         bytes.Text(difference.question);
+        bytes.Text(difference.recordA);
+        bytes.Text(difference.recordB);
     }
     return bytes.Bytes();
 }
@@ -199,9 +205,11 @@ void MergeBytes(const std::string& text, const Inputs& inputs, Differences& into
         const std::uint64_t paths = bytes.Number();
         const State smallest = StateFromBytes(bytes.Text());
         const std::string question = bytes.Text();
-        Add(into, inputs, onlyA, onlyB, question, paths, smallest);
+        const std::string recordA = bytes.Text();
+        const std::string recordB = bytes.Text();
+        Add(into, inputs, onlyA, onlyB, question, paths, smallest, recordA, recordB);
         for (const std::string& other : questions) {
-            Add(into, inputs, onlyA, onlyB, other, 0, smallest);
+            Add(into, inputs, onlyA, onlyB, other, 0, smallest, recordA, recordB);
         }
     }
 }
@@ -210,35 +218,33 @@ void MergeBytes(const std::string& text, const Inputs& inputs, Differences& into
 // What is shown
 // ---------------------------------------------------------------------------------------------
 
+std::string Commented(std::string line) {
+    for (std::size_t at = line.find('\n'); at != std::string::npos; at = line.find('\n', at + 1)) {
+        line.replace(at, 1, "\n#   ");
+    }
+    return "#   " + line + "\n";
+}
+
+// Empty for a difference that no host sees on the page.
 std::string ScenarioOf(const Inputs& inputs, const Difference& difference) {
-    std::string steps = "# The first provider:\n";
-    for (const std::string& line : difference.onlyA) {
-        steps += "#   " + line + "\n";
-    }
-    steps += "# The second provider:\n";
-    for (const std::string& line : difference.onlyB) {
-        steps += "#   " + line + "\n";
-    }
     const Question* question = FindQuestion(difference.question);
-    std::string expected;
-    if (question != nullptr && question->item != nullptr && difference.onlyA.size() == 1) {
-        const std::string& line = difference.onlyA.front();
-        const bool isState = line == "hidden" || (line == "dimmed" && question->name[0] == 'e');
-        if (isState) {
-            expected =
-                std::string("[[step]]\nsay = \"as the first provider has it\"\nexpect.page.") +
-                question->item->name + " = \"" + line + "\"\n";
-        } else if (line == "visible" || line == "enabled") {
-            expected =
-                std::string("[[step]]\nsay = \"as the first provider has it\"\nexpect.page.") +
-                question->item->name + " = { " + line + " = true }\n";
-        }
+    const std::string steps = question == nullptr
+                                  ? ""
+                                  : ToReplay(inputs, difference.smallest, *question,
+                                             difference.recordA, difference.recordB);
+    if (steps.empty()) {
+        return "";
     }
-    if (expected.empty()) {
-        expected = "[[step]]\nsay = " + TomlText("ask for " + difference.question) + "\n";
+    std::string comment = "# The first provider, as is expected here:\n";
+    for (const std::string& line : difference.onlyA) {
+        comment += Commented(line);
+    }
+    comment += "# The second provider:\n";
+    for (const std::string& line : difference.onlyB) {
+        comment += Commented(line);
     }
     return ToScenario(inputs, difference.smallest, "The providers differ: " + difference.question,
-                      steps + "\n" + expected);
+                      comment + steps);
 }
 
 std::string JoinLines(const Lines& lines, const char* head) {
@@ -305,10 +311,12 @@ int Show(const Inputs& inputs, const DiffOptions& options, const Differences& fo
     for (const Difference* difference : differences) {
         ++number;
         std::string file;
-        if (!options.scenarios.empty()) {
+        const std::string scenario =
+            options.scenarios.empty() ? "" : ScenarioOf(inputs, *difference);
+        if (!scenario.empty()) {
             std::filesystem::create_directories(options.scenarios);
             file = options.scenarios + "/difference-" + std::to_string(number) + ".toml";
-            WriteTextFile(file, ScenarioOf(inputs, *difference));
+            WriteTextFile(file, scenario);
         }
         text += ToText(inputs, *difference, number, file);
         json["differences"].append(ToJson(inputs, *difference, file));
@@ -386,7 +394,8 @@ int DiffMain(const DiffOptions& options) {
             State state;
             state.policy = result.task;
             state.path = result.path;
-            Add(differences, inputs, {}, {"one of them " + result.trouble}, question, 1, state);
+            Add(differences, inputs, {}, {"one of them " + result.trouble}, question, 1, state, "",
+                "");
             skipped[static_cast<std::size_t>(result.task)].insert(result.step);
             return !options.brief;
         }

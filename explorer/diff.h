@@ -32,6 +32,8 @@ struct Difference {
     std::uint64_t paths = 0;
     State smallest;
     std::string question;  // of the smallest state
+    std::string recordA;   // what the providers did there
+    std::string recordB;
 };
 
 // Exit codes as those of diff: 0 alike, 1 different, 2 trouble.

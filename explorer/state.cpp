@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "bytes.h"
+#include "policy.h"
 #include "tv/lazy_tv.h"
 
 namespace explorer {
@@ -89,6 +90,23 @@ std::string StepOf(const Input& input, const Value& value, const std::string& te
     return "";
 }
 
+// Whether the document replaces whatever the provider knew before.
+bool IsList(const std::string& document) {
+    Policy policy;
+    policy.published = {document};
+    return !StateOf(policy).list.empty();
+}
+
+// The application of the current assistant: the path's, or that of the model.
+std::string CurrentOf(const Inputs& inputs, const State& state) {
+    for (std::size_t i = 0; i < state.path.size() && i < state.texts.size(); ++i) {
+        if (inputs.inputs[state.path[i].input].isCurrentAssistant) {
+            return state.texts[i];
+        }
+    }
+    return "com.vantelo.tv.voice-instant-app";
+}
+
 }  // namespace
 
 int State::Weight(const Inputs& inputs) const {
@@ -142,9 +160,15 @@ std::string TomlText(const std::string& text) {
 std::string ToScenario(const Inputs& inputs, const State& state, const std::string& title,
                        const std::string& steps) {
     std::string scenario = "title = " + TomlText(title) + "\nmodel = \"farfield-eu\"\n";
+    scenario +=
+        "\n[[step]]\nsay = \"applications are started, but not waited for\"\napplications = "
+        "\"record\"\n";
     const Policy& policy = inputs.policies[static_cast<std::size_t>(state.policy)];
-    if (policy.published.empty()) {
-        scenario += "\n[[step]]\nunset = \"db/menu/voice/mva_list\"\n";
+    // The provider of a scenario has known the model's policy: it is to forget the list and the
+    // kinds.
+    if (policy.published.empty() || !IsList(policy.published.front())) {
+        scenario += "\n[[step]]\npolicy = \"[{\\\"VAId\\\":\\\"nobody\\\"}]\"\n";
+        scenario += "\n[[step]]\npolicy = \"[]\"\n";
     }
     for (const std::string& document : policy.published) {
         scenario += "\n[[step]]\npolicy = " + TomlText(document) + "\n";
@@ -152,7 +176,11 @@ std::string ToScenario(const Inputs& inputs, const State& state, const std::stri
     for (std::size_t i = 0; i < state.path.size(); ++i) {
         const Input& input = inputs.inputs[state.path[i].input];
         const Value& value = input.values[state.path[i].value];
-        const std::string step = StepOf(input, value, i < state.texts.size() ? state.texts[i] : "");
+        const std::string step =
+            input.key == "AOVSystemDataGetAOVMode"
+                ? "state." + TomlText("always_on_voice/" + CurrentOf(inputs, state)) + " = " +
+                      std::to_string(value.number)
+                : StepOf(input, value, i < state.texts.size() ? state.texts[i] : "");
         if (step.empty()) {
             scenario += "\n# " + input.name + ": " + value.words + "\n";
         } else {

@@ -23,7 +23,7 @@ const Names kStepKeys = {
     "voice-guide", "hand"};
 const Names kExpectKeys = {"page",     "sees",  "box",     "popup",   "reason", "refused",
                            "launched", "toast", "setting", "running", "log",    "no-log",
-                           "trace",    "file",  "answer",  "state"};
+                           "trace",    "file",  "answer",  "state",   "log-run"};
 const Names kItemKeys = {"visible", "enabled", "value", "title",
                          "help",    "reason",  "popup", "choices"};
 const Names kAnswerKeys = {"visible", "enabled", "value", "title", "help",

@@ -164,6 +164,8 @@ class Judge {
             }
         } else if (what == "running") {
             CheckRunning(wanted);
+        } else if (what == "log-run") {
+            CheckLogRun(wanted);
         } else if (what == "log" || what == "no-log") {
             CheckLog(wanted, what == "log");
         } else if (what == "trace") {
@@ -328,6 +330,19 @@ class Judge {
                 Fail(wanted, "the log of this step has " + Quoted(found->message));
             }
             at = there ? static_cast<size_t>(found - records.begin()) + 1 : at;
+        }
+    }
+
+    // The whole records, one after the other.
+    void CheckLogRun(const toml::node& wanted) {
+        std::vector<std::string> found;
+        const std::vector<vtv::LogRecord> records = tv_.ReadLog();
+        for (size_t i = outcome_.logBefore; i < records.size(); ++i) {
+            found.push_back(records[i].function + ": " + records[i].message);
+        }
+        const std::vector<std::string> run = NodeTexts(wanted);
+        if (std::search(found.begin(), found.end(), run.begin(), run.end()) == found.end()) {
+            Fail(wanted, "the log of this step does not have these records in a row: " + List(run));
         }
     }
 

@@ -99,6 +99,23 @@ TEST(Diff, ShowsTheSmallestStateInWhichTwoProvidersDiffer) {
     EXPECT_TRUE(found) << result.output;
 }
 
+// Every file that was written: fine with the one, and a failure with the other.
+TEST(Diff, ItsScenariosPassWithTheFirstProviderAndFailWithTheSecond) {
+    for (const char* broken : {BROKEN_BOTH_ENTRIES, BROKEN_WRITES}) {
+        const ProcessResult result =
+            RunExplorer({"diff", "-q", "--json", "--only", "visible", "--scenarios",
+                         Folder("replay"), ProviderFile(), broken});
+        ASSERT_EQ(result.exitCode, 1) << result.errors;
+        for (const Json::Value& difference : Parse(result.output)["differences"]) {
+            const std::string file = difference["scenario"].asString();
+            const ProcessResult first = RunVtv({"run", "--provider", ProviderFile(), file});
+            EXPECT_EQ(first.exitCode, 0) << first.output << first.errors;
+            const ProcessResult second = RunVtv({"run", "--provider", broken, file});
+            EXPECT_EQ(second.exitCode, 1) << second.output << second.errors;
+        }
+    }
+}
+
 TEST(Diff, BrieflySaysThatTwoProvidersDiffer) {
     const ProcessResult result =
         RunExplorer({"diff", "-q", "--brief", ProviderFile(), BROKEN_WRITES});

@@ -48,10 +48,11 @@ std::string ProviderFile() {
 
 namespace {
 
-ProcessResult Run(const std::vector<std::string>& arguments, int interruptAfter) {
+ProcessResult Run(const char* program, const std::vector<std::string>& arguments,
+                  int interruptAfter) {
     const std::string output = TemporaryFolder() + "/output";
     const std::string errors = TemporaryFolder() + "/errors";
-    std::vector<std::string> words = {EXPLORER_PROGRAM};
+    std::vector<std::string> words = {program};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (std::string& word : words) {
@@ -64,7 +65,7 @@ ProcessResult Run(const std::vector<std::string>& arguments, int interruptAfter)
     posix_spawn_file_actions_addopen(&files, 2, errors.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600);
     pid_t pid = 0;
     ProcessResult result;
-    if (posix_spawn(&pid, EXPLORER_PROGRAM, &files, nullptr, argv.data(), environ) != 0) {
+    if (posix_spawn(&pid, program, &files, nullptr, argv.data(), environ) != 0) {
         return result;
     }
     posix_spawn_file_actions_destroy(&files);
@@ -83,9 +84,13 @@ ProcessResult Run(const std::vector<std::string>& arguments, int interruptAfter)
 }  // namespace
 
 ProcessResult RunExplorer(const std::vector<std::string>& arguments) {
-    return Run(arguments, 0);
+    return Run(EXPLORER_PROGRAM, arguments, 0);
 }
 
 ProcessResult InterruptExplorer(const std::vector<std::string>& arguments, int milliseconds) {
-    return Run(arguments, milliseconds);
+    return Run(EXPLORER_PROGRAM, arguments, milliseconds);
+}
+
+ProcessResult RunVtv(const std::vector<std::string>& arguments) {
+    return Run(VTV_PROGRAM, arguments, 0);
 }

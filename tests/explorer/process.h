@@ -14,6 +14,8 @@ struct ProcessResult {
 ProcessResult RunExplorer(const std::vector<std::string>& arguments);
 // The same, with Ctrl-C pressed after that time.
 ProcessResult InterruptExplorer(const std::vector<std::string>& arguments, int milliseconds);
+// The same of the command vtv.
+ProcessResult RunVtv(const std::vector<std::string>& arguments);
 // The provider that was built with the tests.
 std::string ProviderFile();
 // A folder of this test's own, removed at the end of the process.
