@@ -1,13 +1,12 @@
 // TV models: read and checked.
 #include <json/json.h>
-#include <toml++/toml.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <limits>
 #include <set>
 
 #include "spelling.h"
+#include "toml_reader.h"
 #include "tv_impl.h"
 
 namespace vtv {
@@ -34,35 +33,14 @@ constexpr AssistantKind kAssistantKinds[] = {
 };
 const std::set<std::string> kHints = {"on_user", "on_default", "off_user", "off_default", "null"};
 
-// Reads one model. Every complaint has the file and the line.
-class ModelReader {
+// Reads one model.
+class ModelReader : private TomlReader {
   public:
-    explicit ModelReader(const std::string& file) : file_(file) {}
+    explicit ModelReader(const std::string& file) : TomlReader(file) {}
 
     Model Read();
 
   private:
-    [[noreturn]] void Fail(const toml::source_region& where, const std::string& text) const {
-        throw Error(ErrorKind::kUsage,
-                    file_ + ":" + std::to_string(where.begin.line) + ": " + text);
-    }
-    [[noreturn]] void Fail(const toml::node& where, const std::string& text) const {
-        Fail(where.source(), text);
-    }
-
-    void CheckKeys(const toml::table& table, const std::string& where,
-                   const std::vector<std::string>& known) const;
-    const toml::table* Table(const toml::table& parent, const char* key) const;
-    std::vector<const toml::table*> Tables(const toml::table& parent, const char* key) const;
-    std::string String(const toml::table& table, const char* key,
-                       const std::string& otherwise) const;
-    std::string RequiredString(const toml::table& table, const char* key,
-                               const std::string& what) const;
-    bool Bool(const toml::table& table, const char* key, bool otherwise) const;
-    int Integer(const toml::node& node) const;
-    Value Scalar(const toml::node& node, const std::string& key) const;
-    Json::Value ToJson(const toml::node& node) const;
-
     void ReadFeatures(const toml::table& root);
     void ReadAssistants(const toml::table& root);
     void ReadAssistant(const toml::table& table);
@@ -73,7 +51,6 @@ class ModelReader {
     void ReadSpeech(const toml::table& root);
     void SetUp(const std::string& id, bool done);
 
-    std::string file_;
     Model model_;
     // JSON-valued settings that the assistants' tables describe.
     Json::Value policy_{Json::arrayValue};
@@ -86,126 +63,6 @@ std::string Compact(const Json::Value& json) {
     builder["indentation"] = "";
     builder["emitUTF8"] = true;
     return Json::writeString(builder, json);
-}
-
-void ModelReader::CheckKeys(const toml::table& table, const std::string& where,
-                            const std::vector<std::string>& known) const {
-    for (const auto& [key, node] : table) {
-        if (std::find(known.begin(), known.end(), key.str()) == known.end()) {
-            Fail(key.source(), "\"" + std::string(key.str()) + "\" is unknown " + where + "." +
-                                   DidYouMean(key.str(), known) + " Known: " + Join(known) + ".");
-        }
-    }
-}
-
-const toml::table* ModelReader::Table(const toml::table& parent, const char* key) const {
-    const toml::node* node = parent.get(key);
-    if (node != nullptr && !node->is_table()) {
-        Fail(*node, "\"" + std::string(key) + "\" must be a table: write [" + key +
-                        "] on a line of its own and its "
-                        "keys below.");
-    }
-    return node != nullptr ? node->as_table() : nullptr;
-}
-
-std::vector<const toml::table*> ModelReader::Tables(const toml::table& parent,
-                                                    const char* key) const {
-    std::vector<const toml::table*> tables;
-    const toml::node* node = parent.get(key);
-    if (node == nullptr) {
-        return tables;
-    }
-    const toml::array* array = node->as_array();
-    if (array == nullptr) {
-        Fail(*node, "\"" + std::string(key) + "\" must be a list of tables: begin each with [[" +
-                        key + "]].");
-    }
-    for (const toml::node& element : *array) {
-        if (!element.is_table()) {
-            Fail(element, "\"" + std::string(key) +
-                              "\" must be a list of tables: begin each with [[" + key + "]].");
-        }
-        tables.push_back(element.as_table());
-    }
-    return tables;
-}
-
-std::string ModelReader::String(const toml::table& table, const char* key,
-                                const std::string& otherwise) const {
-    const toml::node* node = table.get(key);
-    if (node == nullptr) {
-        return otherwise;
-    }
-    if (!node->is_string()) {
-        Fail(*node, "\"" + std::string(key) + "\" must be a text: write it in quotes.");
-    }
-    return node->as_string()->get();
-}
-
-std::string ModelReader::RequiredString(const toml::table& table, const char* key,
-                                        const std::string& what) const {
-    std::string text = String(table, key, "");
-    if (text.empty()) {
-        Fail(table, what + " needs \"" + key + "\": write " + key + " = \"...\".");
-    }
-    return text;
-}
-
-bool ModelReader::Bool(const toml::table& table, const char* key, bool otherwise) const {
-    const toml::node* node = table.get(key);
-    if (node == nullptr) {
-        return otherwise;
-    }
-    if (!node->is_boolean()) {
-        Fail(*node, "\"" + std::string(key) + "\" must be true or false, without quotes.");
-    }
-    return node->as_boolean()->get();
-}
-
-int ModelReader::Integer(const toml::node& node) const {
-    const int64_t number = node.as_integer()->get();
-    if (number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max()) {
-        Fail(node, std::to_string(number) + " does not fit into 32 bits.");
-    }
-    return static_cast<int>(number);
-}
-
-Value ModelReader::Scalar(const toml::node& node, const std::string& key) const {
-    if (node.is_boolean()) {
-        return node.as_boolean()->get();
-    }
-    if (node.is_integer()) {
-        return Integer(node);
-    }
-    if (node.is_string()) {
-        return node.as_string()->get();
-    }
-    Fail(node, "\"" + key + "\" must be true, false, a whole number or a text in quotes.");
-}
-
-Json::Value ModelReader::ToJson(const toml::node& node) const {
-    if (const toml::table* table = node.as_table()) {
-        Json::Value object(Json::objectValue);
-        for (const auto& [key, value] : *table) {
-            object[std::string(key.str())] = ToJson(value);
-        }
-        return object;
-    }
-    if (const toml::array* array = node.as_array()) {
-        Json::Value list(Json::arrayValue);
-        for (const toml::node& value : *array) {
-            list.append(ToJson(value));
-        }
-        return list;
-    }
-    const Value value = Scalar(node, "a JSON value");
-    if (const bool* flag = std::get_if<bool>(&value)) {
-        return *flag;
-    }
-    if (const int* number = std::get_if<int>(&value)) {
-        return *number;
-    }
-    return std::get<std::string>(value);
 }
 
 void ModelReader::ReadFeatures(const toml::table& root) {
@@ -452,11 +309,11 @@ void ModelReader::ReadSpeech(const toml::table& root) {
 Model ModelReader::Read() {
     toml::table root;
     try {
-        root = toml::parse_file(file_);
+        root = toml::parse_file(File());
     } catch (const toml::parse_error& error) {
         std::error_code code;
-        if (!fs::is_regular_file(file_, code)) {
-            throw Error(ErrorKind::kNoSuch, file_ + ": there is no such model file.");
+        if (!fs::is_regular_file(File(), code)) {
+            throw Error(ErrorKind::kNoSuch, File() + ": there is no such model file.");
         }
         Fail(error.source(), "this is no TOML: " + std::string(error.description()) + ".");
     }
@@ -464,8 +321,8 @@ Model ModelReader::Read() {
               {"title", "description", "country", "language", "network", "applications",
                "owner_files", "features", "other-features", "settings", "assistants", "consents",
                "account", "packages", "speech"});
-    model_.file = file_;
-    model_.name = fs::path(file_).stem().string();
+    model_.file = File();
+    model_.name = fs::path(File()).stem().string();
     model_.title = String(root, "title", model_.name);
     model_.description = String(root, "description", "");
     ReadFeatures(root);
