@@ -47,9 +47,6 @@ std::string TablesAsMarkdown(const std::vector<Table>& tables, const std::string
 std::string TablesAsJson(const std::vector<Table>& tables);
 // One page that needs nothing else, with a diagram for each table.
 std::string TablesAsHtml(const std::vector<Table>& tables, const Exploration& exploration);
-
-// The diagram of a rule as SVG; empty when it has more nodes than people can follow.
-std::string DiagramAsSvg(const Diagram& diagram, const Outcomes& outcomes, const Rule& rule);
 std::string EscapeHtml(const std::string& text);
 
 struct TableOptions {

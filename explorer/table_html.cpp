@@ -7,7 +7,7 @@ namespace explorer {
 
 namespace {
 
-constexpr std::size_t MOST_NODES = 60;
+constexpr std::size_t MOST_BOXES = 40;
 
 constexpr char STYLE[] = R"(
 body{font:15px/1.45 system-ui,sans-serif;margin:0;color:#1c2430;background:#fff}
@@ -20,9 +20,10 @@ table{border-collapse:collapse;margin:.6em 0;width:100%}
 td,th{border-top:1px solid #d9dee5;padding:.3em .6em;text-align:left;vertical-align:top}
 td.outcome{font-weight:600;overflow-wrap:anywhere}
 .proof{color:#3d6b3d}.trouble,.proof.missing{color:#b3261e;font-weight:600}
-svg{max-width:100%;height:auto;background:#fbfcfd;border:1px solid #e3e7ec}
+.diagram{overflow-x:auto;background:#fbfcfd;border:1px solid #e3e7ec}
+svg{display:block}
 @media(max-width:60em){nav{position:static;width:auto}main{margin-left:0}}
-@media(prefers-color-scheme:dark){body{background:#14181d;color:#dde3ea}nav{background:#1b2128}nav a{color:#8ab4f8}td,th{border-color:#303842}svg{background:#f4f6f8}}
+@media(prefers-color-scheme:dark){body{background:#14181d;color:#dde3ea}nav{background:#1b2128}nav a{color:#8ab4f8}td,th{border-color:#303842}.diagram{background:#f4f6f8}}
 )";
 
 std::string Anchor(const std::string& name) {
@@ -34,7 +35,8 @@ std::string Anchor(const std::string& name) {
 }
 
 // ---------------------------------------------------------------------------------------------
-// Diagrams: one column a level, from the first question on the left to the answers on the right
+// Diagrams: one column a level, from the first question on the left. A box is a question with one
+// line for each answer to it; a line says what comes of it or leads to the next question.
 // ---------------------------------------------------------------------------------------------
 
 std::string Shortened(const std::string& text, std::size_t most) {
@@ -48,10 +50,16 @@ std::string Shortened(const std::string& text, std::size_t most) {
     return text.substr(0, end) + "…";
 }
 
-struct Edge {
-    NodeId from;
-    NodeId to;
+struct Line {
     std::string label;
+    NodeId target;
+};
+
+struct QuestionBox {
+    int level = -1;
+    int x = 0;
+    int y = 0;
+    std::vector<Line> lines;
 };
 
 class Drawing {
@@ -60,151 +68,201 @@ class Drawing {
         : diagram_(diagram), outcomes_(outcomes), rule_(rule) {}
 
     std::string Draw() {
-        if (rule_.root == NONE || !Collect(rule_.root, 0)) {
-            return "";
+        if (rule_.root == NONE || IsAnswer(rule_.root)) {
+            return "";  // there is nothing to decide
         }
+        Collect();
+        Level(rule_.root, 0);
         Place();
         std::string svg = "<svg viewBox=\"0 0 " + std::to_string(width_) + ' ' +
                           std::to_string(height_) + "\" width=\"" + std::to_string(width_) +
                           "\" role=\"img\" font-family=\"sans-serif\" font-size=\"12\">";
-        for (const Edge& edge : edges_) {
-            svg += DrawEdge(edge);
+        for (const NodeId id : order_) {
+            svg += DrawEdges(boxes_.at(id));
         }
-        for (const auto& [id, level] : levels_) {
-            svg += DrawNode(id);
+        for (const NodeId id : order_) {
+            svg += DrawBox(id);
         }
         return svg + "</svg>\n";
     }
 
+    bool IsWhole() const { return isWhole_; }
+
   private:
-    static constexpr int COLUMN = 300;
-    static constexpr int BOX = 170;
-    static constexpr int LINE = 44;
+    static constexpr int WIDTH = 310;
+    static constexpr int COLUMN = 380;
+    static constexpr int HEADING = 26;
+    static constexpr int LINE = 19;
+    static constexpr int GAP = 16;
 
-    // False when there are too many nodes.
-    bool Collect(NodeId id, int level) {
-        const auto known = levels_.find(id);
-        if (known != levels_.end() && known->second >= level) {
-            return true;
-        }
-        const bool isNew = known == levels_.end();
-        levels_[id] = level;
-        if (levels_.size() > MOST_NODES) {
-            return false;
-        }
-        const Node& node = diagram_[id];
-        std::map<NodeId, std::vector<std::string>> targets;
-        for (std::size_t value = 0; value < node.children.size(); ++value) {
-            if (node.children[value] != NONE) {
-                targets[node.children[value]].push_back(ColumnOf(node).values[value]);
-            }
-        }
-        for (const auto& [target, values] : targets) {
-            if (isNew) {
-                edges_.push_back({id, target, Label(values, node.children.size())});
-            }
-            if (!Collect(target, level + 1)) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    static std::string Label(const std::vector<std::string>& values, std::size_t all) {
-        std::string label = values.front();
-        for (std::size_t i = 1; i < values.size() && label.size() < 26; ++i) {
-            label += ", " + values[i];
-        }
-        const bool isRest = values.size() > 2 && values.size() * 2 > all;
-        return isRest ? "otherwise" : Shortened(label, 26);
-    }
+    bool IsAnswer(NodeId id) const { return diagram_[id].input < 0; }
 
     const Column& ColumnOf(const Node& node) const {
         return rule_.columns[static_cast<std::size_t>(node.input)];
     }
 
-    void Place() {
-        int last = 0;
-        for (const auto& [id, level] : levels_) {
-            last = std::max(last, level);
-        }
-        std::map<int, int> used;
-        // Answers stand in the last column, whatever the level at which they are found.
-        for (auto& [id, level] : levels_) {
-            level = diagram_[id].input < 0 ? last : level;
-        }
-        for (const Edge& edge : edges_) {
-            PlaceNode(edge.from, used);
-            PlaceNode(edge.to, used);
-        }
-        PlaceNode(rule_.root, used);
-        int most = 0;
-        for (const auto& [level, count] : used) {
-            most = std::max(most, count);
-        }
-        for (auto& [id, place] : places_) {  // columns are centred
-            place += (most - used[levels_[id]]) * LINE / 2;
-        }
-        width_ = (last + 1) * COLUMN;
-        height_ = most * LINE + 16;
-    }
-
-    void PlaceNode(NodeId id, std::map<int, int>& used) {
-        if (places_.count(id) == 0) {
-            places_[id] = used[levels_[id]]++ * LINE + 8;
-        }
-    }
-
-    std::string DrawNode(NodeId id) const {
-        const Node& node = diagram_[id];
-        const bool isAnswer = node.input < 0;
-        std::string text;
-        if (isAnswer) {
-            for (const RecordEntry& entry : ReadRecord(outcomes_[node.outcome])) {
-                text += (text.empty() ? "" : "; ") + ToText(entry);
+    // The questions nearest to the first one.
+    void Collect() {
+        order_ = {rule_.root};
+        boxes_[rule_.root];
+        for (std::size_t i = 0; i < order_.size(); ++i) {
+            const NodeId id = order_[i];
+            boxes_[id].lines = LinesOf(diagram_[id]);
+            for (const Line& line : boxes_[id].lines) {
+                if (IsAnswer(line.target) || boxes_.count(line.target) != 0) {
+                    continue;
+                }
+                if (boxes_.size() == MOST_BOXES) {
+                    isWhole_ = false;
+                    continue;
+                }
+                boxes_[line.target];
+                order_.push_back(line.target);
             }
-            text = text.empty() ? "nothing happens" : text;
-        } else {
-            text = ColumnOf(node).name;
         }
-        const int x = levels_.at(id) * COLUMN + 8;
-        const int y = places_.at(id);
-        const int width = isAnswer ? COLUMN - 24 : BOX;
-        return "<g><title>" + EscapeHtml(text) + "</title><rect x=\"" + std::to_string(x) +
-               "\" y=\"" + std::to_string(y) + "\" width=\"" + std::to_string(width) +
-               "\" height=\"30\" rx=\"6\" fill=\"" + (isAnswer ? "#dff0e0" : "#e4ecf8") +
-               "\" stroke=\"" + (isAnswer ? "#5f9b63" : "#6c8ebf") + "\"/><text x=\"" +
-               std::to_string(x + 8) + "\" y=\"" + std::to_string(y + 19) + "\" fill=\"#1c2430\">" +
-               EscapeHtml(Shortened(text, isAnswer ? 42 : 25)) + "</text></g>\n";
     }
 
-    std::string DrawEdge(const Edge& edge) const {
-        const int x1 = levels_.at(edge.from) * COLUMN + 8 + BOX;
-        const int y1 = places_.at(edge.from) + 15;
-        const int x2 = levels_.at(edge.to) * COLUMN + 8;
-        const int y2 = places_.at(edge.to) + 15;
-        const int bend = x1 + (COLUMN - BOX) / 2;
-        const std::string path = "M" + std::to_string(x1) + ' ' + std::to_string(y1) + " C" +
-                                 std::to_string(bend) + ' ' + std::to_string(y1) + ' ' +
-                                 std::to_string(x2 - 60) + ' ' + std::to_string(y2) + ' ' +
-                                 std::to_string(x2) + ' ' + std::to_string(y2);
-        // The label stands where the edge arrives in its first column.
-        const int labelX = x1 + 62;
-        const int labelY = y1 + (y2 - y1) * (x2 - x1 <= COLUMN ? 2 : 1) / 4 - 3;
-        return "<path d=\"" + path + "\" fill=\"none\" stroke=\"#8a97a8\"/><text x=\"" +
-               std::to_string(labelX) + "\" y=\"" + std::to_string(labelY) +
-               "\" text-anchor=\"middle\" font-size=\"10.5\" fill=\"#44505e\" "
-               "paint-order=\"stroke\" "
-               "stroke=\"#fbfcfd\" stroke-width=\"3\">" +
-               EscapeHtml(edge.label) + "</text>\n";
+    std::vector<Line> LinesOf(const Node& node) const {
+        std::vector<Line> lines;
+        std::vector<std::size_t> counts;
+        for (std::size_t value = 0; value < node.children.size(); ++value) {
+            const NodeId target = node.children[value];
+            if (target == NONE) {
+                continue;
+            }
+            const auto same = std::find_if(lines.begin(), lines.end(),
+                                           [&](const Line& line) { return line.target == target; });
+            const std::string& words = ColumnOf(node).values[value];
+            if (same == lines.end()) {
+                lines.push_back({words, target});
+                counts.push_back(1);
+            } else {
+                same->label += ", " + words;
+                ++counts[static_cast<std::size_t>(same - lines.begin())];
+            }
+        }
+        // What most values lead to is the rest.
+        const auto most = std::max_element(counts.begin(), counts.end());
+        if (most != counts.end() && *most > 2 && lines.size() > 1) {
+            const auto at = most - counts.begin();
+            Line rest = lines[static_cast<std::size_t>(at)];
+            rest.label = "otherwise";
+            lines.erase(lines.begin() + at);
+            lines.push_back(rest);
+        }
+        return lines;
+    }
+
+    // A box stands right of all that lead to it.
+    void Level(NodeId id, int level) {
+        QuestionBox& box = boxes_[id];
+        if (level <= box.level) {
+            return;
+        }
+        box.level = level;
+        for (const Line& line : box.lines) {
+            if (boxes_.count(line.target) != 0) {
+                Level(line.target, level + 1);
+            }
+        }
+    }
+
+    static int HeightOf(const QuestionBox& box) {
+        return HEADING + LINE * static_cast<int>(box.lines.size()) + 4;
+    }
+
+    void Place() {
+        std::map<int, int> used;
+        for (const NodeId id : order_) {
+            QuestionBox& box = boxes_[id];
+            box.x = box.level * COLUMN + 8;
+            box.y = used[box.level] + 8;
+            used[box.level] += HeightOf(box) + GAP;
+            width_ = std::max(width_, box.x + WIDTH + 8);
+            height_ = std::max(height_, used[box.level]);
+        }
+        for (auto& [id, box] : boxes_) {  // columns are centred
+            box.y += (height_ - used[box.level]) / 2;
+        }
+    }
+
+    std::string AnswerOf(NodeId id) const {
+        std::string text;
+        for (const RecordEntry& entry : ReadRecord(outcomes_[diagram_[id].outcome])) {
+            text += (text.empty() ? "" : "; ") + ToText(entry);
+        }
+        return text.empty() ? "nothing happens" : text;
+    }
+
+    static std::string Text(int x, int y, const std::string& attributes, const std::string& text) {
+        return "<text x=\"" + std::to_string(x) + "\" y=\"" + std::to_string(y) + "\"" +
+               attributes + ">" + EscapeHtml(text) + "</text>";
+    }
+
+    std::string DrawBox(NodeId id) const {
+        const QuestionBox& box = boxes_.at(id);
+        std::string svg = "<g><rect x=\"" + std::to_string(box.x) + "\" y=\"" +
+                          std::to_string(box.y) + "\" width=\"" + std::to_string(WIDTH) +
+                          "\" height=\"" + std::to_string(HeightOf(box)) +
+                          "\" rx=\"6\" fill=\"#e9eff9\" stroke=\"#6c8ebf\"/>" +
+                          Text(box.x + 8, box.y + 17, " font-weight=\"bold\" fill=\"#1c2430\"",
+                               Shortened(ColumnOf(diagram_[id]).name, 42)) +
+                          "</g>\n";
+        int y = box.y + HEADING + 12;
+        for (const Line& line : box.lines) {
+            svg += DrawLine(box.x, y, line);
+            y += LINE;
+        }
+        return svg;
+    }
+
+    std::string DrawLine(int x, int y, const Line& line) const {
+        const bool isAnswer = IsAnswer(line.target);
+        const bool isDrawn = boxes_.count(line.target) != 0;
+        const std::string answer = isAnswer  ? AnswerOf(line.target)
+                                   : isDrawn ? ""
+                                             : "see the table";
+        // Plain letters are about 6.5 wide, bold ones 7.8.
+        const std::size_t labelRoom = answer.empty() ? 44 : answer.size() < 14 ? 30 : 18;
+        const std::string label = Shortened(line.label, labelRoom);
+        const std::size_t answerRoom = (WIDTH * 10 - 240 - 65 * label.size()) / 78;
+        return "<g><title>" + EscapeHtml(line.label + (answer.empty() ? "" : ": " + answer)) +
+               "</title>" + Text(x + 8, y, " fill=\"#44505e\"", label) +
+               (answer.empty() ? ""
+                               : Text(x + WIDTH - 8, y,
+                                      std::string(" text-anchor=\"end\" font-weight=\"bold\"") +
+                                          " fill=\"" + (isAnswer ? "#2c6b31" : "#8a5a00") + "\"",
+                                      Shortened(answer, answerRoom))) +
+               "</g>\n";
+    }
+
+    std::string DrawEdges(const QuestionBox& box) const {
+        std::string svg;
+        int y1 = box.y + HEADING + 8;
+        for (const Line& line : box.lines) {
+            const auto target = boxes_.find(line.target);
+            if (target != boxes_.end()) {
+                const int x1 = box.x + WIDTH;
+                const int x2 = target->second.x;
+                const int y2 = target->second.y + 13;
+                const auto point = [](int x, int y) {
+                    return std::to_string(x) + ' ' + std::to_string(y);
+                };
+                svg += "<path d=\"M" + point(x1, y1) + " C" + point(x1 + 45, y1) + ' ' +
+                       point(x2 - 45, y2) + ' ' + point(x2, y2) +
+                       "\" fill=\"none\" stroke=\"#6c8ebf\" stroke-width=\"1.3\"/>\n";
+            }
+            y1 += LINE;
+        }
+        return svg;
     }
 
     const Diagram& diagram_;
     const Outcomes& outcomes_;
     const Rule& rule_;
-    std::map<NodeId, int> levels_;
-    std::map<NodeId, int> places_;
-    std::vector<Edge> edges_;
+    std::vector<NodeId> order_;  // as they were found
+    std::map<NodeId, QuestionBox> boxes_;
+    bool isWhole_ = true;
     int width_ = 0;
     int height_ = 0;
 };
@@ -215,10 +273,12 @@ std::string TableSection(const Table& table, const Exploration& exploration) {
     if (!table.function.empty()) {
         html += "<p class=\"function\">" + EscapeHtml(table.function) + "</p>\n";
     }
-    const std::string svg = DiagramAsSvg(exploration.diagram, exploration.outcomes, table.rule);
-    html += svg.empty()
-                ? "<p>The rule has too many branches for a diagram; the table is complete.</p>\n"
-                : svg;
+    Drawing drawing(exploration.diagram, exploration.outcomes, table.rule);
+    const std::string svg = drawing.Draw();
+    html += svg.empty() ? "" : "<div class=\"diagram\">" + svg + "</div>\n";
+    if (!drawing.IsWhole()) {
+        html += "<p>The diagram shows the first questions; the table is complete.</p>\n";
+    }
     html += "<table><tr><th>#</th><th>When</th><th>Then</th></tr>\n";
     std::size_t number = 0;
     for (const TableRow& row : table.rows) {
@@ -266,10 +326,6 @@ std::string EscapeHtml(const std::string& text) {
         }
     }
     return html;
-}
-
-std::string DiagramAsSvg(const Diagram& diagram, const Outcomes& outcomes, const Rule& rule) {
-    return Drawing(diagram, outcomes, rule).Draw();
 }
 
 std::string TablesAsHtml(const std::vector<Table>& tables, const Exploration& exploration) {
