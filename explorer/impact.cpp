@@ -139,9 +139,9 @@ class ModelComparer {
         ForEachPath(
             shared_.choices, shared_.runs,
             [&] {
-                const Look before = LookAt(a_, item);
+                const ItemWords before = LookAt(a_, item);
                 tv().Again();
-                const Look after = LookAt(b_, item);
+                const ItemWords after = LookAt(b_, item);
                 change = ChangeOf(before, after);
                 isPageShown_ = isPageShown_ || before.visible || after.visible;
             },

@@ -34,7 +34,7 @@ std::vector<std::pair<std::string, std::string>> AnswersTo(const Subject& subjec
 }
 
 // The choices by name, and the value by the name of its choice.
-void AddValue(const Subject& subject, const std::string& item, Look& look) {
+void AddValue(const Subject& subject, const std::string& item, ItemWords& look) {
     std::string value;
     for (const auto& [name, text] : AnswersTo(subject, "value:" + item)) {
         value = name == "value" ? text : "";
@@ -55,7 +55,7 @@ void AddValue(const Subject& subject, const std::string& item, Look& look) {
     }
 }
 
-std::string TextOf(const Look& look, const std::string& part) {
+std::string TextOf(const ItemWords& look, const std::string& part) {
     for (const auto& [name, text] : look.parts) {
         if (name == part) {
             return text.empty() ? "empty" : text;
@@ -74,8 +74,8 @@ std::string Join(const std::vector<std::string>& lines, const char* separator) {
     return text;
 }
 
-Look LookAt(const Subject& subject, const Item& item) {
-    Look look;
+ItemWords LookAt(const Subject& subject, const Item& item) {
+    ItemWords look;
     look.visible = subject.checkVisible(item.key, 0) == 1;
     if (!look.visible) {
         return look;
@@ -98,7 +98,7 @@ Look LookAt(const Subject& subject, const Item& item) {
     return look;
 }
 
-std::string ChangeOf(const Look& before, const Look& after) {
+std::string ChangeOf(const ItemWords& before, const ItemWords& after) {
     if (before.visible != after.visible) {
         return after.visible ? "appears" : "vanishes";
     }
@@ -106,7 +106,7 @@ std::string ChangeOf(const Look& before, const Look& after) {
         return after.enabled ? "is enabled" : "is dimmed";
     }
     std::vector<std::string> names;
-    for (const Look* look : {&before, &after}) {
+    for (const ItemWords* look : {&before, &after}) {
         for (const auto& [name, text] : look->parts) {
             if (std::find(names.begin(), names.end(), name) == names.end()) {
                 names.push_back(name);

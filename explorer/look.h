@@ -11,16 +11,16 @@
 namespace explorer {
 
 // What is seen of an item, by name, in words.
-struct Look {
+struct ItemWords {
     bool visible = false;
     bool enabled = false;
     std::vector<std::pair<std::string, std::string>> parts;
 };
 
 // Asks the provider within the TV's current run.
-Look LookAt(const Subject& subject, const Item& item);
+ItemWords LookAt(const Subject& subject, const Item& item);
 // "vanishes", "changes title: A -> B"; empty when nothing does.
-std::string ChangeOf(const Look& before, const Look& after);
+std::string ChangeOf(const ItemWords& before, const ItemWords& after);
 
 std::string Join(const std::vector<std::string>& lines, const char* separator = ", ");
 
