@@ -9,6 +9,7 @@
 #include <iostream>
 #include <memory>
 
+#include "host/core/compare_tvs.h"
 #include "host/core/dump.h"
 #include "verbs.h"
 

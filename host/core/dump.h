@@ -41,13 +41,4 @@ std::string ModelText(const Dump& dump);
 Json::Value ToJson(const vtv::Snapshot& snapshot);
 vtv::Snapshot ParseSnapshot(const Json::Value& json, const std::string& file);
 
-// One thing in which two TVs differ.
-struct Difference {
-    std::string what;  // "setting", "state", "file", "feature", "item"
-    std::string name;
-    std::optional<std::string> first;  // absent where that TV lacks it
-    std::optional<std::string> second;
-};
-std::vector<Difference> CompareTvs(const vtv::Tv& first, const vtv::Tv& second);
-
 }  // namespace host
