@@ -173,9 +173,15 @@ bool IsLog(const RecordEntry& entry) {
     return entry.kind == Entry::kLog;
 }
 
-// What a host can see of it: no trace, and no leak.
+// What a host can see of it: no trace and no leak. A scenario has no application that runs already
+// and could be ended.
 bool IsSeen(const RecordEntry& entry) {
-    return !IsLog(entry) && entry.kind != Entry::kTrace && entry.kind != Entry::kWrong;
+    return !IsLog(entry) && entry.kind != Entry::kTrace && entry.kind != Entry::kWrong &&
+           entry.kind != Entry::kTerminate;
+}
+
+bool IsTermination(const RecordEntry& entry) {
+    return entry.kind == Entry::kTerminate;
 }
 
 std::vector<std::string> TextsOf(const std::vector<RecordEntry>& record,
@@ -189,20 +195,47 @@ std::vector<std::string> TextsOf(const std::vector<RecordEntry>& record,
     return texts;
 }
 
-// "logs 6 function > message" as the log of a TV has it. The texts of items are translated there.
-std::string LogStep(const Question& question, const std::vector<std::string>& lines) {
+// "logs 6 function > message" as the log of a TV has it.
+std::vector<std::string> MessagesOf(const std::vector<std::string>& lines) {
     std::vector<std::string> messages;
     for (const std::string& line : lines) {
-        const std::size_t end = line.find(" > ");
-        if (end == std::string::npos || line.find("SID_") != std::string::npos) {
-            return "";
-        }
+        const std::size_t end = std::min(line.find(" > "), line.size() - 3);
         messages.push_back(line.substr(7, end - 7) + ": " + line.substr(end + 3));
+    }
+    return messages;
+}
+
+// Whether only a writer logs it: looking at the page afterwards does not.
+bool IsOfWriter(const std::string& message) {
+    for (const char* function : {"setnode_", "set_int", "LaunchOnboarding", "_Launch", "showVA"}) {
+        if (message.rfind(function, 0) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string LogStep(const Question& question, const std::vector<std::string>& logs,
+                    const std::vector<std::string>& others) {
+    const std::vector<std::string> run = MessagesOf(logs);
+    std::vector<std::string> absent;
+    for (const std::string& message : MessagesOf(others)) {
+        if (IsOfWriter(message) && std::find(run.begin(), run.end(), message) == run.end()) {
+            absent.push_back(message);
+        }
+    }
+    // The texts of items are translated in a TV's log.
+    const bool isTranslated = std::any_of(run.begin(), run.end(), [](const std::string& message) {
+        return message.find("SID_") != std::string::npos;
+    });
+    if (run.empty() || isTranslated) {
+        return "";
     }
     const std::string hand = question.writes ? std::string("hand = { ") + question.item->name +
                                                    " = " + std::to_string(question.value) + " }\n"
                                              : "";
-    return messages.empty() ? "" : STEP + hand + "expect.log-run = " + AsTomlList(messages) + "\n";
+    return STEP + hand + "expect.log-run = " + AsTomlList(run) + "\n" +
+           (absent.empty() ? "" : "expect.no-log = " + AsTomlList(absent) + "\n");
 }
 
 }  // namespace
@@ -219,7 +252,10 @@ std::string ToReplay(const Inputs& inputs, const State& state, const Question& q
         return EffectSteps(inputs, state, question, entries, others);
     }
     const std::vector<std::string> logs = TextsOf(entries, IsLog);
-    return logs == TextsOf(others, IsLog) || isPress ? "" : LogStep(question, logs);
+    const std::vector<std::string> otherLogs = TextsOf(others, IsLog);
+    const bool isPossible = !isPress && TextsOf(entries, IsTermination).empty() &&
+                            TextsOf(others, IsTermination).empty();
+    return logs == otherLogs || !isPossible ? "" : LogStep(question, logs, otherLogs);
 }
 
 }  // namespace explorer
