@@ -122,7 +122,7 @@ class ScenarioWriter {
         for (std::size_t i = 0; i < path.size(); ++i) {
             const bool isEnd = crashes && i + 1 == path.size();
             text += StepBegin(ToText(path[i])) + TomlStep(path[i], tv_.Model());
-            text += isEnd ? "" : Expected(path[i]);
+            text += isEnd ? "" : Expected(path[i], i + 1 == path.size());
         }
         return text;
     }
@@ -137,7 +137,8 @@ class ScenarioWriter {
         return stage_.Of(tv_.ValueOf(state_, tv_.Published()).number == 1);
     }
 
-    std::string Expected(const Action& action) {
+    // Of what did not change all the same where it might have, and at the end: `isWhole`.
+    std::string Expected(const Action& action, bool isWhole) {
         const TvState before = state_;
         tv_.Load(state_);
         const Consequences consequences = CarryOut(Current(), tv_, action, state_);
@@ -159,7 +160,7 @@ class ScenarioWriter {
         for (const std::string& application : consequences.terminated) {
             text += "expect.log = " + TomlText("end of " + application + ": asked") + "\n";
         }
-        return text + Page() + ExpectedStore(tv_, &before, state_);
+        return text + Page() + ExpectedStore(tv_, isWhole || isFresh ? nullptr : &before, state_);
     }
 
     const Stage& stage_;
