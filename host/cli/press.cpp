@@ -43,7 +43,11 @@ const char* Heading(host::Sight::Kind kind) {
 
 void Print(const host::PressResult& result) {
     for (const host::Sight& sight : result.sights) {
-        std::cout << Paint(Look::kNote, Heading(sight.kind)) << sight.text << '\n';
+        std::cout << Paint(Look::kNote, Heading(sight.kind)) << sight.text;
+        if (sight.kind == host::Sight::Kind::kNothing) {
+            std::cout << Paint(Look::kDim, " (what was done: vtv log)");
+        }
+        std::cout << '\n';
     }
 }
 
