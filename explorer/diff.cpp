@@ -93,6 +93,9 @@ class PolicyComparer {
             choices, shared_.runs, [&] { Run(question); },
             [&] {
                 if (differs_) {
+                    // The state's documents are told as the first provider found them.
+                    tv().Again();
+                    Ask(*a_, question);
                     Note(recordA_, recordB_, question.name, CurrentState(policy_, choices));
                 }
             });
@@ -218,11 +221,14 @@ void MergeBytes(const std::string& text, const Inputs& inputs, Differences& into
 // What is shown
 // ---------------------------------------------------------------------------------------------
 
-std::string Commented(std::string line) {
-    for (std::size_t at = line.find('\n'); at != std::string::npos; at = line.find('\n', at + 1)) {
-        line.replace(at, 1, "\n#   ");
+// As a comment of TOML, which takes only text: a trace event has bytes of every kind.
+std::string Commented(const std::string& line) {
+    std::string comment = "#   ";
+    for (const char c : line) {
+        const bool isText = c >= ' ' && c <= '~';
+        comment += c == '\n' ? "\n#   " : isText ? std::string(1, c) : "?";
     }
-    return "#   " + line + "\n";
+    return comment + "\n";
 }
 
 // Empty for a difference that no host sees on the page.
