@@ -39,12 +39,13 @@ void AddValue(const Subject& subject, const std::string& item, ItemWords& look) 
     for (const auto& [name, text] : AnswersTo(subject, "value:" + item)) {
         value = name == "value" ? text : "";
     }
+    const std::string current = "choice " + value;
     std::string choices;
     std::string chosen = "none";
     for (const auto& [name, text] : AnswersTo(subject, "choices:" + item)) {
         if (name.rfind("choice ", 0) == 0) {
             choices += (choices.empty() ? "" : ", ") + text;
-            chosen = name == "choice " + value ? text : chosen;
+            chosen = name == current ? text : chosen;
         }
     }
     if (!choices.empty()) {
@@ -119,7 +120,7 @@ std::string ChangeOf(const ItemWords& before, const ItemWords& after) {
         const std::string is = TextOf(after, name);
         if (was != is) {
             changes.push_back(name);
-            changes.back() += ": " + was + " -> " + is;
+            changes.back().append(": ").append(was).append(" -> ").append(is);
         }
     }
     return changes.empty() ? "" : "changes " + Join(changes, "; ");

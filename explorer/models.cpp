@@ -130,6 +130,7 @@ std::vector<TvModel> LoadModels(const std::vector<std::string>& namesOrFiles) {
         std::sort(files.begin(), files.end());
     }
     std::vector<TvModel> models;
+    models.reserve(files.size());
     for (const fs::path& file : files) {
         models.push_back(LoadModel(file));
     }

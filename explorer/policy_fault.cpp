@@ -18,7 +18,7 @@ class Document {
 
     std::string Fault() const {
         Json::Value root;
-        const std::string fault = SyntaxFault(root);
+        std::string fault = SyntaxFault(root);
         if (!fault.empty()) {
             return fault;
         }
