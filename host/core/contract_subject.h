@@ -10,7 +10,7 @@
 namespace host {
 
 inline constexpr char kAssistantKey[] = "menu/system/general-voice-voice-assistant";
-inline constexpr size_t kBoxBufferSize = 64 * 1024;
+inline constexpr size_t kBoxBufferSize = size_t{64} * 1024;
 
 inline void Require(bool holds, const std::string& otherwise) {
     if (!holds) {
