@@ -11,7 +11,7 @@ using testing::StartsWith;
 
 namespace {
 
-constexpr char kOrvik[] =
+constexpr char kOrvikPolicy[] =
     R"([{"VAOrder":1,"VAId":"ORVIK2","VAAppId":"com.vantelo.tv.voice-instant-app",
     "VAName":"Orvik","VAFFSupport":true}])";
 
@@ -47,7 +47,7 @@ TEST_F(VtvTest, ExploreAsksTheProviderThatVtvIsTold) {
 
 TEST_F(VtvTest, ImpactComparesThePolicyOfATvWithANewOne) {
     Write("old.json", Ok({"policy", "show", "--json"}));
-    Write("new.json", kOrvik);
+    Write("new.json", kOrvikPolicy);
     EXPECT_EQ(Vtv({"impact", Path("old.json"), Path("old.json"), "--tv", "farfield-eu", "-q"}).code,
               0);
     const Output change = Vtv({"impact", Path("old.json"), Path("new.json"), "--tv", "farfield-eu",

@@ -26,7 +26,7 @@ std::string ErrorOf(const std::string& file) {
 constexpr char kVoice[] = "menu/system/general-voice";
 constexpr char kAssistant[] = "menu/system/general-voice-voice-assistant";
 constexpr char kWakeUp[] = "menu/system/general-voice-voice-wake-up";
-constexpr char kOrvik[] = "menu/system/general-voice-voice-settings-orvik";
+constexpr char kOrvikSettings[] = "menu/system/general-voice-voice-settings-orvik";
 
 }  // namespace
 
@@ -72,14 +72,14 @@ TEST(Provider, ABoxHasAsManyButtonsAsItSays) {
     const host::Box popup = {"Set up", "Set it up?", {"Start"}, 9999};
     EXPECT_EQ(provider.Confirmation(kAssistant), confirmation);
     EXPECT_EQ(provider.Confirmation(kWakeUp), std::nullopt);
-    EXPECT_EQ(provider.DisablePopup(kOrvik), popup);
+    EXPECT_EQ(provider.DisablePopup(kOrvikSettings), popup);
     EXPECT_EQ(provider.DisablePopup(kWakeUp), std::nullopt);
 }
 
 TEST(Provider, ADisableTextCountsOnlyWithItsFlag) {
     const Provider provider(Fake("sound"));
     EXPECT_EQ(provider.DisableText(kWakeUp), "Not now.");
-    EXPECT_EQ(provider.DisableText(kOrvik), std::nullopt);
+    EXPECT_EQ(provider.DisableText(kOrvikSettings), std::nullopt);
 }
 
 TEST(Provider, AMissingSlotMeansNoAnswer) {
