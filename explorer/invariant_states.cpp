@@ -138,7 +138,7 @@ std::string OneModeWhileOn(const Look& look, const Question*) {
 std::string SwitchesReadTheirValues(const Look& look, const Question* question) {
     const int value = look.Value(question->item->name);
     const bool isHint = std::strcmp(question->item->name, HINT) == 0;
-    return value != 1 && value != 0 && !(isHint && value == -1) ? "reads " + std::to_string(value)
+    return value != 1 && value != 0 && (!isHint || value != -1) ? "reads " + std::to_string(value)
                                                                 : "";
 }
 
@@ -173,6 +173,7 @@ std::string WriteBack(const Look& look, const Question* question) {
         isWakeUp ? std::vector<const char*>{WAKE_UP, ALWAYS, SCREEN_ON}
                  : std::vector<const char*>{item};
     std::vector<int> before;
+    before.reserve(shown.size());
     for (const char* one : shown) {
         before.push_back(look.Value(one));
     }

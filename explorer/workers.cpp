@@ -73,7 +73,8 @@ Worker Start(int task, const std::function<std::string(int, Shared&)>& run) {
     worker.shared = NewShared<Shared>();
     int ends[2];
     std::fflush(nullptr);
-    if (pipe(ends) != 0 || (worker.pid = fork()) < 0) {
+    worker.pid = pipe(ends) == 0 ? fork() : -1;
+    if (worker.pid < 0) {
         throw std::runtime_error("cannot start a worker process");
     }
     if (worker.pid == 0) {
@@ -198,6 +199,7 @@ void Work(int count, const WorkOptions& options,
             waiting.pop_front();
         }
         std::vector<pollfd> files;
+        files.reserve(workers.size());
         for (const Worker& worker : workers) {
             files.push_back({worker.pipe, POLLIN, 0});
         }
