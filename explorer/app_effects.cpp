@@ -95,14 +95,16 @@ std::string AssistantOf(const std::string& launch) {
     return "";
 }
 
-// As the policy in the store has it.
-std::string CurrentAssistant(const ConcreteTv& tv, const TvState& state) {
+// As the policy in the store has them.
+Json::Value Assistants(const ConcreteTv& tv) {
     Json::Value policy;
+    const bool isList = ParseJson(tv.Model().policy.value_or(""), policy) && policy.isArray();
+    return isList ? policy : Json::Value(Json::arrayValue);
+}
+
+std::string CurrentAssistant(const ConcreteTv& tv, const TvState& state) {
     const std::string current = tv.TextOf(state, keys::CURRENT);
-    if (!ParseJson(tv.Model().policy.value_or(""), policy) || !policy.isArray()) {
-        return "";
-    }
-    for (const Json::Value& assistant : policy) {
+    for (const Json::Value& assistant : Assistants(tv)) {
         if (assistant.isObject() && assistant["VAAppId"] == current) {
             return assistant["VAId"].asString();
         }
@@ -113,6 +115,15 @@ std::string CurrentAssistant(const ConcreteTv& tv, const TvState& state) {
 void AgreeToTerms(ConcreteTv& tv, TvState& state) {
     for (const char* item : {"tnc", "pp"}) {
         tv.Set(state, Input::Kind::kConsent, item, NumberValue(1, "int"));
+    }
+}
+
+void ChooseFirstAssistant(ConcreteTv& tv, TvState& state) {
+    const Json::Value assistants = Assistants(tv);
+    if (tv.TextOf(state, keys::CURRENT).empty() && !assistants.empty() &&
+        assistants[0].isObject() && assistants[0]["VAAppId"].isString()) {
+        tv.Set(state, Input::Kind::kSetting, keys::CURRENT,
+               TextValue(assistants[0]["VAAppId"].asString()));
     }
 }
 
@@ -182,6 +193,7 @@ void FinishApplication(ConcreteTv& tv, TvState& state, const std::string& launch
     const std::string application = ApplicationOf(launch);
     if (application == WIZARD) {
         AgreeToTerms(tv, state);
+        ChooseFirstAssistant(tv, state);
     } else if (SignsIn(tv, application)) {
         SignIn(tv, state);
     } else if (application == GENERIC_SETUP) {

@@ -100,17 +100,31 @@ void SetUpAssistant(vtv::Tv& tv, const std::string& id) {
     setup->second(tv);
 }
 
-std::string CurrentAssistantId(const vtv::Tv& tv) {
+// The policy's assistants; none when it is no list.
+Json::Value Assistants(const vtv::Tv& tv) {
     Json::Value policy;
-    if (!ParseJson(StringSetting(tv, kPolicyKey), &policy) || !policy.isArray()) {
-        return "";
-    }
-    for (const Json::Value& assistant : policy) {
+    const bool isList = ParseJson(StringSetting(tv, kPolicyKey), &policy) && policy.isArray();
+    return isList ? policy : Json::Value(Json::arrayValue);
+}
+
+std::string CurrentAssistantId(const vtv::Tv& tv) {
+    for (const Json::Value& assistant : Assistants(tv)) {
         if (assistant.isObject() && assistant["VAAppId"] == StringSetting(tv, kCurrentKey)) {
             return assistant["VAId"].asString();
         }
     }
     return "";
+}
+
+// The setup also lets its viewer choose an assistant, where none is chosen yet. This viewer takes
+// the first.
+void FinishWizard(vtv::Tv& tv) {
+    AgreeToTerms(tv);
+    const Json::Value assistants = Assistants(tv);
+    if (StringSetting(tv, kCurrentKey).empty() && !assistants.empty() && assistants[0].isObject() &&
+        assistants[0]["VAAppId"].isString()) {
+        tv.Set(kCurrentKey, assistants[0]["VAAppId"].asString());
+    }
 }
 
 // The one that stands in where an assistant's own application cannot: it asks for whatever is
@@ -143,7 +157,7 @@ Application Find(const vtv::Tv& tv, const Request& request) {
         return {Extra(request, "text"), [](vtv::Tv&) {}};
     }
     if (request.appId == "org.nemra.wizard") {
-        return {"Setup: terms and conditions, privacy policy. Agree to both?", AgreeToTerms};
+        return {"Setup: terms and conditions, privacy policy. Agree to both?", FinishWizard};
     }
     if (request.appId == tv.GetModel().accountUi) {
         return {"Sign in to your account.", [](vtv::Tv& t) {
