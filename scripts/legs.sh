@@ -22,7 +22,7 @@ declare -A LEG_TITLE=(
 
 # What a leg needs beyond the packages of ./run.
 declare -A LEG_PACKAGES=(
-    [gcc]="python3"
+    [gcc]="python3 zsh"
     [clang]="clang-19"
     [format]="clang-format-19"
     [tidy]="clang-19 clang-tidy-19"
