@@ -1,5 +1,5 @@
-// The program's malloc and its kin: the C library's, with books kept. For executables only. Sanitizers
-// bring their own, and find more than these books do.
+// The program's malloc and its kin: the C library's, with books kept. For executables only.
+// Sanitizers bring their own, and find more than these books do.
 #if !defined(__SANITIZE_ADDRESS__)
 
 #include <malloc.h>

@@ -137,7 +137,7 @@ void Recording::AddPress(const Press& press, const PressResult& result) {
     toml::array sees;
     toml::array launched;
     for (const Sight& sight : result.sights) {
-        if (sight.kind == Sight::Kind::kChange) {
+        if (sight.change) {
             const ItemView& view = result.after[sight.change->item->name];
             const bool there = result.after.IsReachable(*view.item);
             toml::table item{{"visible", there}};

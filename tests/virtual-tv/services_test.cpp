@@ -147,7 +147,8 @@ TEST_F(ServicesTest, TheHostsNetworkFollowsTheDefaultRoute) {
     std::ifstream routes6("/proc/net/ipv6_route");
     const std::string everywhere = std::string(32, '0') + " 00 ";
     for (std::string line; std::getline(routes6, line);) {
-        expected = expected || (line.rfind(everywhere, 0) == 0 && line.size() > 139 && line[139] == '3');
+        expected =
+            expected || (line.rfind(everywhere, 0) == 0 && line.size() > 139 && line[139] == '3');
     }
     EXPECT_EQ(tv->Online(), expected);
 }
