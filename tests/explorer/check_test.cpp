@@ -14,14 +14,6 @@ std::string Folder(const char* name) {
     return TemporaryFolder() + "/" + name;
 }
 
-Json::Value Parse(const std::string& text) {
-    Json::Value root;
-    std::string errors;
-    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-    EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &root, &errors)) << errors;
-    return root;
-}
-
 ProcessResult Check(const std::string& provider, const std::string& invariant) {
     return RunExplorer({"check", "-q", "--json", "--provider", provider, "--scenarios",
                         Folder("scenarios"), invariant});

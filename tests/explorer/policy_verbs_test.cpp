@@ -30,14 +30,6 @@ std::string Read(const fs::path& file) {
     return text.str();
 }
 
-Json::Value Parse(const std::string& text) {
-    Json::Value root;
-    std::string errors;
-    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-    EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &root, &errors)) << errors;
-    return root;
-}
-
 bool Has(const Json::Value& changes, const std::string& item, const std::string& change) {
     for (const Json::Value& one : changes) {
         if (one["item"].asString() == item && one["change"].asString() == change) {

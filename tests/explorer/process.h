@@ -1,6 +1,8 @@
 // Runs vtv-explore as a user does.
 #pragma once
 
+#include <json/json.h>
+
 #include <string>
 #include <vector>
 
@@ -16,6 +18,8 @@ ProcessResult RunExplorer(const std::vector<std::string>& arguments);
 ProcessResult InterruptExplorer(const std::vector<std::string>& arguments, int milliseconds);
 // The same of the command vtv.
 ProcessResult RunVtv(const std::vector<std::string>& arguments);
+// What was printed with --json; the test fails when it is none.
+Json::Value Parse(const std::string& text);
 // The provider that was built with the tests.
 std::string ProviderFile();
 // A folder of this test's own, removed at the end of the process.

@@ -57,14 +57,6 @@ language = "en_GB"
     return file;
 }
 
-Json::Value Parse(const std::string& text) {
-    Json::Value root;
-    std::string errors;
-    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-    EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &root, &errors)) << errors;
-    return root;
-}
-
 std::string Read(const fs::path& file) {
     std::ostringstream text;
     text << std::ifstream(file).rdbuf();

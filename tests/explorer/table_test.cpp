@@ -6,18 +6,6 @@
 
 #include "process.h"
 
-namespace {
-
-Json::Value Parse(const std::string& text) {
-    Json::Value root;
-    std::string errors;
-    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-    EXPECT_TRUE(reader->parse(text.data(), text.data() + text.size(), &root, &errors)) << errors;
-    return root;
-}
-
-}  // namespace
-
 TEST(Table, OfARuleIsShownWithItsProof) {
     const ProcessResult result = RunExplorer({"table", "-q", "visible:voice-settings-alexa"});
     EXPECT_EQ(result.exitCode, 0) << result.errors;
