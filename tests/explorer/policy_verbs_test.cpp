@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <sstream>
 
 #include "process.h"
 
@@ -22,12 +21,6 @@ std::string PolicyFile(const char* name, const std::string& text) {
     const std::string file = TemporaryFolder() + "/" + name;
     std::ofstream(file) << text;
     return file;
-}
-
-std::string Read(const fs::path& file) {
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    return text.str();
 }
 
 bool Has(const Json::Value& changes, const std::string& item, const std::string& change) {
@@ -68,7 +61,7 @@ TEST(Depends, TheReverseNamesTheItemsOfAKey) {
 TEST(Depends, TheListThatTheHostRefreshesByIsUpToDate) {
     const ProcessResult result = RunExplorer({"depends", "-q", "--source"});
     EXPECT_EQ(result.exitCode, 0) << result.errors;
-    EXPECT_TRUE(result.output == Read(DEPENDENCIES_FILE))
+    EXPECT_TRUE(result.output == ReadAll(DEPENDENCIES_FILE))
         << DEPENDENCIES_FILE << " is stale: run vtv explore depends --source > "
         << DEPENDENCIES_FILE;
 }
@@ -182,7 +175,7 @@ TEST(Docs, TheRulesArePagesThatAreUpToDate) {
     int pages = 0;
     for (const fs::directory_entry& page : fs::directory_iterator(made)) {
         ++pages;
-        EXPECT_TRUE(Read(page.path()) == Read(fs::path(RULES_FOLDER) / page.path().filename()))
+        EXPECT_TRUE(ReadAll(page.path()) == ReadAll(fs::path(RULES_FOLDER) / page.path().filename()))
             << page.path().filename() << " is stale: run vtv explore table --docs docs/rules";
     }
     EXPECT_GE(pages, 14);

@@ -31,17 +31,17 @@ struct Folder {
     std::string path;
 };
 
-std::string ReadAll(const std::string& file) {
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    return text.str();
-}
-
 }  // namespace
 
 std::string TemporaryFolder() {
     static const Folder folder;
     return folder.path;
+}
+
+std::string ReadAll(const std::string& file) {
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    return text.str();
 }
 
 Json::Value Parse(const std::string& text) {

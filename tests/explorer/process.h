@@ -18,6 +18,8 @@ ProcessResult RunExplorer(const std::vector<std::string>& arguments);
 ProcessResult InterruptExplorer(const std::vector<std::string>& arguments, int milliseconds);
 // The same of the command vtv.
 ProcessResult RunVtv(const std::vector<std::string>& arguments);
+// A file's whole content.
+std::string ReadAll(const std::string& file);
 // What was printed with --json; the test fails when it is none.
 Json::Value Parse(const std::string& text);
 // The provider that was built with the tests.

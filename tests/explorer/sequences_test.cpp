@@ -1,13 +1,9 @@
 // vtv explore sequences, run as a process; and what it expects of a TV, replayed on a virtual one.
 #include <gtest/gtest.h>
 #include <json/json.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
-#include <sstream>
 
 #include "process.h"
 
@@ -57,27 +53,10 @@ language = "en_GB"
     return file;
 }
 
-std::string Read(const fs::path& file) {
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    return text.str();
-}
-
-// Exit code and output of a shell command.
-ProcessResult RunShell(const std::string& command) {
-    const std::string output = TemporaryFolder() + "/shell-output";
-    const std::string errors = TemporaryFolder() + "/shell-errors";
-    const int status =
-        std::system((command + " >" + output + " 2>" + errors).c_str());  // NOLINT(cert-env33-c)
-    ProcessResult result;
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128;
-    result.output = Read(output);
-    result.errors = Read(errors);
-    return result;
-}
-
-ProcessResult Replay(const std::string& provider, const std::string& scenarios) {
-    return RunShell(std::string(VTV_PROGRAM) + " run --provider " + provider + " " + scenarios);
+ProcessResult Replay(const std::string& provider, const std::vector<std::string>& scenarios) {
+    std::vector<std::string> arguments = {"run", "--provider", provider};
+    arguments.insert(arguments.end(), scenarios.begin(), scenarios.end());
+    return RunVtv(arguments);
 }
 
 ProcessResult Sequences(std::vector<std::string> arguments) {
@@ -166,9 +145,9 @@ TEST(Sequences, ToAFaultAreReplayedByTheVirtualTv) {
                          "never-both-entries"})
                   .output)["violations"][0];
     const std::string scenario = violation["scenario"].asString();
-    const ProcessResult broken = Replay(BROKEN_BOTH_ENTRIES, scenario);
+    const ProcessResult broken = Replay(BROKEN_BOTH_ENTRIES, {scenario});
     EXPECT_EQ(broken.exitCode, 0) << broken.output << broken.errors;
-    const ProcessResult whole = Replay(ProviderFile(), scenario);
+    const ProcessResult whole = Replay(ProviderFile(), {scenario});
     EXPECT_EQ(whole.exitCode, 1) << whole.output << whole.errors;
     EXPECT_NE(whole.output.find("onboarding visible: expected \"true\", found \"false\""),
               std::string::npos)
@@ -193,8 +172,10 @@ TEST(Sequences, TakeTheSameWayInMemoryAndOnTheVirtualTv) {
          ModelFile("sva", {SVA, TENCENT}, agreed)});
     ASSERT_EQ(result.exitCode, 0) << result.output << result.errors;
     std::string all;
+    std::vector<std::string> files;
     for (const fs::directory_entry& file : fs::directory_iterator(folder)) {
-        all += Read(file.path());
+        files.push_back(file.path());
+        all += ReadAll(file.path());
     }
     for (const char* application :
          {"com.vantelo.account-ui", "com.vantelo.tv.google-assistant",
@@ -209,7 +190,7 @@ TEST(Sequences, TakeTheSameWayInMemoryAndOnTheVirtualTv) {
                              "the policy is published again", "power cycle"}) {
         EXPECT_NE(all.find(step), std::string::npos) << "no tour has: " << step;
     }
-    const ProcessResult replay = Replay(ProviderFile(), folder + "/*.toml");
+    const ProcessResult replay = Replay(ProviderFile(), files);
     EXPECT_EQ(replay.exitCode, 0) << replay.output << replay.errors;
 }
 
