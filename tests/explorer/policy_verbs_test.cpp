@@ -175,7 +175,8 @@ TEST(Docs, TheRulesArePagesThatAreUpToDate) {
     int pages = 0;
     for (const fs::directory_entry& page : fs::directory_iterator(made)) {
         ++pages;
-        EXPECT_TRUE(ReadAll(page.path()) == ReadAll(fs::path(RULES_FOLDER) / page.path().filename()))
+        EXPECT_TRUE(ReadAll(page.path()) ==
+                    ReadAll(fs::path(RULES_FOLDER) / page.path().filename()))
             << page.path().filename() << " is stale: run vtv explore table --docs docs/rules";
     }
     EXPECT_GE(pages, 14);
