@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "explorer/exploration.h"
+#include "explorer/asking/exploration.h"
 #include "explorer/tv/lazy_tv.h"
 
 namespace {

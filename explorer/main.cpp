@@ -1,4 +1,4 @@
-#include "command.h"
+#include "explorer/asking/command.h"
 
 int main(int argc, char** argv) {
     return explorer::ExploreMain(argc, argv);

@@ -1,7 +1,7 @@
 // What the provider makes happen: applications, popups, the toolkit, sound.
 #include <string>
 
-#include "explorer/memory.h"
+#include "explorer/engine/memory.h"
 #include "lazy_tv.h"
 #include "platform/applications.h"
 #include "platform/speech.h"

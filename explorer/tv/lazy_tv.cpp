@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "explorer/memory.h"
+#include "explorer/engine/memory.h"
 
 namespace explorer {
 

@@ -18,8 +18,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "explorer/choices.h"
-#include "explorer/inputs.h"
+#include "explorer/engine/choices.h"
+#include "inputs.h"
 
 struct keynode;  // platform/settings_store.h
 

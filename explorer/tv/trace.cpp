@@ -1,7 +1,7 @@
 // Trace storage: events go into the log record, in the order in which they were committed.
 #include <string>
 
-#include "explorer/memory.h"
+#include "explorer/engine/memory.h"
 #include "lazy_tv.h"
 #include "platform/trace_storage.h"
 

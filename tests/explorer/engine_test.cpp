@@ -4,8 +4,8 @@
 #include <functional>
 #include <vector>
 
-#include "explorer/coverage.h"
-#include "explorer/diagram.h"
+#include "explorer/engine/coverage.h"
+#include "explorer/engine/diagram.h"
 
 using explorer::BigNumber;
 using explorer::Choices;

@@ -9,11 +9,11 @@
 #include <functional>
 #include <map>
 
-#include "explorer/bytes.h"
-#include "explorer/exploration.h"
-#include "explorer/state.h"
+#include "explorer/asking/exploration.h"
+#include "explorer/engine/bytes.h"
+#include "explorer/engine/workers.h"
 #include "explorer/tv/lazy_tv.h"
-#include "explorer/workers.h"
+#include "explorer/tv/state.h"
 #include "model/page_behaviour.h"
 #include "model_states.h"
 

@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "explorer/inputs.h"
+#include "explorer/tv/inputs.h"
 #include "model/page_model.h"
 
 // Keeps one state of the model in step with a path: an input that the path decided has its value,

@@ -1,8 +1,10 @@
 // What holds for the house as a whole: who may include whom, and that the map names every source.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <regex>
 #include <set>
@@ -69,6 +71,17 @@ const std::map<std::string, std::vector<std::string>> MAY_INCLUDE = {
     {"explorer", {"abi/", "platform/", "host/core/"}},
 };
 
+// The explorer's rooms, from the bottom up.
+const std::vector<std::string> EXPLORER_ROOMS = {
+    "engine", "tv", "asking", "tables", "invariants", "sequences", "diff", "impact", "command"};
+
+// Where a room of the explorer stands; the program itself stands above all.
+std::size_t FloorOf(const fs::path& source) {
+    const std::string room = source.parent_path().filename();
+    const auto found = std::find(EXPLORER_ROOMS.begin(), EXPLORER_ROOMS.end(), room);
+    return static_cast<std::size_t>(found - EXPLORER_ROOMS.begin());
+}
+
 // A source of the provider and those below it: an include never points up.
 const std::map<std::string, std::set<std::string>> PROVIDER_BELOW = {
     {"SIMenuUtil", {}},
@@ -114,6 +127,67 @@ TEST(House, InsideTheProviderAnIncludeNeverPointsUp) {
             EXPECT_TRUE(below != PROVIDER_BELOW.end() && below->second.count(included) == 1)
                 << source << " includes \"" << include << '"';
         }
+    }
+}
+
+TEST(House, TheExplorerHasItsListedRoomsAndNoSourceBesideThemButMain) {
+    EXPECT_LE(EXPLORER_ROOMS.size(), 9U);
+    std::set<std::string> rooms;
+    for (const fs::path& source : SourcesOf("explorer")) {
+        const fs::path folder = source.parent_path().lexically_relative("explorer");
+        if (folder == ".") {
+            EXPECT_EQ(source.filename(), "main.cpp");
+        } else {
+            rooms.insert(folder);
+        }
+    }
+    EXPECT_EQ(rooms, std::set<std::string>(EXPLORER_ROOMS.begin(), EXPLORER_ROOMS.end()));
+}
+
+TEST(House, InsideTheExplorerAnIncludeNeverPointsUp) {
+    std::size_t between = 0;
+    for (const fs::path& source : SourcesOf("explorer")) {
+        for (const std::string& include : IncludesOf(source)) {
+            if (include.rfind("explorer/", 0) == 0) {
+                ++between;
+                EXPECT_LT(FloorOf(include), FloorOf(source))
+                    << source << " includes \"" << include << '"';
+            }
+        }
+    }
+    EXPECT_GT(between, 50U);
+}
+
+TEST(House, HeadersIncludeEachOtherInNoCircle) {
+    std::map<std::string, std::vector<std::string>> includes;
+    for (const std::string& room : ROOMS) {
+        for (const fs::path& source : SourcesOf(room)) {
+            for (const std::string& include : IncludesOf(source)) {
+                const fs::path beside = source.parent_path() / include;
+                includes[source].push_back(fs::exists(SOURCE / beside) ? beside.string() : include);
+            }
+        }
+    }
+    // What includes nothing that is left, or is included by nothing that is left, stands in no
+    // circle.
+    for (bool found = true; found;) {
+        std::set<std::string> included;
+        for (const auto& [source, headers] : includes) {
+            included.insert(headers.begin(), headers.end());
+        }
+        found = false;
+        for (auto entry = includes.begin(); entry != includes.end();) {
+            const bool isFree = included.count(entry->first) == 0 ||
+                                std::none_of(entry->second.begin(), entry->second.end(),
+                                             [&](const std::string& header) {
+                                                 return includes.count(header) == 1;
+                                             });
+            found = found || isFree;
+            entry = isFree ? includes.erase(entry) : std::next(entry);
+        }
+    }
+    for (const auto& [source, headers] : includes) {
+        ADD_FAILURE() << source << " stands in a circle of includes";
     }
 }
 

@@ -1,0 +1,177 @@
+// vtv explore sequences
+#include "sequences.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+
+#include "explorer/asking/command.h"
+#include "explorer/engine/memory.h"
+#include "explorer/engine/workers.h"
+#include "explorer/invariants/check.h"
+#include "explorer/tv/lazy_tv.h"
+#include "sequences_result.h"
+
+namespace explorer {
+
+namespace {
+
+// A provider that crashes in more ways than this has been looked at enough.
+constexpr std::size_t MOST_CRASHES = 100;
+
+std::vector<NewTv> LoadTvs(const Inputs& inputs, const SequencesOptions& options) {
+    std::vector<NewTv> tvs;
+    try {
+        for (const TvModel& model : LoadModels(options.models)) {
+            tvs.push_back(LoadNewTv(inputs, model));
+        }
+    } catch (const NoSuchModel& error) {
+        throw CommandError(kExitNoSuch, error.what());
+    }
+    return tvs;
+}
+
+std::string SearchOne(const Inputs& inputs, const NewTv& model, const std::vector<Case>& cases,
+                      const SequencesOptions& options, const SearchOptions& searchOptions,
+                      Shared& shared) {
+    const auto begin = std::chrono::steady_clock::now();
+    memoryBooks.poisoning = true;
+    ConcreteTv concrete(inputs, model);
+    const Stage stage(options.provider, model);
+    Search search(stage, concrete, cases, searchOptions, shared);
+    const bool finished = search.Run();
+    SequencesResult result = ResultOf(search, stage, concrete, !options.tour.empty());
+    result.finished = finished;
+    result.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    return ToBytes(result);
+}
+
+// The shortest sequence of each invariant over all TVs.
+std::vector<ShortestBreak> ShortestBreaks(const std::vector<SequencesResult>& results) {
+    std::vector<ShortestBreak> breaks;
+    for (const Invariant& invariant : Invariants()) {
+        ShortestBreak shortest;
+        shortest.invariant = &invariant;
+        std::vector<std::pair<const SequencesResult*, const BrokenResult*>> all;
+        for (const SequencesResult& result : results) {
+            for (const BrokenResult& broken : result.broken) {
+                if (broken.invariant == invariant.name) {
+                    all.emplace_back(&result, &broken);
+                }
+            }
+        }
+        if (all.empty()) {
+            continue;
+        }
+        const auto first =
+            std::min_element(all.begin(), all.end(), [](const auto& a, const auto& b) {
+                return a.second->actions.size() < b.second->actions.size();
+            });
+        shortest.model = first->first;
+        shortest.broken = first->second;
+        for (const auto& [model, broken] : all) {
+            if (broken != shortest.broken) {
+                shortest.alsoOn.push_back(model->model + " (" +
+                                          std::to_string(broken->actions.size()) + ")");
+            }
+        }
+        breaks.push_back(std::move(shortest));
+    }
+    return breaks;
+}
+
+void WriteScenarios(const SequencesOptions& options, const std::vector<SequencesResult>& results,
+                    std::vector<ShortestBreak>& breaks) {
+    for (ShortestBreak& one : breaks) {
+        std::filesystem::create_directories(options.scenarios);
+        one.file = options.scenarios + "/" + one.invariant->name + ".toml";
+        WriteTextFile(one.file, one.broken->scenario);
+    }
+    for (const SequencesResult& result : results) {
+        for (std::size_t i = 0; i < result.tours.size(); ++i) {
+            std::filesystem::create_directories(options.tour);
+            WriteTextFile(options.tour + "/" + result.model + "-" + std::to_string(i + 1) + ".toml",
+                          result.tours[i]);
+        }
+    }
+}
+
+void ReportStates(const std::vector<SequencesResult>& results) {
+    std::uint64_t states = 0;
+    for (const SequencesResult& result : results) {
+        states += result.states;
+    }
+    std::fprintf(stderr, "%s states in %.1f s: %s a second\n", BigNumber(states).ToString().c_str(),
+                 TotalSeconds(),
+                 BigNumber(static_cast<std::uint64_t>(static_cast<double>(states) / TotalSeconds()))
+                     .ToString()
+                     .c_str());
+}
+
+}  // namespace
+
+int SequencesMain(const SequencesOptions& options) {
+    const std::vector<const Invariant*> invariants = InvariantsOf(options.invariants);
+    const std::vector<Case> cases = CasesOf(invariants);
+    const Inputs inputs = LoadInputs(InputsFile());
+    const std::vector<NewTv> tvs = LoadTvs(inputs, options);
+    CheckSubject(options.provider);
+
+    std::vector<SequencesResult> results(tvs.size());
+    for (std::size_t i = 0; i < tvs.size(); ++i) {
+        results[i].model = tvs[i].name;
+    }
+    std::vector<SearchOptions> searchOptions(tvs.size());
+    for (SearchOptions& one : searchOptions) {
+        one.depth = options.depth;
+    }
+    const auto task = [&](int tv, Shared& shared) {
+        const auto index = static_cast<std::size_t>(tv);
+        return SearchOne(inputs, tvs[index], cases, options, searchOptions[index], shared);
+    };
+    const auto finished = [&](const WorkerResult& worker) {
+        const auto index = static_cast<std::size_t>(worker.task);
+        if (worker.trouble.empty()) {
+            results[index] = SequencesResultFromBytes(worker.bytes);
+            return false;
+        }
+        // The search is made again up to where it crashed, and goes on behind.
+        searchOptions[index].crashes[worker.step] = worker.trouble;
+        return searchOptions[index].crashes.size() <= MOST_CRASHES;
+    };
+    WorkOptions work;
+    work.workers = options.workers;
+    work.progress = options.progress;
+    work.what = "states";
+    Work(static_cast<int>(tvs.size()), work, task, finished);
+
+    std::vector<ShortestBreak> breaks = ShortestBreaks(results);
+    WriteScenarios(options, results, breaks);
+    if (options.json) {
+        PrintJson(results, invariants, breaks);
+    } else {
+        PrintText(results, invariants, breaks);
+    }
+    std::set<std::string> unknown;
+    bool isWhole = true;
+    for (const SequencesResult& result : results) {
+        unknown.insert(result.unknownKeys.begin(), result.unknownKeys.end());
+        isWhole = isWhole && result.finished;
+    }
+    ReportUnknownKeys(unknown, inputs);
+    if (options.progress) {
+        ReportStates(results);
+    }
+    if (IsInterrupted()) {
+        std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
+    }
+    if (!breaks.empty()) {
+        return kExitNo;
+    }
+    return isWhole && unknown.empty() ? kExitOk : kExitTrouble;
+}
+
+}  // namespace explorer

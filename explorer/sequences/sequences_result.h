@@ -1,0 +1,61 @@
+// What came of the search on one TV, as a worker hands it over, and how it is shown.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "explorer/invariants/invariants.h"
+#include "sequences_search.h"
+
+namespace explorer {
+
+using Facts = std::vector<std::pair<std::string, std::string>>;  // name and words
+
+struct BrokenResult {
+    std::string invariant;
+    std::string what;
+    std::string question;
+    std::vector<std::string> actions;
+    Facts lookedAt;  // what the invariant looked at
+    Facts state;     // everything that can change
+    std::string scenario;
+};
+
+struct SequencesResult {
+    std::string model;
+    bool finished = false;  // false: interrupted, or given up
+    std::uint64_t states = 0;
+    std::uint64_t transitions = 0;
+    int deepest = 0;
+    bool closed = false;
+    double seconds = 0;
+    std::vector<BrokenResult> broken;
+    std::vector<std::string> tours;
+    std::vector<std::string> unknownKeys;
+};
+
+// Must be called where the search was made. With `tour` also its tours.
+SequencesResult ResultOf(const Search& search, const Stage& stage, ConcreteTv& tv, bool tour);
+
+std::string ToBytes(const SequencesResult& result);
+SequencesResult SequencesResultFromBytes(const std::string& bytes);
+
+// The shortest sequence over all TVs after which an invariant does not hold.
+struct ShortestBreak {
+    const Invariant* invariant = nullptr;
+    const SequencesResult* model = nullptr;
+    const BrokenResult* broken = nullptr;
+    std::string file;                 // its scenario
+    std::vector<std::string> alsoOn;  // other TVs, with their numbers of actions
+};
+// To standard output.
+void PrintText(const std::vector<SequencesResult>& results,
+               const std::vector<const Invariant*>& invariants,
+               const std::vector<ShortestBreak>& breaks);
+void PrintJson(const std::vector<SequencesResult>& results,
+               const std::vector<const Invariant*>& invariants,
+               const std::vector<ShortestBreak>& breaks);
+
+}  // namespace explorer

@@ -1,0 +1,296 @@
+#include "sequences_scenario.h"
+
+#include <algorithm>
+#include <deque>
+#include <set>
+
+#include "explorer/tv/keys.h"
+#include "explorer/tv/state.h"
+
+namespace explorer {
+
+namespace {
+
+// A tour that is longer is hard to read.
+constexpr std::size_t LONGEST_TOUR = 80;
+
+// ---------------------------------------------------------------------------------------------
+// Steps
+// ---------------------------------------------------------------------------------------------
+
+std::string TomlStep(const Action& action, const NewTv& model) {
+    const std::string press =
+        action.item != nullptr ? "press = " + TomlText(action.item->name) + "\n" : "";
+    const std::string answer =
+        std::string("answer = ") + (action.confirmed ? "\"ok\"" : "\"cancel\"") + "\n";
+    switch (action.kind) {
+        case Action::Kind::kSwitch:
+        case Action::Kind::kSetUp:
+            return press;
+        case Action::Kind::kChoose:
+            return press + "choose = " + std::to_string(action.value) + "\n" + answer;
+        case Action::Kind::kPopup:
+            return press + answer;
+        case Action::Kind::kFinish:
+            return "finish = " + TomlText(ApplicationOf(action.application)) + "\n";
+        case Action::Kind::kCancel:
+            return "cancel = " + TomlText(ApplicationOf(action.application)) + "\n";
+        case Action::Kind::kPublish:
+            return "policy = " + TomlText(model.policy.value_or("")) + "\n";
+        case Action::Kind::kPowerCycle:
+            break;
+    }
+    return "power-cycle = true\n";
+}
+
+std::string StepBegin(const std::string& say) {
+    return "\n[[step]]\nsay = " + TomlText(say) + "\n";
+}
+
+// "APP key=value" of "APP key="value"".
+std::string PlainLaunch(std::string launch) {
+    launch.erase(std::remove(launch.begin(), launch.end(), '"'), launch.end());
+    return launch;
+}
+
+std::string TomlList(const std::vector<std::string>& texts) {
+    std::string list;
+    for (const std::string& text : texts) {
+        list += (list.empty() ? "" : ", ") + TomlText(text);
+    }
+    return "[" + list + "]";
+}
+
+std::string ExpectedPage(const PageLook& page) {
+    std::string text;
+    for (const ItemLook& look : page) {
+        text += std::string("expect.page.") + look.item->name +
+                " = { visible = " + (look.reachable ? "true" : "false") +
+                ", enabled = " + (look.enabled ? "true" : "false") +
+                (look.value ? ", value = " + std::to_string(*look.value) : "") + " }\n";
+    }
+    return text;
+}
+
+// "" for a setting that is of another type than the provider expects.
+std::string ExpectedValue(const Value& value) {
+    if (value.kind == Value::Kind::kText) {
+        return TomlText(value.text);
+    }
+    if (value.kind == Value::Kind::kFails) {
+        return value.storedType.empty() ? TomlText("(missing)") : "";
+    }
+    return value.storedType == "bool" ? (value.number != 0 ? "true" : "false")
+                                      : std::to_string(value.number);
+}
+
+// The settings and files that differ; all of them without a state before.
+std::string ExpectedStore(const ConcreteTv& tv, const TvState* before, const TvState& after) {
+    std::string text;
+    std::vector<std::string> files;
+    for (const Input& input : tv.GetInputs().inputs) {
+        const int index = tv.GetInputs().IndexOf(input);
+        const auto fact = static_cast<std::size_t>(index);
+        if (before != nullptr && (*before)[fact] == after[fact]) {
+            continue;
+        }
+        const Value& value = tv.ValueOf(after, index);
+        if (input.kind == Input::Kind::kFile && value.number == 1) {
+            files.push_back(input.key.substr(sizeof(keys::OWNER) - 1));
+        }
+        const std::string expected =
+            input.kind == Input::Kind::kSetting ? ExpectedValue(value) : "";
+        if (!expected.empty()) {
+            text += "expect.setting." + TomlText(input.key) + " = " + expected + "\n";
+        }
+    }
+    return text + (files.empty() ? "" : "expect.file = " + TomlList(files) + "\n");
+}
+
+class ScenarioWriter {
+  public:
+    ScenarioWriter(const Stage& stage, ConcreteTv& tv)
+        : stage_(stage), tv_(tv), state_(tv.Start()) {}
+
+    std::string Write(const std::string& title, const std::vector<Action>& path, bool crashes) {
+        std::string text =
+            "title = " + TomlText(title) + "\nmodel = " + TomlText(tv_.Model().model) + "\n";
+        text += StepBegin("a new TV");
+        if (!crashes || !path.empty()) {
+            text += Page() + ExpectedStore(tv_, nullptr, state_);
+        }
+        for (std::size_t i = 0; i < path.size(); ++i) {
+            const bool isEnd = crashes && i + 1 == path.size();
+            text += StepBegin(ToText(path[i])) + TomlStep(path[i], tv_.Model());
+            text += isEnd ? "" : Expected(path[i], i + 1 == path.size());
+        }
+        return text;
+    }
+
+  private:
+    std::string Page() {
+        tv_.Load(state_);
+        return ExpectedPage(LookAtPage(Current()));
+    }
+
+    const Subject& Current() const {
+        return stage_.Of(tv_.ValueOf(state_, tv_.Published()).number == 1);
+    }
+
+    // Of what did not change all the same where it might have, and at the end: `isWhole`.
+    std::string Expected(const Action& action, bool isWhole) {
+        const TvState before = state_;
+        tv_.Load(state_);
+        const Consequences consequences = CarryOut(Current(), tv_, action, state_);
+        // A notification is there for some seconds, and what is told to end does so in its own
+        // time: what runs is then not certain until the next power cycle.
+        const bool isFresh = action.kind == Action::Kind::kPowerCycle;
+        isSettled_ =
+            isFresh || (isSettled_ && !consequences.notified && consequences.terminated.empty());
+        std::vector<std::string> launched;
+        for (const std::string& launch : consequences.launched) {
+            launched.push_back(PlainLaunch(launch));
+        }
+        std::vector<std::string> running;
+        for (const std::string& launch : tv_.RunningIn(state_)) {
+            running.push_back(ApplicationOf(launch));
+        }
+        std::string text = "expect.launched = " + TomlList(launched) + "\n";
+        text += isSettled_ ? "expect.running = " + TomlList(running) + "\n" : "";
+        for (const std::string& application : consequences.terminated) {
+            text += "expect.log = " + TomlText("end of " + application + ": asked") + "\n";
+        }
+        return text + Page() + ExpectedStore(tv_, isWhole || isFresh ? nullptr : &before, state_);
+    }
+
+    const Stage& stage_;
+    ConcreteTv& tv_;
+    TvState state_;
+    bool isSettled_ = true;
+};
+
+// ---------------------------------------------------------------------------------------------
+// Tours
+// ---------------------------------------------------------------------------------------------
+
+class Guide {
+  public:
+    explicit Guide(const Search& search) : search_(search) {
+        isTaken_.resize(static_cast<std::size_t>(search.Kinds()), false);
+    }
+
+    std::vector<std::vector<Action>> Tours() {
+        std::vector<std::vector<Action>> tours;
+        for (;;) {
+            const std::vector<Action> tour = NextTour();
+            if (tour.empty()) {
+                return tours;
+            }
+            tours.push_back(tour);
+        }
+    }
+
+  private:
+    std::vector<Action> NextTour() {
+        std::vector<Action> tour;
+        bool isNew = false;
+        int state = 0;
+        ending_.clear();
+        while (tour.size() < LONGEST_TOUR) {
+            const std::vector<const Step*> way = NearestNew(state);
+            if (way.empty()) {
+                break;
+            }
+            for (const Step* step : way) {
+                if (!MayTake(*step)) {
+                    break;  // the way there has made it impossible: look for another one
+                }
+                isNew = Take(*step) || isNew;
+                tour.push_back(ActionOf(*step));
+                state = step->target;
+            }
+        }
+        return isNew ? tour : std::vector<Action>();
+    }
+
+    const Action& ActionOf(const Step& step) const {
+        return search_.Actions()[static_cast<std::size_t>(step.action)];
+    }
+
+    // An application that was told to end may still be there when it is started again at once.
+    bool MayTake(const Step& step) const {
+        const bool restarts = step.launched >= 0 && step.launched == step.terminated;
+        return !restarts && ending_.count(step.launched) == 0;
+    }
+
+    bool Take(const Step& step) {
+        const auto kind = static_cast<std::size_t>(step.kind);
+        const bool isNew = !isTaken_[kind];
+        isTaken_[kind] = true;
+        if (ActionOf(step).kind == Action::Kind::kPowerCycle) {
+            ending_.clear();
+        } else if (step.terminated >= 0) {
+            ending_.insert(step.terminated);
+        }
+        return isNew;
+    }
+
+    // The shortest way to a step of a new kind, that step included.
+    std::vector<const Step*> NearestNew(int from) const {
+        std::vector<std::pair<int, const Step*>> cameFrom(search_.States(), {-1, nullptr});
+        std::deque<int> waiting = {from};
+        while (!waiting.empty()) {
+            const int state = waiting.front();
+            waiting.pop_front();
+            for (const Step& step : search_.StepsFrom(state)) {
+                if (!MayTake(step)) {
+                    continue;
+                }
+                if (!isTaken_[static_cast<std::size_t>(step.kind)]) {
+                    std::vector<const Step*> way = {&step};
+                    for (int at = state; at != from;
+                         at = cameFrom[static_cast<std::size_t>(at)].first) {
+                        way.push_back(cameFrom[static_cast<std::size_t>(at)].second);
+                    }
+                    std::reverse(way.begin(), way.end());
+                    return way;
+                }
+                auto& origin = cameFrom[static_cast<std::size_t>(step.target)];
+                if (origin.second == nullptr && step.target != from) {
+                    origin = {state, &step};
+                    waiting.push_back(step.target);
+                }
+            }
+        }
+        return {};
+    }
+
+    const Search& search_;
+    std::vector<bool> isTaken_;
+    std::set<int> ending_;
+};
+
+}  // namespace
+
+std::string ToScenario(const Stage& stage, ConcreteTv& tv, const std::string& title,
+                       const std::vector<Action>& path, bool crashes) {
+    return ScenarioWriter(stage, tv).Write(title, path, crashes);
+}
+
+std::vector<std::vector<Action>> Tours(const Search& search) {
+    return Guide(search).Tours();
+}
+
+std::string WordsOf(const Input& input, const Value& value) {
+    for (const Value& known : input.values) {
+        if (known.kind == value.kind && known.number == value.number && known.text == value.text &&
+            known.storedType.empty() == value.storedType.empty()) {
+            return known.words;
+        }
+    }
+    std::string words = value.kind == Value::Kind::kText ? value.text : value.words;
+    std::replace(words.begin(), words.end(), '\n', ' ');
+    return words;
+}
+
+}  // namespace explorer

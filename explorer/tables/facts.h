@@ -1,0 +1,33 @@
+// Policies and the current assistant in a reader's words. A rule seldom depends on a whole policy;
+// it depends on facts such as "several assistants are offered" or "the current assistant is Orvik".
+// Which facts a question depends on is found out, not assumed: they are taken only when all
+// policies and assistants with the same facts lead to exactly the same answers.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "explorer/asking/exploration.h"
+
+namespace explorer {
+
+// Something that a table's condition is about: an input, or a fact.
+struct Column {
+    std::string name;
+    std::string source;  // "setting db/...", "policy", ...
+    std::vector<std::string> values;
+};
+
+// One question's answers over facts and inputs.
+struct Rule {
+    std::vector<Column> columns;  // by the number that the diagram's nodes ask for
+    NodeId root = NONE;
+};
+
+Rule MakeRule(const Inputs& inputs, Exploration& exploration, const QuestionResult& result);
+// The same with the policies' diagrams given; outcomes may be of another kind.
+Rule MakeRule(const Inputs& inputs, Diagram& diagram, const std::vector<NodeId>& roots,
+              const std::vector<int>& order, const Question& question);
+
+}  // namespace explorer

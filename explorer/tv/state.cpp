@@ -1,0 +1,226 @@
+#include "state.h"
+
+#include <cstdio>
+
+#include "explorer/engine/bytes.h"
+#include "lazy_tv.h"
+#include "policy.h"
+
+namespace explorer {
+
+namespace {
+
+constexpr char FEATURE_PREFIX[] = "com.vantelo/featureconf/";
+constexpr char OWNER_DIR[] = "/home/owner/";
+constexpr int INVALID_PARAMETER = -22;
+
+std::string WithoutPrefix(const std::string& text, const std::string& prefix) {
+    return text.rfind(prefix, 0) == 0 ? text.substr(prefix.size()) : text;
+}
+
+std::string TomlValue(const Value& value, const std::string& text) {
+    if (value.kind == Value::Kind::kText) {
+        return TomlText(text);
+    }
+    if (value.storedType == "bool") {
+        return value.number != 0 ? "true" : "false";
+    }
+    return std::to_string(value.number);
+}
+
+// A value of a type, for a setting that is to be of the wrong one.
+const char* SampleOf(const std::string& type) {
+    return type == "int" ? "1" : type == "bool" ? "true" : "\"text\"";
+}
+
+std::string SettingStep(const Input& input, const Value& value, const std::string& text) {
+    if (value.kind == Value::Kind::kFails && value.storedType.empty()) {
+        return "unset = " + TomlText(input.key);
+    }
+    const std::string stored =
+        value.kind == Value::Kind::kFails ? SampleOf(value.storedType) : TomlValue(value, text);
+    return "set." + TomlText(input.key) + " = " + stored;
+}
+
+std::string FeatureStep(const Input& input, const Value& value, const std::string& text) {
+    const std::string name = TomlText(WithoutPrefix(input.key, FEATURE_PREFIX));
+    if (value.kind == Value::Kind::kFails && value.number == INVALID_PARAMETER) {
+        return "feature-missing = " + name;
+    }
+    if (value.kind == Value::Kind::kFails) {
+        return "fault = { function = \"system_info_get_custom_" + input.type +
+               "\", always = true, result = " + std::to_string(value.number) + " }";
+    }
+    return "feature." + name + " = " + TomlValue(value, text);
+}
+
+std::string CallStep(const Input& input, const Value& value) {
+    // That something is to be started is what a scenario looks at: a failing start would hide it.
+    if (input.key == "aul_launch_app" || input.key == "app_control_send_launch_request") {
+        return "";
+    }
+    if (value.kind == Value::Kind::kFails) {
+        return "fault = { function = " + TomlText(input.key) +
+               ", always = true, result = " + std::to_string(value.number) + " }";
+    }
+    if (input.key == "sso_get_login_state") {
+        return std::string("account = ") + (value.number == 1 ? "\"signed-in\"" : "\"signed-out\"");
+    }
+    if (input.key == "connection_profile_check_default_gateway") {
+        return std::string("network = ") +
+               (value.number != 0 ? "\"connected\"" : "\"disconnected\"");
+    }
+    return "";
+}
+
+std::string StepOf(const Input& input, const Value& value, const std::string& text) {
+    switch (input.kind) {
+        case Input::Kind::kSetting:
+            return SettingStep(input, value, text);
+        case Input::Kind::kFeature:
+            return FeatureStep(input, value, text);
+        case Input::Kind::kFile:
+            return std::string(value.number == 1 ? "file-add" : "file-remove") + " = " +
+                   TomlText(WithoutPrefix(input.key, OWNER_DIR));
+        case Input::Kind::kConsent:
+            return "consent." + input.key + " = " + (value.number > 0 ? "true" : "false");
+        case Input::Kind::kCall:
+            return CallStep(input, value);
+        case Input::Kind::kWrite:
+            return value.kind != Value::Kind::kFails
+                       ? ""
+                       : "fault = { function = \"vconf_set_str\", always = true }";
+    }
+    return "";
+}
+
+// Whether the document replaces whatever the provider knew before.
+bool IsList(const std::string& document) {
+    Policy policy;
+    policy.published = {document};
+    return !StateOf(policy).list.empty();
+}
+
+// The application of the current assistant: the path's, or that of the model.
+std::string CurrentOf(const Inputs& inputs, const State& state) {
+    for (std::size_t i = 0; i < state.path.size() && i < state.texts.size(); ++i) {
+        if (inputs.inputs[state.path[i].input].isCurrentAssistant) {
+            return state.texts[i];
+        }
+    }
+    return "com.vantelo.tv.voice-instant-app";
+}
+
+}  // namespace
+
+int State::Weight(const Inputs& inputs) const {
+    int weight = policy == 0 ? 0 : 2;
+    weight += static_cast<int>(inputs.policies[static_cast<std::size_t>(policy)].published.size());
+    for (const Decision& decision : path) {
+        const Value& value = inputs.inputs[decision.input].values[decision.value];
+        const bool isFailure = value.kind == Value::Kind::kFails;
+        weight += 1 + (decision.value == 0 ? 0 : 3) + (isFailure ? 2 : 0);
+    }
+    return weight;
+}
+
+State CurrentState(int policy, const Choices& choices) {
+    State state;
+    state.policy = policy;
+    state.path.assign(choices.Path(), choices.Path() + choices.Depth());
+    for (const Decision& decision : state.path) {
+        state.texts.push_back(tv().FirstText(decision.input));
+    }
+    return state;
+}
+
+std::vector<std::string> Describe(const Inputs& inputs, const State& state) {
+    std::vector<std::string> lines = {"policy: " +
+                                      inputs.policies[static_cast<std::size_t>(state.policy)].name};
+    for (const Decision& decision : state.path) {
+        const Input& input = inputs.inputs[decision.input];
+        lines.push_back(input.name + ": " + input.values[decision.value].words);
+    }
+    return lines;
+}
+
+std::string TomlText(const std::string& text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\') {
+            quoted += '\\';
+            quoted += c;
+        } else if (static_cast<unsigned char>(c) < 0x20) {
+            char escape[8];
+            std::snprintf(escape, sizeof(escape), "\\u%04X", static_cast<unsigned>(c));
+            quoted += escape;
+        } else {
+            quoted += c;
+        }
+    }
+    return quoted + '"';
+}
+
+std::string ToScenario(const Inputs& inputs, const State& state, const std::string& title,
+                       const std::string& steps) {
+    std::string scenario = "title = " + TomlText(title) + "\nmodel = \"farfield-eu\"\n";
+    scenario +=
+        "\n[[step]]\nsay = \"applications are started, but not waited for\"\napplications = "
+        "\"record\"\n";
+    const Policy& policy = inputs.policies[static_cast<std::size_t>(state.policy)];
+    // The provider of a scenario has known the model's policy: it is to forget the list and the
+    // kinds.
+    if (policy.published.empty() || !IsList(policy.published.front())) {
+        scenario += "\n[[step]]\npolicy = \"[{\\\"VAId\\\":\\\"nobody\\\"}]\"\n";
+        scenario += "\n[[step]]\npolicy = \"[]\"\n";
+    }
+    for (const std::string& document : policy.published) {
+        scenario += "\n[[step]]\npolicy = " + TomlText(document) + "\n";
+    }
+    for (std::size_t i = 0; i < state.path.size(); ++i) {
+        const Input& input = inputs.inputs[state.path[i].input];
+        const Value& value = input.values[state.path[i].value];
+        const std::string step =
+            input.key == "AOVSystemDataGetAOVMode"
+                ? "state." + TomlText("always_on_voice/" + CurrentOf(inputs, state)) + " = " +
+                      std::to_string(value.number)
+                : StepOf(input, value, i < state.texts.size() ? state.texts[i] : "");
+        if (step.empty()) {
+            scenario += "\n# " + input.name + ": " + value.words + "\n";
+        } else {
+            scenario += "\n[[step]]\nsay = " + TomlText(input.name + ": " + value.words) + "\n" +
+                        step + "\n";
+        }
+    }
+    return scenario + "\n" + steps;
+}
+
+std::string ToBytes(const State& state) {
+    BytesWriter bytes;
+    bytes.Number(static_cast<std::uint64_t>(state.policy));
+    bytes.Number(state.path.size());
+    for (std::size_t i = 0; i < state.path.size(); ++i) {
+        bytes.Number(state.path[i].input);
+        bytes.Number(state.path[i].value);
+        bytes.Number(state.path[i].count);
+        bytes.Text(i < state.texts.size() ? state.texts[i] : "");
+    }
+    return bytes.Bytes();
+}
+
+State StateFromBytes(const std::string& text) {
+    BytesReader bytes(text);
+    State state;
+    state.policy = bytes.Int();
+    for (std::uint64_t size = bytes.Number(); size > 0; --size) {
+        Decision decision;
+        decision.input = static_cast<std::uint16_t>(bytes.Number());
+        decision.value = static_cast<std::uint16_t>(bytes.Number());
+        decision.count = static_cast<std::uint16_t>(bytes.Number());
+        state.path.push_back(decision);
+        state.texts.push_back(bytes.Text());
+    }
+    return state;
+}
+
+}  // namespace explorer

@@ -1,0 +1,36 @@
+// One state of the TV, as a path found it: for people, and as a scenario that a virtual TV replays.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "explorer/engine/choices.h"
+#include "inputs.h"
+
+namespace explorer {
+
+// What a path says about the TV. Inputs that are not named do not matter.
+struct State {
+    int policy = 0;
+    std::vector<Decision> path;
+    // The texts of the path's inputs, the current assistant put in; as long as the path.
+    std::vector<std::string> texts;
+
+    // How far it is from a TV on which all is well: fewer unusual values are easier to understand.
+    int Weight(const Inputs& inputs) const;
+};
+
+// The state that the TV's current run is in.
+State CurrentState(int policy, const Choices& choices);
+// "policy: all six", "terms: not agreed", ...; the usual values as well.
+std::vector<std::string> Describe(const Inputs& inputs, const State& state);
+// A scenario: brings a virtual TV into the state. `steps` is what follows, as TOML.
+std::string ToScenario(const Inputs& inputs, const State& state, const std::string& title,
+                       const std::string& steps);
+// A text as TOML writes it.
+std::string TomlText(const std::string& text);
+
+std::string ToBytes(const State& state);
+State StateFromBytes(const std::string& bytes);
+
+}  // namespace explorer
