@@ -6,7 +6,7 @@ if(SI_TV_SDK_INCLUDE_DIR OR SI_TV_SDK_LIBRARIES)
 endif()
 
 if(SI_TV_SDK_INCLUDE_DIR)
-    file(GLOB declarations RELATIVE ${CMAKE_SOURCE_DIR} platform/*.h)
+    file(GLOB declarations RELATIVE ${PROJECT_SOURCE_DIR} platform/*.h)
     foreach(header IN LISTS declarations)
         if(NOT EXISTS ${SI_TV_SDK_INCLUDE_DIR}/${header})
             list(APPEND not_replaced ${header})

@@ -1,10 +1,13 @@
 # Debian's packages: which ones, and how they get here. Sourced, not run.
 # shellcheck shell=bash disable=SC2034
 
+# For ./run, and for whatever builds.
 PACKAGES=(
-    cmake g++ gettext googletest ninja-build pkg-config
+    cmake g++ gettext ninja-build pkg-config
     libcli11-dev libelementary1 libespeak-ng-dev libjsoncpp-dev libtomlplusplus-dev
 )
+# For the tests of every room. Those of the provider alone need googletest.
+TEST_PACKAGES="googletest libvalijson-dev python3 zsh"
 
 APT_LOG=
 LISTS_ARE_FRESH=false
@@ -67,6 +70,15 @@ add_architectures() {
 apt() {
     as_root env DEBIAN_FRONTEND=noninteractive apt-get -y -q -o DPkg::Lock::Timeout=300 "$@"
 }
+
+# Whether Debian's registry answered, and lacks today what is missing: not there, or not to be had with what else is
+# installed. A registry that cannot be reached may have everything.
+registry_lacks() {
+    [[ -n $(missing_packages "$@") && -n $APT_LOG ]] &&
+        grep -qE "$LACKING" "$APT_LOG" && ! grep -qE "$UNREACHABLE" "$APT_LOG"
+}
+LACKING='Unable to locate package|no installation candidate|unmet dependencies|held broken packages| 40[34] '
+UNREACHABLE='Could not resolve|[Cc]ould not connect|Unable to connect|Connection (failed|refused|timed out)|Temporary failure'
 
 # Why the named packages are not here, in one line.
 not_installed() {
