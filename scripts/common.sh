@@ -5,6 +5,8 @@ set -euo pipefail
 ROOT=$(cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." && pwd)
 cd "$ROOT"
 LOGS=build/logs
+# The exit status of what cannot run on this machine; its output tells why, in a line "skip: WHY".
+export CANNOT_RUN=77
 CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
 export CMAKE_BUILD_PARALLEL_LEVEL
 
@@ -26,13 +28,19 @@ hand_over_to_owner() {
     owner=$(stat -c %u .)
     if ((EUID == 0 && owner != 0)) && [[ ${SUDO_UID:-} == "$owner" ]]; then
         [[ ! -d build ]] || chown -R "$SUDO_UID:$SUDO_GID" build
-        exec sudo -H -u "#$SUDO_UID" -- "$(readlink -f "$0")" "$@"
+        exec sudo -H -u "#$SUDO_UID" -- env "CI=${CI:-}" "$(readlink -f "$0")" "$@"
     fi
     mkdir -p "$LOGS" 2>/dev/null || true
     [[ -w build && -w $LOGS ]] ||
         die "cannot write to $ROOT/build: it belongs to $(stat -c %U build 2>/dev/null || stat -c %U .)." \
             "Remove it, or start this as that user."
 }
+
+# A machine of its own checks each commit there, and looks whether something was left out.
+in_ci() { [[ ${CI:-} == true ]]; }
+
+# Whether what takes long is done whole, and not as a sample.
+deep() { [[ ${SI_DEEP:-} == true ]]; }
 
 # build PRESET [TARGET...]: configures and builds. On a terminal ninja's own line of progress is
 # shown; else nothing, and all of the compiler's output when it fails.

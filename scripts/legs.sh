@@ -1,48 +1,86 @@
 # The legs of ./test: each proves the product in one way. Sourced, not run.
 # shellcheck shell=bash disable=SC2034,SC2153
 
-LEGS=(gcc clang format tidy words hardening reproducible coverage tv asan i686 valgrind arm32 tv-arm32)
+# In the order in which they run: what every reader meets first, then what tells most in a minute.
+LEGS=(fresh gcc clang format shell tidy words hardening reproducible coverage tv inside asan i686 valgrind arm32 tv-arm32
+    fuzz kills walks mutants)
 
 declare -A LEG_TITLE=(
+    [fresh]="the README's commands on a Debian 12 with nothing but apt and git"
     [gcc]="everything, as it ships, with g++"
     [clang]="the provider, with clang"
     [format]="every source is formatted by .clang-format"
-    [tidy]="the provider satisfies .clang-tidy"
+    [shell]="shellcheck has nothing to say to any script"
+    [tidy]="every room and the tests satisfy .clang-tidy"
     [words]="the sources speak of the product alone"
     [hardening]="the library's exports and hardening"
     [reproducible]="the same library, byte for byte, built in two folders"
     [coverage]="the provider's lines, branches and conditions"
     [tv]="a TV build against a small stand-in for the TV's SDK"
-    [asan]="provider, virtual TV and host, with address, undefined-behaviour and leak sanitizers"
+    [inside]="the project builds as a part of another one"
+    [asan]="everything, with address, undefined-behaviour and leak sanitizers"
     [i686]="the provider for 32-bit x86, with the sanitizers"
     [valgrind]="the provider under valgrind"
     [arm32]="the provider for 32-bit ARM, under qemu"
     [tv-arm32]="the TV build for 32-bit ARM"
+    [fuzz]="the fuzzers find nothing"
+    [kills]="the settings store survives 10,000 kills"
+    [walks]="the provider answers as its model on 20 random walks"
+    [mutants]="every fault that can be made is told from the provider"
+)
+
+# What --all leaves to --deep: a whole leg ("none"), or all but a sample, in words.
+declare -A LEG_SAMPLE=(
+    [fresh]="as root; --deep also as a user with sudo"
+    [tidy]="what has changed since the last deep run; --deep every file"
+    [inside]="the provider; --deep everything"
+    [fuzz]="5 s a target; --deep 60 s"
+    [kills]=none
+    [walks]=none
+    [mutants]=none
 )
 
 # What a leg needs beyond the packages of ./run.
 declare -A LEG_PACKAGES=(
-    [gcc]="python3 zsh"
-    [clang]="clang-19"
+    [fresh]="mmdebstrap"
+    [gcc]="$TEST_PACKAGES"
+    [clang]="clang-19 googletest"
     [format]="clang-format-19"
-    [tidy]="clang-19 clang-tidy-19"
+    [shell]="shellcheck"
+    [tidy]="clang-19 clang-tidy-19 libbenchmark-dev $TEST_PACKAGES"
     [hardening]="binutils"
-    [coverage]="clang-19 libclang-rt-19-dev llvm-19"
+    [coverage]="clang-19 googletest libclang-rt-19-dev llvm-19"
     [tv]="binutils"
-    [i686]="g++-i686-linux-gnu libjsoncpp-dev:i386"
-    [valgrind]="valgrind"
-    [arm32]="g++-arm-linux-gnueabihf libjsoncpp-dev:armhf qemu-user-static"
+    [inside]="$TEST_PACKAGES"
+    [asan]="$TEST_PACKAGES"
+    [i686]="g++-i686-linux-gnu googletest libjsoncpp-dev:i386"
+    [valgrind]="googletest valgrind"
+    [arm32]="g++-arm-linux-gnueabihf googletest libjsoncpp-dev:armhf qemu-user-static"
     [tv-arm32]="binutils g++-arm-linux-gnueabihf libjsoncpp-dev:armhf"
+    [fuzz]="clang-19 libclang-rt-19-dev"
+    [kills]="$TEST_PACKAGES"
+    [walks]="$TEST_PACKAGES"
+    [mutants]="$TEST_PACKAGES"
 )
 
+# Without these, continuous integration has proven nothing.
+NEVER_SKIPPED=(fresh gcc asan)
+
 is_leg() { [[ -n ${1:-} && -n ${LEG_TITLE[$1]:-} ]]; }
+
+is_deep_only() { [[ ${LEG_SAMPLE[$1]:-} == none ]]; }
 
 # A line of the leg's output that ./test repeats in its summary.
 remark() { say "remark: $*"; }
 
 # --- Suites, each in a build of its own ----------------------------------------------------------
 
-leg_gcc() { build_and_test release; }
+leg_fresh() {
+    scripts/fresh
+    ! deep || scripts/fresh --as-user
+}
+
+leg_gcc() { build_and_test gcc; }
 leg_clang() { build_and_test clang; }
 leg_asan() { build_and_test asan; }
 leg_i686() { build_and_test i686; }
@@ -87,14 +125,13 @@ find_sources() {
     find . \( -path ./build -o -path ./.git \) -prune -o -regex '.*\.\(h\|cpp\|c\)' -print
 }
 
-leg_tidy() {
-    cmake --preset clang
-    # Following the flow into the templates of other libraries' headers takes half of the time.
-    run-clang-tidy-19 -quiet -j "$CMAKE_BUILD_PARALLEL_LEVEL" -p build/clang \
-        -extra-arg=-Xclang -extra-arg=-analyzer-config \
-        -extra-arg=-Xclang -extra-arg=c++-container-inlining=false,c++-template-inlining=false \
-        "^$ROOT/si-ready/"
+leg_shell() {
+    local scripts
+    mapfile -t scripts < <(grep -rlE --exclude-dir=build --exclude-dir=.git '^#!.*\b(bash|sh)$|^# shellcheck shell=' .)
+    shellcheck "${scripts[@]}"
 }
+
+leg_tidy() { scripts/tidy; }
 
 leg_words() { scripts/check-words; }
 
@@ -112,7 +149,7 @@ leg_reproducible() {
         mkdir -p "$folder"
         tar --create --exclude=./build --exclude=./.git . | tar --extract --directory "$folder"
         cmake -S "$folder" -B "$folder/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-            -DSI_BUILD_VIRTUAL_TV=OFF -DSI_BUILD_TESTS=OFF
+            -DCMAKE_COMPILE_WARNING_AS_ERROR=ON -DSI_BUILD_VIRTUAL_TV=OFF -DSI_BUILD_TESTS=OFF
         cmake --build "$folder/build"
     done
     cmp "$copies"/{a,another/folder}/build/lib/libsi-ready.so
@@ -142,7 +179,46 @@ build_for_tv() {
 link_for_tv() {
     local build=$1 libraries=$2
     shift 2
-    cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release "$@" \
+    cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_COMPILE_WARNING_AS_ERROR=ON "$@" \
         -DSI_TV_SDK_INCLUDE_DIR="$ROOT/tests/tv-sdk/include" -DSI_TV_SDK_LIBRARIES="$libraries"
     cmake --build "$build"
+}
+
+leg_inside() {
+    local targets=(si-ready)
+    ! deep || targets=(all)
+    cmake -S tests/inside -B build/inside -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_COMPILE_WARNING_AS_ERROR=ON
+    cmake --build build/inside --target "${targets[@]}"
+    ! deep || ctest --test-dir build/inside -R '^house|^provider' --output-junit "$ROOT/$LOGS/$LEG.xml"
+}
+
+# --- What takes long -----------------------------------------------------------------------------
+
+leg_fuzz() {
+    local seconds=5 fuzzer found=build/fuzz/found
+    ! deep || seconds=60
+    build fuzz
+    mkdir -p $found
+    for fuzzer in build/fuzz/bin/*-fuzz; do
+        # It writes what it finds interesting into the first folder; the others are where it starts.
+        "$fuzzer" -max_total_time=$seconds -print_final_stats=1 -artifact_prefix=$found/ $found fuzz/corpus
+    done
+}
+
+leg_kills() {
+    build gcc store-tests
+    VTV_KILLS=10000 build/gcc/bin/store-tests --gtest_filter='StoreKill*' --gtest_output="xml:$LOGS/$LEG.kills.xml"
+}
+
+leg_walks() {
+    local seed
+    build gcc
+    for ((seed = 1; seed <= 20; ++seed)); do
+        SI_MODEL_SEED=$seed build/gcc/bin/provider-tests --gtest_filter='*Model*' --gtest_output="xml:$LOGS/$LEG.$seed.xml"
+    done
+}
+
+leg_mutants() {
+    build gcc
+    explorer/mutants.py --build build/gcc --all
 }

@@ -8,6 +8,9 @@
 extern "C" {
 #endif
 
+// Code in the manner of many SDKs, at which a build that takes it for its own would warn, and stop.
+static inline int tv_low_byte(long value) { return (unsigned char)value; }
+
 struct keynode;
 typedef void (*vconf_callback_fn)(struct keynode* node, void* data);
 

@@ -1,0 +1,181 @@
+"""./test with legs of its own and a registry that says what a test wants: what passes, fails and may be skipped."""
+
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+LEGS = """
+LEGS=(fresh gcc asan good bad nowhere needy long)
+declare -A LEG_TITLE=([fresh]=f [gcc]=g [asan]=a [good]="a good leg" [bad]=b [nowhere]=n [needy]=n [long]=l)
+declare -A LEG_SAMPLE=([long]=none [good]="a sample")
+declare -A LEG_PACKAGES=([needy]=rare-package [asan]=rare-package)
+NEVER_SKIPPED=(fresh gcc asan)
+is_leg() { [[ -n ${1:-} && -n ${LEG_TITLE[$1]:-} ]]; }
+is_deep_only() { [[ ${LEG_SAMPLE[$1]:-} == none ]]; }
+leg_fresh() { leg_nowhere; }
+leg_gcc() { say '<testsuites tests="3" failures="0" disabled="0">' >$LOGS/gcc.a.xml; }
+leg_asan() { say asan; }
+leg_good() { say "remark: deep is ${SI_DEEP:-false}"; }
+leg_bad() { say "the reason"; false; say "not reached"; }
+leg_nowhere() { say "skip: there is no chroot"; exit "$CANNOT_RUN"; }
+leg_needy() { say needy; }
+leg_long() { say long; }
+"""
+
+PAGE = """
+## The last deep run
+
+`./test --deep`, 2020-01-01, commit `abc`, 2 cores.
+
+| leg | --all | --deep | outcome of --deep |
+|---|---|---|---|
+| good | 1.5 | 12.5 | ok |
+| together | 40 | 80 | |
+
+## Behind it
+"""
+
+DPKG_QUERY = """#!/bin/sh
+for name; do :; done
+grep -qx "$name" "$REGISTRY/missing" || echo amd64 installed
+"""
+
+APT_GET = """#!/bin/sh
+cat "$REGISTRY/says"
+exit 100
+"""
+
+LACKING = "E: Unable to locate package rare-package\n"
+UNREACHABLE = "Err:1 http://deb.example bookworm\n  Could not resolve 'deb.example'\n" + LACKING
+
+
+class TestCommand(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="si-ready-test-command-")
+        self.addCleanup(folder.cleanup)
+        self.root = pathlib.Path(folder.name)
+        for name in ("test", ".ci", "scripts"):
+            source = ROOT / name
+            (shutil.copytree if source.is_dir() else shutil.copy)(source, self.root / name)
+        (self.root / "scripts/legs.sh").write_text(LEGS)
+        (self.root / "docs").mkdir()
+        (self.root / "docs/testing.md").write_text(PAGE)
+        (self.root / "missing").write_text("")
+        self.program("dpkg-query", DPKG_QUERY)
+        self.program("dpkg", "#!/bin/sh\necho amd64\n")
+        self.program("apt-get", APT_GET)
+        self.program("sudo", '#!/bin/sh\nexec "$@"\n')
+        self.program("sleep", "#!/bin/sh\n")
+
+    def program(self, name, text):
+        (self.root / "bin").mkdir(exist_ok=True)
+        file = self.root / "bin" / name
+        file.write_text(text)
+        file.chmod(0o755)
+
+    def registry_says(self, text):
+        (self.root / "missing").write_text("rare-package\n")
+        (self.root / "says").write_text(text)
+
+    def start(self, *command, ci=""):
+        environment = dict(os.environ, PATH=f"{self.root}/bin:{os.environ['PATH']}", CI=ci,
+                           REGISTRY=str(self.root), TMPDIR=str(self.root))
+        environment.pop("SI_DEEP", None)
+        return subprocess.run(command, cwd=self.root, env=environment, capture_output=True, text=True,
+                              check=False)
+
+    def expect(self, status, last, result):
+        self.assertEqual((status, last), (result.returncode, result.stdout.splitlines()[-1]), result)
+
+    def test_cases_are_summed_and_a_leg_without_any_is_one(self):
+        self.expect(0, "4 passed, 0 failed", self.start("./test", "gcc", "good"))
+
+    def test_a_leg_that_fails_shows_what_it_printed(self):
+        result = self.start("./test", "good", "bad")
+        self.expect(1, "1 passed, 1 failed", result)
+        self.assertIn("the reason", result.stdout)
+        self.assertNotIn("not reached", result.stdout)
+
+    def test_a_leg_that_cannot_run_here_is_named_as_skipped(self):
+        result = self.start("./test", "good", "nowhere")
+        self.expect(0, "1 passed, 0 failed, 1 skipped", result)
+        self.assertRegex(result.stdout, "skip +nowhere .*there is no chroot")
+
+    def test_nothing_but_skipped_legs_is_no_success(self):
+        self.expect(1, "0 passed, 0 failed, 1 skipped", self.start("./test", "nowhere"))
+
+    def test_a_leg_that_cannot_run_here_fails_in_ci(self):
+        for leg in ("nowhere", "fresh"):
+            result = self.start("./test", "good", leg, ci="true")
+            self.expect(1, "1 passed, 1 failed", result)
+            self.assertRegex(result.stdout, f"FAILED +{leg} .*may not be skipped here: there is no chroot")
+
+    def test_a_leg_whose_packages_the_registry_lacks_is_skipped_in_ci(self):
+        self.registry_says(LACKING)
+        result = self.start("./test", "good", "needy", ci="true")
+        self.expect(0, "1 passed, 0 failed, 1 skipped", result)
+        self.assertRegex(result.stdout, "skip +needy .*Unable to locate package rare-package")
+
+    def test_a_leg_whose_packages_cannot_be_fetched_fails_in_ci(self):
+        self.registry_says(UNREACHABLE)
+        self.expect(1, "1 passed, 1 failed", self.start("./test", "good", "needy", ci="true"))
+
+    def test_a_leg_whose_packages_cannot_be_fetched_is_skipped_by_hand(self):
+        self.registry_says(UNREACHABLE)
+        self.expect(0, "1 passed, 0 failed, 1 skipped", self.start("./test", "good", "needy"))
+
+    def test_some_legs_are_never_skipped_in_ci(self):
+        self.registry_says(LACKING)
+        self.expect(1, "1 passed, 1 failed", self.start("./test", "good", "asan", ci="true"))
+        self.expect(0, "1 passed, 0 failed, 1 skipped", self.start("./test", "good", "asan"))
+
+    def test_all_leaves_to_deep_what_only_a_release_needs(self):
+        for option, ran, sample in (("--all", False, "false"), ("--deep", True, "true")):
+            result = self.start("./test", option)
+            self.assertEqual(ran, " long " in result.stdout, result)
+            self.assertRegex(result.stdout, f"ok +good .*deep is {sample}")
+
+    def test_a_leg_named_behind_deep_runs_whole_and_alone(self):
+        result = self.start("./test", "--deep", "good")
+        self.expect(0, "1 passed, 0 failed", result)
+        self.assertIn("deep is true", result.stdout)
+
+    def test_ci_runs_all_and_skips_nothing_that_it_could_run(self):
+        result = self.start(".ci/run")
+        self.assertRegex(result.stdout, "FAILED +nowhere .*may not be skipped here")
+        self.assertNotIn(" long ", result.stdout)
+
+    def test_the_help_tells_each_leg_with_its_minutes(self):
+        help_text = self.start("./test", "--help").stdout
+        self.assertRegex(help_text, r"good +1\.5 +12\.5  a good leg \(a sample\)")
+        self.assertRegex(help_text, r"together +40 +80")
+
+    def test_the_figures_of_a_deep_run_replace_those_on_the_page(self):
+        self.start("./test", "--deep", "good", "bad")
+        result = self.start("scripts/figures", "--write")
+        page = (self.root / "docs/testing.md").read_text()
+        self.assertEqual(0, result.returncode, result)
+        self.assertRegex(page, r"\| good \| 1\.5 \| 0\.0 \| ok deep is true \|")
+        self.assertIn("| bad |  | 0.0 | FAILED", page)
+        self.assertIn("\n## Behind it\n", page)
+        self.assertEqual(1, page.count("## The last deep run"))
+
+    def test_figures_that_nobody_measured_are_refused(self):
+        self.assertIn("run ./test --deep first", self.start("scripts/figures").stderr)
+
+    def test_a_fresh_machine_that_cannot_be_made_is_skipped_with_the_reason(self):
+        for name in ("mmdebstrap", "unshare"):
+            self.program(name, "#!/bin/sh\nexit 1\n")
+        (self.root / ".git").mkdir()
+        result = self.start("scripts/fresh")
+        self.assertEqual(77, result.returncode, result)
+        self.assertRegex(result.stdout, "skip: (making a machine needs root|this machine lets nobody mount)")
+
+
+if __name__ == "__main__":
+    unittest.main()
