@@ -9,7 +9,7 @@ extern "C" {
 #endif
 
 // Code in the manner of many SDKs, at which a build that takes it for its own would warn, and stop.
-static inline int tv_low_byte(long value) { return (unsigned char)value; }
+static inline unsigned char tv_low_byte(int value) { return value; }
 
 struct keynode;
 typedef void (*vconf_callback_fn)(struct keynode* node, void* data);
