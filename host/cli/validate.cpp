@@ -1,19 +1,11 @@
 // vtv validate: checks a provider against the host contract.
-#include <fcntl.h>
-#include <poll.h>
-#include <stdlib.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <chrono>
-#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 
 #include "host/core/contract_checks.h"
+#include "host/core/supervised.h"
 #include "verbs.h"
 
 namespace fs = std::filesystem;
@@ -23,6 +15,7 @@ namespace cli {
 namespace {
 
 constexpr char kModel[] = "farfield-eu";
+constexpr int kSignalled = 128;  // plus the signal's number, as shells do
 
 struct ValidateOptions {
     std::string file;
@@ -31,89 +24,85 @@ struct ValidateOptions {
     int timeout = 20;  // seconds, for each check
 };
 
-struct Verdict {
-    bool passed = false;
-    std::string why;
-    double seconds = 0;
-};
-
-// Runs in the child; what it writes to the pipe is why the check failed.
-[[noreturn]] void RunCheck(const host::ContractCheck& check, const std::string& file, int pipe,
-                           int timeout) {
-    alarm(static_cast<unsigned>(timeout));
-    // A provider that damages the heap is caught by the C library, which complains to the terminal.
-    const int nowhere = open("/dev/null", O_WRONLY);
-    dup2(nowhere, STDERR_FILENO);
-    dup2(nowhere, STDOUT_FILENO);
-    std::string why;
-    std::string folder = (fs::temp_directory_path() / "vtv-validate-XXXXXX").string();
-    if (mkdtemp(folder.data()) == nullptr) {
-        _exit(kPlatform);
-    }
-    int code = kOk;
-    try {
-        vtv::Tv::Create(folder + "/tv", vtv::FindModel(kModel));
-        PoweredTv powered(folder + "/tv");
-        powered.tv.SetApplications(vtv::ApplicationMode::kRecord);
-        check.run(file);
-    } catch (const host::CheckFailed& failed) {
-        code = kNo;
-        why = failed.what();
-    } catch (const host::ProviderError& error) {
-        code = kNo;
-        why = error.what();
-    } catch (const std::exception& error) {
-        code = kNo;
-        why = std::string("an exception left the provider: ") + error.what();
-    }
-    std::error_code ignored;
-    fs::remove_all(folder, ignored);
-    const ssize_t written = write(pipe, why.data(), why.size());
-    _exit(written == static_cast<ssize_t>(why.size()) ? code : kPlatform);
+// A TV that stays on until the process ends, as it does for a settings application: the exit
+// handlers of a provider may still ask it.
+void TurnOnTv(const std::string& folder) {
+    vtv::Tv::Create(folder + "/tv", vtv::FindModel(kModel));
+    auto* powered = new PoweredTv(folder + "/tv");
+    powered->tv.SetApplications(vtv::ApplicationMode::kRecord);
 }
 
-std::string ReadAll(int pipe) {
-    std::string text;
-    char buffer[4096];
-    for (ssize_t size = read(pipe, buffer, sizeof buffer); size > 0;
-         size = read(pipe, buffer, sizeof buffer)) {
-        text.append(buffer, static_cast<size_t>(size));
+std::vector<host::ContractCheck> ChecksNamed(const std::string& filter) {
+    std::vector<host::ContractCheck> checks;
+    for (const host::ContractCheck& check : host::ContractChecks()) {
+        if (std::string(check.name).find(filter) != std::string::npos) {
+            checks.push_back(check);
+        }
     }
-    return text;
+    if (checks.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kNoSuch,
+                         "There is no check \"" + filter + "\". See: vtv validate --list");
+    }
+    return checks;
 }
 
-Verdict Judge(const host::ContractCheck& check, const std::string& file, int timeout) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform,
-                         std::string("no pipe: ") + std::strerror(errno));
+Json::Value ToJson(const host::ContractCheck& check, const host::Verdict& verdict) {
+    Json::Value json;
+    json["name"] = check.name;
+    json["description"] = check.description;
+    json["passed"] = verdict.outcome == host::Outcome::kPassed;
+    json["why"] = json["passed"].asBool() ? Json::Value() : Json::Value(verdict.why);
+    json["seconds"] = verdict.seconds;
+    return json;
+}
+
+void Print(const host::ContractCheck& check, const host::Verdict& verdict) {
+    const bool passed = verdict.outcome == host::Outcome::kPassed;
+    std::cout << (passed ? Paint(Look::kGood, "passed  ") : Paint(Look::kBad, "FAILED  "))
+              << check.name << Paint(Look::kDim, std::string("  ") + check.description) << '\n';
+    if (!passed) {
+        std::cout << "        " << verdict.why << '\n';
     }
-    std::cout.flush();
-    const auto start = std::chrono::steady_clock::now();
-    const pid_t child = fork();
-    if (child == 0) {
-        close(ends[0]);
-        RunCheck(check, file, ends[1], timeout);
+}
+
+// Whether the library can be loaded at all, before every check finds that it cannot. Throws
+// ProviderError for a library that the loader refuses or that is no provider.
+int TryToLoad(const std::string& file, std::chrono::seconds limit, host::Verdict* verdict) {
+    const host::SupervisedTask load = [&file](const std::string& folder) {
+        TurnOnTv(folder);
+        const host::ProviderLibrary library(file);
+    };
+    const int signal = host::RunSupervised(
+        {load}, limit, [verdict](size_t, const host::Verdict& told) { *verdict = told; });
+    if (verdict->outcome == host::Outcome::kUnusable) {
+        throw host::ProviderError(host::ProviderError::Kind::kUnusable, verdict->why);
     }
-    close(ends[1]);
-    Verdict verdict;
-    verdict.why = ReadAll(ends[0]);
-    close(ends[0]);
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    verdict->why = "while the library was loaded and unloaded: " + verdict->why;
+    return signal;
+}
+
+int RunChecks(const std::vector<host::ContractCheck>& checks, const std::string& file,
+              std::chrono::seconds limit,
+              const std::function<void(size_t, const host::Verdict&)>& tell) {
+    host::Verdict loading;
+    const int signal = TryToLoad(file, limit, &loading);
+    if (signal != 0) {
+        return signal;
     }
-    verdict.seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    verdict.passed = WIFEXITED(status) && WEXITSTATUS(status) == kOk;
-    if (WIFSIGNALED(status)) {
-        const int signal = WTERMSIG(status);
-        verdict.why = signal == SIGALRM
-                          ? "did not come to an end in " + std::to_string(timeout) + " seconds"
-                          : std::string("crashed: ") + strsignal(signal);
-    } else if (!verdict.passed && verdict.why.empty()) {
-        verdict.why = "ended the process with " + std::to_string(WEXITSTATUS(status));
+    if (loading.outcome != host::Outcome::kPassed) {
+        for (size_t i = 0; i < checks.size(); ++i) {
+            tell(i, loading);
+        }
+        return 0;
     }
-    return verdict;
+    std::vector<host::SupervisedTask> tasks;
+    for (const host::ContractCheck& check : checks) {
+        tasks.emplace_back([&check, &file](const std::string& folder) {
+            TurnOnTv(folder);
+            check.run(file);
+        });
+    }
+    return host::RunSupervised(tasks, limit, tell);
 }
 
 void List(const Common& common) {
@@ -137,47 +126,44 @@ void Validate(Common& common, const ValidateOptions& options) {
         List(common);
         return;
     }
-    const std::string file = options.file.empty() ? ProviderFile(common) : options.file;
-    if (!fs::exists(file)) {
-        throw vtv::Error(vtv::ErrorKind::kNoSuch, file + ": there is no such provider library.");
+    const std::string named = options.file.empty() ? ProviderFile(common) : options.file;
+    if (!fs::exists(named)) {
+        throw vtv::Error(vtv::ErrorKind::kNoSuch, named + ": there is no such provider library.");
     }
+    const std::string file = fs::absolute(named).string();
+    const std::vector<host::ContractCheck> checks = ChecksNamed(options.filter);
     Json::Value json(Json::arrayValue);
-    int ran = 0;
-    int failed = 0;
-    for (const host::ContractCheck& check : host::ContractChecks()) {
-        if (std::string(check.name).find(options.filter) == std::string::npos) {
-            continue;
-        }
-        const Verdict verdict = Judge(check, file, options.timeout);
-        ++ran;
-        failed += verdict.passed ? 0 : 1;
-        Json::Value entry;
-        entry["name"] = check.name;
-        entry["description"] = check.description;
-        entry["passed"] = verdict.passed;
-        entry["why"] = verdict.passed ? Json::Value() : Json::Value(verdict.why);
-        entry["seconds"] = verdict.seconds;
-        json.append(entry);
+    size_t failed = 0;
+    const auto tell = [&](size_t i, const host::Verdict& verdict) {
+        failed += verdict.outcome == host::Outcome::kPassed ? 0 : 1;
+        json.append(ToJson(checks[i], verdict));
         if (!common.json) {
-            std::cout << (verdict.passed ? Paint(Look::kGood, "passed  ")
-                                         : Paint(Look::kBad, "FAILED  "))
-                      << check.name << Paint(Look::kDim, std::string("  ") + check.description)
-                      << '\n';
-            if (!verdict.passed) {
-                std::cout << "        " << verdict.why << '\n';
-            }
+            Print(checks[i], verdict);
         }
-    }
-    if (ran == 0) {
-        throw vtv::Error(vtv::ErrorKind::kNoSuch,
-                         "There is no check \"" + options.filter + "\". See: vtv validate --list");
+    };
+    int signal = 0;
+    try {
+        signal = RunChecks(checks, file, std::chrono::seconds(options.timeout), tell);
+    } catch (const host::ProviderError& error) {
+        if (common.json) {
+            Json::Value document;
+            document["error"] = error.what();
+            PrintJson(document);
+        }
+        throw;
     }
     if (common.json) {
         PrintJson(json);
     } else {
-        std::cout << ran << " checks, " << failed << " failed\n";
+        std::cout << json.size() << " checks, " << failed << " failed\n";
     }
     common.exitCode = failed == 0 ? kOk : kNo;
+    if (signal != 0) {
+        std::cout.flush();
+        std::cerr << "vtv: ended by a signal (" << strsignal(signal) << ") after " << json.size()
+                  << " of " << checks.size() << " checks\n";
+        common.exitCode = kSignalled + signal;
+    }
 }
 
 }  // namespace
@@ -190,8 +176,10 @@ void AddValidate(CLI::App& app, Common& common) {
                 "  vtv validate my-provider.so\n"
                 "  vtv validate my-provider.so --filter list\n"
                 "  vtv validate --list\n\n"
-                "Each check has a process and a TV of its own, so that a crash fails only itself.\n"
-                "Ends with 1 when a check failed.",
+                "Each check has a process and a TV of its own, so that a crash fails only itself;\n"
+                "as many run at once as there are processors. It is no sandbox: run only\n"
+                "libraries that you trust as much as any program. Ends with 1 when a check\n"
+                "failed, and with 4 when the library cannot be loaded.",
                 kProvider | kJson);
     verb->add_option("FILE", options->file,
                      "The provider library; when left out, the one that answers for the page");

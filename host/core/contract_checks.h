@@ -1,5 +1,6 @@
 // Checks of a provider against the host contract (abi/si_provider.h). A provider that breaks it may
-// crash, hang or damage memory: run each check in a process of its own, with a TV that is on.
+// crash, hang or damage memory: run each check in a process of its own (supervised.h), with a TV
+// that is on, and a temporary folder of its own in TMPDIR.
 #pragma once
 
 #include <stdexcept>
