@@ -4,7 +4,8 @@
  * The host loads the provider library with dlopen, finds the entry points below by name and calls
  * create_provider() once. From then until delete_provider() it may call the filled slots of the
  * table and the check functions. Everything is called on one thread, the host's; the provider has
- * no thread and no main loop of its own.
+ * no thread and no main loop of its own. It is a guest in the host's process: signals, timers,
+ * working folder, environment, locale, descriptors and standard streams stay the host's.
  *
  * A slot that is NULL says that the provider does not answer that kind of request. Slots have fixed
  * indices for good; a host and a provider built years apart agree on them.
@@ -126,7 +127,8 @@ typedef struct SIProviderTable {
  * SIProviderTable*.
  */
 
-/* *table receives the table, which the host owns until delete_provider(). Returns 0. */
+/* *table receives the table, which the host owns until delete_provider(). Returns 0. A second call
+ * hands out a second table. */
 int create_provider(void*** table);
 
 /* Stops the provider and frees *table; does not clear the host's pointer. Returns 1 when table is
@@ -140,7 +142,8 @@ int check_visibility_bool(const char* key, bool value);
 int check_visibility_double(const char* key, double value);
 int check_visibility_string(const char* key, const char* value);
 
-/* 1 when the item can be selected, 0 when it is dimmed; otherwise as the visibility checks. */
+/* 1 when the item can be selected, 0 when it is dimmed; otherwise as the visibility checks. A
+ * check that comes before create_provider() or after delete_provider() does no harm. */
 int check_enable_int(const char* key, int value);
 int check_enable_bool(const char* key, bool value);
 int check_enable_double(const char* key, double value);

@@ -41,7 +41,7 @@ void OnEndingSignal(int signal) {
     throw std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-// SIGINT, SIGTERM and SIGHUP are noted in place of ending the process, and let in only by ppoll().
+// What would end the process is noted in place of ending it, and let in only by ppoll().
 class NotedSignals {
   public:
     NotedSignals() {
@@ -69,7 +69,7 @@ class NotedSignals {
     const sigset_t* Outside() const { return &outside_; }
 
   private:
-    static constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+    static constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
     sigset_t outside_;
     struct sigaction before_[std::size(kSignals)];
 };

@@ -34,7 +34,9 @@ using SupervisedTask = std::function<void(const std::string& folder)>;
 
 // Runs the tasks, as many at once as there are processors; `tell` hears the verdicts in the order
 // of the tasks, each as soon as it can. Returns 0, or the number of the signal (SIGINT, SIGTERM,
-// SIGHUP) that ended it before all were run. Throws std::runtime_error when the machine cannot.
+// SIGHUP, SIGPIPE) that ended it before all were run. Ends every process
+// below this one that it did not start itself, too. Throws std::runtime_error when the machine
+// cannot.
 int RunSupervised(const std::vector<SupervisedTask>& tasks, std::chrono::seconds limit,
                   const std::function<void(size_t task, const Verdict& verdict)>& tell);
 

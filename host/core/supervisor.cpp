@@ -183,7 +183,8 @@ std::string Noted() {
     return what.empty() ? "" : " (" + what + ")";
 }
 
-Verdict Judge(const Ending& ending, const Supervision& supervision, const std::string& token) {
+Verdict JudgeEnding(const Ending& ending, const Supervision& supervision,
+                    const std::string& token) {
     const std::optional<Verdict> said = ParseFrames(token, ending.speech);
     if (!ending.ended) {
         return {Outcome::kEnded, "did not come to an end in " +
@@ -256,7 +257,7 @@ Verdict Supervised(const Supervision& supervision, bool* abandoned) {
     fcntl(speech[0], F_SETFL, O_NONBLOCK);
     const Ending ending = Watch(task, supervision, speech[0], childSignals);
     *abandoned = ending.abandoned;
-    Verdict verdict = Judge(ending, supervision, token);
+    Verdict verdict = JudgeEnding(ending, supervision, token);
     verdict.seconds = std::chrono::duration<double>(Clock::now() - start).count();
     return verdict;
 }
@@ -277,12 +278,14 @@ void Supervise(const Supervision& supervision) {
         verdict.why = std::string("could not be run: ") + error.what();
     }
     RemoveFolder(supervision.folder);
-    if (abandoned) {
-        // The folder of the run; the last supervisor finds it empty.
-        rmdir(fs::path(supervision.folder).parent_path().c_str());
-        _exit(1);
+    if (!abandoned) {
+        Report(supervision.report, verdict);
     }
-    Report(supervision.report, verdict);
+    pollfd lifeline = {supervision.lifeline, POLLIN, 0};
+    if (poll(&lifeline, 1, 0) > 0) {
+        // Nobody else removes the folder of the run; the last supervisor finds it empty.
+        rmdir(fs::path(supervision.folder).parent_path().c_str());
+    }
     _exit(0);
 }
 

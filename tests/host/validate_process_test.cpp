@@ -3,9 +3,12 @@
 
 #include <elf.h>
 #include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
@@ -70,7 +73,8 @@ INSTANTIATE_TEST_SUITE_P(
         Accident{"ends_at_exit", "ended the process with 0 before the check was done"},
         Accident{"becomes_true", "ended the process with 0 before the check was done"},
         Accident{"says_passed", "ended the process with 0 before the check was done"},
-        Accident{"closes_all", "before the check was done"}, Accident{"forks", ""},
+        Accident{"closes_all", "before the check was done"},
+        Accident{"forks", "came back to the host"},
         Accident{"starts_process", "left a process of its own running"},
         Accident{"starts_daemon", "left a process of its own running"},
         Accident{"hangs_unalarmed", "did not come to an end in 2 seconds"},
@@ -120,6 +124,17 @@ TEST_F(ValidateProcessTest, InterruptedItTellsWhatItFoundAndLeavesNothingBehind)
     EXPECT_THAT(output.err, HasSubstr("ended by a signal (Interrupt) after "));
     ExpectNothingLeft();
     EXPECT_FALSE(Runs(Read("pid")));
+}
+
+TEST_F(ValidateProcessTest, WithoutAReaderItLeavesNothingBehind) {
+    const std::string line = std::string(VTV) + " validate " + FakeFile("sound") + " | head -1";
+    for (const auto& [name, value] : environment) {
+        setenv(name.c_str(), value.c_str(), 1);
+    }
+    EXPECT_EQ(std::system(("bash -o pipefail -c '" + line + " >/dev/null' 2>/dev/null").c_str()),
+              W_EXITCODE(128 + SIGPIPE, 0));
+    unsetenv("TMPDIR");
+    ExpectNothingLeft();
 }
 
 TEST_F(ValidateProcessTest, KilledItLeavesNothingBehindEither) {

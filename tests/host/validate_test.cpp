@@ -1,16 +1,9 @@
 // vtv validate: the real provider passes, and each broken one fails where it is broken.
 #include "vtv_process.h"
 
-#include <signal.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <chrono>
-#include <filesystem>
 #include <set>
-#include <thread>
 
-namespace fs = std::filesystem;
 using testing::HasSubstr;
 
 namespace {
@@ -172,7 +165,7 @@ TEST_F(VtvTest, EachCheckHasAProviderThatFailsIt) {
 }
 
 TEST_F(VtvTest, TheProviderThatShipsPassesEveryCheck) {
-    const Json::Value json = OkJson({"validate", PROVIDER, "--json"});
+    const Json::Value json = OkJson({"validate", PROVIDER, "--timeout", "100", "--json"});
     EXPECT_EQ(json.size(), OkJson({"validate", "--list", "--json"}).size());
     for (const Json::Value& check : json) {
         EXPECT_TRUE(check["passed"].asBool()) << check["name"] << check["why"];
