@@ -111,6 +111,15 @@ INSTANTIATE_TEST_SUITE_P(
         return tested.param.schema + std::to_string(tested.index);
     });
 
+TEST_F(VtvTest, TheErrorOfAProviderThatCannotBeValidatedFitsItsSchema) {
+    const std::string fake = std::string(FAKES) + "/libfake-missing_entry_point.so";
+    Json::Value document;
+    ASSERT_TRUE(Json::Reader().parse(Vtv({"validate", fake, "--json"}).out, document));
+    EXPECT_EQ(Misfit("validate", document), "");
+    document["more"] = 1;
+    EXPECT_NE(Misfit("validate", document), "");
+}
+
 // In these tests one process prints while others write.
 
 TEST_F(VtvTest, EachChangeOfAWatchedPageFitsItsSchema) {

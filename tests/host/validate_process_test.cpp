@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <thread>
 
 namespace fs = std::filesystem;
@@ -94,9 +95,8 @@ TEST_F(ValidateProcessTest, AHangInTheConstructorIsWaitedForOnlyOnce) {
 TEST_F(ValidateProcessTest, ALibraryThatCannotBeLoadedIsOneError) {
     Write("text.so", "no library\n");
     Write("empty.so", "");
-    std::string other = Read("../../proc/self/exe");
-    other[EI_CLASS] = ELFCLASS32;
-    Write("other.so", other);
+    fs::copy_file(PROVIDER, Path("other.so"));
+    std::fstream(Path("other.so")).seekp(EI_CLASS).put(ELFCLASS32);
     for (const std::string& file : {Path("text.so"), Path("empty.so"), Path("other.so"), Path(""),
                                     FakeFile("missing_entry_point"), FakeFile("unserved_call")}) {
         const Output output = Vtv({"validate", file});
