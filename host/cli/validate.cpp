@@ -65,6 +65,12 @@ void Print(const host::ContractCheck& check, const host::Verdict& verdict) {
     }
 }
 
+void RequireRun(const host::Verdict& verdict) {
+    if (verdict.outcome == host::Outcome::kNotRun) {
+        throw vtv::Error(vtv::ErrorKind::kPlatform, verdict.why);
+    }
+}
+
 // Whether the library can be loaded at all, before every check finds that it cannot. Throws
 // ProviderError for a library that the loader refuses or that is no provider.
 int TryToLoad(const std::string& file, std::chrono::seconds limit, host::Verdict* verdict) {
@@ -77,6 +83,7 @@ int TryToLoad(const std::string& file, std::chrono::seconds limit, host::Verdict
     if (verdict->outcome == host::Outcome::kUnusable) {
         throw host::ProviderError(host::ProviderError::Kind::kUnusable, verdict->why);
     }
+    RequireRun(*verdict);
     verdict->why = "while the library was loaded and unloaded: " + verdict->why;
     return signal;
 }
@@ -135,6 +142,7 @@ void Validate(Common& common, const ValidateOptions& options) {
     Json::Value json(Json::arrayValue);
     size_t failed = 0;
     const auto tell = [&](size_t i, const host::Verdict& verdict) {
+        RequireRun(verdict);
         failed += verdict.outcome == host::Outcome::kPassed ? 0 : 1;
         json.append(ToJson(checks[i], verdict));
         if (!common.json) {

@@ -19,6 +19,7 @@ enum class Outcome {
     kPassed,
     kFailed,
     kUnusable,  // a ProviderError: there was nothing to try
+    kNotRun,    // a vtv::Error: the machine could not run it, whatever the task is
     kEnded,     // the process ended, crashed, hung, or left processes behind
 };
 
@@ -29,7 +30,7 @@ struct Verdict {
 };
 
 // Is given a folder of its own, which is removed behind it. Passes when it returns; throws
-// CheckFailed, ProviderError or any exception otherwise.
+// CheckFailed, ProviderError, vtv::Error or any exception otherwise.
 using SupervisedTask = std::function<void(const std::string& folder)>;
 
 // Runs the tasks, as many at once as there are processors; `tell` hears the verdicts in the order

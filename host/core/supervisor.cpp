@@ -21,6 +21,7 @@
 #include "process_tree.h"
 #include "provider.h"
 #include "verdict_frame.h"
+#include "virtual-tv/virtual_tv.h"
 
 namespace fs = std::filesystem;
 
@@ -100,6 +101,9 @@ void Prepare(const Supervision& supervision, int speech) {
         outcome = Outcome::kPassed;
     } catch (const ProviderError& error) {
         outcome = Outcome::kUnusable;
+        why = error.what();
+    } catch (const vtv::Error& error) {
+        outcome = Outcome::kNotRun;
         why = error.what();
     } catch (const CheckFailed& failed) {
         why = failed.what();
@@ -244,7 +248,7 @@ Verdict Supervised(const Supervision& supervision, bool* abandoned) {
         mmap(nullptr, kLongestNote, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     if (mkdir(supervision.folder.c_str(), 0700) != 0 || pipe2(speech, O_CLOEXEC) != 0 ||
         childSignals < 0 || note == MAP_FAILED) {
-        return {Outcome::kEnded, std::string("could not be run: ") + std::strerror(errno)};
+        return {Outcome::kNotRun, std::string("a check could not be run: ") + std::strerror(errno)};
     }
     const pid_t task = fork();
     if (task == 0) {
@@ -252,7 +256,7 @@ Verdict Supervised(const Supervision& supervision, bool* abandoned) {
     }
     close(speech[1]);
     if (task < 0) {
-        return {Outcome::kEnded, std::string("could not be run: ") + std::strerror(errno)};
+        return {Outcome::kNotRun, std::string("a check could not be run: ") + std::strerror(errno)};
     }
     fcntl(speech[0], F_SETFL, O_NONBLOCK);
     const Ending ending = Watch(task, supervision, speech[0], childSignals);
@@ -275,7 +279,7 @@ void Supervise(const Supervision& supervision) {
     try {
         verdict = Supervised(supervision, &abandoned);
     } catch (const std::exception& error) {
-        verdict.why = std::string("could not be run: ") + error.what();
+        verdict = {Outcome::kNotRun, std::string("a check could not be run: ") + error.what(), 0};
     }
     RemoveFolder(supervision.folder);
     if (!abandoned) {

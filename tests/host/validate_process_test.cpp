@@ -116,6 +116,15 @@ TEST_F(ValidateProcessTest, ALibraryThatCannotBeLoadedIsOneError) {
     ExpectNothingLeft();
 }
 
+TEST_F(ValidateProcessTest, WithoutATvToCheckOnNothingIsSaidOfTheProvider) {
+    environment["VTV_DATA"] = Path("nowhere");
+    const Output output = Vtv({"validate", PROVIDER});
+    EXPECT_EQ(output.code, 4);
+    EXPECT_EQ(output.out, "");
+    EXPECT_THAT(output.err, HasSubstr("farfield-eu"));
+    ExpectNothingLeft();
+}
+
 TEST_F(ValidateProcessTest, InterruptedItTellsWhatItFoundAndLeavesNothingBehind) {
     RunningVtv running(environment, {"validate", FakeFile("starts_process"), "--timeout", "60"});
     ASSERT_TRUE(WaitForFile("pid"));
