@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <set>
 #include <thread>
 
 #include "platform/applications.h"
@@ -156,6 +157,20 @@ bool IsSimulated(const Model& model, const std::string& appId) {
         }
     }
     return false;
+}
+
+std::vector<std::string> InstalledApplications(const Model& model) {
+    std::set<std::string> ids(std::begin(kSimulated), std::end(kSimulated));
+    if (!model.accountUi.empty()) {
+        ids.insert(model.accountUi);
+    }
+    for (const Assistant& assistant : model.assistants) {
+        ids.insert(assistant.appId);
+    }
+    for (const Package& package : model.packages) {
+        ids.insert(package.appId);
+    }
+    return {ids.begin(), ids.end()};
 }
 
 bool Succeeded(const Launch& launch) {

@@ -20,16 +20,21 @@ namespace {
 
 std::string RequireRelative(const std::string& path) {
     const fs::path normal = fs::path(path).lexically_normal();
-    if (path.empty() || normal.is_absolute() || *normal.begin() == "..") {
+    const bool isFile = normal.has_filename() && normal != "." && path.find('\0') == path.npos;
+    if (!isFile || normal.is_absolute() || *normal.begin() == "..") {
         throw Error(ErrorKind::kUsage,
                     "\"" + path +
-                        "\" is no path below /home/owner: write it without a leading "
+                        "\" is no file below /home/owner: write it without a leading "
                         "slash, for example share/.voice/ga_login_success.");
     }
     return normal.string();
 }
 
 }  // namespace
+
+void CheckOwnerFile(const std::string& path) {
+    RequireRelative(path);
+}
 
 bool OwnerPath(std::string_view path, std::string* relative) {
     static constexpr std::string_view kOwner = "/home/owner";

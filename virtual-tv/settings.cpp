@@ -70,24 +70,30 @@ int WriteSetting(Tv::Impl& tv, const char* key, const Value& value) {
     return 0;
 }
 
+void RequirePrefix(const std::string& key) {
+    if (!StartsWith(key, "db/") && !StartsWith(key, "memory/")) {
+        throw Error(
+            ErrorKind::kUsage,
+            "\"" + key +
+                "\" is no settings key: one begins with \"db/\" (kept) or \"memory/\" (until the "
+                "next power cycle).");
+    }
+}
+
 }  // namespace
+
+void CheckSettingKey(const std::string& key) {
+    RequirePrefix(key);
+    Store::RequireKey(key);
+}
 
 Store& Tv::Impl::StoreOf(const std::string& key) {
     return const_cast<Store&>(static_cast<const Impl*>(this)->StoreOf(key));
 }
 
 const Store& Tv::Impl::StoreOf(const std::string& key) const {
-    if (StartsWith(key, "db/")) {
-        return settings;
-    }
-    if (StartsWith(key, "memory/")) {
-        return memory;
-    }
-    throw Error(
-        ErrorKind::kUsage,
-        "\"" + key +
-            "\" is no settings key: one begins with \"db/\" (kept) or \"memory/\" (until the "
-            "next power cycle).");
+    RequirePrefix(key);
+    return StartsWith(key, "db/") ? settings : memory;
 }
 
 std::optional<Value> Tv::Get(const std::string& key) const {

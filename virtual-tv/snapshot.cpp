@@ -1,6 +1,7 @@
 // Everything that can change on a TV, taken and put back.
 #include <algorithm>
 
+#include "spelling.h"
 #include "tv_impl.h"
 
 namespace vtv {
@@ -25,7 +26,55 @@ void Bring(Store& store, const std::map<std::string, Value>& wanted) {
     }
 }
 
+// What the services of a TV keep in its state.
+struct StateEntry {
+    const char* name;  // one that ends with '/' stands for all that begin with it
+    const char* type;  // null: any
+    void (*parse)(const std::string& text) = nullptr;  // throws for a text that is no value
+};
+constexpr StateEntry kStateEntries[] = {
+    {"account/signed_in", "bool"},
+    {"always_on_voice/", "int"},
+    {"applications", "string", [](const std::string& text) { ParseApplicationMode(text); }},
+    {"consent/pp", "bool"},
+    {"consent/tnc", "bool"},
+    {"feature/", nullptr},
+    {"model", "string"},
+    {"network", "string", [](const std::string& text) { ParseNetwork(text); }},
+    {"no-feature/", "bool"},
+    {"sound/feedback", "int"},
+    {"sound/priority", "int"},
+    {"toolkit/access", "bool"},
+    {kTraceSwitch, "bool"},
+};
+
+bool Covers(const StateEntry& entry, const std::string& name) {
+    const std::string_view known = entry.name;
+    return known.back() == '/' ? name.size() > known.size() && name.rfind(known, 0) == 0
+                               : name == known;
+}
+
 }  // namespace
+
+void CheckState(const std::string& name, const Value& value) {
+    std::vector<std::string> names;
+    for (const StateEntry& entry : kStateEntries) {
+        if (!Covers(entry, name)) {
+            names.emplace_back(entry.name);
+            continue;
+        }
+        if (entry.type != nullptr && std::string(entry.type) != TypeName(value)) {
+            throw Error(ErrorKind::kUsage, "\"" + name + "\" is of type " + entry.type + ", not " +
+                                               TypeName(value) + ".");
+        }
+        if (entry.parse != nullptr) {
+            entry.parse(std::get<std::string>(value));
+        }
+        return;
+    }
+    throw Error(ErrorKind::kUsage, "a TV has no state \"" + name + "\"." + DidYouMean(name, names) +
+                                       " Known: " + Join(names) + ".");
+}
 
 Snapshot Tv::TakeSnapshot() const {
     Snapshot snapshot;

@@ -270,6 +270,10 @@ std::string Store::RequireName(std::string_view key) const {
     if (!problem_.empty()) {
         throw Error(ErrorKind::kPlatform, problem_);
     }
+    return RequireKey(key);
+}
+
+std::string Store::RequireKey(std::string_view key) {
     std::string name = EncodeKey(key);
     if (name.empty()) {
         throw Error(

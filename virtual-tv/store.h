@@ -58,6 +58,9 @@ class Store {
     // Empty for a file that is no key's, such as a temporary one.
     static std::string DecodeKey(std::string_view fileName);
 
+    // The name of the key's file. Throws kUsage for a key that is empty or too long.
+    static std::string RequireKey(std::string_view key);
+
   private:
     void CheckVersion();
     std::string RequireName(std::string_view key) const;

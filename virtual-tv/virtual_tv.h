@@ -243,6 +243,15 @@ struct Change {
     std::string name;
 };
 
+// For those who write down what is to be done to a TV before there is one. Each throws kUsage, with
+// what to write instead, for what the TV would refuse.
+VTV_EXPORT void CheckSettingKey(const std::string& key);
+VTV_EXPORT void CheckOwnerFile(const std::string& path);
+// An entry of Tv::State(), as snapshots hold them.
+VTV_EXPORT void CheckState(const std::string& name, const Value& value);
+// The applications that can be started on a TV of the model, sorted.
+VTV_EXPORT std::vector<std::string> InstalledApplications(const Model& model);
+
 // Everything that a viewer or an application can change on a TV.
 struct Snapshot {
     std::map<std::string, Value> settings;

@@ -39,7 +39,8 @@ std::string SettingStep(const Input& input, const Value& value, const std::strin
     }
     const std::string stored =
         value.kind == Value::Kind::kFails ? SampleOf(value.storedType) : TomlValue(value, text);
-    return "set." + TomlText(input.key) + " = " + stored;
+    const bool isForced = value.kind == Value::Kind::kFails;
+    return "set." + TomlText(input.key) + " = " + stored + (isForced ? "\nforce = true" : "");
 }
 
 std::string FeatureStep(const Input& input, const Value& value, const std::string& text) {

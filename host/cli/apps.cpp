@@ -72,17 +72,17 @@ void AddEnding(CLI::App& verb, Common& common, const char* name, const char* doe
             }
             id = running.front().appId;
         }
-        Recorder recorder(common, tv);
+        Recorder recorder(common, tv, {{name, id}});
         (tv.*end)(id);
-        recorder.Add(name, id);
+        recorder.Done();
     });
 }
 
 void AddMode(CLI::App& verb, Common& common) {
     const auto mode = std::make_shared<std::string>();
-    CLI::App* app =
-        AddVerb(verb, common, "mode", "Look at what starting an application does, or change it",
-                "  vtv app mode auto              applications finish by themselves", kTv);
+    CLI::App* app = AddVerb(
+        verb, common, "mode", "Look at what starting an application does, or change it",
+        "  vtv app mode auto              applications finish by themselves", kTv | kRecord);
     app->add_option("MODE", *mode,
                     "process (they wait to be finished), auto (they finish by themselves), record "
                     "(only note it)");
@@ -91,7 +91,10 @@ void AddMode(CLI::App& verb, Common& common) {
         if (mode->empty()) {
             std::cout << vtv::ToText(tv.Applications()) << '\n';
         } else {
-            tv.SetApplications(vtv::ParseApplicationMode(*mode));
+            const vtv::ApplicationMode wanted = vtv::ParseApplicationMode(*mode);
+            Recorder recorder(common, tv, {{"applications", *mode}});
+            tv.SetApplications(wanted);
+            recorder.Done();
         }
     });
 }

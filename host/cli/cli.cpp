@@ -141,27 +141,21 @@ std::string ProviderFile(const Common& common) {
                                   program.string() + "/vtv. Name one with --provider FILE.so.");
 }
 
-Recorder::Recorder(const Common& common, const vtv::Tv& tv) {
+Recorder::Recorder(const Common& common, const vtv::Tv& tv, const host::Recording::Step& step) {
     if (!common.record.empty()) {
-        recording_.emplace(common.record, tv);
+        recording_.emplace(common.record, tv, step);
     }
 }
 
-void Recorder::Add(const std::string& action, const vtv::Value& value) {
+void Recorder::Done() {
     if (recording_) {
-        recording_->Add(action, value);
+        recording_->Done();
     }
 }
 
-void Recorder::Add(const std::string& action, const std::map<std::string, vtv::Value>& members) {
+void Recorder::Done(const host::PressResult& result) {
     if (recording_) {
-        recording_->Add(action, members);
-    }
-}
-
-void Recorder::AddPress(const host::Press& press, const host::PressResult& result) {
-    if (recording_) {
-        recording_->AddPress(press, result);
+        recording_->Done(result);
     }
 }
 

@@ -59,13 +59,12 @@ std::string ProviderFile(const Common& common);
 void WarnOfProblems(const vtv::Tv& tv);
 
 // Adds what a verb does to the scenario that --record names, if it names one. Make it before the
-// thing is done.
+// thing is done, which is not to be done when this throws; tell it when it is done.
 class Recorder {
   public:
-    Recorder(const Common& common, const vtv::Tv& tv);
-    void Add(const std::string& action, const vtv::Value& value);
-    void Add(const std::string& action, const std::map<std::string, vtv::Value>& members);
-    void AddPress(const host::Press& press, const host::PressResult& result);
+    Recorder(const Common& common, const vtv::Tv& tv, const host::Recording::Step& step);
+    void Done();
+    void Done(const host::PressResult& result);
 
   private:
     std::optional<host::Recording> recording_;

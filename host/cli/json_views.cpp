@@ -18,6 +18,14 @@ Json::Value ExtrasToJson(const vtv::Extras& extras) {
     return json;
 }
 
+Json::Value TextsToJson(const std::vector<std::string>& texts) {
+    Json::Value json(Json::arrayValue);
+    for (const std::string& text : texts) {
+        json.append(text);
+    }
+    return json;
+}
+
 Json::Value ChoicesToJson(const std::vector<host::Choice>& choices) {
     Json::Value json(Json::arrayValue);
     for (const host::Choice& choice : choices) {
@@ -195,11 +203,21 @@ Json::Value ToJson(const vtv::TraceEvent& event) {
     return json;
 }
 
+Json::Value ToJson(const host::Scenario& scenario) {
+    Json::Value json;
+    json["file"] = scenario.file;
+    json["title"] = scenario.title;
+    json["sound"] = scenario.problems.empty();
+    json["problems"] = TextsToJson(scenario.problems);
+    return json;
+}
+
 Json::Value ToJson(const host::ScenarioResult& result) {
     Json::Value json;
     json["file"] = result.file;
     json["title"] = result.title;
     json["passed"] = result.Passed();
+    json["problems"] = TextsToJson(result.problems);
     json["steps"] = Json::Value(Json::arrayValue);
     for (const host::StepResult& step : result.steps) {
         Json::Value entry;
@@ -207,10 +225,7 @@ Json::Value ToJson(const host::ScenarioResult& result) {
         entry["line"] = step.line;
         entry["played"] = step.played;
         entry["seconds"] = step.seconds;
-        entry["failures"] = Json::Value(Json::arrayValue);
-        for (const std::string& failure : step.failures) {
-            entry["failures"].append(failure);
-        }
+        entry["failures"] = TextsToJson(step.failures);
         json["steps"].append(entry);
     }
     return json;

@@ -21,6 +21,7 @@ Json::Value ToJson(const vtv::Launch& launch);
 Json::Value ToJson(const vtv::RunningApplication& running);
 Json::Value ToJson(const vtv::LogRecord& record);
 Json::Value ToJson(const vtv::TraceEvent& event);
+Json::Value ToJson(const host::Scenario& scenario);  // what its check says
 Json::Value ToJson(const host::ScenarioResult& result);
 
 }  // namespace cli

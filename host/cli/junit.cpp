@@ -35,6 +35,21 @@ std::string Attribute(const char* name, const std::string& value) {
     return std::string(" ") + name + "=\"" + Escaped(value) + "\"";
 }
 
+// A scenario that could not be played.
+std::string BrokenSuite(const host::ScenarioResult& result) {
+    std::string problems;
+    for (const std::string& problem : result.problems) {
+        problems += problem + "\n";
+    }
+    return "  <testsuite" + Attribute("name", result.title) + Attribute("file", result.file) +
+           Attribute("tests", "1") + Attribute("failures", "0") + Attribute("errors", "1") +
+           Attribute("skipped", "0") + Attribute("time", "0.000") + ">\n    <testcase" +
+           Attribute("classname", result.file) + Attribute("name", "the scenario can be played") +
+           Attribute("time", "0.000") + ">\n      <error" +
+           Attribute("message", result.problems.front()) + ">" + Escaped(problems) +
+           "</error>\n    </testcase>\n  </testsuite>\n";
+}
+
 std::string Seconds(double seconds) {
     char text[32];
     std::snprintf(text, sizeof text, "%.3f", seconds);
@@ -47,6 +62,10 @@ std::string JUnit(const std::vector<host::ScenarioResult>& results) {
     std::ostringstream xml;
     xml << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n";
     for (const host::ScenarioResult& result : results) {
+        if (!result.problems.empty()) {
+            xml << BrokenSuite(result);
+            continue;
+        }
         size_t failures = 0;
         size_t skipped = 0;
         double seconds = 0;
@@ -57,7 +76,7 @@ std::string JUnit(const std::vector<host::ScenarioResult>& results) {
         }
         xml << "  <testsuite" << Attribute("name", result.title) << Attribute("file", result.file)
             << Attribute("tests", std::to_string(result.steps.size()))
-            << Attribute("failures", std::to_string(failures))
+            << Attribute("failures", std::to_string(failures)) << Attribute("errors", "0")
             << Attribute("skipped", std::to_string(skipped)) << Attribute("time", Seconds(seconds))
             << ">\n";
         for (const host::StepResult& step : result.steps) {

@@ -106,9 +106,9 @@ void Publish(const Common& common, const PublishOptions& options) {
         }
     }
     vtv::Tv tv(TvDir(common));
-    Recorder recorder(common, tv);
+    Recorder recorder(common, tv, {{"policy", text}});
     tv.Set(host::kPolicyKey, text);
-    recorder.Add("policy", text);
+    recorder.Done();
 }
 
 }  // namespace

@@ -10,6 +10,8 @@ namespace cli {
 
 namespace {
 
+using Values = std::map<std::string, vtv::Value>;
+
 struct PressOptions {
     std::string item;
     std::string value;
@@ -75,6 +77,17 @@ void RequireNoFailure(vtv::Tv& tv) {
     }
 }
 
+host::Recording::Step ToStep(const host::Press& press) {
+    host::Recording::Step step = {{"press", std::string(press.item->name)}};
+    if (press.choose) {
+        step["choose"] = *press.choose;
+    }
+    if (press.answer != host::Answer::kNone) {
+        step["answer"] = std::string(press.answer == host::Answer::kOk ? "ok" : "cancel");
+    }
+    return step;
+}
+
 void Press(Common& common, const PressOptions& options) {
     const host::Item& item = RequireItem(options.item);
     Session session(common);
@@ -90,9 +103,9 @@ void Press(Common& common, const PressOptions& options) {
         }
         press.choose = host::ParseChoice(host::LookAt(session.provider, item), options.value);
     }
-    Recorder recorder(common, session.tv);
+    Recorder recorder(common, session.tv, ToStep(press));
     const host::PressResult result = host::Viewer(session.provider, session.tv).PressItem(press);
-    recorder.AddPress(press, result);
+    recorder.Done(result);
     if (common.json) {
         PrintJson(ToJson(result, item));
     } else {
@@ -113,8 +126,12 @@ void Choose(Common& common, const PressOptions& options) {
         throw Refusal(view.Label() + " (" + item.name + ") has no value to choose.");
     }
     const int value = host::ParseChoice(view, options.value);
+    Recorder recorder(common, session.tv, {{"hand", Values{{item.name, value}}}});
     const host::PressResult result =
         host::Viewer(session.provider, session.tv).SetValue(item, value);
+    if (result.done) {
+        recorder.Done(result);
+    }
     if (common.json) {
         PrintJson(ToJson(result, item));
     } else {
@@ -160,7 +177,7 @@ void AddPressVerbs(CLI::App& app, Common& common) {
                 "  vtv choose voice-wake-up on\n"
                 "  vtv choose voice-assistant 2\n"
                 "  vtv choose voice-assistant \"Google Assistant\"",
-                kTv | kProvider | kJson);
+                kTv | kProvider | kJson | kRecord);
     choose->add_option("ITEM", choice->item, "The item, by name or key")->required();
     choose->add_option("VALUE", choice->value, "on, off, a choice's text, or a number")->required();
     choose->callback([&common, choice] { Choose(common, *choice); });

@@ -23,6 +23,7 @@ struct RunOptions {
     std::vector<std::string> files;
     std::string junit;
     std::string keep;
+    bool check = false;
 };
 
 // Gone when the scenarios are through, unless it is wanted.
@@ -56,9 +57,25 @@ class Folder {
     std::string path_;
 };
 
+// Where they are looked for after a run that ends with 2, whatever else is printed.
+void PrintProblems(const std::vector<std::string>& problems) {
+    std::cout.flush();
+    for (const std::string& problem : problems) {
+        std::cerr << problem << '\n';
+    }
+}
+
+void PrintHeading(Look look, const char* verdict, const std::string& title,
+                  const std::string& file) {
+    std::cout << Paint(look, verdict) << title << Paint(Look::kDim, "  " + file) << '\n';
+}
+
 void Print(const host::ScenarioResult& result) {
-    std::cout << (result.Passed() ? Paint(Look::kGood, "passed  ") : Paint(Look::kBad, "FAILED  "))
-              << result.title << Paint(Look::kDim, "  " + result.file) << '\n';
+    PrintHeading(result.Passed() ? Look::kGood : Look::kBad,
+                 result.Passed()           ? "passed  "
+                 : result.problems.empty() ? "FAILED  "
+                                           : "BROKEN  ",
+                 result.title, result.file);
     for (const host::StepResult& step : result.steps) {
         if (step.failures.empty()) {
             continue;
@@ -70,41 +87,102 @@ void Print(const host::ScenarioResult& result) {
     }
 }
 
-void Run(Common& common, const RunOptions& options) {
+std::string Count(size_t count) {
+    return std::to_string(count) + (count == 1 ? " scenario" : " scenarios");
+}
+
+std::vector<host::Scenario> Read(const std::vector<std::string>& files) {
     std::vector<host::Scenario> scenarios;
-    for (const std::string& file : options.files) {
-        scenarios.push_back(host::LoadScenario(file));
+    for (const std::string& file : files) {
+        std::error_code error;
+        if (fs::is_directory(file, error)) {
+            for (host::Scenario& scenario : host::ReadScenarios(file)) {
+                scenarios.push_back(std::move(scenario));
+            }
+        } else {
+            scenarios.push_back(host::ReadScenario(file));
+        }
+    }
+    return scenarios;
+}
+
+void Check(Common& common, const std::vector<host::Scenario>& scenarios) {
+    Json::Value json(Json::arrayValue);
+    size_t broken = 0;
+    for (const host::Scenario& scenario : scenarios) {
+        const bool isSound = scenario.problems.empty();
+        broken += isSound ? 0 : 1;
+        json.append(ToJson(scenario));
+        if (!common.json) {
+            PrintHeading(isSound ? Look::kGood : Look::kBad, isSound ? "sound   " : "BROKEN  ",
+                         scenario.title, scenario.file);
+        }
+        PrintProblems(scenario.problems);
+    }
+    if (common.json) {
+        PrintJson(json);
+    } else {
+        std::cout << Count(scenarios.size()) << ", " << broken << " broken\n";
+    }
+    common.exitCode = broken == 0 ? kOk : kUsage;
+}
+
+host::ScenarioResult Play(const host::Scenario& scenario, const std::string& provider,
+                          const std::string& dir) {
+    if (scenario.problems.empty()) {
+        return host::PlayScenario(scenario, provider, dir);
+    }
+    host::ScenarioResult result;
+    result.file = scenario.file;
+    result.title = scenario.title;
+    result.problems = scenario.problems;
+    return result;
+}
+
+void WriteJUnit(const std::string& file, const std::vector<host::ScenarioResult>& results) {
+    std::ofstream stream(file);
+    stream << JUnit(results);
+    stream.close();
+    if (!stream) {
+        throw vtv::Error(vtv::ErrorKind::kPlatform, file + ": cannot be written.");
+    }
+}
+
+void Run(Common& common, const RunOptions& options) {
+    const std::vector<host::Scenario> scenarios = Read(options.files);
+    if (options.check) {
+        Check(common, scenarios);
+        return;
     }
     const std::string provider = ProviderFile(common);
     const Folder folder(options.keep);
     std::vector<host::ScenarioResult> results;
     Json::Value json(Json::arrayValue);
     size_t failed = 0;
+    size_t broken = 0;
     for (const host::Scenario& scenario : scenarios) {
         const std::string dir = folder.Path() + "/" + std::to_string(results.size() + 1) + "-" +
                                 fs::path(scenario.file).stem().string();
-        results.push_back(host::PlayScenario(scenario, provider, dir));
-        failed += results.back().Passed() ? 0 : 1;
-        json.append(ToJson(results.back()));
+        results.push_back(Play(scenario, provider, dir));
+        const host::ScenarioResult& result = results.back();
+        broken += result.problems.empty() ? 0 : 1;
+        failed += result.Passed() || !result.problems.empty() ? 0 : 1;
+        json.append(ToJson(result));
         if (!common.json) {
-            Print(results.back());
+            Print(result);
         }
+        PrintProblems(result.problems);
     }
     if (!options.junit.empty()) {
-        std::ofstream stream(options.junit);
-        stream << JUnit(results);
-        stream.close();
-        if (!stream) {
-            throw vtv::Error(vtv::ErrorKind::kPlatform, options.junit + ": cannot be written.");
-        }
+        WriteJUnit(options.junit, results);
     }
     if (common.json) {
         PrintJson(json);
     } else {
-        std::cout << results.size() << (results.size() == 1 ? " scenario" : " scenarios") << ", "
-                  << failed << " failed\n";
+        std::cout << Count(results.size()) << ", " << failed << " failed"
+                  << (broken == 0 ? "" : ", " + std::to_string(broken) + " broken") << '\n';
     }
-    common.exitCode = failed == 0 ? kOk : kNo;
+    common.exitCode = broken != 0 ? kUsage : failed != 0 ? kNo : kOk;
 }
 
 }  // namespace
@@ -114,14 +192,21 @@ void AddRun(CLI::App& app, Common& common) {
     CLI::App* verb =
         AddVerb(app, common, "run", "Play scenarios, each on a new TV of its own",
                 "  vtv run setup-google.toml\n"
-                "  vtv run scenarios/*.toml --junit results.xml\n"
+                "  vtv run scenarios --junit results.xml          all scenarios of a folder\n"
+                "  vtv run --check setup-google.toml              only: is it written right?\n"
                 "  vtv press voice-wake-up --record mine.toml && vtv run mine.toml\n\n"
-                "docs/scenarios.md describes the file. Ends with 1 when a scenario failed.",
+                "docs/scenarios.md describes the file. Ends with 1 when a scenario failed, with 2 "
+                "when one is broken: all that is wrong with it is told, and the others are played.",
                 kProvider | kJson);
-    verb->add_option("FILE", options->files, "Scenarios (TOML)")->required();
+    verb->add_option("FILE", options->files, "Scenarios (TOML), or folders of them")->required();
+    CLI::Option* check =
+        verb->add_flag("--check", options->check, "Check the scenarios whole, and play none");
     verb->add_option("--junit", options->junit, "Write the results as JUnit XML")
-        ->type_name("FILE");
-    verb->add_option("--keep", options->keep, "Keep the TVs, in this folder")->type_name("FOLDER");
+        ->type_name("FILE")
+        ->excludes(check);
+    verb->add_option("--keep", options->keep, "Keep the TVs, in this folder")
+        ->type_name("FOLDER")
+        ->excludes(check);
     verb->callback([&common, options] { Run(common, *options); });
 }
 

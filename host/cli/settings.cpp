@@ -92,9 +92,13 @@ void Set(const Common& common, const SetOptions& options) {
                       " it could not be read. To see what happens then, add --force.");
     }
     vtv::Tv tv(TvDir(common));
-    Recorder recorder(common, tv);
+    host::Recording::Step step = {{"set", std::map<std::string, vtv::Value>{{options.key, value}}}};
+    if (options.force) {
+        step["force"] = true;
+    }
+    Recorder recorder(common, tv, step);
     tv.Set(options.key, value);
-    recorder.Add("set", std::map<std::string, vtv::Value>{{options.key, value}});
+    recorder.Done();
 }
 
 void AddSet(CLI::App& app, Common& common) {
@@ -120,11 +124,11 @@ void AddUnset(CLI::App& app, Common& common) {
     verb->add_option("KEY", *key, "A settings key")->required();
     verb->callback([&common, key] {
         vtv::Tv tv(TvDir(common));
-        Recorder recorder(common, tv);
+        Recorder recorder(common, tv, {{"unset", *key}});
         if (!tv.Unset(*key)) {
             ThrowNoSuchKey(tv, *key);
         }
-        recorder.Add("unset", *key);
+        recorder.Done();
     });
 }
 

@@ -90,17 +90,22 @@ void Feature(const Common& common, const FeatureOptions& options) {
     vtv::Tv tv(TvDir(common));
     const std::string key = FeatureKeyOf(options.name);
     if (options.reset) {
+        Recorder recorder(common, tv, {{"feature-reset", key}});
         tv.ResetFeature(key);
+        recorder.Done();
     } else if (options.missing) {
         if (FindKnownFeature(key) == nullptr && !tv.Feature(key)) {
             throw vtv::Error(vtv::ErrorKind::kNoSuch, key + ": the TV has no such feature anyway.");
         }
+        Recorder recorder(common, tv, {{"feature-missing", key}});
         tv.SetFeature(key, std::nullopt);
+        recorder.Done();
     } else if (!options.value.empty()) {
-        Recorder recorder(common, tv);
         const vtv::Value value = ParseFeature(tv, key, options.value);
+        Recorder recorder(common, tv,
+                          {{"feature", std::map<std::string, vtv::Value>{{key, value}}}});
         tv.SetFeature(key, value);
-        recorder.Add("feature", std::map<std::string, vtv::Value>{{key, value}});
+        recorder.Done();
     } else {
         const std::optional<vtv::Value> value = tv.Feature(key);
         if (!value) {
@@ -142,18 +147,23 @@ void AddFeature(CLI::App& app, Common& common) {
 // A verb that prints what is without an argument and changes it with one.
 using StateVerb = std::function<void(vtv::Tv& tv, const std::string& value)>;
 using StatePrint = std::function<std::string(vtv::Tv& tv)>;
+// The value as a scenario has it; throws kUsage for what is none.
+using StateParse = std::function<std::string(const std::string& value)>;
 
 void AddState(CLI::App& app, Common& common, const char* name, const char* does,
-              const char* examples, const char* takes, StatePrint print, StateVerb change) {
+              const char* examples, const char* takes, StatePrint print, StateParse parse,
+              StateVerb change) {
     const auto value = std::make_shared<std::string>();
     CLI::App* verb = AddVerb(app, common, name, does, examples, kTv | kJson | kRecord);
     verb->add_option("VALUE", *value, takes);
-    verb->callback([&common, value, print = std::move(print), change = std::move(change), name] {
+    verb->callback([&common, value, print = std::move(print), parse = std::move(parse),
+                    change = std::move(change), name] {
         vtv::Tv tv(TvDir(common));
         if (!value->empty()) {
-            Recorder recorder(common, tv);
-            change(tv, *value);
-            recorder.Add(name, *value);
+            const std::string wanted = parse(*value);
+            Recorder recorder(common, tv, {{name, wanted}});
+            change(tv, wanted);
+            recorder.Done();
         } else if (common.json) {
             Json::Value json;
             json[name] = print(tv);
@@ -180,12 +190,12 @@ void SetLanguage(vtv::Tv& tv, const std::string& language) {
     tv.SetLanguage(language);
 }
 
-void SetAccount(vtv::Tv& tv, const std::string& value) {
+std::string ParseAccount(const std::string& value) {
     if (value != "signed-in" && value != "signed-out") {
         throw vtv::Error(vtv::ErrorKind::kUsage,
                          "\"" + value + "\": write signed-in or signed-out.");
     }
-    tv.SetSignedIn(value == "signed-in");
+    return value;
 }
 
 struct ConsentOptions {
@@ -209,10 +219,12 @@ void AddConsent(CLI::App& app, Common& common) {
                              "vtv consent " + options->item + ": add on or off.");
         }
         if (!options->item.empty()) {
-            Recorder recorder(common, tv);
-            tv.SetConsent(options->item, ParseSwitch(options->value));
-            recorder.Add("consent", std::map<std::string, vtv::Value>{
-                                        {options->item, ParseSwitch(options->value)}});
+            const bool isAgreed = ParseSwitch(options->value);
+            Recorder recorder(
+                common, tv,
+                {{"consent", std::map<std::string, vtv::Value>{{options->item, isAgreed}}}});
+            tv.SetConsent(options->item, isAgreed);
+            recorder.Done();
             return;
         }
         Json::Value json;
@@ -236,9 +248,9 @@ void AddPowerCycle(CLI::App& app, Common& common) {
                 kTv | kRecord);
     verb->callback([&common] {
         vtv::Tv tv(TvDir(common));
-        Recorder recorder(common, tv);
+        Recorder recorder(common, tv, {{"power-cycle", true}});
         tv.PowerCycle();
-        recorder.Add("power-cycle", true);
+        recorder.Done();
     });
 }
 
@@ -254,7 +266,7 @@ void AddFile(CLI::App& app, Common& common) {
                              "List, add or remove files that the TV knows below /home/owner",
                              "  vtv file\n"
                              "  vtv file --add share/.voice/ga_login_success",
-                             kTv | kJson);
+                             kTv | kJson | kRecord);
     verb->add_option("PATH", options->path, "A path below /home/owner");
     CLI::Option* add = verb->add_flag("--add", options->add, "Make the file");
     verb->add_flag("--remove", options->remove, "Remove it")->excludes(add);
@@ -265,12 +277,16 @@ void AddFile(CLI::App& app, Common& common) {
                              "vtv file: write a path and --add or --remove, or neither.");
         }
         if (options->add) {
+            Recorder recorder(common, tv, {{"file-add", options->path}});
             tv.AddOwnerFile(options->path);
+            recorder.Done();
         } else if (options->remove) {
+            Recorder recorder(common, tv, {{"file-remove", options->path}});
             if (!tv.RemoveOwnerFile(options->path)) {
                 throw vtv::Error(vtv::ErrorKind::kNoSuch,
                                  options->path + ": there is no such file.");
             }
+            recorder.Done();
         } else {
             Json::Value json(Json::arrayValue);
             for (const std::string& file : tv.OwnerFiles()) {
@@ -292,23 +308,27 @@ void AddStateVerbs(CLI::App& app, Common& common) {
     AddFeature(app, common);
     AddState(
         app, common, "language", "Look at the menu language, or change it", "  vtv language de_DE",
-        "A locale, such as ko_KR", [](vtv::Tv& tv) { return tv.Language(); }, SetLanguage);
+        "A locale, such as ko_KR", [](vtv::Tv& tv) { return tv.Language(); },
+        [](const std::string& value) { return value; }, SetLanguage);
     AddState(
         app, common, "voice-guide", "Look at the voice guide, or switch it", "  vtv voice-guide on",
         "on or off", [](vtv::Tv& tv) { return std::string(tv.VoiceGuide() ? "on" : "off"); },
+        [](const std::string& value) { return std::string(ParseSwitch(value) ? "on" : "off"); },
         [](vtv::Tv& tv, const std::string& value) {
-            tv.Set("db/setting/accessibility/tts", ParseSwitch(value));
+            tv.Set("db/setting/accessibility/tts", value == "on");
         });
     AddState(
         app, common, "account", "Look at the maker's account, or sign in and out",
         "  vtv account signed-in", "signed-in or signed-out",
         [](vtv::Tv& tv) { return std::string(tv.SignedIn() ? "signed-in" : "signed-out"); },
-        SetAccount);
+        ParseAccount,
+        [](vtv::Tv& tv, const std::string& value) { tv.SetSignedIn(value == "signed-in"); });
     AddState(
         app, common, "network", "Look at the network, or plug it in and out",
         "  vtv network disconnected\n  vtv network host               as this machine's own",
         "connected, disconnected or host",
         [](vtv::Tv& tv) { return std::string(vtv::ToText(tv.GetNetwork())); },
+        [](const std::string& value) { return std::string(vtv::ToText(vtv::ParseNetwork(value))); },
         [](vtv::Tv& tv, const std::string& value) { tv.SetNetwork(vtv::ParseNetwork(value)); });
     AddConsent(app, common);
     AddFile(app, common);

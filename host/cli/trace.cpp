@@ -19,7 +19,10 @@ struct TraceOptions {
 void Trace(const Common& common, const TraceOptions& options) {
     vtv::Tv tv(TvDir(common));
     if (!options.onOff.empty()) {
-        tv.SetTraceEnabled(ParseSwitch(options.onOff));
+        const bool isOn = ParseSwitch(options.onOff);
+        Recorder recorder(common, tv, {{"trace", isOn}});
+        tv.SetTraceEnabled(isOn);
+        recorder.Done();
         return;
     }
     if (!options.file.empty()) {
@@ -62,7 +65,7 @@ void AddTraceVerb(CLI::App& app, Common& common) {
                 "  vtv trace on\n"
                 "  vtv press voice-wake-up && vtv trace\n"
                 "  vtv trace --export trace.json    open it in ui.perfetto.dev or chrome://tracing",
-                kTv | kJson);
+                kTv | kJson | kRecord);
     CLI::Option* onOff = verb->add_option("SWITCH", options->onOff, "on or off");
     CLI::Option* file =
         verb->add_option("--export", options->file, "Write a file for a trace viewer")
@@ -93,6 +96,15 @@ const char* KindName(vtv::Fault::Kind kind) {
             break;
     }
     return "slow";
+}
+
+std::map<std::string, vtv::Value> ToMembers(const vtv::Fault& fault) {
+    if (fault.kind == vtv::Fault::Kind::kSlow) {
+        return {{"function", fault.function}, {"slow", fault.delayMs}};
+    }
+    return {{"function", fault.function},
+            {"always", fault.kind == vtv::Fault::Kind::kAlways},
+            {"result", fault.result}};
 }
 
 void ListFaults(const Common& common, const vtv::Tv& tv) {
@@ -126,16 +138,20 @@ void Fault(const Common& common, const FaultOptions& options) {
     }
     vtv::Tv tv(TvDir(common));
     if (options.function.empty() && options.clear) {
+        Recorder recorder(common, tv, {{"clear-faults", true}});
         for (const vtv::Fault& fault : tv.Faults()) {
             tv.ClearFault(fault.function);
         }
+        recorder.Done();
     } else if (options.function.empty()) {
         ListFaults(common, tv);
     } else if (options.clear) {
+        Recorder recorder(common, tv, {{"clear-faults", options.function}});
         if (!tv.ClearFault(options.function)) {
             throw vtv::Error(vtv::ErrorKind::kNoSuch,
                              options.function + ": no such fault was asked for. See: vtv fault");
         }
+        recorder.Done();
     } else {
         vtv::Fault fault;
         fault.function = options.function;
@@ -144,7 +160,9 @@ void Fault(const Common& common, const FaultOptions& options) {
                                       : vtv::Fault::Kind::kOnce;
         fault.result = options.result;
         fault.delayMs = options.slow;
+        Recorder recorder(common, tv, {{"fault", ToMembers(fault)}});
         tv.SetFault(fault);
+        recorder.Done();
     }
 }
 
@@ -156,7 +174,7 @@ void AddFaultVerb(CLI::App& app, Common& common) {
                              "  vtv fault aul_launch_app --slow 500\n"
                              "  vtv fault --clear                        all of them\n"
                              "  vtv fault --functions                    what can be made to fail",
-                             kTv | kJson);
+                             kTv | kJson | kRecord);
     verb->add_option("FUNCTION", options->function, "A platform call");
     CLI::Option* always =
         verb->add_flag("--always", options->always, "Every call from now on, not only the next");

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
+#include <variant>
 
 #include "viewer.h"
 
@@ -10,21 +12,29 @@ namespace host {
 
 class Recording {
   public:
-    // Begins a scenario in the file unless it is there already: with the TV's model, and with what
-    // the TV has by now become. Call this before the thing that is to be recorded is done. Throws
-    // vtv::Error (kPlatform) when the file cannot be written.
-    Recording(const std::string& file, const vtv::Tv& tv);
+    // The members of a step, as docs/scenarios.md has them; some of them are tables.
+    using Member = std::variant<vtv::Value, std::map<std::string, vtv::Value>>;
+    using Step = std::map<std::string, Member>;
 
-    // Adds a step with one action, "power-cycle = true" or "set = { KEY = VALUE }".
-    void Add(const std::string& action, const vtv::Value& value);
-    void Add(const std::string& action, const std::map<std::string, vtv::Value>& members);
-    // Adds a press with what the viewer saw then as what is expected.
-    void AddPress(const Press& press, const PressResult& result);
+    // Makes sure that the step can be added to the scenario in the file, which is begun if it is
+    // not there: with the TV's model, and with what the TV has by now become. Make this before the
+    // thing is done, and do it only then. Throws vtv::Error: kUsage for a file that is no scenario
+    // of the TV's model and for a step that no scenario can have, kPlatform when the file cannot be
+    // written.
+    Recording(const std::string& file, const vtv::Tv& tv, const Step& step);
+    ~Recording();
+    Recording(Recording&&) noexcept;
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
+
+    // It was done: the step is added; of what a viewer did, with what the viewer saw as what is
+    // expected. Without this the file stays as it was.
+    void Done();
+    void Done(const PressResult& result);
 
   private:
-    void Append(const std::string& text);
-
-    std::string file_;
+    struct Pending;
+    std::unique_ptr<Pending> pending_;
 };
 
 }  // namespace host

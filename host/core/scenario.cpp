@@ -1,179 +1,193 @@
 #include "scenario.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <set>
+#include <sstream>
 
-#include "page.h"
 #include "scenario_steps.h"
-#include "similar_items.h"
 
 namespace host {
 
+namespace fs = std::filesystem;
+
 namespace {
 
-using Names = std::vector<std::string>;
+constexpr char kDefaultModel[] = "farfield-eu";
 
-const Names kScenarioKeys = {"title", "model", "step"};
-const Names kStepKeys = {
-    "say",         "set",          "unset",   "policy",   "feature",      "feature-missing",
-    "account",     "consent",      "network", "language", "file-add",     "file-remove",
-    "state",       "applications", "trace",   "fault",    "clear-faults", "power-cycle",
-    "finish",      "cancel",       "press",   "choose",   "answer",       "expect",
-    "voice-guide", "hand"};
-const Names kExpectKeys = {"page",     "sees",  "box",     "popup",   "reason", "refused",
-                           "launched", "toast", "setting", "running", "log",    "no-log",
-                           "trace",    "file",  "answer",  "state",   "log-run"};
-const Names kItemKeys = {"visible", "enabled", "value", "title",
-                         "help",    "reason",  "popup", "choices"};
-const Names kAnswerKeys = {"visible", "enabled", "value", "title", "help",
-                           "reason",  "choices", "box",   "popup"};
-const Names kBoxKeys = {"title", "message", "buttons"};
+struct TopMember {
+    const char* name;
+    void (*read)(ScenarioReader& reader, const toml::node& node, Scenario* scenario);
+};
 
-[[noreturn]] void Fail(const std::string& file, const toml::source_region& where,
-                       const std::string& text) {
-    throw vtv::Error(vtv::ErrorKind::kUsage,
-                     file + ":" + std::to_string(where.begin.line) + ": " + text);
-}
-
-void CheckKeys(const std::string& file, const toml::table& table, const char* where,
-               const Names& known) {
-    for (const auto& [key, node] : table) {
-        const std::string name(key.str());
-        if (std::find(known.begin(), known.end(), name) == known.end()) {
-            std::string names;
-            for (const std::string& one : known) {
-                names += (names.empty() ? "" : ", ") + one;
-            }
-            Fail(file, key.source(),
-                 "\"" + name + "\" is unknown in " + where + ". Known: " + names + ".");
+// A model that comes with the virtual TV, by its name; any other by its path, seen from the
+// scenario. "" for one that is not there.
+std::string FindModelFile(const std::string& model, const std::string& scenario) {
+    for (const std::string& file : vtv::ModelFiles()) {
+        if (fs::path(file).stem() == model) {
+            return file;
         }
     }
+    std::error_code error;
+    const fs::path path = fs::path(scenario).parent_path() / model;
+    return fs::is_regular_file(path, error) ? path.string() : "";
 }
 
-const toml::table& RequireTable(const std::string& file, const toml::node& node,
-                                const std::string& name) {
-    if (!node.is_table()) {
-        Fail(file, node.source(), "\"" + name + "\" must be a table: " + name + " = { ... }.");
-    }
-    return *node.as_table();
-}
-
-std::string RequireText(const std::string& file, const toml::table& table, const char* name,
-                        const std::string& otherwise) {
-    const toml::node* node = table.get(name);
-    if (node != nullptr && !node->is_string()) {
-        Fail(file, node->source(), std::string("\"") + name + "\" must be a text in quotes.");
-    }
-    return node != nullptr ? node->as_string()->get() : otherwise;
-}
-
-void RequireItemName(const std::string& file, const toml::source_region& where,
-                     const std::string& name) {
-    if (FindItem(name) != nullptr) {
+void ReadModel(ScenarioReader& reader, const toml::node& node, Scenario* scenario) {
+    const std::string model = reader.Text(node, "model");
+    if (!node.is_string()) {
         return;
     }
-    const Names similar = SimilarItems(name);
-    Fail(file, where,
-         "there is no item \"" + name + "\"." +
-             (similar.empty() ? "" : " Did you mean " + similar.front() + "?"));
-}
-
-void CheckExpect(const std::string& file, const toml::node& node) {
-    const toml::table& expect = RequireTable(file, node, "expect");
-    CheckKeys(file, expect, "expect", kExpectKeys);
-    for (const char* box : {"box", "popup"}) {
-        if (const toml::node* one = expect.get(box)) {
-            CheckKeys(file, RequireTable(file, *one, box), box, kBoxKeys);
+    scenario->model = FindModelFile(model, scenario->file);
+    if (scenario->model.empty()) {
+        std::vector<std::string> names;
+        std::string known;
+        for (const std::string& file : vtv::ModelFiles()) {
+            names.push_back(fs::path(file).stem().string());
+            known += (known.empty() ? "" : ", ") + names.back();
         }
-    }
-    if (const toml::node* state = expect.get("state")) {
-        RequireTable(file, *state, "state");
-    }
-    if (const toml::node* answer = expect.get("answer")) {
-        for (const auto& [key, item] : RequireTable(file, *answer, "answer")) {
-            RequireItemName(file, key.source(), std::string(key.str()));
-            CheckKeys(file, RequireTable(file, item, std::string(key.str())), "an answer",
-                      kAnswerKeys);
-        }
-    }
-    const toml::node* page = expect.get("page");
-    if (page == nullptr) {
+        reader.Problem(node, "there is no TV model \"" + model + "\"." + DidYouMean(model, names) +
+                                 " Known: " + known +
+                                 "; a model of your own is named by its path, seen from the "
+                                 "scenario's folder.");
         return;
     }
-    for (const auto& [key, item] : RequireTable(file, *page, "page")) {
-        RequireItemName(file, key.source(), std::string(key.str()));
-        if (item.is_table()) {
-            CheckKeys(file, *item.as_table(), "an item", kItemKeys);
-            continue;
-        }
-        static const std::set<std::string> kStates = {"hidden", "dimmed", "enabled"};
-        if (!item.is_string() || kStates.count(item.as_string()->get()) == 0) {
-            Fail(file, item.source(),
-                 "an item is \"hidden\", \"dimmed\", \"enabled\", or a table.");
-        }
+    try {
+        reader.model = vtv::LoadModel(scenario->model);
+    } catch (const vtv::Error& error) {
+        reader.ForeignProblem(node, error.what());
     }
 }
 
-void CheckStep(const std::string& file, const toml::node& node) {
-    const toml::table& step = RequireTable(file, node, "step");
-    CheckKeys(file, step, "a step", kStepKeys);
-    const std::string press = RequireText(file, step, "press", "");
-    if (!press.empty()) {
-        RequireItemName(file, step.get("press")->source(), press);
+void ReadSteps(ScenarioReader& reader, const toml::node& node, Scenario* scenario) {
+    const toml::array* list = node.as_array();
+    if (list == nullptr || list->empty()) {
+        reader.Problem(node, "a scenario needs steps: begin each with [[step]].");
+        return;
     }
-    if (const toml::node* hand = step.get("hand")) {
-        for (const auto& [key, value] : RequireTable(file, *hand, "hand")) {
-            RequireItemName(file, key.source(), std::string(key.str()));
+    auto steps = std::make_shared<std::vector<ScenarioStep>>();
+    for (const toml::node& step : *list) {
+        if (step.is_table()) {
+            steps->push_back(ReadStep(reader, *step.as_table(), steps->size() + 1));
+        } else {
+            reader.Problem(step, "a step must be a table: begin each with [[step]].");
         }
     }
-    for (const char* name : {"choose", "answer"}) {
-        if (step.contains(name) && press.empty()) {
-            Fail(file, step.get(name)->source(),
-                 std::string("\"") + name + "\" needs a \"press\" in the same step.");
-        }
+    scenario->steps = steps;
+}
+
+// The model before the steps, which depend on it.
+constexpr TopMember kTopMembers[] = {
+    {"title", [](ScenarioReader& reader, const toml::node& node,
+                 Scenario* scenario) { scenario->title = reader.Text(node, "title"); }},
+    {"model", ReadModel},
+    {"step", ReadSteps},
+};
+
+void ReadDocument(ScenarioReader& reader, toml::table& root, Scenario* scenario) {
+    if (!root.contains("model")) {
+        root.insert("model", kDefaultModel);
     }
-    const std::string answer = RequireText(file, step, "answer", "ok");
-    if (answer != "ok" && answer != "cancel") {
-        Fail(file, step.get("answer")->source(), "\"answer\" is \"ok\" or \"cancel\".");
+    reader.Members(root, "a scenario", kTopMembers,
+                   [&](const TopMember& member, const toml::node& node) {
+                       member.read(reader, node, scenario);
+                   });
+    if (!root.contains("step")) {
+        reader.Problem(root, "a scenario needs steps: begin each with [[step]].");
     }
-    if (const toml::node* expect = step.get("expect")) {
-        CheckExpect(file, *expect);
+}
+
+std::string ReadText(const std::string& file) {
+    std::error_code error;
+    const fs::file_status status = fs::status(file, error);
+    if (status.type() == fs::file_type::not_found) {
+        throw vtv::Error(vtv::ErrorKind::kNoSuch, file + ": there is no such scenario.");
     }
+    if (fs::exists(status) && status.type() != fs::file_type::regular) {
+        throw vtv::Error(vtv::ErrorKind::kUsage, file + ": this is no file; name a scenario.");
+    }
+    std::ifstream stream(file, std::ios::binary);
+    std::ostringstream text;
+    text << stream.rdbuf();
+    if (!stream.is_open() || stream.bad()) {
+        throw vtv::Error(vtv::ErrorKind::kPlatform,
+                         file + ": cannot be read: " + std::strerror(errno) + ".");
+    }
+    return text.str();
 }
 
 }  // namespace
 
-Scenario LoadScenario(const std::string& file) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error)) {
-        throw vtv::Error(vtv::ErrorKind::kNoSuch, file + ": there is no such scenario.");
-    }
-    toml::table root;
-    try {
-        root = toml::parse_file(file);
-    } catch (const toml::parse_error& problem) {
-        Fail(file, problem.source(), "this is no TOML: " + std::string(problem.description()));
-    }
-    CheckKeys(file, root, "a scenario", kScenarioKeys);
+Scenario ReadScenario(const std::string& file) {
+    return ParseScenario(ReadText(file), file);
+}
+
+Scenario ParseScenario(const std::string& text, const std::string& file) {
     Scenario scenario;
     scenario.file = file;
-    scenario.title = RequireText(file, root, "title", std::filesystem::path(file).stem().string());
-    scenario.model = RequireText(file, root, "model", "farfield-eu");
-    const toml::node* steps = root.get("step");
-    if (steps == nullptr || !steps->is_array() || steps->as_array()->empty()) {
-        Fail(file, root.source(), "a scenario needs steps: begin each with [[step]].");
+    ScenarioReader reader(file);
+    try {
+        toml::table root = toml::parse(text);
+        ReadDocument(reader, root, &scenario);
+    } catch (const toml::parse_error& problem) {
+        reader.Problem(problem.source(),
+                       "this is no TOML: " + std::string(problem.description()) + ".");
     }
-    for (const toml::node& step : *steps->as_array()) {
-        CheckStep(file, step);
+    if (scenario.title.empty()) {
+        scenario.title = fs::path(file).stem().string();
     }
-    scenario.steps = std::make_shared<Scenario::Steps>(std::move(root));
+    scenario.problems = reader.Problems();
     return scenario;
 }
 
+namespace {
+
+std::set<std::string> TomlFiles(const std::string& folder) {
+    std::set<std::string> files;
+    for (fs::recursive_directory_iterator entry(folder), end; entry != end; ++entry) {
+        if (entry->is_directory() && vtv::Tv::IsTv(entry->path().string())) {
+            entry.disable_recursion_pending();
+        } else if (entry->is_regular_file() && entry->path().extension() == ".toml") {
+            files.insert(entry->path().string());
+        }
+    }
+    return files;
+}
+
+}  // namespace
+
+std::vector<Scenario> ReadScenarios(const std::string& folder) {
+    std::vector<Scenario> scenarios;
+    std::set<fs::path> models;
+    for (const std::string& file : TomlFiles(folder)) {
+        Scenario scenario;
+        try {
+            scenario = ReadScenario(file);
+        } catch (const vtv::Error& error) {
+            scenario.file = scenario.title = file;
+            scenario.problems = {error.what()};
+        }
+        models.insert(fs::weakly_canonical(scenario.model));
+        scenarios.push_back(std::move(scenario));
+    }
+    const auto isModel = [&](const Scenario& scenario) {
+        return models.count(fs::weakly_canonical(scenario.file)) != 0;
+    };
+    scenarios.erase(std::remove_if(scenarios.begin(), scenarios.end(), isModel), scenarios.end());
+    if (scenarios.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kUsage,
+                         folder + ": there is no scenario (*.toml) in this folder.");
+    }
+    return scenarios;
+}
+
 bool ScenarioResult::Passed() const {
-    return std::all_of(steps.begin(), steps.end(),
-                       [](const StepResult& step) { return step.played && step.failures.empty(); });
+    return problems.empty() && std::all_of(steps.begin(), steps.end(), [](const StepResult& step) {
+               return step.played && step.failures.empty();
+           });
 }
 
 }  // namespace host

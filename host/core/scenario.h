@@ -10,20 +10,30 @@
 
 namespace host {
 
+struct ScenarioStep;  // scenario_steps.h
+
 struct Scenario {
     std::string file;
     std::string title;
-    std::string model;  // as vtv::FindModel() takes it
-    struct Steps;       // scenario_steps.h
-    std::shared_ptr<const Steps> steps;
+    std::string model;  // its file
+    // All that is wrong with it, "FILE:LINE: what, and what to write instead". A scenario with
+    // problems cannot be played.
+    std::vector<std::string> problems;
+    std::shared_ptr<const std::vector<ScenarioStep>> steps;
 };
 
-// Reads and checks a scenario. Throws vtv::Error: kNoSuch for a missing file, kUsage with file and
-// line for a broken one.
-Scenario LoadScenario(const std::string& file);
+// Reads and checks a scenario whole. Throws vtv::Error for a file that cannot be read: kNoSuch for
+// a missing one, kUsage for what is no file, kPlatform for the rest.
+Scenario ReadScenario(const std::string& file);
+// The same for a text that is to become the file.
+Scenario ParseScenario(const std::string& text, const std::string& file);
+
+// The scenarios of a folder and of the folders in it, in the order of their paths: all TOML files
+// but those of TVs and the models that the scenarios name. Throws kUsage when there is none.
+std::vector<Scenario> ReadScenarios(const std::string& folder);
 
 struct StepResult {
-    std::string name;  // "step 3, line 21: the viewer presses OK"
+    std::string name;  // "step 3: the viewer presses OK"
     int line = 0;
     std::vector<std::string> failures;  // "FILE:LINE: what was expected and what was there"
     bool played = false;
@@ -33,7 +43,8 @@ struct StepResult {
 struct ScenarioResult {
     std::string file;
     std::string title;
-    std::vector<StepResult> steps;  // those after a failed one are not played
+    std::vector<std::string> problems;  // of a scenario that could not be played
+    std::vector<StepResult> steps;      // those after a failed one are not played
     bool Passed() const;
 };
 

@@ -1,388 +1,377 @@
 #include "scenario_expect.h"
 
-#include <libintl.h>
-
 #include <algorithm>
+
+#include "known_settings.h"
+#include "scenario_members.h"
 
 namespace host {
 
 namespace {
 
-std::string Quoted(const std::string& text) {
-    return "\"" + text + "\"";
+using Texts = std::vector<std::string>;
+
+// ---------------------------------------------------------------------------------------------
+// What a press brings
+// ---------------------------------------------------------------------------------------------
+
+const std::vector<Sight>& SightsOf(const StepOutcome& outcome) {
+    static const std::vector<Sight> kNone;
+    return outcome.press ? outcome.press->sights : kNone;
 }
 
-std::string List(const std::vector<std::string>& texts) {
-    std::string list;
-    for (const std::string& text : texts) {
-        list += (list.empty() ? "" : ", ") + Quoted(text);
+// False, with a failure, where nothing was pressed that could have brought something.
+bool RequirePressed(Judge& judge, int line) {
+    if (!judge.Outcome().press) {
+        judge.Fail(line, "nothing was pressed in this step: add a \"press\"");
     }
-    return "[" + list + "]";
+    return judge.Outcome().press.has_value();
 }
 
-std::string NodeText(const toml::node& node) {
-    if (const auto* text = node.as_string()) {
-        return text->get();
-    }
-    if (const auto* number = node.as_integer()) {
-        return std::to_string(number->get());
-    }
-    if (const auto* flag = node.as_boolean()) {
-        return flag->get() ? "true" : "false";
-    }
-    return "?";
-}
-
-std::vector<std::string> NodeTexts(const toml::node& node) {
-    std::vector<std::string> texts;
-    if (const toml::array* array = node.as_array()) {
-        for (const toml::node& one : *array) {
-            texts.push_back(NodeText(one));
-        }
-    } else {
-        texts.push_back(NodeText(node));
-    }
-    return texts;
-}
-
-// A text that is told by its ids as the provider shows it: "TITLE_ID", "ID_WITH_A_NAME Alexa".
-std::string InWords(const std::string& ids) {
-    const size_t end = ids.find_first_of(" \n");
-    const std::string word = ids.substr(0, end);
-    std::string text = word.empty() ? "" : dgettext("si-ready", word.c_str());
-    if (end == std::string::npos) {
-        return text;
-    }
-    const std::string rest = InWords(ids.substr(end + 1));
-    const size_t name = text.find("<<A>>");
-    return name != std::string::npos ? text.replace(name, 5, rest) : text + ids[end] + rest;
-}
-
-std::vector<std::string> InWords(std::vector<std::string> texts) {
-    for (std::string& text : texts) {
-        text = InWords(text);
-    }
-    return texts;
-}
-
-std::vector<std::string> TextsOf(const std::optional<Box>& box) {
-    std::vector<std::string> texts;
-    if (box) {
-        texts = {box->title, box->message};
-        texts.insert(texts.end(), box->buttons.begin(), box->buttons.end());
-    }
-    return texts;
-}
-
-std::vector<std::string> TextsOf(const std::vector<Choice>& choices) {
-    std::vector<std::string> texts;
-    for (const Choice& choice : choices) {
-        texts.push_back(std::to_string(choice.value) + ": " + choice.text);
-    }
-    return texts;
-}
-
-class Judge {
-  public:
-    Judge(const std::string& file, const StepOutcome& outcome, const vtv::Tv& tv)
-        : file_(file), outcome_(outcome), tv_(tv) {}
-
-    std::vector<std::string> Unmet(const toml::table& step) {
-        const toml::node* node = step.get("expect");
-        static const toml::table kNothing;
-        const toml::table& expect = node != nullptr ? *node->as_table() : kNothing;
-        CheckRefusal(step, expect);
-        for (const auto& [key, wanted] : expect) {
-            Check(std::string(key.str()), wanted);
-        }
-        return failures_;
-    }
-
-  private:
-    void Fail(const toml::node& where, const std::string& text) {
-        failures_.push_back(file_ + ":" + std::to_string(where.source().begin.line) + ": " + text);
-    }
-
-    void Same(const toml::node& where, const std::string& what, const std::string& wanted,
-              const std::string& found) {
-        if (wanted != found) {
-            Fail(where, what + ": expected " + Quoted(wanted) + ", found " + Quoted(found));
+Texts SightWords() {
+    Texts words;
+    for (const Sight::Kind kind : kSightKinds) {
+        if (kind != Sight::Kind::kChange) {  // told by expect.page
+            words.emplace_back(ToText(kind));
         }
     }
+    return words;
+}
 
-    void SameList(const toml::node& where, const std::string& what,
-                  const std::vector<std::string>& wanted, const std::vector<std::string>& found) {
-        if (wanted != found) {
-            Fail(where, what + ": expected " + List(wanted) + ", found " + List(found));
-        }
-    }
-
-    void CheckRefusal(const toml::table& step, const toml::table& expect) {
-        const bool refused = outcome_.press && !outcome_.press->done;
-        const toml::node* wanted = expect.get("refused");
-        if (refused && wanted == nullptr) {
-            Fail(*step.get("press"), "the press was refused: " + outcome_.press->refusal);
-        }
-        if (wanted != nullptr && NodeText(*wanted) != (refused ? "true" : "false")) {
-            Fail(*wanted, refused ? "the press was refused: " + outcome_.press->refusal
-                                  : "the press was not refused");
-        }
-    }
-
-    void Check(const std::string& what, const toml::node& wanted) {
-        if (what == "page") {
-            for (const auto& [name, item] : *wanted.as_table()) {
-                CheckItem(outcome_.page[FindItem(name.str())->name], item);
+Expectation ReadSees(const Reading& reading, const toml::node& node) {
+    const Texts wanted = reading.reader.Texts(node, reading.name);
+    const Texts known = SightWords();
+    for (const std::string& word : wanted) {
+        if (std::find(known.begin(), known.end(), word) == known.end()) {
+            std::string words;
+            for (const std::string& one : known) {
+                words += (words.empty() ? "" : ", ") + one;
             }
-        } else if (what == "answer") {
-            for (const auto& [name, item] : *wanted.as_table()) {
-                for (const auto& [key, value] : *item.as_table()) {
-                    CheckAnswer(*FindItem(name.str()), std::string(key.str()), value);
-                }
-            }
-        } else if (what == "state") {
-            for (const auto& [name, value] : *wanted.as_table()) {
-                const auto state = tv_.State();
-                const auto found = state.find(std::string(name.str()));
-                Same(value, std::string(name.str()), NodeText(value),
-                     found != state.end() ? vtv::ToText(found->second) : "(missing)");
-            }
-        } else if (what == "sees") {
-            SameList(wanted, "the viewer sees", NodeTexts(wanted), SightKinds());
-        } else if (what == "box" || what == "popup") {
-            CheckBox(what, *wanted.as_table());
-        } else if (what == "reason") {
-            SameList(wanted, "the reason", NodeTexts(wanted), SightTexts(Sight::Kind::kReason));
-        } else if (what == "launched") {
-            SameList(wanted, "launched", NodeTexts(wanted), Launched(Sight::Kind::kApplication));
-        } else if (what == "toast") {
-            SameList(wanted, "the toasts", InWords(NodeTexts(wanted)),
-                     Launched(Sight::Kind::kToast));
-        } else if (what == "setting") {
-            for (const auto& [key, value] : *wanted.as_table()) {
-                CheckSetting(std::string(key.str()), value);
-            }
-        } else if (what == "running") {
-            CheckRunning(wanted);
-        } else if (what == "log-run") {
-            CheckLogRun(wanted);
-        } else if (what == "log" || what == "no-log") {
-            CheckLog(wanted, what == "log");
-        } else if (what == "trace") {
-            CheckTrace(wanted);
-        } else if (what == "file") {
-            CheckFiles(wanted);
+            reading.reader.Problem(node, "a press brings no \"" + word + "\"." +
+                                             DidYouMean(word, known) + " It brings: " + words +
+                                             ".");
         }
     }
-
-    void CheckItem(const ItemView& view, const toml::node& wanted) {
-        const std::string name = view.item->name;
-        const bool there = outcome_.page.IsReachable(*view.item);
-        const std::string state = !there ? "hidden" : view.enabled ? "enabled" : "dimmed";
-        if (wanted.is_string()) {
-            Same(wanted, name, wanted.as_string()->get(), state);
-            return;
-        }
-        for (const auto& [key, value] : *wanted.as_table()) {
-            const std::string what(key.str());
-            const std::string where = name + " " + what;
-            if (what == "visible") {
-                Same(value, where, NodeText(value), there ? "true" : "false");
-            } else if (what == "enabled") {
-                Same(value, where, NodeText(value), view.enabled ? "true" : "false");
-            } else if (what == "value") {
-                const bool number = value.is_integer();
-                Same(value, where, NodeText(value),
-                     number ? std::to_string(view.value.value_or(-1)) : view.ValueText());
-            } else if (what == "title") {
-                Same(value, where, NodeText(value), view.title.value_or(""));
-            } else if (what == "help") {
-                Same(value, where, NodeText(value), view.help.value_or(""));
-            } else if (what == "reason") {
-                Same(value, where, NodeText(value), view.disableText.value_or(""));
-            } else if (what == "popup") {
-                Same(value, where, NodeText(value),
-                     view.disablePopup ? view.disablePopup->title : "");
-            } else if (what == "choices") {
-                std::vector<std::string> texts;
-                for (const Choice& choice : view.choices) {
-                    texts.push_back(choice.text);
-                }
-                SameList(value, where, NodeTexts(value), texts);
-            }
-        }
-    }
-
-    // What the provider says of the item, wherever the item lies.
-    void CheckAnswer(const Item& item, const std::string& what, const toml::node& wanted) {
-        const Provider& provider = *outcome_.provider;
-        const std::string where = std::string("answer for ") + item.name + " " + what;
-        if (what == "visible") {
-            Same(wanted, where, NodeText(wanted), provider.IsVisible(item.key) ? "true" : "false");
-        } else if (what == "enabled") {
-            Same(wanted, where, NodeText(wanted), provider.IsEnabled(item.key) ? "true" : "false");
-        } else if (what == "value") {
-            const std::optional<int> value = provider.GetInt(item.key);
-            Same(wanted, where, NodeText(wanted), value ? std::to_string(*value) : "none");
-        } else if (what == "title") {
-            Same(wanted, where, InWords(NodeText(wanted)), provider.Title(item.key).value_or(""));
-        } else if (what == "help") {
-            Same(wanted, where, InWords(NodeText(wanted)), provider.Help(item.key).value_or(""));
-        } else if (what == "reason") {
-            Same(wanted, where, InWords(NodeText(wanted)),
-                 provider.DisableText(item.key).value_or(""));
-        } else if (what == "choices") {
-            SameList(wanted, where, InWords(NodeTexts(wanted)),
-                     TextsOf(provider.Choices(item.key)));
-        } else if (what == "box") {
-            SameList(wanted, where, InWords(NodeTexts(wanted)),
-                     TextsOf(provider.Confirmation(item.key)));
-        } else if (what == "popup") {
-            SameList(wanted, where, InWords(NodeTexts(wanted)),
-                     TextsOf(provider.DisablePopup(item.key)));
-        }
-    }
-
-    std::vector<std::string> SightKinds() const {
-        std::vector<std::string> kinds;
-        for (const Sight& sight : outcome_.press ? outcome_.press->sights : std::vector<Sight>()) {
+    return [wanted, line = LineOf(node)](Judge& judge) {
+        Texts kinds;
+        for (const Sight& sight : SightsOf(judge.Outcome())) {
             if (sight.kind != Sight::Kind::kChange) {
                 kinds.emplace_back(ToText(sight.kind));
             }
         }
-        return kinds;
-    }
-
-    std::vector<std::string> SightTexts(Sight::Kind kind) const {
-        std::vector<std::string> texts;
-        for (const Sight& sight : outcome_.press ? outcome_.press->sights : std::vector<Sight>()) {
-            if (sight.kind == kind) {
-                texts.push_back(sight.text);
-            }
+        if (RequirePressed(judge, line)) {
+            judge.SameList(line, "the viewer sees", wanted, kinds);
         }
-        return texts;
-    }
+    };
+}
 
-    void CheckBox(const std::string& what, const toml::table& wanted) {
-        const Sight::Kind kind = what == "box" ? Sight::Kind::kBox : Sight::Kind::kPopup;
-        for (const Sight& sight : outcome_.press ? outcome_.press->sights : std::vector<Sight>()) {
-            if (sight.kind != kind) {
-                continue;
-            }
-            if (const toml::node* title = wanted.get("title")) {
-                Same(*title, what + " title", NodeText(*title), sight.box->title);
-            }
-            if (const toml::node* message = wanted.get("message")) {
-                Same(*message, what + " message", NodeText(*message), sight.box->message);
-            }
-            if (const toml::node* buttons = wanted.get("buttons")) {
-                SameList(*buttons, what + " buttons", NodeTexts(*buttons), sight.box->buttons);
-            }
+struct BoxMember {
+    const char* name;
+    bool isList;
+    Texts (*found)(const Box& box);
+};
+constexpr BoxMember kBoxMembers[] = {
+    {"title", false, [](const Box& box) { return Texts{box.title}; }},
+    {"message", false, [](const Box& box) { return Texts{box.message}; }},
+    {"buttons", true, [](const Box& box) { return box.buttons; }},
+};
+
+// A confirmation, or the popup of a dimmed item.
+Expectation ReadBox(const Reading& reading, const toml::node& node) {
+    std::vector<std::function<void(Judge&, const Box&)>> checks;
+    const toml::table& table = reading.reader.Table(node, reading.name);
+    reading.reader.Members(
+        table, reading.name, kBoxMembers, [&](const BoxMember& member, const toml::node& value) {
+            const Texts wanted = member.isList ? reading.reader.Texts(value, member.name)
+                                               : Texts{reading.reader.Text(value, member.name)};
+            const std::string what = reading.name + " " + member.name;
+            checks.push_back(
+                [wanted, what, member, line = LineOf(value)](Judge& judge, const Box& box) {
+                    if (member.isList) {
+                        judge.SameList(line, what, wanted, member.found(box));
+                    } else {
+                        judge.Same(line, what, wanted.front(), member.found(box).front());
+                    }
+                });
+        });
+    const auto kind = reading.name == "box" ? Sight::Kind::kBox : Sight::Kind::kPopup;
+    return [checks, kind, line = LineOf(node)](Judge& judge) {
+        const std::vector<Sight>& sights = SightsOf(judge.Outcome());
+        const auto sight = std::find_if(sights.begin(), sights.end(),
+                                        [&](const Sight& one) { return one.kind == kind; });
+        if (sight == sights.end()) {
+            judge.Fail(line, std::string("no ") + ToText(kind) + " was shown");
             return;
         }
-        Fail(wanted, "no " + what + " was shown");
-    }
+        for (const auto& check : checks) {
+            check(judge, *sight->box);
+        }
+    };
+}
 
-    std::vector<std::string> Launched(Sight::Kind kind) const {
-        std::vector<std::string> texts;
-        const std::vector<vtv::Launch> launches = tv_.Launches();
-        for (size_t i = outcome_.launchesBefore; i < launches.size(); ++i) {
-            const Sight sight = SightOf(launches[i]);
-            if (sight.kind == kind) {
-                texts.push_back(sight.text);
+Expectation ReadReason(const Reading& reading, const toml::node& node) {
+    const Texts wanted = reading.reader.Texts(node, reading.name);
+    return [wanted, line = LineOf(node)](Judge& judge) {
+        Texts found;
+        for (const Sight& sight : SightsOf(judge.Outcome())) {
+            if (sight.kind == Sight::Kind::kReason) {
+                found.push_back(sight.text);
             }
         }
-        return texts;
-    }
+        if (RequirePressed(judge, line)) {
+            judge.SameList(line, "the reason", wanted, found);
+        }
+    };
+}
 
-    void CheckSetting(const std::string& key, const toml::node& wanted) {
-        const std::optional<vtv::Value> value = tv_.Get(key);
-        Same(wanted, key, NodeText(wanted), value ? vtv::ToText(*value) : "(missing)");
+Expectation ReadRefused(const Reading& reading, const toml::node& node) {
+    const bool isWanted = reading.reader.Flag(node, reading.name);
+    if (!reading.step.contains("press")) {
+        reading.reader.Problem(node, "\"refused\" needs a \"press\" in the same step.");
     }
+    return [isWanted, line = LineOf(node)](Judge& judge) {
+        const PressResult& press = *judge.Outcome().press;
+        if (isWanted == press.done) {
+            judge.Fail(line, press.done ? "the press was not refused"
+                                        : "the press was refused: " + press.refusal);
+        }
+    };
+}
 
-    void CheckRunning(const toml::node& wanted) {
-        std::vector<std::string> running;
-        for (const vtv::RunningApplication& one : tv_.RunningApplications()) {
+// ---------------------------------------------------------------------------------------------
+// The TV
+// ---------------------------------------------------------------------------------------------
+
+Texts Launched(const StepOutcome& outcome, Sight::Kind kind) {
+    Texts texts;
+    const std::vector<vtv::Launch> launches = outcome.tv->Launches();
+    for (size_t i = outcome.launchesBefore; i < launches.size(); ++i) {
+        const Sight sight = SightOf(launches[i]);
+        if (sight.kind == kind) {
+            texts.push_back(sight.text);
+        }
+    }
+    return texts;
+}
+
+// Any application may be named: which ones a provider asks for is its own affair.
+Expectation ReadLaunched(const Reading& reading, const toml::node& node) {
+    const Texts wanted = reading.reader.Texts(node, reading.name);
+    return [wanted, line = LineOf(node)](Judge& judge) {
+        judge.SameList(line, "launched", wanted,
+                       Launched(judge.Outcome(), Sight::Kind::kApplication));
+    };
+}
+
+Expectation ReadToast(const Reading& reading, const toml::node& node) {
+    const Texts wanted = reading.reader.Texts(node, reading.name);
+    return [wanted, line = LineOf(node)](Judge& judge) {
+        judge.SameList(line, "the toasts", InWords(wanted),
+                       Launched(judge.Outcome(), Sight::Kind::kToast));
+    };
+}
+
+Expectation ReadRunning(const Reading& reading, const toml::node& node) {
+    Texts wanted = reading.reader.Texts(node, reading.name);
+    std::sort(wanted.begin(), wanted.end());
+    return [wanted, line = LineOf(node)](Judge& judge) {
+        Texts running;
+        for (const vtv::RunningApplication& one : judge.Outcome().tv->RunningApplications()) {
             running.push_back(one.appId);
         }
-        std::vector<std::string> sorted = NodeTexts(wanted);
-        std::sort(sorted.begin(), sorted.end());
         std::sort(running.begin(), running.end());
-        SameList(wanted, "running", sorted, running);
-    }
+        judge.SameList(line, "running", wanted, running);
+    };
+}
 
-    // Each text must be part of a record of this step, in that order.
-    void CheckLog(const toml::node& wanted, bool there) {
-        const std::vector<vtv::LogRecord> records = tv_.ReadLog();
-        size_t at = std::min(outcome_.logBefore, records.size());
-        for (const std::string& text : NodeTexts(wanted)) {
-            const auto holds = [&](const vtv::LogRecord& record) {
-                return (record.function + ": " + record.message).find(text) != std::string::npos;
-            };
-            const size_t begin = there ? at : std::min(outcome_.logBefore, records.size());
-            const auto found = std::find_if(records.begin() + static_cast<std::ptrdiff_t>(begin),
-                                            records.end(), holds);
-            if (there && found == records.end()) {
-                Fail(wanted, "the log of this step has no " + Quoted(text));
+constexpr char kMissing[] = "(missing)";
+
+std::string OrMissing(const std::optional<vtv::Value>& value) {
+    return value ? vtv::ToText(*value) : kMissing;
+}
+
+// The type that the wanted value stands for: a text may also tell a value of another type, or that
+// there is none.
+std::string TypeOfWanted(const std::string& key, const vtv::Value& wanted) {
+    const KnownSetting* known = FindKnownSetting(key);
+    if (known != nullptr && std::holds_alternative<std::string>(wanted)) {
+        const std::string& text = std::get<std::string>(wanted);
+        try {
+            return text == kMissing ? known->type
+                                    : vtv::TypeName(vtv::ParseValue(known->type, text));
+        } catch (const vtv::Error&) {
+            return "string";
+        }
+    }
+    return vtv::TypeName(wanted);
+}
+
+Expectation ReadSettings(const Reading& reading, const toml::node& node) {
+    std::vector<Expectation> all;
+    for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
+        const std::string name(key.str());
+        const vtv::Value wanted = reading.reader.Scalar(value, name);
+        reading.reader.CheckSetting(key, value, TypeOfWanted(name, wanted), IsForced(reading.step));
+        all.emplace_back([name, wanted, line = LineOf(value)](Judge& judge) {
+            judge.Same(line, name, vtv::ToText(wanted), OrMissing(judge.Outcome().tv->Get(name)));
+        });
+    }
+    return Together(std::move(all));
+}
+
+Expectation ReadState(const Reading& reading, const toml::node& node) {
+    std::vector<Expectation> all;
+    for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
+        const std::string name(key.str());
+        const vtv::Value wanted = reading.reader.Scalar(value, name);
+        if (wanted != vtv::Value(kMissing)) {
+            reading.reader.Noting(value.source(), [&] { vtv::CheckState(name, wanted); });
+        }
+        all.emplace_back([name, wanted, line = LineOf(value)](Judge& judge) {
+            const std::map<std::string, vtv::Value> state = judge.Outcome().tv->State();
+            const auto found = state.find(name);
+            judge.Same(line, name, vtv::ToText(wanted),
+                       found != state.end() ? vtv::ToText(found->second) : kMissing);
+        });
+    }
+    return Together(std::move(all));
+}
+
+Expectation ReadFiles(const Reading& reading, const toml::node& node) {
+    return [wanted = reading.reader.OwnerFiles(node, reading.name),
+            line = LineOf(node)](Judge& judge) {
+        const Texts files = judge.Outcome().tv->OwnerFiles();
+        for (const std::string& file : wanted) {
+            if (std::find(files.begin(), files.end(), file) == files.end()) {
+                judge.Fail(line, "there is no file /home/owner/" + file);
+            }
+        }
+    };
+}
+
+// ---------------------------------------------------------------------------------------------
+// Log and trace
+// ---------------------------------------------------------------------------------------------
+
+// "function: message" of the step's records.
+Texts Records(const StepOutcome& outcome) {
+    Texts texts;
+    const std::vector<vtv::LogRecord> records = outcome.tv->ReadLog();
+    for (size_t i = outcome.logBefore; i < records.size(); ++i) {
+        texts.push_back(records[i].function + ": " + records[i].message);
+    }
+    return texts;
+}
+
+auto Holding(const std::string& part) {
+    return [&part](const std::string& text) { return text.find(part) != std::string::npos; };
+}
+
+// Each text must be part of a record, in that order.
+Expectation ReadLog(const Reading& reading, const toml::node& node) {
+    return [wanted = reading.reader.Some(node, reading.name), line = LineOf(node)](Judge& judge) {
+        const Texts records = Records(judge.Outcome());
+        auto at = records.begin();
+        for (const std::string& part : wanted) {
+            at = std::find_if(at, records.end(), Holding(part));
+            if (at == records.end()) {
+                judge.Fail(line, "the log of this step has no " + Quoted(part));
                 return;
             }
-            if (!there && found != records.end()) {
-                Fail(wanted, "the log of this step has " + Quoted(found->message));
+            ++at;
+        }
+    };
+}
+
+Expectation ReadNoLog(const Reading& reading, const toml::node& node) {
+    return [wanted = reading.reader.Some(node, reading.name), line = LineOf(node)](Judge& judge) {
+        const Texts records = Records(judge.Outcome());
+        for (const std::string& part : wanted) {
+            const auto found = std::find_if(records.begin(), records.end(), Holding(part));
+            if (found != records.end()) {
+                judge.Fail(line, "the log of this step has " + Quoted(*found));
             }
-            at = there ? static_cast<size_t>(found - records.begin()) + 1 : at;
         }
-    }
+    };
+}
 
-    // The whole records, one after the other.
-    void CheckLogRun(const toml::node& wanted) {
-        std::vector<std::string> found;
-        const std::vector<vtv::LogRecord> records = tv_.ReadLog();
-        for (size_t i = outcome_.logBefore; i < records.size(); ++i) {
-            found.push_back(records[i].function + ": " + records[i].message);
+// The whole records, one after the other.
+Expectation ReadLogRun(const Reading& reading, const toml::node& node) {
+    return [wanted = reading.reader.Some(node, reading.name), line = LineOf(node)](Judge& judge) {
+        const Texts records = Records(judge.Outcome());
+        if (std::search(records.begin(), records.end(), wanted.begin(), wanted.end()) ==
+            records.end()) {
+            judge.Fail(
+                line, "the log of this step does not have these records in a row: " + List(wanted));
         }
-        const std::vector<std::string> run = NodeTexts(wanted);
-        if (std::search(found.begin(), found.end(), run.begin(), run.end()) == found.end()) {
-            Fail(wanted, "the log of this step does not have these records in a row: " + List(run));
-        }
-    }
+    };
+}
 
-    void CheckTrace(const toml::node& wanted) {
-        std::vector<std::string> messages;
-        const std::vector<vtv::TraceEvent> events = tv_.ReadTrace();
-        for (size_t i = outcome_.traceBefore; i < events.size(); ++i) {
+Expectation ReadTrace(const Reading& reading, const toml::node& node) {
+    return [wanted = reading.reader.Some(node, reading.name), line = LineOf(node)](Judge& judge) {
+        Texts messages;
+        const std::vector<vtv::TraceEvent> events = judge.Outcome().tv->ReadTrace();
+        for (size_t i = judge.Outcome().traceBefore; i < events.size(); ++i) {
             messages.push_back(events[i].message);
         }
-        for (const std::string& text : NodeTexts(wanted)) {
-            const auto holds = [&](const std::string& message) {
-                return message.find(text) != std::string::npos;
-            };
-            if (std::none_of(messages.begin(), messages.end(), holds)) {
-                Fail(wanted,
-                     "the trace of this step has no " + Quoted(text) + ", but " + List(messages));
+        for (const std::string& part : wanted) {
+            if (std::none_of(messages.begin(), messages.end(), Holding(part))) {
+                judge.Fail(line, "the trace of this step has no " + Quoted(part) + ", but " +
+                                     List(messages));
             }
         }
-    }
+    };
+}
 
-    void CheckFiles(const toml::node& wanted) {
-        const std::vector<std::string> files = tv_.OwnerFiles();
-        for (const std::string& file : NodeTexts(wanted)) {
-            if (std::find(files.begin(), files.end(), file) == files.end()) {
-                Fail(wanted, "there is no file /home/owner/" + file);
-            }
-        }
-    }
-
-    std::string file_;
-    const StepOutcome& outcome_;
-    const vtv::Tv& tv_;
-    std::vector<std::string> failures_;
+struct ExpectMember {
+    const char* name;
+    Expectation (*read)(const Reading& reading, const toml::node& node);
 };
+constexpr ExpectMember kMembers[] = {
+    {"page", [](const Reading& reading,
+                const toml::node& node) { return ReadPageExpectation(reading.reader, node); }},
+    {"answer", [](const Reading& reading,
+                  const toml::node& node) { return ReadAnswerExpectation(reading.reader, node); }},
+    {"sees", ReadSees},
+    {"box", ReadBox},
+    {"popup", ReadBox},
+    {"reason", ReadReason},
+    {"refused", ReadRefused},
+    {"launched", ReadLaunched},
+    {"toast", ReadToast},
+    {"running", ReadRunning},
+    {"setting", ReadSettings},
+    {"state", ReadState},
+    {"file", ReadFiles},
+    {"log", ReadLog},
+    {"log-run", ReadLogRun},
+    {"no-log", ReadNoLog},
+    {"trace", ReadTrace},
+};
+
+// A press that comes to nothing is told unless the step says itself whether it does.
+void ExpectPressDone(Judge& judge) {
+    const StepOutcome& outcome = judge.Outcome();
+    if (outcome.press && !outcome.press->done) {
+        judge.Fail(outcome.pressLine, "the press was refused: " + outcome.press->refusal);
+    }
+}
 
 }  // namespace
 
-std::vector<std::string> Unmet(const std::string& file, const toml::table& step,
-                               const StepOutcome& outcome, const vtv::Tv& tv) {
-    return Judge(file, outcome, tv).Unmet(step);
+std::vector<Expectation> ReadExpectations(ScenarioReader& reader, const toml::table& step) {
+    const toml::node* node = step.get("expect");
+    std::vector<Expectation> all;
+    if (node == nullptr || !node->is_table() || !node->as_table()->contains("refused")) {
+        all.emplace_back(ExpectPressDone);
+    }
+    if (node != nullptr) {
+        reader.Members(reader.Table(*node, "expect"), "expect", kMembers,
+                       [&](const ExpectMember& member, const toml::node& value) {
+                           all.push_back(member.read({reader, step, member.name}, value));
+                       });
+    }
+    return all;
 }
 
 }  // namespace host

@@ -1,28 +1,17 @@
-// What a step of a scenario expects, held against what came of it.
+// What a step of a scenario expects, checked, and held against what came of it.
 #pragma once
 
-#include <toml++/toml.h>
-
-#include <optional>
-#include <string>
 #include <vector>
 
-#include "viewer.h"
+#include "scenario_judge.h"
+#include "scenario_reader.h"
 
 namespace host {
 
-struct StepOutcome {
-    const Provider* provider = nullptr;  // for what is asked whether a viewer can get to it or not
-    std::optional<PressResult> press;
-    Page page;
-    size_t launchesBefore = 0;
-    size_t logBefore = 0;
-    size_t traceBefore = 0;
-};
-
-// One text for each expectation of the step that is not met: file, line, what was expected and what
-// was there. A press that was refused is one unless the step expects it.
-std::vector<std::string> Unmet(const std::string& file, const toml::table& step,
-                               const StepOutcome& outcome, const vtv::Tv& tv);
+// What the step expects; without a word of it, that its press is not refused. Notes what is wrong.
+std::vector<Expectation> ReadExpectations(ScenarioReader& reader, const toml::table& step);
+// The part of it that is about items: "page" and "answer".
+Expectation ReadPageExpectation(ScenarioReader& reader, const toml::node& node);
+Expectation ReadAnswerExpectation(ScenarioReader& reader, const toml::node& node);
 
 }  // namespace host

@@ -1,21 +1,38 @@
-// The steps of a scenario as they are in the file, for those who play them.
+// What the steps of a scenario can do: one table, by which they are checked and played.
 #pragma once
 
-#include <toml++/toml.h>
+#include <functional>
+#include <string>
+#include <vector>
 
 #include "scenario.h"
+#include "scenario_expect.h"
+#include "scenario_reader.h"
 
 namespace host {
 
-struct Scenario::Steps {
-    // Moved from the parser, never copied: a copy of a node has forgotten its line.
-    toml::table document;
-    const toml::array& tables;  // of the document; their members are known to be those of a step
-
-    explicit Steps(toml::table&& parsed)
-        : document(std::move(parsed)), tables(*document.get("step")->as_array()) {}
-    Steps(const Steps&) = delete;
-    Steps& operator=(const Steps&) = delete;
+// What a step acts on.
+struct StepScene {
+    vtv::Tv& tv;
+    const Provider& provider;
+    StepOutcome& outcome;
 };
+
+// A member of a step that was read and found right.
+struct Action {
+    int line = 0;
+    std::function<void(const StepScene&)> play;
+};
+
+struct ScenarioStep {
+    std::string name;  // "step 3: the viewer presses OK"
+    int line = 0;
+    std::vector<Action> changes;  // of the TV; the provider hears of them before what comes next
+    std::vector<Action> uses;     // of the page
+    std::vector<Expectation> expectations;
+};
+
+// Notes what is wrong with the step; what is returned can then not be played.
+ScenarioStep ReadStep(ScenarioReader& reader, const toml::table& table, size_t number);
 
 }  // namespace host

@@ -38,6 +38,11 @@ struct Sight {
     std::optional<PageChange> change;   // kChange
 };
 const char* ToText(Sight::Kind kind);  // "choices", "box", ...
+inline constexpr Sight::Kind kSightKinds[] = {
+    Sight::Kind::kChoices,     Sight::Kind::kBox,       Sight::Kind::kReason,
+    Sight::Kind::kPopup,       Sight::Kind::kToast,     Sight::Kind::kChange,
+    Sight::Kind::kApplication, Sight::Kind::kElsewhere, Sight::Kind::kNothing,
+};
 
 struct Press {
     const Item* item = nullptr;

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -67,10 +68,13 @@ TEST_P(SchemaTest, WhatIsPrintedFits) {
     Ok({"press", "voice-settings-alexa", "--ok"});
     Write("scenario.toml",
           "[[step]]\npress = \"voice-wake-up\"\n\n[[step]]\nexpect.page.voice = \"hidden\"\n");
+    Write("broken.toml", "[[step]]\npres = 1\n");
     Ok({"new", "other", "--model", "farfield-cn"});
     std::vector<std::string> arguments = GetParam().arguments;
     for (std::string& argument : arguments) {
-        argument = argument == "SCENARIO" ? Path("scenario.toml") : argument;
+        argument = argument == "SCENARIO" ? Path("scenario.toml")
+                   : argument == "BROKEN" ? Path("broken.toml")
+                                          : argument;
     }
     const std::string out = Vtv(arguments).out;
     std::istringstream stream(out);
@@ -103,12 +107,14 @@ INSTANTIATE_TEST_SUITE_P(
                     VerbCall{"setting", {"feature", "recorder.microphone_type", "--json"}},
                     VerbCall{"dump", {"dump"}}, VerbCall{"snapshot", {"snapshot"}},
                     VerbCall{"diff", {"diff", "default", "other", "--json"}},
-                    VerbCall{"run", {"run", "SCENARIO", "--json"}},
+                    VerbCall{"run", {"run", "SCENARIO", "BROKEN", "--json"}},
+                    VerbCall{"run-check", {"run", "--check", "SCENARIO", "BROKEN", "--json"}},
                     VerbCall{"validate", {"validate", PROVIDER, "--filter", "slot", "--json"}},
                     VerbCall{"faults", {"fault", "--json"}}, VerbCall{"trace", {"trace", "--json"}},
                     VerbCall{"log", {"log", "--json"}, true}),
     [](const testing::TestParamInfo<VerbCall>& tested) {
-        return tested.param.schema + std::to_string(tested.index);
+        return std::regex_replace(tested.param.schema, std::regex("-"), "") +
+               std::to_string(tested.index);
     });
 
 TEST_F(VtvTest, TheErrorOfAProviderThatCannotBeValidatedFitsItsSchema) {

@@ -1,0 +1,311 @@
+#include "scenario_reader.h"
+
+#include <json/json.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "known_settings.h"
+#include "similar_items.h"
+
+namespace host {
+
+namespace {
+
+constexpr char kFeaturePrefix[] = "com.vantelo/featureconf/";
+
+std::string Joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : ", ") + word;
+    }
+    return text;
+}
+
+const char* KindOf(const toml::node& node) {
+    switch (node.type()) {
+        case toml::node_type::table:
+            return "a table";
+        case toml::node_type::array:
+            return "a list";
+        case toml::node_type::string:
+            return "a text";
+        case toml::node_type::integer:
+            return "a whole number";
+        case toml::node_type::floating_point:
+            return "a fraction";
+        case toml::node_type::boolean:
+            return "true or false";
+        default:
+            return "a date or time";
+    }
+}
+
+bool Fits(int64_t number) {
+    return number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max();
+}
+
+const char* ExampleOf(const std::string& type) {
+    return type == "bool" ? "true or false" : type == "int" ? "a whole number" : "a text in quotes";
+}
+
+}  // namespace
+
+std::string DidYouMean(std::string_view word, const std::vector<std::string>& known) {
+    const std::vector<std::string> similar = vtv::Similar(word, known);
+    return similar.empty() ? "" : " Did you mean " + similar.front() + "?";
+}
+
+void ScenarioReader::Problem(const toml::source_region& where, const std::string& text) {
+    const int line = static_cast<int>(where.begin.line);
+    problems_.emplace(line, file_ + ":" + std::to_string(line) + ": " + text);
+}
+
+void ScenarioReader::Problem(const toml::node& where, const std::string& text) {
+    Problem(where.source(), text);
+}
+
+void ScenarioReader::ForeignProblem(const toml::node& where, const std::string& text) {
+    problems_.emplace(LineOf(where), text);
+}
+
+std::vector<std::string> ScenarioReader::Problems() const {
+    std::vector<std::string> problems;
+    for (const auto& [line, problem] : problems_) {
+        problems.push_back(problem);
+    }
+    return problems;
+}
+
+bool ScenarioReader::Require(bool fits, const toml::node& node, const std::string& name,
+                             const char* wanted) {
+    if (!fits) {
+        Problem(node, "\"" + name + "\" must be " + wanted + ", not " + KindOf(node) + ".");
+    }
+    return fits;
+}
+
+bool ScenarioReader::Flag(const toml::node& node, const std::string& name) {
+    return Require(node.is_boolean(), node, name, "true or false, without quotes") &&
+           node.as_boolean()->get();
+}
+
+int ScenarioReader::Number(const toml::node& node, const std::string& name) {
+    if (!Require(node.is_integer(), node, name, "a whole number, without quotes")) {
+        return 0;
+    }
+    const int64_t number = node.as_integer()->get();
+    if (!Fits(number)) {
+        Problem(node, "\"" + name + "\" cannot be " + std::to_string(number) +
+                          ": write a whole number from -2147483648 to 2147483647.");
+        return 0;
+    }
+    return static_cast<int>(number);
+}
+
+std::string ScenarioReader::Text(const toml::node& node, const std::string& name) {
+    return Require(node.is_string(), node, name, "a text in quotes") ? node.as_string()->get() : "";
+}
+
+std::vector<std::string> ScenarioReader::Texts(const toml::node& node, const std::string& name) {
+    std::vector<std::string> texts;
+    if (const toml::array* list = node.as_array()) {
+        for (const toml::node& one : *list) {
+            if (Require(one.is_string(), one, name, "a list of texts in quotes")) {
+                texts.push_back(one.as_string()->get());
+            }
+        }
+    } else if (Require(node.is_string(), node, name, "a text in quotes, or a list of them")) {
+        texts.push_back(node.as_string()->get());
+    }
+    return texts;
+}
+
+std::vector<std::string> ScenarioReader::Some(const toml::node& node, const std::string& name) {
+    std::vector<std::string> texts = Texts(node, name);
+    const bool isEmptyList = node.is_array() && node.as_array()->empty();
+    if (isEmptyList || std::find(texts.begin(), texts.end(), "") != texts.end()) {
+        Problem(node, "\"" + name + "\" names nothing: write a text, or leave the member out.");
+    }
+    return texts;
+}
+
+std::string ScenarioReader::OneOf(const toml::node& node, const std::string& name,
+                                  const std::vector<std::string>& words) {
+    std::string choice;
+    for (size_t i = 0; i < words.size(); ++i) {
+        choice += (i == 0 ? "\"" : i + 1 == words.size() ? " or \"" : ", \"") + words[i] + "\"";
+    }
+    std::string text = node.is_string() ? node.as_string()->get() : "";
+    if (!node.is_string()) {
+        Problem(node, "\"" + name + "\" is " + choice + ", not " + KindOf(node) + ".");
+    } else if (std::find(words.begin(), words.end(), text) == words.end()) {
+        Problem(node, "\"" + name + "\" is " + choice + ", not \"" + text + "\"." +
+                          DidYouMean(text, words));
+    }
+    return text;
+}
+
+vtv::Value ScenarioReader::Scalar(const toml::node& node, const std::string& name) {
+    if (node.is_boolean()) {
+        return node.as_boolean()->get();
+    }
+    if (node.is_integer()) {
+        return Number(node, name);
+    }
+    return Require(node.is_string(), node, name, "true, false, a whole number or a text in quotes")
+               ? node.as_string()->get()
+               : "";
+}
+
+namespace {
+
+Json::Value ToJson(ScenarioReader& reader, const toml::node& node, const std::string& name) {
+    if (const toml::table* table = node.as_table()) {
+        Json::Value object(Json::objectValue);
+        for (const auto& [key, value] : *table) {
+            object[std::string(key.str())] = ToJson(reader, value, std::string(key.str()));
+        }
+        return object;
+    }
+    if (const toml::array* array = node.as_array()) {
+        Json::Value list(Json::arrayValue);
+        for (const toml::node& value : *array) {
+            list.append(ToJson(reader, value, name));
+        }
+        return list;
+    }
+    if (node.is_integer()) {
+        return static_cast<Json::Int64>(node.as_integer()->get());
+    }
+    return std::visit([](const auto& value) { return Json::Value(value); },
+                      reader.Scalar(node, name));
+}
+
+}  // namespace
+
+vtv::Value ScenarioReader::SettingValue(const toml::node& node, const std::string& name) {
+    if (!node.is_table() && !node.is_array()) {
+        return Scalar(node, name);
+    }
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["emitUTF8"] = true;
+    return Json::writeString(builder, ToJson(*this, node, name));
+}
+
+const toml::table& ScenarioReader::Table(const toml::node& node, const std::string& name) {
+    static const toml::table kNothing;
+    if (!node.is_table()) {
+        Problem(node, "\"" + name + "\" must be a table, not " + KindOf(node) + ": write " + name +
+                          " = { ... }.");
+        return kNothing;
+    }
+    if (node.as_table()->empty()) {
+        Problem(node, "\"" + name + "\" is empty: write what is in it, or leave it out.");
+    }
+    return *node.as_table();
+}
+
+void ScenarioReader::CheckSetting(const toml::key& key, const toml::node& value,
+                                  const std::string& type, bool anyType) {
+    const std::string name(key.str());
+    Noting(key.source(), [&] { vtv::CheckSettingKey(name); });
+    const KnownSetting* known = FindKnownSetting(name);
+    if (known != nullptr && !anyType && type != known->type) {
+        Problem(value, "\"" + name + "\" is a " + known->type + " on a TV (" + known->meaning +
+                           "): write " + ExampleOf(known->type) +
+                           ", or \"force = true\" in the step to see what happens otherwise.");
+    }
+}
+
+std::vector<std::string> ScenarioReader::SettingKeys(const toml::node& node,
+                                                     const std::string& name) {
+    const std::vector<std::string> keys = Some(node, name);
+    for (const std::string& key : keys) {
+        Noting(node.source(), [&] { vtv::CheckSettingKey(key); });
+    }
+    return keys;
+}
+
+std::string ScenarioReader::Feature(const toml::source_region& where, const std::string& name) {
+    std::vector<std::string> names;
+    for (const vtv::FeatureKey& known : vtv::KnownFeatures()) {
+        if (name == known.key || kFeaturePrefix + name == known.key) {
+            return known.key;
+        }
+        names.push_back(known.key.substr(sizeof kFeaturePrefix - 1));
+    }
+    if (model && model->features.count(name) == 0) {
+        Problem(where, "the TV has no feature \"" + name + "\"." + DidYouMean(name, names) +
+                           " Known: " + Joined(names) + ".");
+    }
+    return name;
+}
+
+vtv::Value ScenarioReader::FeatureValue(const toml::node& node, const std::string& key) {
+    const std::string name =
+        key.rfind(kFeaturePrefix, 0) == 0 ? key.substr(sizeof kFeaturePrefix - 1) : key;
+    const vtv::Value value = Scalar(node, name);
+    std::string type;
+    if (model && model->features.count(key) != 0) {
+        type = vtv::TypeName(model->features.at(key));
+    }
+    for (const vtv::FeatureKey& known : vtv::KnownFeatures()) {
+        type = known.key == key ? known.type : type;
+    }
+    const bool isScalar = node.is_boolean() || node.is_integer() || node.is_string();
+    if (isScalar && !type.empty() && type != vtv::TypeName(value)) {
+        Problem(node, "the feature \"" + name + "\" is of type " + type + ", not " +
+                          vtv::TypeName(value) + ": write " + ExampleOf(type) + ".");
+    }
+    return value;
+}
+
+std::vector<std::string> ScenarioReader::OwnerFiles(const toml::node& node,
+                                                    const std::string& name) {
+    const std::vector<std::string> paths = Some(node, name);
+    for (const std::string& path : paths) {
+        Noting(node.source(), [&] { vtv::CheckOwnerFile(path); });
+    }
+    return paths;
+}
+
+std::vector<std::string> ScenarioReader::Applications(const toml::node& node,
+                                                      const std::string& name) {
+    const std::vector<std::string> ids = Some(node, name);
+    const std::vector<std::string> installed =
+        model ? vtv::InstalledApplications(*model) : std::vector<std::string>();
+    for (const std::string& id : ids) {
+        if (model && !id.empty() &&
+            std::find(installed.begin(), installed.end(), id) == installed.end()) {
+            Problem(node, "the TV has no application \"" + id + "\"." + DidYouMean(id, installed) +
+                              " It has: " + Joined(installed) + ".");
+        }
+    }
+    return ids;
+}
+
+const Item* ScenarioReader::ItemNamed(const toml::source_region& where, const std::string& name) {
+    const Item* item = FindItem(name);
+    if (item == nullptr) {
+        const std::vector<std::string> similar = SimilarItems(name);
+        Problem(where, "there is no item \"" + name + "\"." +
+                           (similar.empty() ? " vtv show --all lists the items."
+                                            : " Did you mean " + similar.front() + "?"));
+    }
+    return item;
+}
+
+void ScenarioReader::NoteUnknown(const toml::table& table, const std::string& where,
+                                 const std::vector<std::string>& known) {
+    for (const auto& [key, node] : table) {
+        const std::string name(key.str());
+        if (std::find(known.begin(), known.end(), name) == known.end()) {
+            Problem(key.source(), "\"" + name + "\" is unknown in " + where + "." +
+                                      DidYouMean(name, known) + " Known: " + Joined(known) + ".");
+        }
+    }
+}
+
+}  // namespace host

@@ -1,0 +1,216 @@
+// What a step changes of the TV's settings and state.
+#include <algorithm>
+#include <cctype>
+
+#include "known_settings.h"
+#include "scenario_members.h"
+
+namespace host {
+
+bool IsForced(const toml::table& step) {
+    const auto* force = step.get_as<bool>("force");
+    return force != nullptr && force->get();
+}
+
+namespace {
+
+constexpr char kVoiceGuideKey[] = "db/setting/accessibility/tts";
+
+Play ReadSet(const Reading& reading, const toml::node& node) {
+    std::map<std::string, vtv::Value> settings;
+    for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
+        const std::string name(key.str());
+        settings[name] = reading.reader.SettingValue(value, name);
+        reading.reader.CheckSetting(key, value, vtv::TypeName(settings[name]),
+                                    IsForced(reading.step));
+    }
+    return [settings](const StepScene& scene) {
+        for (const auto& [key, value] : settings) {
+            scene.tv.Set(key, value);
+        }
+    };
+}
+
+Play ReadForce(const Reading& reading, const toml::node& node) {
+    if (reading.reader.Flag(node, reading.name) && !reading.step.contains("set") &&
+        !reading.step.contains("expect")) {
+        reading.reader.Problem(node, "\"force\" needs a \"set\" in the same step.");
+    }
+    return nullptr;  // read by those whom it concerns
+}
+
+Play ReadUnset(const Reading& reading, const toml::node& node) {
+    return [keys = reading.reader.SettingKeys(node, reading.name)](const StepScene& scene) {
+        for (const std::string& key : keys) {
+            scene.tv.Unset(key);
+        }
+    };
+}
+
+Play ReadPolicy(const Reading& reading, const toml::node& node) {
+    const toml::array* list = node.as_array();
+    const bool isPolicy =
+        node.is_string() ||
+        (list != nullptr && (list->empty() || list->is_homogeneous(toml::node_type::table)));
+    if (!isPolicy) {
+        reading.reader.Problem(node,
+                               "\"policy\" must be a list of assistants, [{ VAOrder = 1, ... }], "
+                               "or a text that is published as it stands.");
+        return nullptr;
+    }
+    return [policy = reading.reader.SettingValue(node, reading.name)](const StepScene& scene) {
+        scene.tv.Set(kPolicyKey, policy);
+    };
+}
+
+Play ReadState(const Reading& reading, const toml::node& node) {
+    std::map<std::string, vtv::Value> state;
+    for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
+        const std::string name(key.str());
+        state[name] = reading.reader.Scalar(value, name);
+        reading.reader.Noting(value.source(), [&] { vtv::CheckState(name, state[name]); });
+    }
+    return [state](const StepScene& scene) {
+        vtv::Snapshot snapshot = scene.tv.TakeSnapshot();
+        for (const auto& [name, value] : state) {
+            snapshot.state[name] = value;
+        }
+        scene.tv.Restore(snapshot);
+    };
+}
+
+Play ReadFeatures(const Reading& reading, const toml::node& node) {
+    std::map<std::string, vtv::Value> features;
+    for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
+        const std::string full = reading.reader.Feature(key.source(), std::string(key.str()));
+        features[full] = reading.reader.FeatureValue(value, full);
+    }
+    return [features](const StepScene& scene) {
+        for (const auto& [key, value] : features) {
+            scene.tv.SetFeature(key, value);
+        }
+    };
+}
+
+std::vector<std::string> FeatureNames(const Reading& reading, const toml::node& node) {
+    std::vector<std::string> keys;
+    for (const std::string& name : reading.reader.Some(node, reading.name)) {
+        keys.push_back(reading.reader.Feature(node.source(), name));
+    }
+    return keys;
+}
+
+Play ReadMissingFeatures(const Reading& reading, const toml::node& node) {
+    return [keys = FeatureNames(reading, node)](const StepScene& scene) {
+        for (const std::string& key : keys) {
+            scene.tv.SetFeature(key, std::nullopt);
+        }
+    };
+}
+
+Play ReadResetFeatures(const Reading& reading, const toml::node& node) {
+    return [keys = FeatureNames(reading, node)](const StepScene& scene) {
+        for (const std::string& key : keys) {
+            scene.tv.ResetFeature(key);
+        }
+    };
+}
+
+Play ReadAccount(const Reading& reading, const toml::node& node) {
+    const bool isSignedIn =
+        reading.reader.OneOf(node, reading.name, {"signed-in", "signed-out"}) == "signed-in";
+    return [isSignedIn](const StepScene& scene) { scene.tv.SetSignedIn(isSignedIn); };
+}
+
+Play ReadConsents(const Reading& reading, const toml::node& node) {
+    std::map<std::string, bool> consents;
+    for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
+        const std::string item(key.str());
+        consents[item] = reading.reader.Flag(value, item);
+        reading.reader.Noting(key.source(), [&] { vtv::CheckState("consent/" + item, true); });
+    }
+    return [consents](const StepScene& scene) {
+        for (const auto& [item, isAgreed] : consents) {
+            scene.tv.SetConsent(item, isAgreed);
+        }
+    };
+}
+
+Play ReadNetwork(const Reading& reading, const toml::node& node) {
+    vtv::Network network = vtv::Network::kConnected;
+    const std::string text = reading.reader.Text(node, reading.name);
+    if (node.is_string()) {
+        reading.reader.Noting(node.source(), [&] { network = vtv::ParseNetwork(text); });
+    }
+    return [network](const StepScene& scene) { scene.tv.SetNetwork(network); };
+}
+
+// Languages that nobody has translated are for "set", where nothing is taken for a slip.
+Play ReadLanguage(const Reading& reading, const toml::node& node) {
+    const std::string language = reading.reader.Text(node, reading.name);
+    const std::vector<std::string> known = vtv::Tv::Languages();
+    const size_t end = language.find('_');
+    const std::string country = language.substr(std::min(end, language.size()));
+    const bool isLocale = country.empty() ||
+                          (country.size() == 3 && isupper(static_cast<unsigned char>(country[1])) &&
+                           isupper(static_cast<unsigned char>(country[2])));
+    const auto is = [&](const std::string& word) {
+        return std::find(known.begin(), known.end(), word) != known.end();
+    };
+    if (node.is_string() && !is(language) && !(isLocale && is(language.substr(0, end)))) {
+        std::string names;
+        for (const std::string& one : known) {
+            names += " " + one;
+        }
+        reading.reader.Problem(node, "there are no texts in the language \"" + language +
+                                         "\"; there are:" + names +
+                                         ", each with or without a country, \"de_DE\".");
+    }
+    return [language](const StepScene& scene) { scene.tv.SetLanguage(language); };
+}
+
+Play ReadVoiceGuide(const Reading& reading, const toml::node& node) {
+    const bool isOn = reading.reader.OneOf(node, reading.name, {"on", "off"}) == "on";
+    return [isOn](const StepScene& scene) { scene.tv.Set(kVoiceGuideKey, isOn); };
+}
+
+Play ReadFileAdd(const Reading& reading, const toml::node& node) {
+    return [files = reading.reader.OwnerFiles(node, reading.name)](const StepScene& scene) {
+        for (const std::string& file : files) {
+            scene.tv.AddOwnerFile(file);
+        }
+    };
+}
+
+Play ReadFileRemove(const Reading& reading, const toml::node& node) {
+    return [files = reading.reader.OwnerFiles(node, reading.name)](const StepScene& scene) {
+        for (const std::string& file : files) {
+            scene.tv.RemoveOwnerFile(file);
+        }
+    };
+}
+
+}  // namespace
+
+const std::vector<StepMember>& SettingMembers() {
+    static const std::vector<StepMember> members = {
+        {"set", ReadSet},
+        {"force", ReadForce},
+        {"unset", ReadUnset},
+        {"policy", ReadPolicy},
+        {"state", ReadState},
+        {"feature", ReadFeatures},
+        {"feature-missing", ReadMissingFeatures},
+        {"feature-reset", ReadResetFeatures},
+        {"account", ReadAccount},
+        {"consent", ReadConsents},
+        {"network", ReadNetwork},
+        {"language", ReadLanguage},
+        {"voice-guide", ReadVoiceGuide},
+        {"file-add", ReadFileAdd},
+        {"file-remove", ReadFileRemove},
+    };
+    return members;
+}
+
+}  // namespace host
