@@ -76,9 +76,9 @@ std::string JUnit(const std::vector<host::ScenarioResult>& results) {
         }
         xml << "  <testsuite" << Attribute("name", result.title) << Attribute("file", result.file)
             << Attribute("tests", std::to_string(result.steps.size()))
-            << Attribute("failures", std::to_string(failures)) << Attribute("errors", "0")
-            << Attribute("skipped", std::to_string(skipped)) << Attribute("time", Seconds(seconds))
-            << ">\n";
+            << Attribute("failures", std::to_string(failures))
+            << Attribute("skipped", std::to_string(skipped)) << Attribute("errors", "0")
+            << Attribute("time", Seconds(seconds)) << ">\n";
         for (const host::StepResult& step : result.steps) {
             xml << "    <testcase" << Attribute("classname", result.file)
                 << Attribute("name", step.name) << Attribute("time", Seconds(step.seconds))

@@ -29,11 +29,23 @@ constexpr char kToastApplication[] = "org.nemra.alert-syspopup";
 // TOML
 // ---------------------------------------------------------------------------------------------
 
+bool IsReadBack(const std::string& text, const toml::table& meant) {
+    try {
+        return toml::parse(text) == meant;
+    } catch (const toml::parse_error&) {
+        return false;
+    }
+}
+
 std::string Written(const toml::table& document) {
     std::ostringstream text;
     text << toml::toml_formatter(document, toml::format_flags::allow_unicode_strings |
                                                toml::format_flags::indentation)
          << '\n';
+    if (!IsReadBack(text.str(), document)) {
+        throw vtv::Error(vtv::ErrorKind::kUsage,
+                         "This cannot be recorded: a scenario is written in UTF-8.");
+    }
     return text.str();
 }
 

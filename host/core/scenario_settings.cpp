@@ -123,11 +123,18 @@ Play ReadAccount(const Reading& reading, const toml::node& node) {
 }
 
 Play ReadConsents(const Reading& reading, const toml::node& node) {
+    const toml::table& table = reading.reader.Table(node, reading.name);
     std::map<std::string, bool> consents;
-    for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
+    for (const auto& [key, value] : table) {
         const std::string item(key.str());
         consents[item] = reading.reader.Flag(value, item);
-        reading.reader.Noting(key.source(), [&] { vtv::CheckState("consent/" + item, true); });
+    }
+    if (reading.reader.model) {
+        std::vector<std::string> known;
+        for (const auto& [item, isAgreed] : reading.reader.model->consents) {
+            known.push_back(item);
+        }
+        reading.reader.NoteUnknown(table, "consent", known);
     }
     return [consents](const StepScene& scene) {
         for (const auto& [item, isAgreed] : consents) {

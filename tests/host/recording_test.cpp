@@ -93,7 +93,7 @@ TEST_F(RecordingTest, EveryMemberOfAStepIsRecordedByAVerb) {
     const size_t begin = told.find("Known: ") + 7;
     for (const std::string& member :
          Split(told.substr(begin, told.find('.', begin) - begin), std::regex(", "))) {
-        EXPECT_EQ(recorded.count(member) + otherwise.count(member), 1U) << member;
+        EXPECT_TRUE(recorded.count(member) == 1 || otherwise.count(member) == 1) << member;
     }
 }
 
@@ -107,7 +107,7 @@ TEST_F(RecordingTest, EveryVerbThatTakesTheOptionIsAmongThoseThatAreTried) {
     const auto check = [&](const Words& verb) {
         Words help = verb;
         help.push_back("--help");
-        if (Ok(help).find("--record") != std::string::npos) {
+        if (Ok(help).find("--record FILE") != std::string::npos) {
             ++verbs;
             EXPECT_EQ(tried.count(verb.size() == 1 ? verb[0] : verb[0] + " " + verb[1]), 1U)
                 << verb.back();
@@ -127,7 +127,7 @@ TEST_F(RecordingTest, ARecordingBeginsWhereTheTvIs) {
     Ok({"press", "voice-assistant", "--choose", "3", "--ok"});
     Ok({"app", "mode", "auto"});
     Ok({"feature", "product.product_type", "--missing"});
-    Ok({"fault", "vconf_get_int", "--always"});
+    Ok({"fault", "pkgmgrinfo_appinfo_get_appinfo", "--always"});
     Ok({"set", "db/menu/voice/passthru", "int", "7", "--force"});
     Ok({"file", "share/.voice/alexa_login_success", "--add"});
     Ok({"unset", "db/comss/countrycode"});

@@ -33,7 +33,7 @@ const std::vector<Mistake> kMistakes = {
     {"feature = { \"com.vantelo/featureconf/nope\" = 1 }", "the TV has no feature"},
     {"feature-missing = \"recorder.microphone_tip\"", "Did you mean recorder.microphone_type?"},
     {"feature-reset = \"recorder.microphone_tip\"", "Did you mean recorder.microphone_type?"},
-    {"consent = { tcn = true }", "Did you mean \"consent/tnc\"?"},
+    {"consent = { tcn = true }", "\"tcn\" is unknown in consent. Known: pp, tnc."},
     {"set.\"bd/comss/cisblock\" = 2", "\"bd/comss/cisblock\" is no settings key"},
     {"unset = \"comss/cisblock\"", "is no settings key"},
     {"expect.setting.\"menu/voice\" = 1", "is no settings key"},
@@ -212,7 +212,7 @@ TEST_F(VtvTest, WhatIsNoScenarioAtAllIsToldWithItsLine) {
 }
 
 TEST_F(VtvTest, EverythingThatAStepCanHavePassesTheCheck) {
-    Write("s.toml", R"(title = "t"
+    Write("s.toml", R"toml(title = "t"
 model = "farfield-eu"
 [[step]]
 say = "x"
@@ -263,7 +263,7 @@ expect.log = "x"
 expect.log-run = ["x"]
 expect.no-log = ["x"]
 expect.trace = "x"
-)");
+)toml");
     EXPECT_THAT(Ok({"run", "--check", Path("s.toml")}), HasSubstr("1 scenario, 0 broken"));
 }
 
