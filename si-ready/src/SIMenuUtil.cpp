@@ -3,6 +3,11 @@
 #include <json/json.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <new>
+
 #include "Dispatch.h"
 #include "Keys.h"
 #include "PlatformString.h"
@@ -159,16 +164,27 @@ namespace {
 
 enum class ParseResult { Object, NotAnObject, Broken };
 
+// The library throws the same exception for a value that is nested deeper than it reads and for a
+// text that it finds no memory for. A value with fewer brackets than this is not too deep for any
+// build of it: 1000 levels are usual, and the settings themselves have one.
+constexpr std::ptrdiff_t ALWAYS_READABLE_BRACKETS = 100;
+
+bool MayBeTooDeep(const std::string& text) {
+    return std::count(text.begin(), text.end(), '[') + std::count(text.begin(), text.end(), '{') >
+           ALWAYS_READABLE_BRACKETS;
+}
+
+// Throws nothing but std::bad_alloc.
 ParseResult ParseObject(const std::string& text, Json::Value& root) {
     try {
         if (!Json::Reader().parse(text, root, true)) {
             return ParseResult::Broken;
         }
-    } catch (const Json::RuntimeError& error) {
-        if (std::strstr(error.what(), "stackLimit") == nullptr) {
-            throw;  // no memory
+    } catch (const Json::Exception&) {
+        if (!MayBeTooDeep(text)) {
+            throw std::bad_alloc();
         }
-        return ParseResult::NotAnObject;  // nested deeper than the library reads
+        return ParseResult::NotAnObject;
     }
     return root.isObject() ? ParseResult::Object : ParseResult::NotAnObject;
 }
@@ -223,15 +239,23 @@ namespace {
 constexpr char FIRST_PLACEHOLDER[] = "<<A>>";
 constexpr char SECOND_PLACEHOLDER[] = "<<B>>";
 
+// Far above what a catalogue and a policy hold: a text has a few hundred bytes and two
+// placeholders.
+constexpr int MAX_REPLACEMENTS = 1000;
+constexpr std::size_t MAX_REPLACED_SIZE = 65536;
+
 // The search starts again at the beginning after each replacement, so that a placeholder which a
-// replacement completes is replaced, too. With a replacement that holds the placeholder itself, as
-// a policy may name an assistant, that would never come to an end: the search then goes on behind
-// it.
+// replacement completes is replaced, too. Behind a replacement that holds the placeholder itself,
+// as a policy may name an assistant, it goes on instead. Text around a replacement may complete one
+// placeholder after the other without end: that is what the limits are for.
 std::string ReplaceAll(std::string text, const std::string& placeholder,
                        const std::string& replacement) {
     const bool restart = replacement.find(placeholder) == std::string::npos;
     std::size_t found = text.find(placeholder);
-    while (found != std::string::npos) {
+    for (int count = 0; found != std::string::npos && count < MAX_REPLACEMENTS; ++count) {
+        if (text.size() - placeholder.size() + replacement.size() > MAX_REPLACED_SIZE) {
+            break;
+        }
         text.replace(found, placeholder.size(), replacement);
         found = text.find(placeholder, restart ? 0 : found + replacement.size());
     }

@@ -8,7 +8,8 @@
 #include "Export.h"
 #include "platform/speech.h"
 
-// No function throws on a failed platform call; each has a neutral answer: -1, false or "".
+// No function throws on a failed platform call; each has a neutral answer: -1, false or "". Without
+// memory they throw std::bad_alloc.
 // Nothing is cached but m_listTTSLanguage.
 class SI_EXPORT CSIMenuUtil {
   public:
@@ -41,7 +42,9 @@ class SI_EXPORT CSIMenuUtil {
     // never created.
     static bool setVAsValueOfJsonVconf(std::string key, std::string member, std::string value);
 
-    // Texts. Replaces every "<<A>>" by a and, in the longer form, then every "<<B>>" by b.
+    // Texts. Replaces every "<<A>>" by a and, in the longer form, then every "<<B>>" by b; also one
+    // that a replacement completes. Each stops after 1000 replacements, and before one that would
+    // make the text longer than 65536 bytes: the rest of the text then stays as it is.
     static std::string Replace(std::string text, const std::string& a);
     static std::string Replace(std::string text, const std::string& a, const std::string& b);
     static std::string GetDeviceSID();  // the string id that names this kind of device

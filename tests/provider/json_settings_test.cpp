@@ -205,6 +205,44 @@ TEST(Replace, ComesToAnEndWhenTheTextItselfHoldsThePlaceholder) {
     EXPECT_EQ(CSIMenuUtil::Replace("<<A>>", "<<A>>"), "<<A>>");
 }
 
+// The plain loop, which would not end, left after a number of steps.
+static std::string Steps(std::string text, const std::string& by, int steps) {
+    for (int step = 0; step < steps; ++step) {
+        text.replace(text.find("<<A>>"), 5, by);
+    }
+    return text;
+}
+
+TEST(Replace, ComesToAnEndWhenTheTextAroundAlwaysCompletesAnotherPlaceholder) {
+    for (const auto& [text, by] :
+         {std::pair("<<<<A>>", "A>>A>><<<<"), std::pair("<<A>><<A>>", ">>>><<A<<A")}) {
+        EXPECT_EQ(CSIMenuUtil::Replace(text, by), Steps(text, by, 1000)) << text;
+    }
+}
+
+TEST(Replace, LeavesTheRestAsItIsAfterAThousandReplacements) {
+    std::string text;
+    for (int i = 0; i < 1000; ++i) {
+        text += "<<A>>";
+    }
+    EXPECT_EQ(CSIMenuUtil::Replace(text, "x"), std::string(1000, 'x'));
+    EXPECT_EQ(CSIMenuUtil::Replace(text + "<<A>> <<A>>", "x"),
+              std::string(1000, 'x') + "<<A>> <<A>>");
+}
+
+TEST(Replace, LeavesTheRestAsItIsBeforeItGrowsBeyond65536Bytes) {
+    const std::string half(32768, 'x');
+    EXPECT_EQ(CSIMenuUtil::Replace("<<A>><<A>>", half), half + half);
+    EXPECT_EQ(CSIMenuUtil::Replace("<<A>><<A>>!", half), half + "<<A>>!");
+    EXPECT_EQ(CSIMenuUtil::Replace("<<A>>", half + half + "x"), "<<A>>");
+    EXPECT_EQ(CSIMenuUtil::Replace("<<A>>[<<A>>]", "<<A>>" + half), "<<A>>" + half + "[<<A>>]");
+}
+
+TEST(Replace, TheLongerFormHasTheLimitsForEachOfItsTwo) {
+    EXPECT_EQ(CSIMenuUtil::Replace("<<<<A>> <<B>>", "A>>A>><<<<", "b"),
+              Steps("<<<<A>> b", "A>>A>><<<<", 1000));
+}
+
 TEST(Replace, TheLongerFormFillsBoth) {
     EXPECT_EQ(CSIMenuUtil::Replace("<<B>> <<A>> <<B>>", "a", "b"), "b a b");
     EXPECT_EQ(CSIMenuUtil::Replace("<<A>> and <<B>>", "a", "b"), "a and b");
