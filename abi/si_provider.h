@@ -13,6 +13,22 @@
  * A key is a menu key: a NUL-terminated string, compared whole and case-sensitively. NULL and
  * unknown keys are allowed everywhere and match nothing. An out-pointer that is NULL is not
  * written. Strings are UTF-8.
+ *
+ * Watches. The provider watches one settings key, that of the assistant policy. The settings store
+ * may deliver any watch on the host's thread inside any platform call that the provider makes,
+ * those for the log and the trace included. A watch of the host's may call every slot and check
+ * function then, but neither create_provider() nor delete_provider(). A walk over the assistants
+ * that the provider's watch interrupts goes on over the list that it began with, and the next walk
+ * is over the new list, so one answer may come from both.
+ *
+ * Trace. The file, function and format that the trace storage is given with a call site
+ * (SaveLocation) are constants of the provider library: a storage that keeps their addresses and
+ * not the texts must not read them after the library is unloaded. All else that it is given lives
+ * during the call only.
+ *
+ * Stack. A policy, or a setting that holds JSON, is read recursively up to 1000 levels deep; deeper
+ * ones are refused. The deepest take 540 KiB of the calling thread's stack (measured on x86-64);
+ * those of a TV, two levels deep, less than 8 KiB.
  */
 #pragma once
 

@@ -10,7 +10,8 @@ extern "C" {
 
 struct keynode; /* the changed key, as a change callback sees it; opaque */
 
-/* Runs on the main loop of the process that registered it. */
+/* Runs on the thread of the main loop of the process that registered it: from that loop, or inside
+ * a platform call that is made there. */
 typedef void (*vconf_callback_fn)(struct keynode* node, void* userData);
 
 /* Readers and writers return 0 on success. A missing key and a key of another type are failures;

@@ -29,6 +29,8 @@ struct TSDemangler {
 
 class TCStorage {
   public:
+    // The location lives during the call. Its three texts are constants of the library that records
+    // and live until that is unloaded; a storage that reads them later than that copies them.
     static void SaveLocation(TCStorage* storage, const TCCallLocation& location);
     static TCThread* ThreadHandle(TCStorage* storage);
     // Null: the event is dropped. The buffer is the storage's; Commit ends its use.

@@ -4,7 +4,9 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "Dispatch.h"
 #include "SIMenuUtil.h"
@@ -56,16 +58,44 @@ VAInfo ReadAssistant(const Json::Value& element) {
             element["VAName"].asString(), element["VAFFSupport"].asBool()};
 }
 
+// One reading of the policy. The watch may be delivered inside a platform call of the reading
+// itself; it then reads a newer policy, which the interrupted reading must not replace by its own.
+class Reading {
+  public:
+    Reading() : interrupted_(innermost) { innermost = this; }
+    ~Reading() {
+        innermost = interrupted_;
+        if (hasTaken_ && interrupted_ != nullptr) {
+            interrupted_->hasTaken_ = true;
+        }
+    }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+    // Whether the policy that was read is to become the list.
+    bool Takes() { return !std::exchange(hasTaken_, true); }
+
+  private:
+    static Reading* innermost;
+    Reading* const interrupted_;
+    bool hasTaken_ = false;  // a list, or one that interrupted it has
+};
+
+Reading* Reading::innermost = nullptr;
+
 // The new list is built aside, so that a policy which throws changes nothing.
 void _ParsingMVAPolicyResult_Legacy(const char* reason) {
     LOG_ERROR("reason:%s", reason);
+    Reading reading;
     Json::Value root;
     if (!_String2Json(CSIMenuUtil::GetVconfStirng(MVAList::MVA_LIST_VCONF), root)) {
         LOG_ERROR("json parse error");
         return;
     }
     if (!root.isArray() || root.empty()) {
-        m_listVA.clear();
+        if (reading.Takes()) {
+            m_listVA.clear();
+        }
         LOG_ERROR("empty result");
         return;
     }
@@ -84,8 +114,10 @@ void _ParsingMVAPolicyResult_Legacy(const char* reason) {
             }
         }
     }
-    m_listVA.swap(list);
-    m_mapAppIdType.swap(types);
+    if (reading.Takes()) {
+        m_listVA.swap(list);
+        m_mapAppIdType.swap(types);
+    }
 }
 
 // The settings store is C code: no exception may pass through it.
@@ -94,14 +126,16 @@ void _VconfChangeCallback(keynode*, void*) try {
 }
 NEUTRAL_ON_EXCEPTION()
 
-// Reads the current application afresh for each assistant that it looks at.
-const VAInfo* FindCurrentVA() {
-    for (const VAInfo& assistant : m_listVA) {
+// Reads the current application afresh for each assistant that it looks at. It walks a copy: the
+// watch may be delivered inside a read, and replaces the list.
+std::optional<VAInfo> FindCurrentVA() {
+    const std::vector<VAInfo> list = m_listVA;
+    for (const VAInfo& assistant : list) {
         if (CSIMenuUtil::GetCurrentVAAppID() == assistant.appId) {
-            return &assistant;
+            return assistant;
         }
     }
-    return nullptr;
+    return std::nullopt;
 }
 
 }  // namespace
@@ -156,8 +190,8 @@ ASSISTANT_TYPE MVAList::GetCurrentVAType() {
 }
 
 bool MVAList::IsCurrentVAOrvik() {
-    const VAInfo* current = FindCurrentVA();
-    if (current == nullptr) {
+    const std::optional<VAInfo> current = FindCurrentVA();
+    if (!current) {
         LOG_ERROR("[FATAL]Not matched!");
         return false;
     }
@@ -165,8 +199,8 @@ bool MVAList::IsCurrentVAOrvik() {
 }
 
 bool MVAList::IsCurrentVASupportFF() {
-    const VAInfo* current = FindCurrentVA();
-    if (current == nullptr) {
+    const std::optional<VAInfo> current = FindCurrentVA();
+    if (!current) {
         LOG_ERROR("[FATAL]Not matched!");
         return false;
     }

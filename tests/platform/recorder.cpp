@@ -22,6 +22,8 @@ struct Recorder {
     std::map<std::string, Fault, std::less<>> faults;
     std::optional<Fault> anyFault;
     int callCount = 0;
+    int callsToInterruption = 0;  // 0: none is to come
+    std::function<void()> interruption;
     std::vector<Launch> launches;
 };
 
@@ -102,6 +104,12 @@ void ClearFaults() {
     recorder().anyFault.reset();
 }
 
+void InterruptCall(int nth, std::function<void()> action) {
+    PlatformCode inside;
+    recorder().callsToInterruption = nth;
+    recorder().interruption = std::move(action);
+}
+
 int CallCount() {
     return recorder().callCount;
 }
@@ -135,6 +143,9 @@ void RecordLine(std::string line) {
 Call::Call(Unwritten, const char* function) : recording_(recorder().recording) {
     Recorder& r = recorder();
     ++r.callCount;
+    if (r.callsToInterruption > 0 && --r.callsToInterruption == 0) {
+        r.interruption();
+    }
     if (r.anyFault && Strikes(*r.anyFault)) {
         fails_ = true;
         code_ = r.anyFault->code;

@@ -8,6 +8,7 @@
 // and a trace event is three lines, see trace_storage.cpp. No argument crashes the platform.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -88,6 +89,9 @@ int WatchCount(std::string_view key);
 void Publish(const std::string& key, const std::string& text);
 // Calls back whoever watches the key.
 void Notify(std::string_view key);
+// Runs the action, once, inside the nth coming call of the platform (1 is the next) and before that
+// is served or written down: a TV may deliver a watch there.
+void InterruptCall(int nth, std::function<void()> action);
 
 // --- What the provider must give back ---------------------------------------------------------
 
