@@ -1,8 +1,10 @@
 #include "Trace.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <typeinfo>
 
 namespace trace {
@@ -12,15 +14,8 @@ namespace {
 constexpr unsigned char NULL_TEXT[] = {0xFF, 0x7F};
 
 std::string TypeName(const Argument& argument) {
-    switch (argument.kind) {
-        case Argument::Kind::Int:
-            return ht::TSDemangler::Demangle(typeid(int).name());
-        case Argument::Kind::Bool:
-            return ht::TSDemangler::Demangle(typeid(bool).name());
-        case Argument::Kind::Text:
-            break;
-    }
-    return ht::TSDemangler::Demangle(typeid(const char*).name());
+    const char* name = std::visit([](auto value) { return typeid(value).name(); }, argument);
+    return ht::TSDemangler::Demangle(name);
 }
 
 void RegisterSite(const CallSite& site, const char* format,
@@ -44,25 +39,36 @@ std::size_t LengthPrefixSize(std::size_t length) {
     return size;
 }
 
-std::size_t PayloadSize(const Argument& argument) {
-    switch (argument.kind) {
-        case Argument::Kind::Int:
-            return sizeof(std::int32_t);
-        case Argument::Kind::Bool:
-            return 1;
-        case Argument::Kind::Text:
-            break;
-    }
-    if (argument.text == nullptr) {
+std::size_t PayloadSize(int) {
+    return sizeof(std::int32_t);
+}
+
+std::size_t PayloadSize(bool) {
+    return 1;
+}
+
+std::size_t PayloadSize(const char* text) {
+    if (text == nullptr) {
         return sizeof(NULL_TEXT);
     }
-    const std::size_t length = std::strlen(argument.text);
+    const std::size_t length = std::strlen(text);
     return LengthPrefixSize(length) + length;
+}
+
+unsigned char* Write(unsigned char* to, int value) {
+    const std::int32_t number = value;
+    std::memcpy(to, &number, sizeof(number));
+    return to + sizeof(number);
+}
+
+unsigned char* Write(unsigned char* to, bool value) {
+    *to = value ? 1 : 0;
+    return to + 1;
 }
 
 // The length in 7-bit groups, least significant first, each but the last with its top bit set; then
 // the characters.
-unsigned char* WriteText(unsigned char* to, const char* text) {
+unsigned char* Write(unsigned char* to, const char* text) {
     if (text == nullptr) {
         std::memcpy(to, NULL_TEXT, sizeof(NULL_TEXT));
         return to + sizeof(NULL_TEXT);
@@ -77,22 +83,6 @@ unsigned char* WriteText(unsigned char* to, const char* text) {
     return std::copy(text, text + length, to);
 }
 
-unsigned char* WritePayload(unsigned char* to, const Argument& argument) {
-    switch (argument.kind) {
-        case Argument::Kind::Int: {
-            const std::int32_t number = argument.number;
-            std::memcpy(to, &number, sizeof(number));
-            return to + sizeof(number);
-        }
-        case Argument::Kind::Bool:
-            *to = static_cast<unsigned char>(argument.number);
-            return to + 1;
-        case Argument::Kind::Text:
-            break;
-    }
-    return WriteText(to, argument.text);
-}
-
 void RecordOrThrow(const CallSite& site, const char* format,
                    std::initializer_list<Argument> arguments) {
     if (*site.id == 0) {
@@ -100,7 +90,7 @@ void RecordOrThrow(const CallSite& site, const char* format,
     }
     std::size_t size = 0;
     for (const Argument& argument : arguments) {
-        size += PayloadSize(argument);
+        size += std::visit([](auto value) { return PayloadSize(value); }, argument);
     }
     ht::TCStorage* storage = TIStorageManager::Instance().CurrentStorage();
     ht::TCThread* thread = ht::TCStorage::ThreadHandle(storage);
@@ -110,7 +100,7 @@ void RecordOrThrow(const CallSite& site, const char* format,
     }
     unsigned char* to = static_cast<unsigned char*>(buffer);
     for (const Argument& argument : arguments) {
-        to = WritePayload(to, argument);
+        to = std::visit([to](auto value) { return Write(to, value); }, argument);
     }
     ht::TCStorage::Commit(storage, thread);
 }

@@ -1,7 +1,9 @@
 // Trace events: like a log record, with the values of its arguments, for the TV's trace storage.
 #pragma once
 
+#include <atomic>
 #include <initializer_list>
+#include <variant>
 
 #include "platform/trace_storage.h"
 
@@ -16,18 +18,7 @@ struct CallSite {
 };
 
 // An argument of an event. A text is not copied.
-class Argument {
-  public:
-    enum class Kind { Int, Bool, Text };
-
-    Argument(int value) : kind(Kind::Int), number(value) {}
-    Argument(bool value) : kind(Kind::Bool), number(value ? 1 : 0) {}
-    Argument(const char* value) : kind(Kind::Text), text(value) {}
-
-    Kind kind;
-    int number = 0;
-    const char* text = nullptr;
-};
+using Argument = std::variant<int, bool, const char*>;
 
 inline bool IsEnabled() {
     return TIStorageManagerState::enabled.load(std::memory_order_relaxed);
