@@ -1,11 +1,8 @@
-// What every dispatcher shares: finding a key's row, and the exception guard.
+// What every dispatcher shares: comparing keys and finding a key's row.
 #pragma once
 
 #include <cstddef>
 #include <cstring>
-#include <exception>
-
-#include "Log.h"
 
 // A null key equals nothing.
 inline bool SameKey(const char* a, const char* b) {
@@ -33,11 +30,3 @@ struct RuleRow {
     const char* key;
     bool (*rule)(const char* key, int value);
 };
-
-// The exception guard of an entry point. It follows a function-try-block and returns its arguments:
-//     int get_int(...) try { ... } NEUTRAL_ON_EXCEPTION(0)
-#define NEUTRAL_ON_EXCEPTION(...)                     \
-    catch (const std::exception& exception) {         \
-        LOG_ERROR("[EXCEPTION]%s", exception.what()); \
-        return __VA_ARGS__;                           \
-    }

@@ -8,7 +8,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "Dispatch.h"
+#include "Guard.h"
+#include "Log.h"
 #include "SIMenuUtil.h"
 #include "platform/settings_store.h"
 

@@ -1,6 +1,7 @@
 // The voice assistants that the TV's policy offers, and the one that the viewer has chosen.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 

@@ -8,8 +8,9 @@
 #include <iterator>
 #include <new>
 
-#include "Dispatch.h"
+#include "Guard.h"
 #include "Keys.h"
+#include "Log.h"
 #include "PlatformString.h"
 #include "Texts.h"
 #include "platform/account.h"

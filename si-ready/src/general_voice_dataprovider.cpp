@@ -11,7 +11,9 @@
 #include <vector>
 
 #include "Dispatch.h"
+#include "Guard.h"
 #include "Keys.h"
+#include "Log.h"
 #include "MVAList.h"
 #include "PlatformString.h"
 #include "SIMenuUtil.h"

@@ -1,7 +1,9 @@
 #include "general_voice_enablechecker.h"
 
 #include "Dispatch.h"
+#include "Guard.h"
 #include "Keys.h"
+#include "Log.h"
 #include "MVAList.h"
 #include "SIMenuUtil.h"
 #include "abi/si_provider.h"
@@ -26,26 +28,23 @@ bool check_return_false(const char* key, int) {
 
 namespace {
 
-bool IsBuiltInMicOff() {
-    return CSIMenuUtil::isBuiltInMicSupported() && !CSIMenuUtil::isBuiltInMicActivated();
+// The record is the rule's.
+bool IsEntryEnabled(const char* rule) {
+    if (CSIMenuUtil::isBuiltInMicSupported() && !CSIMenuUtil::isBuiltInMicActivated()) {
+        LOG_ERROR_FOR(rule, "Built In MIC status OFF(MIC support model) - dim");
+        return false;
+    }
+    return true;
 }
 
 }  // namespace
 
 bool check_general_voice_enable(const char*, int) {
-    if (IsBuiltInMicOff()) {
-        LOG_ERROR("Built In MIC status OFF(MIC support model) - dim");
-        return false;
-    }
-    return true;
+    return IsEntryEnabled(__func__);
 }
 
 bool check_general_voice_onboarding_enable(const char*, int) {
-    if (IsBuiltInMicOff()) {
-        LOG_ERROR("Built In MIC status OFF(MIC support model) - dim");
-        return false;
-    }
-    return true;
+    return IsEntryEnabled(__func__);
 }
 
 bool check_general_voice_voice_wake_up_enable() {

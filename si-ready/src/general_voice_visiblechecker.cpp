@@ -1,7 +1,12 @@
 #include "general_voice_visiblechecker.h"
 
+#include <string>
+
+#include "AssistantType.h"
 #include "Dispatch.h"
+#include "Guard.h"
 #include "Keys.h"
+#include "Log.h"
 #include "MVAList.h"
 #include "SIMenuUtil.h"
 #include "abi/si_provider.h"
