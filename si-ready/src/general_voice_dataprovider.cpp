@@ -1,15 +1,16 @@
 #include "general_voice_dataprovider.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "AssistantType.h"
 #include "Dispatch.h"
 #include "Guard.h"
 #include "Keys.h"
@@ -69,7 +70,10 @@ int free_list_items(ListItem** items, int count) {
     return 0;
 }
 
-using Choice = std::pair<int, std::string>;  // value and text
+struct Choice {
+    int value;
+    std::string text;
+};
 
 // Null without memory.
 ListItem* NewListItem(const Choice& choice) {
@@ -77,8 +81,8 @@ ListItem* NewListItem(const Choice& choice) {
     if (item == nullptr) {
         return nullptr;
     }
-    item->value = choice.first;
-    item->text = strdup(choice.second.c_str());
+    item->value = choice.value;
+    item->text = strdup(choice.text.c_str());
     if (item->text == nullptr) {
         std::free(item);
         return nullptr;
@@ -264,15 +268,33 @@ struct LaunchTarget {
     const char* value;
 };
 
+constexpr LaunchTarget SETUP_WIZARD = {"org.nemra.wizard", "type", "PIVORA_SETUP"};
 constexpr LaunchTarget GENERIC_ONBOARDING = {"org.nemra.voice-onboarding", "type",
                                              "ONBOARDING_SETUP"};
 constexpr LaunchTarget ORVIK_APP = {"com.vantelo.tv.voice-instant-app", "show_onboarding",
                                     "ONBOARDING"};
-constexpr LaunchTarget GOOGLE_APP = {"com.vantelo.tv.google-assistant", "Login", "1"};
-constexpr LaunchTarget SALUTE_APP = {"com.vantelo.tv.salute-assistant", "PAGETYPE", "ONBOARDING"};
-constexpr LaunchTarget TENCENT_APP = {"com.vantelo.tv.tencent-voice-chrome", "show_onboarding",
-                                      "ONBOARDING"};
-constexpr LaunchTarget SETUP_WIZARD = {"org.nemra.wizard", "type", "PIVORA_SETUP"};
+
+// An assistant whose own application does its setup. Its records keep a function of their own.
+struct OwnOnboarding {
+    const char* function;
+    const char* name;
+    bool (*isSetUp)();
+    LaunchTarget app;
+};
+
+constexpr OwnOnboarding GOOGLE = {"_LaunchGoogleOnboarding",
+                                  "Google",
+                                  CSIMenuUtil::checkSetUpComplete_Google,
+                                  {"com.vantelo.tv.google-assistant", "Login", "1"}};
+constexpr OwnOnboarding SALUTE = {"_LaunchSaluteOnboarding",
+                                  "Salute",
+                                  CSIMenuUtil::checkSetUpComplete_Salute,
+                                  {"com.vantelo.tv.salute-assistant", "PAGETYPE", "ONBOARDING"}};
+constexpr OwnOnboarding TENCENT = {
+    "_LaunchTencentOnboarding",
+    "Tencent",
+    CSIMenuUtil::checkSetUpComplete_Tencent,
+    {"com.vantelo.tv.tencent-voice-chrome", "show_onboarding", "ONBOARDING"}};
 
 void Launch(const LaunchTarget& target) {
     CSIMenuUtil::LaunchApp(target.appId, target.key, target.value);
@@ -281,15 +303,6 @@ void Launch(const LaunchTarget& target) {
 // An assistant's own application can do its setup only online and with the terms agreed.
 bool CanUseOwnApp() {
     return CSIMenuUtil::IsNetworkConnected() && CSIMenuUtil::IsTncPPAgreed();
-}
-
-// Alexa has no application of its own on the TV. The record is its caller's.
-void LaunchAlexaOnboarding(const char* caller) {
-    if (CSIMenuUtil::checkSetUpComplete_Alexa()) {
-        LOG_ERROR_FOR(caller, "[FATAL][Alexa]Already setup complete");
-        return;
-    }
-    Launch(GENERIC_ONBOARDING);
 }
 
 void _LaunchOrvikOnboarding() {
@@ -301,28 +314,12 @@ void _LaunchOrvikOnboarding() {
     Launch(useOwnApp ? ORVIK_APP : GENERIC_ONBOARDING);
 }
 
-void _LaunchGoogleOnboarding() {
-    if (CSIMenuUtil::checkSetUpComplete_Google()) {
-        LOG_ERROR("[FATAL][Google]Already setup complete");
+void LaunchOwnOnboarding(const OwnOnboarding& assistant) {
+    if (assistant.isSetUp()) {
+        LOG_ERROR_FOR(assistant.function, "[FATAL][%s]Already setup complete", assistant.name);
         return;
     }
-    Launch(CanUseOwnApp() ? GOOGLE_APP : GENERIC_ONBOARDING);
-}
-
-void _LaunchSaluteOnboarding() {
-    if (CSIMenuUtil::checkSetUpComplete_Salute()) {
-        LOG_ERROR("[FATAL][Salute]Already setup complete");
-        return;
-    }
-    Launch(CanUseOwnApp() ? SALUTE_APP : GENERIC_ONBOARDING);
-}
-
-void _LaunchTencentOnboarding() {
-    if (CSIMenuUtil::checkSetUpComplete_Tencent()) {
-        LOG_ERROR("[FATAL][Tencent]Already setup complete");
-        return;
-    }
-    Launch(CanUseOwnApp() ? TENCENT_APP : GENERIC_ONBOARDING);
+    Launch(CanUseOwnApp() ? assistant.app : GENERIC_ONBOARDING);
 }
 
 }  // namespace
@@ -330,16 +327,20 @@ void _LaunchTencentOnboarding() {
 void LaunchOnboarding(const char* reason) {
     LOG_ERROR("reason:%s", Printable(reason));
     switch (MVAList::GetCurrentVAType()) {
-        case ASSISTANT_ALEXA:
-            return LaunchAlexaOnboarding(__func__);
+        case ASSISTANT_ALEXA:  // has no application of its own on the TV
+            if (CSIMenuUtil::checkSetUpComplete_Alexa()) {
+                LOG_ERROR("[FATAL][Alexa]Already setup complete");
+                return;
+            }
+            return Launch(GENERIC_ONBOARDING);
         case ASSISTANT_ORVIK:
             return _LaunchOrvikOnboarding();
         case ASSISTANT_GVA:
-            return _LaunchGoogleOnboarding();
+            return LaunchOwnOnboarding(GOOGLE);
         case ASSISTANT_SBER:
-            return _LaunchSaluteOnboarding();
+            return LaunchOwnOnboarding(SALUTE);
         case ASSISTANT_TENCENT:
-            return _LaunchTencentOnboarding();
+            return LaunchOwnOnboarding(TENCENT);
         case ASSISTANT_NONE:
         case ASSISTANT_SVA:  // has no onboarding
             break;
@@ -350,21 +351,6 @@ void LaunchOnboarding(const char* reason) {
 // ---------------------------------------------------------------------------------------------
 // Assistant selection
 // ---------------------------------------------------------------------------------------------
-
-namespace {
-
-void CloseApp(const char* caller, const std::string& appId) {
-    app_context_h context = nullptr;
-    const int found = app_manager_get_app_context(appId.c_str(), &context);
-    if (found != 0) {
-        LOG_ERROR_FOR(caller, "[%d][FAIL]app_manager_get_app_context:%s", found, appId.c_str());
-        return;
-    }
-    const int terminated = app_manager_terminate_app(context);
-    LOG_ERROR_FOR(caller, "[%d]terminate:%s", terminated, appId.c_str());
-}
-
-}  // namespace
 
 int checknode_int_voice_assistant() {
     for (const VAInfo& assistant : MVAList::GetVAList()) {
@@ -395,7 +381,11 @@ ListItem** get_list_items_voice_assistant(const char*, int* count) {
             labels.emplace(assistant.order, assistant.name);
         }
     }
-    return ToHostList({labels.begin(), labels.end()}, count);
+    std::vector<Choice> choices;
+    for (const auto& [order, label] : labels) {
+        choices.push_back({order, label});
+    }
+    return ToHostList(choices, count);
 }
 
 void setnode_int_voice_assistant(int value) {
@@ -419,7 +409,14 @@ void setnode_int_voice_assistant(int value) {
     }
     if (MVAList::GetVATypeByAppID(previous) != ASSISTANT_ORVIK) {
         LOG_ERROR("Previous VA is NOT Orvik");
-        CloseApp(__func__, previous);
+        app_context_h context = nullptr;
+        const int found = app_manager_get_app_context(previous.c_str(), &context);
+        if (found == 0) {
+            const int terminated = app_manager_terminate_app(context);
+            LOG_ERROR("[%d]terminate:%s", terminated, previous.c_str());
+        } else {
+            LOG_ERROR("[%d][FAIL]app_manager_get_app_context:%s", found, previous.c_str());
+        }
     }
     if (!CSIMenuUtil::IsVASetupComplete(newType)) {
         LaunchOnboarding("setnode_int_voice_assistant");
@@ -447,43 +444,45 @@ void showVAChangingNoticePopup() {
 
 namespace {
 
-struct MenuNode {
-    const char* key;
-    const char* displayNameId;  // null: computed, see get_display_name
-    const char* helpId;         // null: computed, see get_help_text
-    int (*read)();
-    void (*write)(int value);
-    ListItem** (*buildList)(const char* key, int* count);
+constexpr char WAKE_UP_HELP[] = "TV_SID_SETTINGS_CDJAN_ENABLE_DISABLE_HANDS_FREE_WAKE_UP_FEATURE";
+constexpr char TENCENT_TEXT[] = "TV_SID_CHI_VOICE_CBOCT_TENCENT_CLOUD_XIAOWEI_VOICE_SETTINGS";
+
+// String ids. One that is absent is computed, see DisplayName and HelpText, or there is no text.
+struct NodeTexts {
+    const char* displayNameId = nullptr;
+    const char* helpId = nullptr;
 };
 
-constexpr MenuNode MENU_NODES[] = {
-    {menu::VOICE, "TV_SID_SETTINGS_VOICE", "TV_SID_SETTINGS_SELELCT_VOICE_ASSISTANT", nullptr,
-     nullptr, nullptr},
-    {menu::VOICE_ASSISTANT, "TV_SID_SETTINGS_VOICE_ASSITANT", nullptr,
-     checknode_int_voice_assistant, setnode_int_voice_assistant, get_list_items_voice_assistant},
-    {menu::WAKE_UP, "TV_SID_ORVIK_CDJAN_HANS_FREE_WAKE_UP",
-     "TV_SID_SETTINGS_CDJAN_ENABLE_DISABLE_HANDS_FREE_WAKE_UP_FEATURE", checknode_int_voice_wake_up,
-     setnode_int_voice_wake_up, nullptr},
-    {menu::ALWAYS_WAKE_UP, "COM_SID_ALWAYS_KR_ORVIK",
-     "TV_SID_SETTINGS_CDJAN_ENABLE_DISABLE_HANDS_FREE_WAKE_UP_FEATURE",
-     checknode_int_voice_always_wake_up, setnode_int_voice_always_wake_up, nullptr},
-    {menu::SCREEN_ON_WAKE_UP, "TV_SID_ORVIK_CDJAN_ONLY_WHEN_SCREEN_ON",
-     "TV_SID_SETTINGS_CDJAN_ENABLE_DISABLE_HANDS_FREE_WAKE_UP_FEATURE",
-     checknode_int_voice_screen_on_wake_up, setnode_int_voice_screen_on_wake_up, nullptr},
-    {menu::SITUATIONAL_HINT, "TV_SID_SETTINGS_VOICE_HINT",
-     "TV_SID_SETTINGS_CONFIGURE_VOICE_HINTS_BASEDON", checknode_int_voice_situational_hint,
-     setnode_int_voice_situational_hint, nullptr},
-    {menu::SETTINGS_ORVIK, nullptr, nullptr, nullptr, nullptr, nullptr},
-    {menu::SETTINGS_ORVIK_CN, "TV_SID_SETTINGS_ORVIK_VOICE_SETTINGS",
-     "TV_SID_SETTINGS_CONFIGURE_ORVIK_VOICE_SETTINGS", nullptr, nullptr, nullptr},
-    {menu::SETTINGS_TENCENT, "TV_SID_CHI_VOICE_CBOCT_TENCENT_CLOUD_XIAOWEI_VOICE_SETTINGS",
-     "TV_SID_CHI_VOICE_CBOCT_TENCENT_CLOUD_XIAOWEI_VOICE_SETTINGS", nullptr, nullptr, nullptr},
-    {menu::SETTINGS_ALEXA, nullptr, nullptr, nullptr, nullptr, nullptr},
-    {menu::SETTINGS_GOOGLE, nullptr, nullptr, nullptr, nullptr, nullptr},
-    {menu::SETTINGS_SALUTE, nullptr, nullptr, nullptr, nullptr, nullptr},
-    {menu::ONBOARDING, "TV_SID_SETTINGS_VOICE", "TV_SID_SETTINGS_SELELCT_VOICE_ASSISTANT", nullptr,
-     nullptr, nullptr},
+struct NodeValue {
+    int (*read)() = nullptr;
+    void (*write)(int value) = nullptr;
+    ListItem** (*buildList)(const char* key, int* count) = nullptr;
 };
+
+struct MenuNode {
+    const char* key;
+    NodeTexts texts = {};
+    NodeValue value = {};
+};
+
+// clang-format off
+constexpr MenuNode MENU_NODES[] = {
+    // key                    title                                      help text                                           reader, writer, choices
+    {menu::VOICE,             {"TV_SID_SETTINGS_VOICE",                  "TV_SID_SETTINGS_SELELCT_VOICE_ASSISTANT"}},
+    {menu::VOICE_ASSISTANT,   {"TV_SID_SETTINGS_VOICE_ASSITANT"},                                                            {checknode_int_voice_assistant,         setnode_int_voice_assistant,         get_list_items_voice_assistant}},
+    {menu::WAKE_UP,           {"TV_SID_ORVIK_CDJAN_HANS_FREE_WAKE_UP",   WAKE_UP_HELP},                                      {checknode_int_voice_wake_up,           setnode_int_voice_wake_up}},
+    {menu::ALWAYS_WAKE_UP,    {"COM_SID_ALWAYS_KR_ORVIK",                WAKE_UP_HELP},                                      {checknode_int_voice_always_wake_up,    setnode_int_voice_always_wake_up}},
+    {menu::SCREEN_ON_WAKE_UP, {"TV_SID_ORVIK_CDJAN_ONLY_WHEN_SCREEN_ON", WAKE_UP_HELP},                                      {checknode_int_voice_screen_on_wake_up, setnode_int_voice_screen_on_wake_up}},
+    {menu::SITUATIONAL_HINT,  {"TV_SID_SETTINGS_VOICE_HINT",             "TV_SID_SETTINGS_CONFIGURE_VOICE_HINTS_BASEDON"},   {checknode_int_voice_situational_hint,  setnode_int_voice_situational_hint}},
+    {menu::SETTINGS_ORVIK},
+    {menu::SETTINGS_ORVIK_CN, {"TV_SID_SETTINGS_ORVIK_VOICE_SETTINGS",   "TV_SID_SETTINGS_CONFIGURE_ORVIK_VOICE_SETTINGS"}},
+    {menu::SETTINGS_TENCENT,  {TENCENT_TEXT,                             TENCENT_TEXT}},
+    {menu::SETTINGS_ALEXA},
+    {menu::SETTINGS_GOOGLE},
+    {menu::SETTINGS_SALUTE},
+    {menu::ONBOARDING,        {"TV_SID_SETTINGS_VOICE",                  "TV_SID_SETTINGS_SELELCT_VOICE_ASSISTANT"}},
+};
+// clang-format on
 
 // ---------------------------------------------------------------------------------------------
 // Values
@@ -492,17 +491,26 @@ constexpr MenuNode MENU_NODES[] = {
 // A row without a reader is answered as if there were no such row.
 int get_int(const char* key, int* value) try {
     const MenuNode* node = FindRow(MENU_NODES, key);
-    if (node == nullptr || node->read == nullptr) {
+    if (node == nullptr || node->value.read == nullptr) {
         return 0;
     }
-    const int current = node->read();
+    const int current = node->value.read();
     Store(value, current);
     LOG_ERROR("key:%s, value:%d", key, current);
     return 0;
 }
 NEUTRAL_ON_EXCEPTION(0)
 
-void LaunchAccountSignIn() {
+void StartSetupWizard() {
+    Launch(SETUP_WIZARD);
+}
+
+// The name of the slot is what the onboarding's record has always given as its reason.
+void StartOnboarding() {
+    LaunchOnboarding("set_int");
+}
+
+void StartAccountSignIn() {
     char* id = nullptr;
     if (sso_get_account_ui_application_package_id(&id) != 0 || id == nullptr) {
         throw std::runtime_error("FAIL sso_get_account_ui_application_package_id");
@@ -511,32 +519,38 @@ void LaunchAccountSignIn() {
     CSIMenuUtil::LaunchApp(appId.c_str());
 }
 
-// The viewer pressed the action button of a disable popup: start what the popup offered. The tests
-// are those of get_disablepopup_info, in the same order.
-void RunPopupAction(const char* caller) {
+struct PopupAction {
+    const char* record;  // null: the action has its own
+    void (*start)();
+};
+
+// The viewer pressed the action button of a disable popup. The host does not say of which item, so
+// what starts depends on the current assistant, while get_disablepopup_info goes by the item. China
+// is not asked here: where the popup offered Orvik's setup there, this may start the sign-in.
+PopupAction CurrentPopupAction() {
     if (!CSIMenuUtil::IsTncPPAgreed()) {
-        LOG_ERROR_FOR(caller, "PIVORA_SETUP Launching.");
-        Launch(SETUP_WIZARD);
-        return;
+        return {"PIVORA_SETUP Launching.", StartSetupWizard};
     }
     if (!MVAList::IsCurrentVAOrvik() || CSIMenuUtil::IsSignedIn() ||
         CSIMenuUtil::VconfGetBool(setting::FIRST_TIME)) {
-        LaunchOnboarding(caller);
-        return;
+        return {nullptr, StartOnboarding};
     }
-    LOG_ERROR_FOR(caller, "Orvik SSO Launching");
-    LaunchAccountSignIn();
+    return {"Orvik SSO Launching", StartAccountSignIn};
 }
 
 int set_int(const char* key, int value) try {
     if (value == SI_ACTION_VALUE) {
-        RunPopupAction(__func__);
+        const PopupAction action = CurrentPopupAction();
+        if (action.record != nullptr) {
+            LOG_ERROR("%s", action.record);
+        }
+        action.start();
         return 0;
     }
     LOG_ERROR("key:%s, value:%d", Printable(key), value);
     const MenuNode* node = FindRow(MENU_NODES, key);
-    if (node != nullptr && node->write != nullptr) {
-        node->write(value);
+    if (node != nullptr && node->value.write != nullptr) {
+        node->value.write(value);
     }
     return 0;
 }
@@ -544,12 +558,12 @@ NEUTRAL_ON_EXCEPTION(0)
 
 ListItem** get_list_items(const char* key, int* count) try {
     const MenuNode* node = FindRow(MENU_NODES, key);
-    if (node == nullptr || node->buildList == nullptr) {
+    if (node == nullptr || node->value.buildList == nullptr) {
         LOG_ERROR("[FATAL]key:%s has no callback", Printable(key));
         return nullptr;
     }
     LOG_ERROR("[MATCHED]key:%s", key);
-    return node->buildList(key, count);
+    return node->value.buildList(key, count);
 }
 NEUTRAL_ON_EXCEPTION(nullptr)
 
@@ -603,10 +617,10 @@ OptionalText DisplayName(const char* key) {
         return TranslateWithName("TV_SID_MIX_SETTINGS", MVAList::GetVANameByType(item->type));
     }
     const MenuNode* node = FindRow(MENU_NODES, key);
-    if (node == nullptr || node->displayNameId == nullptr) {
+    if (node == nullptr || node->texts.displayNameId == nullptr) {
         return std::nullopt;
     }
-    return Translate(node->displayNameId);
+    return Translate(node->texts.displayNameId);
 }
 
 std::string AssistantHelpText() {
@@ -631,32 +645,36 @@ OptionalText HelpText(const char* key) {
         return AssistantHelpText();
     }
     const MenuNode* node = FindRow(MENU_NODES, key);
-    if (node == nullptr || node->helpId == nullptr) {
+    if (node == nullptr || node->texts.helpId == nullptr) {
         return std::nullopt;
     }
-    return Translate(node->helpId);
+    return Translate(node->texts.helpId);
+}
+
+// A slot that answers with a text of an item, and how its records name the two.
+struct TextSlot {
+    const char* function;
+    const char* textName;
+    OptionalText (*find)(const char* key);
+};
+
+int AnswerText(const TextSlot& slot, const char* key, char** text) {
+    const OptionalText found = slot.find(key);
+    if (!found || !StoreCopy(text, found->c_str())) {
+        Store<char*>(text, nullptr);
+        LOG_ERROR_FOR(slot.function, "[FATAL][%s]%s is NULL", Printable(key), slot.textName);
+        return 0;
+    }
+    LOG_ERROR_FOR(slot.function, "key:%s, value:%s", key, found->c_str());
+    return 0;
 }
 
 int get_display_name(const char* key, char** text) {
-    const OptionalText name = DisplayName(key);
-    if (!name || !StoreCopy(text, name->c_str())) {
-        Store<char*>(text, nullptr);
-        LOG_ERROR("[FATAL][%s]display name is NULL", Printable(key));
-        return 0;
-    }
-    LOG_ERROR("key:%s, value:%s", key, name->c_str());
-    return 0;
+    return AnswerText({__func__, "display name", DisplayName}, key, text);
 }
 
 int get_help_text(const char* key, char** text) {
-    const OptionalText help = HelpText(key);
-    if (!help || !StoreCopy(text, help->c_str())) {
-        Store<char*>(text, nullptr);
-        LOG_ERROR("[FATAL][%s]help text is NULL", Printable(key));
-        return 0;
-    }
-    LOG_ERROR("key:%s, value:%s", key, help->c_str());
-    return 0;
+    return AnswerText({__func__, "help text", HelpText}, key, text);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -690,50 +708,57 @@ int get_messagebox_title(const char* key, char* title) {
 // Dimmed items: why, and what can be done
 // ---------------------------------------------------------------------------------------------
 
-constexpr char PASSTHRU_MIC_OFF[] = "TV_SID_SB_CBJUL_MIC_OFF_NOW_MIC_TRY";
+// Why hands-free wake-up is dimmed: what is logged, and what the viewer reads.
+struct Reason {
+    const char* record;
+    const char* messageId;
+    const char* adviceId = nullptr;  // a second sentence, which names Orvik
+};
 
-std::string PassthruNotEnabledText() {
-    std::string text = Translate("TV_SID_SBAR_CBDEC_UNABLE_CAHNGE_SETTINGS_NOW");
-    text += " ";
-    text +=
-        TranslateWithName("TV_SID_SBAR_MIX_CBDEC_CHECK_SETTING_TRY_AGAIN", Translate(ORVIK_NAME));
-    return text;
-}
+constexpr char MIC_OFF_MESSAGE[] = "TV_SID_SB_CBJUL_MIC_OFF_NOW_MIC_TRY";
+
+constexpr Reason NOT_CONNECTED = {"PTT model, passthru is not connected.",
+                                  "TV_SID_SBAR_PASS_CBNOV_UNABLE_CHANGE_SETTINGS_CHECK_POWER"};
+constexpr Reason NOT_ENABLED = {"PTT model, passthru is not enabled.",
+                                "TV_SID_SBAR_CBDEC_UNABLE_CAHNGE_SETTINGS_NOW",
+                                "TV_SID_SBAR_MIX_CBDEC_CHECK_SETTING_TRY_AGAIN"};
+constexpr Reason MIC_OFF = {"PTT model, passthru microphone off.", MIC_OFF_MESSAGE};
+constexpr Reason FAR_FIELD_MIC_OFF = {
+    "FF supported model, passthru connected and enabled, but microphone off.", MIC_OFF_MESSAGE};
 
 // Orvik on a TV without far-field microphones: it hears only through a pass-through device.
-OptionalText PushToTalkReason(const char* caller) {
+const Reason* PushToTalkReason() {
     if (!CSIMenuUtil::VconfGetBool(setting::PASSTHRU_CONNECTED)) {
-        LOG_ERROR_FOR(caller, "PTT model, passthru is not connected.");
-        return Translate("TV_SID_SBAR_PASS_CBNOV_UNABLE_CHANGE_SETTINGS_CHECK_POWER");
+        return &NOT_CONNECTED;
     }
     if (!CSIMenuUtil::VconfGetBool(setting::PASSTHRU)) {
-        LOG_ERROR_FOR(caller, "PTT model, passthru is not enabled.");
-        return PassthruNotEnabledText();
+        return &NOT_ENABLED;
     }
-    if (!CSIMenuUtil::VconfGetBool(setting::PASSTHRU_MIC)) {
-        LOG_ERROR_FOR(caller, "PTT model, passthru microphone off.");
-        return Translate(PASSTHRU_MIC_OFF);
-    }
-    return std::nullopt;
+    return CSIMenuUtil::VconfGetBool(setting::PASSTHRU_MIC) ? nullptr : &MIC_OFF;
 }
 
-OptionalText FarFieldReason(const char* caller) {
-    if (CSIMenuUtil::VconfGetBool(setting::PASSTHRU) &&
-        CSIMenuUtil::VconfGetBool(setting::PASSTHRU_CONNECTED) &&
-        !CSIMenuUtil::VconfGetBool(setting::PASSTHRU_MIC)) {
-        LOG_ERROR_FOR(caller,
-                      "FF supported model, passthru connected and enabled, but microphone off.");
-        return Translate(PASSTHRU_MIC_OFF);
-    }
-    return std::nullopt;
+const Reason* FarFieldReason() {
+    const bool isMicOff = CSIMenuUtil::VconfGetBool(setting::PASSTHRU) &&
+                          CSIMenuUtil::VconfGetBool(setting::PASSTHRU_CONNECTED) &&
+                          !CSIMenuUtil::VconfGetBool(setting::PASSTHRU_MIC);
+    return isMicOff ? &FAR_FIELD_MIC_OFF : nullptr;
 }
 
-OptionalText WakeUpReason(const char* caller) {
+// Null when nothing that is known dims it.
+const Reason* WakeUpReason() {
     if (!MVAList::IsCurrentVAOrvik()) {
-        return std::nullopt;
+        return nullptr;
     }
-    return CSIMenuUtil::IsFarFieldFMSSupported() ? FarFieldReason(caller)
-                                                 : PushToTalkReason(caller);
+    return CSIMenuUtil::IsFarFieldFMSSupported() ? FarFieldReason() : PushToTalkReason();
+}
+
+std::string TextOf(const Reason& reason) {
+    std::string text = Translate(reason.messageId);
+    if (reason.adviceId != nullptr) {
+        text += " ";
+        text += TranslateWithName(reason.adviceId, Translate(ORVIK_NAME));
+    }
+    return text;
 }
 
 int get_disable_text(const char* key, char** text, bool* flag) {
@@ -749,8 +774,9 @@ int get_disable_text(const char* key, char** text, bool* flag) {
     if (!SameKey(key, menu::WAKE_UP)) {
         return 0;
     }
-    if (const OptionalText reason = WakeUpReason(__func__)) {
-        StoreCopy(text, reason->c_str());
+    if (const Reason* reason = WakeUpReason()) {
+        LOG_ERROR("%s", reason->record);
+        StoreCopy(text, TextOf(*reason).c_str());
     }
     Store(flag, true);
     return 0;
@@ -834,6 +860,8 @@ int provider_property(const char* key, char** text) {
 static_assert(SI_SLOT_COUNT == 52, "the host is built against 52 slots");
 
 // All other slots are null: the host sees that the provider does not answer them.
+// The allocation is not tested: create_provider() cannot say no, and a host uses the table at once.
+// Without memory for it the process ends here, where the cause can be seen.
 SIProviderTable* NewProviderTable() {
     auto* table = static_cast<SIProviderTable*>(std::calloc(1, sizeof(SIProviderTable)));
     table->set_int = set_int;
