@@ -38,7 +38,7 @@ void BoxSlotsReturnZero(const std::string& file) {
     }
     for (const std::string& key : keys) {
         BoxBuffers b;
-        const std::string otherwise = " of " + Quoted(key) + " does not return 0";
+        const std::string otherwise = " of " + QuotedKey(key) + " does not return 0";
         Require(subject.table->get_messagebox_info(key.c_str(), b[0], b[1], b[2], &b.count) == 0,
                 "get_messagebox_info()" + otherwise);
         Require(subject.table->get_messagebox_title(key.c_str(), b[3]) == 0,

@@ -46,7 +46,7 @@ void DisableTextsWrittenOrLeft(const std::string& file) {
         char* text = before;
         bool flagFalse = false;
         subject.table->get_disable_text(key.c_str(), &text, &flagFalse);
-        Require(text != nullptr, "get_disable_text() of " + Quoted(key) +
+        Require(text != nullptr, "get_disable_text() of " + QuotedKey(key) +
                                      " has no text and does not leave the pointer as it was");
         if (text != before) {
             std::free(text);
@@ -54,7 +54,7 @@ void DisableTextsWrittenOrLeft(const std::string& file) {
         text = before;
         bool flagTrue = true;
         subject.table->get_disable_text(key.c_str(), &text, &flagTrue);
-        Require(flagTrue, "get_disable_text() of " + Quoted(key) + " sets the flag to false");
+        Require(flagTrue, "get_disable_text() of " + QuotedKey(key) + " sets the flag to false");
         if (text != before) {
             std::free(text);
         }

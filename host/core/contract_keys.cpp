@@ -43,8 +43,8 @@ void NullKeys(const std::string& file) {
 }
 
 void RequireHidden(const Subject& subject, const std::string& key) {
-    Require(subject.loaded.Entry().visibleInt(key.c_str(), 0) == 0, "visible: " + Quoted(key));
-    Require(subject.loaded.Entry().enabledInt(key.c_str(), 0) == 0, "enabled: " + Quoted(key));
+    Require(subject.loaded.Entry().visibleInt(key.c_str(), 0) == 0, "visible: " + QuotedKey(key));
+    Require(subject.loaded.Entry().enabledInt(key.c_str(), 0) == 0, "enabled: " + QuotedKey(key));
 }
 
 void UnknownKeysHidden(const std::string& file) {
@@ -57,7 +57,7 @@ void UnknownKeysHidden(const std::string& file) {
 // What must hold of a key that only looks like one of the page. The popup is not among it: it may
 // serve whole families of keys.
 void RequireNoAnswer(const Subject& subject, const std::string& key) {
-    const std::string name = " of " + Quoted(key);
+    const std::string name = " of " + QuotedKey(key);
     int value = -7;
     subject.table->get_int(key.c_str(), &value);
     Require(value == -7, "get_int() writes the value" + name);
@@ -80,7 +80,7 @@ void UnknownKeysWriteNothing(const std::string& file) {
         RequireNoAnswer(subject, key);
         BoxBuffers buffers;
         buffers.AskPopup(subject, key.c_str());
-        Require(buffers.Untouched(), "a popup is written of " + Quoted(key));
+        Require(buffers.Untouched(), "a popup is written of " + QuotedKey(key));
     }
 }
 
@@ -95,7 +95,7 @@ void UnknownKeysSetNothing(const std::string& file) {
             subject.table->set_int(key.c_str(), value);
         }
         tv.Dispatch();
-        Require(written.empty(), "set_int() of " + Quoted(key) + " writes " + written);
+        Require(written.empty(), "set_int() of " + QuotedKey(key) + " writes " + written);
     }
     Require(tv.Launches().empty(), "set_int() of an unknown key starts an application");
 }
@@ -137,7 +137,7 @@ void KeysReadEachTime(const std::string& file) {
         subject.table->get_int(buffer.c_str(), &value);
         buffer.front() = 'x';
         const std::string otherwise =
-            "the answer for " + Quoted(key) + " is given again for another key at its address";
+            "the answer for " + QuotedKey(key) + " is given again for another key at its address";
         Require(subject.loaded.Entry().visibleInt(buffer.c_str(), 0) == 0, otherwise);
         Require(subject.loaded.Entry().enabledInt(buffer.c_str(), 0) == 0, otherwise);
         value = -7;
@@ -173,7 +173,7 @@ void TypedChecksSayYes(const std::string& file) {
     const Subject subject(file);
     const Provider::EntryPoints& entry = subject.loaded.Entry();
     for (const char* key : {kVoiceKey, "x", "", static_cast<const char*>(nullptr)}) {
-        const std::string name = " of " + (key == nullptr ? "a null key" : Quoted(key));
+        const std::string name = " of " + (key == nullptr ? "a null key" : QuotedKey(key));
         Require(entry.visibleBool(key, false) == 1 && entry.visibleDouble(key, 0) == 1 &&
                     entry.visibleString(key, "") == 1 && entry.visibleString(key, nullptr) == 1,
                 "check_visibility_bool, _double or _string" + name + " is not 1");
@@ -189,9 +189,9 @@ void AnswersAreZeroOrOne(const std::string& file) {
         const int visible = subject.loaded.Entry().visibleInt(key.c_str(), 0);
         const int enabled = subject.loaded.Entry().enabledInt(key.c_str(), 0);
         Require(visible == 0 || visible == 1,
-                Quoted(key) + ": visibility " + std::to_string(visible));
+                QuotedKey(key) + ": visibility " + std::to_string(visible));
         Require(enabled == 0 || enabled == 1,
-                Quoted(key) + ": enabling " + std::to_string(enabled));
+                QuotedKey(key) + ": enabling " + std::to_string(enabled));
     }
 }
 
@@ -202,9 +202,10 @@ void ValuesDoNotSwayRules(const std::string& file) {
         const int visible = entry.visibleInt(key.c_str(), 0);
         const int enabled = entry.enabledInt(key.c_str(), 0);
         for (const int value : {1, -1, SI_ACTION_VALUE, INT_MAX, INT_MIN}) {
-            Require(entry.visibleInt(key.c_str(), value) == visible &&
-                        entry.enabledInt(key.c_str(), value) == enabled,
-                    Quoted(key) + " is answered otherwise with the value " + std::to_string(value));
+            Require(
+                entry.visibleInt(key.c_str(), value) == visible &&
+                    entry.enabledInt(key.c_str(), value) == enabled,
+                QuotedKey(key) + " is answered otherwise with the value " + std::to_string(value));
         }
     }
 }

@@ -150,7 +150,7 @@ void AnswersOutsideItsLife(const std::string& file) {
             const int visible = library.Entry().visibleInt(key.c_str(), 0);
             const int enabled = library.Entry().enabledInt(key.c_str(), 0);
             Require((visible == 0 || visible == 1) && (enabled == 0 || enabled == 1),
-                    Quoted(key) + " is answered with neither 0 nor 1 " + when);
+                    QuotedKey(key) + " is answered with neither 0 nor 1 " + when);
         }
     };
     ask("before create_provider()");

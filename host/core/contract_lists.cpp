@@ -16,7 +16,7 @@ namespace {
 // A list of the host's, given back at the end.
 class OpenList {
   public:
-    OpenList(const Subject& subject, const char* key) : subject_(subject), name_(Quoted(key)) {
+    OpenList(const Subject& subject, const char* key) : subject_(subject), name_(QuotedKey(key)) {
         items = subject.table->get_list_items(key, &count);
     }
     ~OpenList() {

@@ -159,7 +159,7 @@ void SurvivesStrangePolicies(const std::string& file) {
     vtv::Tv& tv = *vtv::Current();
     const Provider provider(file);
     for (const std::string& policy : StrangePolicies()) {
-        Doing("with the policy " + Quoted(policy));
+        Doing("with the policy " + QuotedKey(policy));
         tv.Set(kPolicyKey, policy);
         tv.Dispatch();
         UsePage(provider);
@@ -183,7 +183,7 @@ void SurvivesStrangeSettings(const std::string& file) {
     for (const KnownSetting& setting : KnownSettings()) {
         const std::optional<vtv::Value> before = tv.Get(setting.key);
         for (const vtv::Value& value : strange) {
-            Doing(std::string("with ") + setting.key + " = " + Quoted(vtv::ToText(value)));
+            Doing(std::string("with ") + setting.key + " = " + QuotedKey(vtv::ToText(value)));
             tv.Set(setting.key, value);
             tv.Dispatch();
             UsePage(provider);

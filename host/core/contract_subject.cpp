@@ -55,7 +55,7 @@ std::vector<std::string> PageKeys() {
     return keys;
 }
 
-std::string Quoted(const std::string& key) {
+std::string QuotedKey(const std::string& key) {
     constexpr size_t kLongest = 60;
     return "\"" + key.substr(0, kLongest) + (key.size() > kLongest ? "..." : "") + "\"";
 }

@@ -40,7 +40,7 @@ const std::vector<std::string>& StrangeKeys();
 // The keys of the page.
 std::vector<std::string> PageKeys();
 // For messages: the key in quotes, long ones cut.
-std::string Quoted(const std::string& key);
+std::string QuotedKey(const std::string& key);
 
 // Calls it some dozen times; fails when the heap has grown by a block each time. `what` begins a
 // sentence: "the titles and helps".

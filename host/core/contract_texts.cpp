@@ -54,12 +54,12 @@ void TextSlotsReturnZero(const std::string& file) {
         for (const NamedTextSlot& slot : slots) {
             char* text = nullptr;
             Require(slot.ask(key.c_str(), &text) == 0,
-                    std::string(slot.name) + " of " + Quoted(key) + " does not return 0");
+                    std::string(slot.name) + " of " + QuotedKey(key) + " does not return 0");
         }
         char* text = nullptr;
         bool flag = false;
         Require(subject.table->get_disable_text(key.c_str(), &text, &flag) == 0,
-                "get_disable_text() of " + Quoted(key) + " does not return 0");
+                "get_disable_text() of " + QuotedKey(key) + " does not return 0");
     }
 }
 
@@ -143,7 +143,7 @@ void AbsentTextsAreNull(const std::string& file) {
             char before[] = "before";
             char* text = before;
             slot.ask(key.c_str(), &text);
-            Require(text != before, std::string(slot.name) + " of " + Quoted(key) +
+            Require(text != before, std::string(slot.name) + " of " + QuotedKey(key) +
                                         " leaves the pointer as it was, in place of NULL");
             std::free(text);
         }
@@ -190,7 +190,7 @@ void UnknownPropertiesAreLeft(const std::string& file) {
         char before[] = "before";
         char* text = before;
         subject.table->provider_property(key.c_str(), &text);
-        Require(text == before, "the property " + Quoted(key) + " is unknown and was written");
+        Require(text == before, "the property " + QuotedKey(key) + " is unknown and was written");
     }
 }
 

@@ -40,10 +40,10 @@ void ValueSlotsReturnZero(const std::string& file) {
     for (const std::string& key : keys) {
         int value = 0;
         Require(subject.table->get_int(key.c_str(), &value) == 0,
-                "get_int() of " + Quoted(key) + " does not return 0");
+                "get_int() of " + QuotedKey(key) + " does not return 0");
         for (const int given : {0, 1, 2, SI_ACTION_VALUE}) {
             Require(subject.table->set_int(key.c_str(), given) == 0,
-                    "set_int() of " + Quoted(key) + " does not return 0");
+                    "set_int() of " + QuotedKey(key) + " does not return 0");
         }
     }
 }
