@@ -275,7 +275,7 @@ Expectation ReadLog(const Reading& reading, const toml::node& node) {
         for (const std::string& part : wanted) {
             at = std::find_if(at, records.end(), Holding(part));
             if (at == records.end()) {
-                judge.Fail(line, "the log of this step has no " + Quoted(part));
+                judge.Fail(line, "the log of this step has no " + InQuotes(part));
                 return;
             }
             ++at;
@@ -289,7 +289,7 @@ Expectation ReadNoLog(const Reading& reading, const toml::node& node) {
         for (const std::string& part : wanted) {
             const auto found = std::find_if(records.begin(), records.end(), Holding(part));
             if (found != records.end()) {
-                judge.Fail(line, "the log of this step has " + Quoted(*found));
+                judge.Fail(line, "the log of this step has " + InQuotes(*found));
             }
         }
     };
@@ -316,7 +316,7 @@ Expectation ReadTrace(const Reading& reading, const toml::node& node) {
         }
         for (const std::string& part : wanted) {
             if (std::none_of(messages.begin(), messages.end(), Holding(part))) {
-                judge.Fail(line, "the trace of this step has no " + Quoted(part) + ", but " +
+                judge.Fail(line, "the trace of this step has no " + InQuotes(part) + ", but " +
                                      List(messages));
             }
         }

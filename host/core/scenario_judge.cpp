@@ -4,14 +4,14 @@
 
 namespace host {
 
-std::string Quoted(const std::string& text) {
+std::string InQuotes(const std::string& text) {
     return "\"" + text + "\"";
 }
 
 std::string List(const std::vector<std::string>& texts) {
     std::string list;
     for (const std::string& text : texts) {
-        list += (list.empty() ? "" : ", ") + Quoted(text);
+        list += (list.empty() ? "" : ", ") + InQuotes(text);
     }
     return "[" + list + "]";
 }
@@ -50,7 +50,7 @@ void Judge::Fail(int line, const std::string& text) {
 void Judge::Same(int line, const std::string& what, const std::string& wanted,
                  const std::string& found) {
     if (wanted != found) {
-        Fail(line, what + ": expected " + Quoted(wanted) + ", found " + Quoted(found));
+        Fail(line, what + ": expected " + InQuotes(wanted) + ", found " + InQuotes(found));
     }
 }
 

@@ -47,7 +47,7 @@ using Expectation = std::function<void(Judge&)>;
 Expectation Together(std::vector<Expectation> all);
 
 // "text", ["text", "text"].
-std::string Quoted(const std::string& text);
+std::string InQuotes(const std::string& text);
 std::string List(const std::vector<std::string>& texts);
 // A text that is told by its ids as the provider shows it: "TITLE_ID", "ID_WITH_A_NAME Alexa".
 std::string InWords(const std::string& ids);
