@@ -16,6 +16,9 @@ class Watch : public EverySituation {
         return ids;
     }
     int CallsOfUndisturbed(const Action& action) {
+        // A trace site is registered when it is first used, and calls more then.
+        Prepare(action);
+        action.run(page);
         Prepare(action);
         FailAny(1 << 30);  // counts from here
         action.run(page);
