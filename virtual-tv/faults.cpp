@@ -172,7 +172,7 @@ bool Faulted(Tv::Impl& tv, const char* function, int* result) {
 void Tv::SetFault(const Fault& fault) {
     const auto& known = PlatformFunctions();
     if (!std::binary_search(known.begin(), known.end(), fault.function)) {
-        throw Error(ErrorKind::kUsage,
+        throw Error(ErrorKind::kNoSuch,
                     "\"" + fault.function + "\" is no platform call that can be made to fail.");
     }
     if (fault.delayMs < 0) {

@@ -90,14 +90,18 @@ std::map<std::string, Value> Tv::Features() const {
     return features;
 }
 
-void Tv::SetFeature(const std::string& key, const std::optional<Value>& value) {
+void CheckFeature(const std::string& key, const Value& value) {
     for (const FeatureKey& known : KnownFeatures()) {
-        if (value && known.key == key && known.type != TypeName(*value)) {
+        if (known.key == key && known.type != TypeName(value)) {
             throw Error(ErrorKind::kUsage, "The feature \"" + key + "\" is of type " + known.type +
-                                               ", not " + TypeName(*value) + ".");
+                                               ", not " + TypeName(value) + ".");
         }
     }
+}
+
+void Tv::SetFeature(const std::string& key, const std::optional<Value>& value) {
     if (value) {
+        CheckFeature(key, *value);
         impl_->state.Write(OverrideKey(key), *value);
         impl_->state.Remove(AbsenceKey(key));
     } else {

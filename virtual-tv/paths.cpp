@@ -96,7 +96,8 @@ bool WriteNewFile(const std::string& file, std::string_view content, int* error)
         good = size >= 0 || errno == EINTR;
         content.remove_prefix(size > 0 ? static_cast<size_t>(size) : 0);
     }
-    good = good && fsync(fd) == 0;
+    // A pipe or a terminal has nothing to be made durable.
+    good = good && (fsync(fd) == 0 || errno == EINVAL);
     *error = errno;
     return close(fd) == 0 && good;
 }

@@ -142,11 +142,9 @@ std::map<std::string, Value> Tv::State() const {
 // --- Watching ---
 
 Tv::WatchId Tv::Watch(const std::string& key, std::function<void()> callback) {
+    CheckSettingKey(key);
     const Store& store = impl_->StoreOf(key);
     const std::string name = Store::EncodeKey(key);
-    if (name.empty()) {
-        throw Error(ErrorKind::kUsage, "\"" + key + "\" is no settings key: it is too long.");
-    }
     const WatchId id = impl_->nextWatch++;
     impl_->watches[id] = {
         impl_->GetWatcher().Watch(store.Dir(), kStoreEvents, name,

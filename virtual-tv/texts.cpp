@@ -1,10 +1,14 @@
-// Texts: which catalogue of "si-ready" answers dgettext(), by the TV's menu language.
+// Texts: which catalogue of "si-ready" answers dgettext(), by the TV's menu language. The language
+// counts for one look-up at a time: whatever else the process says, such as why a file cannot be
+// opened, stays in the language of its user.
 #include <libintl.h>
 
 #include <algorithm>
 #include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <optional>
 
 #include "serve.h"
 #include "tv_impl.h"
@@ -19,6 +23,10 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kDomain[] = "si-ready";
+constexpr char kLanguage[] = "LANGUAGE";
+
+// Those that answer, best first: "de_DE:de".
+std::string catalogues;
 
 std::string LocaleDir() {
     return DataDir() + "/locale";
@@ -36,6 +44,39 @@ std::string CataloguesOf(const std::string& language) {
     return HasCatalogue(country) || HasCatalogue(base) ? country + ":" + base : "en";
 }
 
+// Makes the calling thread speak the TV's language for as long as this lives.
+class SpeakAsTv {
+  public:
+    SpeakAsTv() {
+        // gettext looks at LANGUAGE in every locale but "C"; C.UTF-8 exists on every system.
+        static const locale_t locale =
+            newlocale(LC_CTYPE_MASK | LC_MESSAGES_MASK, "C.UTF-8", nullptr);
+        former_ = locale != nullptr ? uselocale(locale) : nullptr;
+        if (const char* language = std::getenv(kLanguage)) {
+            formerLanguage_ = language;
+        }
+        setenv(kLanguage, catalogues.c_str(), 1);
+        ++_nl_msg_cat_cntr;
+    }
+    ~SpeakAsTv() {
+        if (formerLanguage_) {
+            setenv(kLanguage, formerLanguage_->c_str(), 1);
+        } else {
+            unsetenv(kLanguage);
+        }
+        ++_nl_msg_cat_cntr;
+        if (former_ != nullptr) {
+            uselocale(former_);
+        }
+    }
+    SpeakAsTv(const SpeakAsTv&) = delete;
+    SpeakAsTv& operator=(const SpeakAsTv&) = delete;
+
+  private:
+    locale_t former_;
+    std::optional<std::string> formerLanguage_;
+};
+
 }  // namespace
 
 std::vector<std::string> Tv::Languages() {
@@ -52,13 +93,9 @@ std::vector<std::string> Tv::Languages() {
 }
 
 void BindTexts(const std::string& language) {
-    // gettext looks at LANGUAGE in every locale but "C"; C.UTF-8 exists on every system.
-    setlocale(LC_CTYPE, "C.UTF-8");
-    setlocale(LC_MESSAGES, "C.UTF-8");
-    setenv("LANGUAGE", CataloguesOf(language).c_str(), 1);
+    catalogues = CataloguesOf(language);
     bindtextdomain(kDomain, LocaleDir().c_str());
     bind_textdomain_codeset(kDomain, "UTF-8");
-    ++_nl_msg_cat_cntr;
 }
 
 std::string Text(const std::string& id) {
@@ -80,3 +117,12 @@ void Tv::SetLanguage(const std::string& language) {
 }
 
 }  // namespace vtv
+
+// The C library's dgettext(), but for the provider's texts.
+extern "C" VTV_EXPORT char* dgettext(const char* domain, const char* id) noexcept {
+    if (domain == nullptr || std::strcmp(domain, vtv::kDomain) != 0 || vtv::catalogues.empty()) {
+        return dcgettext(domain, id, LC_MESSAGES);
+    }
+    const vtv::SpeakAsTv tv;
+    return dcgettext(domain, id, LC_MESSAGES);
+}

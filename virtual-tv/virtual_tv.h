@@ -247,6 +247,7 @@ struct Change {
 // what to write instead, for what the TV would refuse.
 VTV_EXPORT void CheckSettingKey(const std::string& key);
 VTV_EXPORT void CheckOwnerFile(const std::string& path);
+VTV_EXPORT void CheckFeature(const std::string& key, const Value& value);  // of another type
 // An entry of Tv::State(), as snapshots hold them.
 VTV_EXPORT void CheckState(const std::string& name, const Value& value);
 // The applications that can be started on a TV of the model, sorted.
@@ -402,7 +403,7 @@ class VTV_EXPORT Tv {
     void ExportTrace(const std::string& file) const;
 
     // --- Faults; they last until cleared or until a power cycle, in all processes ---
-    void SetFault(const Fault& fault);  // throws kUsage for an unknown function
+    void SetFault(const Fault& fault);  // throws kNoSuch for an unknown function
     bool ClearFault(const std::string& function);
     std::vector<Fault> Faults() const;
 

@@ -1,10 +1,10 @@
 #include "command.h"
 
 #include <cstdio>
-#include <fstream>
 
 #include "explorer/engine/coverage.h"
 #include "explorer/engine/workers.h"
+#include "program/write_file.h"
 
 namespace explorer {
 
@@ -31,11 +31,9 @@ std::vector<const Question*> QuestionsOf(const std::vector<std::string>& names) 
 }
 
 void WriteTextFile(const std::string& file, const std::string& text) {
-    std::ofstream stream(file, std::ios::binary);
-    stream << text;
-    stream.close();
-    if (!stream) {
-        throw CommandError(kExitTrouble, file + ": cannot be written");
+    const std::string problem = program::WriteFile(file, text);
+    if (!problem.empty()) {
+        throw CommandError(kExitTrouble, problem);
     }
 }
 

@@ -23,7 +23,7 @@ void Bind(Function*& function, void* symbol) {
 void CheckSubject(const std::string& file) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error)) {
-        throw SubjectError(file + ": no such file");
+        throw NoSuchFile(file + ": there is no such provider library");
     }
     int ends[2];
     if (pipe(ends) != 0) {

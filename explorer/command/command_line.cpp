@@ -12,6 +12,7 @@
 #include "explorer/sequences/sequences.h"
 #include "explorer/tables/depends.h"
 #include "explorer/tables/table.h"
+#include "program/options.h"
 
 namespace explorer {
 
@@ -69,7 +70,8 @@ void AddCommon(CLI::App& verb, Common& common, bool withProvider = true) {
         verb.add_option("--provider", common.provider, "The provider library")
             ->capture_default_str();
     }
-    verb.add_option("--jobs,-j", common.workers, "Worker processes; 0: one a processor");
+    verb.add_option("--jobs,-j", common.workers, "Worker processes; 0: one a processor")
+        ->check(CLI::NonNegativeNumber);
     verb.add_option_function<double>(
             "--patience", SetPatience,
             "Seconds after which a question without an answer is stopped and reported (20)")
@@ -84,11 +86,19 @@ void AddTable(CLI::App& app, Common& common, std::function<int()>& command) {
     verb->add_option("NAME", options->names,
                      "An item (voice-wake-up), a function, a question (visible:voice) or a kind of "
                      "question (visible); all when none is named");
-    verb->add_flag("--json", common.json, "As JSON");
-    verb->add_flag("--html", common.html, "As one HTML page with a diagram for each rule");
-    verb->add_flag("--markdown", common.markdown, "As Markdown");
-    verb->add_option("--output,-o", options->output, "Write to a file");
-    verb->add_option("--docs", options->docs, "Write a page for each item into a folder");
+    CLI::Option* json = verb->add_flag("--json", common.json, "As JSON");
+    CLI::Option* html =
+        verb->add_flag("--html", common.html, "As one HTML page with a diagram for each rule")
+            ->excludes(json);
+    CLI::Option* markdown = verb->add_flag("--markdown", common.markdown, "As Markdown")
+                                ->excludes(json)
+                                ->excludes(html);
+    CLI::Option* output = verb->add_option("--output,-o", options->output, "Write to a file");
+    verb->add_option("--docs", options->docs, "Write a page for each item into a folder")
+        ->excludes(json)
+        ->excludes(html)
+        ->excludes(markdown)
+        ->excludes(output);
     verb->add_option("--shard", common.shard, "Only part I of N of the questions: I/N");
     AddCommon(*verb, common);
     verb->callback([&common, &command, options] {
@@ -107,13 +117,17 @@ void AddCheck(CLI::App& app, Common& common, std::function<int()>& command) {
     auto options = std::make_shared<CheckOptions>();
     CLI::App* verb = app.add_subcommand("check", "Check what must hold in every state");
     verb->add_option("NAME", options->names, "Invariants; all when none is named");
-    verb->add_flag("--list", options->list, "Only list the invariants");
+    CLI::Option* list = verb->add_flag("--list", options->list, "Only list the invariants");
     verb->add_flag("--json", common.json, "As JSON");
     verb->add_option("--scenarios", options->scenarios,
                      "Folder for the scenario files of what is violated")
         ->capture_default_str();
     verb->add_option("--shard", common.shard, "Only part I of N of the work: I/N");
     AddCommon(*verb, common);
+    for (const char* name :
+         {"--json", "--scenarios", "--shard", "--provider", "--jobs", "--patience", "--quiet"}) {
+        list->excludes(verb->get_option(name));
+    }
     verb->callback([&common, &command, options] {
         command = [&common, options] {
             options->provider = common.provider;
@@ -130,16 +144,17 @@ void AddDiff(CLI::App& app, Common& common, std::function<int()>& command) {
     auto options = std::make_shared<DiffOptions>();
     CLI::App* verb = app.add_subcommand(
         "diff", "Prove that two providers behave alike, or show where they differ");
-    verb->footer("Exit codes: 0 alike, 1 different, 2 trouble.");
+    verb->footer("Exit codes: 0 alike, 1 different, 4 it could not be found out.");
     verb->add_option("A", options->a, "A provider library")->required();
     verb->add_option("B", options->b, "Another one")->required();
     verb->add_option("--only", options->names, "Only these items, functions or questions");
-    verb->add_flag("--no-logs{false}", options->logs,
-                   "Do not compare log messages and trace events");
-    verb->add_flag("--lines", options->lines, "Compare the files and lines of log records as well");
+    CLI::Option* noLogs = verb->add_flag("--no-logs{false}", options->logs,
+                                         "Do not compare log messages and trace events");
+    verb->add_flag("--lines", options->lines, "Compare the files and lines of log records as well")
+        ->excludes(noLogs);
     verb->add_flag("--reads", options->reads, "Compare which inputs are read as well");
-    verb->add_flag("--brief", options->brief, "Only say whether they differ");
-    verb->add_flag("--json", common.json, "As JSON");
+    CLI::Option* brief = verb->add_flag("--brief", options->brief, "Only say whether they differ");
+    verb->add_flag("--json", common.json, "As JSON")->excludes(brief);
     verb->add_option("--scenarios", options->scenarios,
                      "Write a scenario file for each difference into a folder");
     verb->add_option("--shard", common.shard, "Only part I of N of the work: I/N");
@@ -150,12 +165,7 @@ void AddDiff(CLI::App& app, Common& common, std::function<int()>& command) {
             options->workers = common.workers;
             options->progress = !common.quiet;
             options->shard = ParseShard(common.shard);
-            try {
-                return DiffMain(*options);
-            } catch (const std::exception& error) {
-                std::fprintf(stderr, "vtv explore diff: %s\n", error.what());
-                return 2;
-            }
+            return DiffMain(*options);
         };
     });
 }
@@ -164,11 +174,16 @@ void AddDepends(CLI::App& app, Common& common, std::function<int()>& command) {
     auto options = std::make_shared<DependsOptions>();
     CLI::App* verb =
         app.add_subcommand("depends", "Show which keys, features and files an item depends on");
-    verb->add_option("NAME", options->names, "Items, functions or questions; with --reverse keys");
-    verb->add_flag("--reverse", options->reverse, "Show which items depend on a key");
+    CLI::Option* names = verb->add_option("NAME", options->names,
+                                          "Items, functions or questions; with --reverse keys");
+    CLI::Option* reverse =
+        verb->add_flag("--reverse", options->reverse, "Show which items depend on a key");
+    CLI::Option* json = verb->add_flag("--json", common.json, "As JSON");
     verb->add_flag("--source", options->source,
-                   "Write host/core/page_dependencies.cpp: what can change how an item looks");
-    verb->add_flag("--json", common.json, "As JSON");
+                   "Write host/core/page_dependencies.cpp: what can change how an item looks")
+        ->excludes(names)
+        ->excludes(reverse)
+        ->excludes(json);
     AddCommon(*verb, common);
     verb->callback([&common, &command, options] {
         command = [&common, options] {
@@ -189,8 +204,8 @@ void AddImpact(CLI::App& app, Common& common, std::function<int()>& command) {
     verb->add_option("OLD", options->oldFile, "The policy that TVs have, a JSON file")->required();
     verb->add_option("NEW", options->newFile, "The policy that is to be published")->required();
     verb->add_option("--tv", options->models, "TV models, by name or file; all when none is named");
-    verb->add_flag("--json", common.json, "As JSON");
-    verb->add_flag("--html", common.html, "As an HTML page");
+    CLI::Option* json = verb->add_flag("--json", common.json, "As JSON");
+    verb->add_flag("--html", common.html, "As an HTML page")->excludes(json);
     AddCommon(*verb, common);
     verb->callback([&common, &command, options] {
         command = [&common, options] {
@@ -244,6 +259,7 @@ int ExploreMain(int argc, char** argv) {
     AddDepends(app, common, command);
     AddImpact(app, common, command);
     AddSequences(app, common, command);
+    program::RefuseEmptyWords(app);
     const auto report = [&](const std::exception& error, int code) {
         std::fprintf(stderr, "%s: %s\n",
                      app.got_subcommand("impact") ? "vtv impact" : "vtv explore", error.what());
@@ -260,13 +276,22 @@ int ExploreMain(int argc, char** argv) {
                          argv[1]);
             return kExitUsage;
         }
-        return app.exit(error) == 0 ? kExitOk : kExitUsage;
+        if (error.get_exit_code() == 0) {
+            return app.exit(error);  // the help
+        }
+        const std::vector<CLI::App*> verbs = app.get_subcommands();
+        const std::string verb = verbs.empty() ? "" : " " + verbs.front()->get_name();
+        std::fprintf(stderr, "vtv explore%s: %s\nSee: vtv explore%s --help\n", verb.c_str(),
+                     error.what(), verb.c_str());
+        return kExitUsage;
     } catch (const CommandError& error) {
         return report(error, error.Code());
+    } catch (const NoSuchFile& error) {
+        return report(error, kExitNoSuch);
+    } catch (const Unreadable& error) {
+        return report(error, kExitTrouble);
     } catch (const InputError& error) {
         return report(error, kExitUsage);
-    } catch (const SubjectError& error) {
-        return report(error, kExitNoSuch);
     } catch (const std::exception& error) {
         return report(error, kExitTrouble);
     }

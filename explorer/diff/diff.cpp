@@ -19,8 +19,6 @@ namespace explorer {
 
 namespace {
 
-constexpr int TROUBLE = 2;
-
 using Lines = std::vector<std::string>;
 
 // The lines of a record, with what was asked for beside it.
@@ -346,9 +344,9 @@ int Show(const Inputs& inputs, const DiffOptions& options, const Differences& fo
                                                  : "The providers are alike.");
     }
     if (!differences.empty()) {
-        return 1;
+        return kExitNo;
     }
-    return troubles.empty() && !interrupted ? 0 : TROUBLE;
+    return troubles.empty() && !interrupted ? kExitOk : kExitTrouble;
 }
 
 }  // namespace

@@ -17,8 +17,8 @@
 #include "explorer/tv/lazy_tv.h"
 #include "explorer/tv/models.h"
 #include "explorer/tv/policy.h"
+#include "host/core/policy_fault.h"
 #include "look.h"
-#include "policy_fault.h"
 
 namespace explorer {
 
@@ -329,8 +329,8 @@ int ImpactMain(const ImpactOptions& options) {
     CheckSubject(options.provider);
     const Policy before{"old", {oldText}};
     const Policy after{"new", {oldText, newText}};
-    const std::string oldFault = FaultOf(options.oldFile, oldText);
-    const std::string newFault = FaultOf(options.newFile, newText);
+    const std::string oldFault = host::FaultOf(host::JsonText(options.oldFile, oldText));
+    const std::string newFault = host::FaultOf(host::JsonText(options.newFile, newText));
     if (!oldFault.empty()) {
         throw CommandError(kExitUsage, oldFault + ". " + WhatATvDoes(inputs, options, oldText));
     }

@@ -23,12 +23,8 @@ constexpr std::size_t MOST_CRASHES = 100;
 
 std::vector<NewTv> LoadTvs(const Inputs& inputs, const SequencesOptions& options) {
     std::vector<NewTv> tvs;
-    try {
-        for (const TvModel& model : LoadModels(options.models)) {
-            tvs.push_back(LoadNewTv(inputs, model));
-        }
-    } catch (const NoSuchModel& error) {
-        throw CommandError(kExitNoSuch, error.what());
+    for (const TvModel& model : LoadModels(options.models)) {
+        tvs.push_back(LoadNewTv(inputs, model));
     }
     return tvs;
 }

@@ -4,7 +4,9 @@
 #include <toml++/toml.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -267,12 +269,21 @@ int Inputs::CurrentAssistant() const {
 }
 
 std::string ReadTextFile(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream) {
-        throw InputError(file + ": cannot be read");
+    std::error_code error;
+    if (!std::filesystem::exists(file, error)) {
+        throw NoSuchFile(file + ": there is no such file");
     }
+    if (std::filesystem::is_directory(file, error)) {
+        throw InputError(file + ": this is a folder; name a file");
+    }
+    std::ifstream stream(file, std::ios::binary);
     std::ostringstream text;
-    text << stream.rdbuf();
+    if (stream.peek() != std::ifstream::traits_type::eof()) {
+        text << stream.rdbuf();
+    }
+    if (!stream.is_open() || stream.bad()) {
+        throw Unreadable(file + ": cannot be read: " + std::strerror(errno));
+    }
     return text.str();
 }
 
@@ -290,7 +301,7 @@ std::string InputsFile() {
     const fs::path file =
         fs::weakly_canonical(program.parent_path() / "../share/vtv-explorer/inputs.toml", error);
     if (!fs::exists(file, error)) {
-        throw InputError(
+        throw Unreadable(
             file.string() +
             ": is not installed. Install it, or name its folder in VTV_EXPLORER_DATA.");
     }

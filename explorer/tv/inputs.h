@@ -14,6 +14,16 @@ class InputError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
+// A file that somebody named is not there.
+class NoSuchFile : public InputError {
+  public:
+    using InputError::InputError;
+};
+// A file cannot be read, or was not installed.
+class Unreadable : public InputError {
+  public:
+    using InputError::InputError;
+};
 
 // What a platform call answers.
 struct Value {

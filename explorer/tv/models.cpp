@@ -117,7 +117,7 @@ std::vector<TvModel> LoadModels(const std::vector<std::string>& namesOrFiles) {
         const fs::path file =
             fs::is_regular_file(name, error) ? fs::path(name) : ModelFolder() / (name + ".toml");
         if (!fs::exists(file, error)) {
-            throw NoSuchModel("no TV model \"" + name + "\" in " + ModelFolder().string());
+            throw NoSuchFile("no TV model \"" + name + "\" in " + ModelFolder().string());
         }
         files.push_back(file);
     }
@@ -135,7 +135,7 @@ std::vector<TvModel> LoadModels(const std::vector<std::string>& namesOrFiles) {
         models.push_back(LoadModel(file));
     }
     if (models.empty()) {
-        throw InputError("no TV models in " + ModelFolder().string());
+        throw Unreadable("no TV models in " + ModelFolder().string());
     }
     return models;
 }

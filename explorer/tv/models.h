@@ -10,12 +10,6 @@
 
 namespace explorer {
 
-// A model that is neither known nor a file.
-class NoSuchModel : public InputError {
-  public:
-    using InputError::InputError;
-};
-
 struct TvModel {
     std::string name;
     std::string file;
@@ -24,7 +18,7 @@ struct TvModel {
     std::map<std::string, Value> settings;  // that it comes with, but for JSON documents
 };
 
-// The named ones, or all that come with the virtual TV. Throws NoSuchModel and
+// The named ones, or all that come with the virtual TV. Throws NoSuchFile and
 // InputError.
 std::vector<TvModel> LoadModels(const std::vector<std::string>& namesOrFiles);
 // The model's value of every feature input; a feature that the model does not have fails with -22.

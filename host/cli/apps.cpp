@@ -83,9 +83,11 @@ void AddMode(CLI::App& verb, Common& common) {
     CLI::App* app = AddVerb(
         verb, common, "mode", "Look at what starting an application does, or change it",
         "  vtv app mode auto              applications finish by themselves", kTv | kRecord);
-    app->add_option("MODE", *mode,
-                    "process (they wait to be finished), auto (they finish by themselves), record "
-                    "(only note it)");
+    CLI::Option* given = app->add_option(
+        "MODE", *mode,
+        "process (they wait to be finished), auto (they finish by themselves), record (only note "
+        "it)");
+    PrintsWithout(*app, {given});
     app->callback([&common, mode] {
         vtv::Tv tv(TvDir(common));
         if (mode->empty()) {

@@ -4,18 +4,23 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 
 #include "help.h"
 #include "host/core/similar_items.h"
+#include "program/standard_output.h"
+#include "program/write_file.h"
 
 namespace fs = std::filesystem;
 
@@ -33,14 +38,36 @@ fs::path ProgramDir() {
 
 volatile sig_atomic_t interrupted = 0;
 
+void RequireOutput() {
+    if (program::IsOutputLost()) {
+        throw OutputLost();
+    }
+}
+
 void OnSignal(int) {
     interrupted = 1;
 }
 
 }  // namespace
 
+bool IsGivenBefore(const CLI::App& verb, const std::string& option) {
+    for (const CLI::App* above = verb.get_parent(); above != nullptr; above = above->get_parent()) {
+        const CLI::Option* same = above->get_option_no_throw(option);
+        if (same != nullptr && same->count() > 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 CLI::Option* AddProviderOption(CLI::App& verb, Common& common, const std::string& help) {
-    const auto exists = [](const std::string& file) {
+    const auto exists = [&verb](const std::string& file) {
+        if (IsGivenBefore(verb, "--provider")) {
+            return std::string("is given twice");
+        }
+        if (file.empty()) {
+            return std::string("is empty");
+        }
         std::error_code ignored;
         if (!fs::exists(file, ignored)) {
             throw host::ProviderError(host::ProviderError::Kind::kNoSuchFile,
@@ -61,8 +88,17 @@ CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const 
         verb->add_option("--tv", common.tv,
                          "The TV: its folder, or its name as vtv list shows it [default: $VTV_TV, "
                          "else the TV \"default\", made at first use]")
+            ->check([verb](const std::string&) {
+                return IsGivenBefore(*verb, "--tv") ? "is given twice" : "";
+            })
             ->type_name("TV")
             ->group(kCommonOptions);
+    } else {
+        verb->preparse_callback([verb](size_t) {
+            if (IsGivenBefore(*verb, "--tv")) {
+                throw CLI::ValidationError("--tv", "has no effect here");
+            }
+        });
     }
     CLI::Option* provider = AddProviderOption(
         *verb, common,
@@ -84,6 +120,23 @@ CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const 
         verb->footer("Examples:\n" + examples);
     }
     return verb;
+}
+
+void PrintsWithout(CLI::App& verb, const std::vector<CLI::Option*>& changing) {
+    CLI::Option* json = verb.get_option_no_throw("--json");
+    for (CLI::Option* option : changing) {
+        if (json != nullptr) {
+            json->excludes(option);
+        }
+    }
+    if (CLI::Option* record = verb.get_option_no_throw("--record")) {
+        record->check([changing](const std::string&) {
+            const bool changes =
+                std::any_of(changing.begin(), changing.end(),
+                            [](const CLI::Option* option) { return option->count() > 0; });
+            return changes ? "" : "there is nothing to record: nothing is changed";
+        });
+    }
 }
 
 std::string TvPath(const std::string& nameOrDir) {
@@ -211,6 +264,7 @@ bool ParseSwitch(const std::string& text) {
 }
 
 bool WaitForTv(const vtv::Tv& tv) {
+    RequireOutput();
     // The signals are let in only while waiting, so that none is lost between the test and the
     // wait.
     sigset_t blocked;
@@ -223,11 +277,13 @@ bool WaitForTv(const vtv::Tv& tv) {
     action.sa_handler = OnSignal;
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
-    pollfd descriptor = {tv.EventFd(), POLLIN, 0};
+    // Whoever waits shows what comes; a pipe without a reader wakes it up as well.
+    pollfd sources[2] = {{tv.EventFd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
     if (interrupted == 0) {
-        ppoll(&descriptor, 1, nullptr, &old);
+        ppoll(sources, 2, nullptr, &old);
     }
     sigprocmask(SIG_SETMASK, &old, nullptr);
+    RequireOutput();
     return interrupted == 0;
 }
 
@@ -254,60 +310,42 @@ Json::Value ToJson(const vtv::Value& value) {
     return std::visit([](const auto& v) { return Json::Value(v); }, value);
 }
 
-vtv::Value FromJson(const Json::Value& value, const std::string& where) {
-    if (value.isBool()) {
-        return value.asBool();
-    }
-    if (value.isInt()) {
-        return value.asInt();
-    }
-    if (value.isString()) {
-        return value.asString();
-    }
-    throw vtv::Error(vtv::ErrorKind::kUsage,
-                     where + ": a value is true, false, a whole number or a text, in quotes.");
-}
-
 std::string ReadFile(const std::string& file) {
     std::ostringstream text;
     if (file == "-") {
-        text << std::cin.rdbuf();
+        std::copy(std::istreambuf_iterator<char>(std::cin), {},
+                  std::ostreambuf_iterator<char>(text));
+        if (std::ferror(stdin) != 0) {
+            throw vtv::Error(
+                vtv::ErrorKind::kPlatform,
+                std::string("the standard input cannot be read: ") + std::strerror(errno));
+        }
         return text.str();
     }
     if (fs::is_directory(file)) {
         throw vtv::Error(vtv::ErrorKind::kUsage, file + ": this is a folder; name a file.");
     }
     std::ifstream stream(file, std::ios::binary);
-    if (!stream) {
-        throw vtv::Error(vtv::ErrorKind::kNoSuch,
+    if (stream && stream.peek() != std::ifstream::traits_type::eof()) {
+        text << stream.rdbuf();
+    }
+    if (!stream.is_open() || stream.bad()) {
+        const bool isMissing = errno == ENOENT || errno == ENOTDIR;
+        throw vtv::Error(isMissing ? vtv::ErrorKind::kNoSuch : vtv::ErrorKind::kPlatform,
                          file + ": cannot be read: " + std::strerror(errno));
     }
-    text << stream.rdbuf();
     return text.str();
 }
 
-Json::Value ReadJsonFile(const std::string& file) {
-    return ParseJsonText(ReadFile(file), file);
+void WriteFile(const std::string& file, const std::string& text) {
+    const std::string problem = program::WriteFile(file, text);
+    if (!problem.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kPlatform, problem);
+    }
 }
 
-Json::Value ParseJsonText(const std::string& text, const std::string& file) {
-    Json::CharReaderBuilder builder;
-    builder["collectComments"] = false;
-    builder["failIfExtra"] = true;
-    Json::Value value;
-    std::string errors;
-    try {
-        std::istringstream stream(text);
-        if (Json::parseFromStream(builder, stream, &value, &errors)) {
-            return value;
-        }
-    } catch (const Json::Exception& error) {
-        errors = error.what();
-    }
-    while (!errors.empty() && (errors.back() == '\n' || errors.back() == ' ')) {
-        errors.pop_back();
-    }
-    throw vtv::Error(vtv::ErrorKind::kUsage, file + ": is not JSON: " + errors);
+host::JsonText ReadJsonFile(const std::string& file) {
+    return {file, ReadFile(file)};
 }
 
 std::string Paint(Look look, const std::string& text) {

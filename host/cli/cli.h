@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "host/core/json_text.h"
 #include "host/core/page.h"
 #include "host/core/provider.h"
 #include "host/core/recording.h"
@@ -30,6 +31,9 @@ class Refusal : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// What a verb goes on printing reaches nobody. The end of main() tells why.
+class OutputLost {};
+
 // The options that every verb takes.
 struct Common {
     std::string tv;        // a folder, or the name of a TV in vtv::HomeDir(); empty: the default TV
@@ -39,14 +43,21 @@ struct Common {
     int exitCode = kOk;  // what a verb wants to end with
 };
 
-// Which of the options a verb makes use of. Every verb accepts --provider; only those that ask the
-// page load it and show it in their help.
+// Which of the options a verb makes use of. Every verb accepts --provider, so that an alias can
+// carry it; only those that ask the page load it and show it in their help. A --tv before a verb
+// that has no use for it is refused.
 enum Takes : unsigned { kTv = 1, kProvider = 2, kJson = 4, kRecord = 8 };
+// Whether an option was given to the program, or to a group of verbs, before this verb.
+bool IsGivenBefore(const CLI::App& verb, const std::string& option);
 // --provider FILE; a file that is not there ends the program at once.
 CLI::Option* AddProviderOption(CLI::App& verb, Common& common, const std::string& help);
 // Adds a verb with its help. `examples` is shown below the options.
 CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const std::string& does,
                   const std::string& examples, unsigned takes);
+
+// For a verb that prints, unless one of these is given: then it changes something. --json belongs
+// to the one, --record to the other.
+void PrintsWithout(CLI::App& verb, const std::vector<CLI::Option*>& changing);
 
 // The folder of the TV that --tv names: made from the default model when none is named and there is
 // none yet. Throws kNoSuch.
@@ -97,18 +108,17 @@ const host::Item& RequireItem(const std::string& nameOrKey);
 bool ParseSwitch(const std::string& text);  // on, off; throws kUsage
 
 // Waits until the TV has something to tell, or until SIGINT or SIGTERM; false for the latter.
+// Throws OutputLost.
 bool WaitForTv(const vtv::Tv& tv);
 
 void PrintJson(const Json::Value& value);
 // One line; for streams of documents.
 void PrintJsonLine(const Json::Value& value);
 Json::Value ToJson(const vtv::Value& value);
-// Throws kUsage for what is neither a boolean, an integer nor a string; where says what it is.
-vtv::Value FromJson(const Json::Value& value, const std::string& where);
-Json::Value ReadJsonFile(const std::string& file);
-// Throws kUsage with the file's name.
-Json::Value ParseJsonText(const std::string& text, const std::string& file);
 std::string ReadFile(const std::string& file);  // "-" is the standard input
+host::JsonText ReadJsonFile(const std::string& file);
+// The whole file or none of it.
+void WriteFile(const std::string& file, const std::string& text);
 
 // Words in colour where the standard output is a terminal and NO_COLOR is not set.
 enum class Look { kPlain, kBold, kDim, kGood, kBad, kNote };

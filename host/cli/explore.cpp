@@ -73,6 +73,10 @@ void Explore(const Common& common, const CLI::App& verb, const std::string& expl
     if (!exploration.empty()) {
         words.insert(words.begin(), exploration);
     }
+    if (!common.provider.empty() && words.front() == "diff") {
+        throw vtv::Error(vtv::ErrorKind::kUsage,
+                         "vtv explore diff: --provider has no effect here: name both providers.");
+    }
     BecomeExplorer(common, words);
 }
 
@@ -136,11 +140,12 @@ void AddExplore(CLI::App& app, Common& common) {
         ->type_name("MODEL")
         ->take_all()
         ->expected(1);
-    impact->add_flag("--json", comparing->json, "Print JSON for programs");
-    impact->add_flag("--html", comparing->html, "Print an HTML page");
+    CLI::Option* json = impact->add_flag("--json", comparing->json, "Print JSON for programs");
+    impact->add_flag("--html", comparing->html, "Print an HTML page")->excludes(json);
     impact->add_flag("--quiet,-q", comparing->quiet, "No progress and no rate");
     impact->add_option("--jobs,-j", comparing->jobs, "Worker processes; 0: one a processor")
-        ->type_name("N");
+        ->type_name("N")
+        ->check(WholeNumber(0));
     impact->callback([&common, comparing] { Impact(common, *comparing); });
 }
 

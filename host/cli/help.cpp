@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <fstream>
 #include <sstream>
 
+#include "program/write_file.h"
 #include "text_width.h"
 #include "virtual-tv/virtual_tv.h"
 
@@ -224,8 +224,8 @@ std::string ManPage(const CLI::App& verb) {
 }  // namespace
 
 std::string ExitCodes() {
-    return "0 done, 1 the answer is no, 2 wrong usage, 3 no such key, item or TV, "
-           "4 the platform failed.";
+    return "0 done, 1 the answer is no, 2 wrong usage or a wrong file, 3 no such thing, "
+           "4 it could not be done, or its output not be written.";
 }
 
 std::string FullName(const CLI::App& verb) {
@@ -276,11 +276,9 @@ std::string HelpFormatter::make_help(const CLI::App* verb, std::string /*name*/,
 
 void WriteManPages(const CLI::App& app, const std::string& folder) {
     const std::string file = folder + "/" + PageName(app) + ".1";
-    std::ofstream stream(file);
-    stream << ManPage(app);
-    stream.close();
-    if (!stream) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform, file + ": cannot be written.");
+    const std::string problem = program::WriteFile(file, ManPage(app));
+    if (!problem.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kPlatform, problem);
     }
     for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
         WriteManPages(*verb, folder);

@@ -1,8 +1,9 @@
 // vtv: a virtual TV's Voice page on the command line.
-#include <csignal>
 #include <iostream>
 
 #include "help.h"
+#include "program/options.h"
+#include "program/standard_output.h"
 #include "verbs.h"
 
 namespace cli {
@@ -87,7 +88,7 @@ int Run(int argc, char** argv) {
     app.footer(kExamples + ExitCodes());
     app.formatter(std::make_shared<HelpFormatter>());
     // Before the verb they hold for any verb, so that a shell alias can carry them.
-    app.add_option("--tv", common.tv, "The TV, for every verb")->type_name("TV");
+    app.add_option("--tv", common.tv, "The TV, for every verb that is about one")->type_name("TV");
     AddProviderOption(app, common, "The provider library, for every verb")->group("Options");
     AddShow(app, common);
     AddPressVerbs(app, common);
@@ -110,6 +111,8 @@ int Run(int argc, char** argv) {
         }
     }
 
+    program::RefuseEmptyWords(app);
+
     if (argc == 1) {
         std::cout << app.help();
         return kUsage;
@@ -124,12 +127,13 @@ int Run(int argc, char** argv) {
             return kOk;
         }
         app.parse(argc, argv);
-        std::cout.flush();
         return common.exitCode;
     } catch (const CLI::Success& done) {
         return app.exit(done);
     } catch (const CLI::ParseError& error) {
         return ReportUsage(app, error);
+    } catch (const OutputLost&) {
+        return kPlatform;
     } catch (const Refusal& refusal) {
         return Report(refusal.what(), kNo);
     } catch (const vtv::Error& error) {
@@ -146,6 +150,6 @@ int Run(int argc, char** argv) {
 }  // namespace cli
 
 int main(int argc, char** argv) {
-    std::signal(SIGPIPE, SIG_DFL);
-    return cli::Run(argc, argv);
+    program::Begin();
+    return program::End("vtv", cli::Run(argc, argv));
 }

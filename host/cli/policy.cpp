@@ -1,53 +1,19 @@
 // vtv policy: the list of assistants that the TV is told to offer.
-#include <algorithm>
 #include <iostream>
 #include <memory>
 
 #include "host/core/known_settings.h"
+#include "host/core/policy_fault.h"
 #include "verbs.h"
 
 namespace cli {
 
 namespace {
 
+// As a TV reads it, which takes more than JSON.
 Json::Value Parse(const std::string& text) {
     Json::Value policy;
     return Json::Reader().parse(text, policy) ? policy : Json::Value();
-}
-
-// What a policy's owner wants to hear of before a TV does.
-std::string ProblemOf(const Json::Value& policy) {
-    if (!policy.isArray()) {
-        return "a policy is a list: [{\"VAOrder\": 1, \"VAId\": \"ORVIK2\", ...}, ...].";
-    }
-    std::vector<int> orders;
-    for (Json::ArrayIndex i = 0; i < policy.size(); ++i) {
-        const Json::Value& assistant = policy[i];
-        const std::string where = "assistant " + std::to_string(i + 1) + ": ";
-        if (!assistant.isObject()) {
-            return where + "is no object.";
-        }
-        if (!assistant["VAOrder"].isInt()) {
-            return where + "VAOrder must be a whole number.";
-        }
-        for (const char* name : {"VAId", "VAAppId", "VAName"}) {
-            if (!assistant[name].isString()) {
-                return where + name + " must be a text.";
-            }
-        }
-        if (!assistant["VAFFSupport"].isBool()) {
-            return where + "VAFFSupport must be true or false.";
-        }
-        orders.push_back(assistant["VAOrder"].asInt());
-    }
-    std::sort(orders.begin(), orders.end());
-    for (size_t i = 0; i < orders.size(); ++i) {
-        if (orders[i] != static_cast<int>(i) + 1) {
-            return "VAOrder must number the " + std::to_string(orders.size()) +
-                   " assistants 1 to " + std::to_string(orders.size()) + ", each once.";
-        }
-    }
-    return "";
 }
 
 void Show(const Common& common) {
@@ -63,7 +29,8 @@ void Show(const Common& common) {
         PrintJson(policy);
         return;
     }
-    const std::string problem = ProblemOf(policy);
+    const std::string problem =
+        host::FaultOf(host::JsonText(host::kPolicyKey, vtv::ToText(*value)));
     if (!policy.isArray()) {
         std::cout << vtv::ToText(*value) << '\n';
     } else if (policy.empty()) {
@@ -99,10 +66,10 @@ void Publish(const Common& common, const PublishOptions& options) {
         text.pop_back();
     }
     if (!options.force) {
-        const std::string problem = ProblemOf(ParseJsonText(text, options.file));
+        const std::string problem = host::FaultOf(host::JsonText(options.file, text));
         if (!problem.empty()) {
-            throw Refusal(options.file + ": " + problem +
-                          " To see what the TV makes of it, add --force.");
+            throw vtv::Error(vtv::ErrorKind::kUsage,
+                             problem + ". To see what the TV makes of it, add --force.");
         }
     }
     vtv::Tv tv(TvDir(common));

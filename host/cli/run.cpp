@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
 
@@ -139,15 +138,6 @@ host::ScenarioResult Play(const host::Scenario& scenario, const std::string& pro
     return result;
 }
 
-void WriteJUnit(const std::string& file, const std::vector<host::ScenarioResult>& results) {
-    std::ofstream stream(file);
-    stream << JUnit(results);
-    stream.close();
-    if (!stream) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform, file + ": cannot be written.");
-    }
-}
-
 void Run(Common& common, const RunOptions& options) {
     const std::vector<host::Scenario> scenarios = Read(options.files);
     if (options.check) {
@@ -174,7 +164,7 @@ void Run(Common& common, const RunOptions& options) {
         PrintProblems(result.problems);
     }
     if (!options.junit.empty()) {
-        WriteJUnit(options.junit, results);
+        WriteFile(options.junit, JUnit(results));
     }
     if (common.json) {
         PrintJson(json);
@@ -200,7 +190,8 @@ void AddRun(CLI::App& app, Common& common) {
                 kProvider | kJson);
     verb->add_option("FILE", options->files, "Scenarios (TOML), or folders of them")->required();
     CLI::Option* check =
-        verb->add_flag("--check", options->check, "Check the scenarios whole, and play none");
+        verb->add_flag("--check", options->check, "Check the scenarios whole, and play none")
+            ->excludes(verb->get_option("--provider"));
     verb->add_option("--junit", options->junit, "Write the results as JUnit XML")
         ->type_name("FILE")
         ->excludes(check);

@@ -179,7 +179,7 @@ void AddWatch(CLI::App& app, Common& common) {
     verb->add_option("KEY", options->keys, "Settings keys; all of them when none is named");
     verb->add_option("--count", options->count, "End after so many writes")
         ->type_name("N")
-        ->check(WholeNumber(0));
+        ->check(WholeNumber(1));
     verb->callback([&common, options] { Watch(common, *options); });
 }
 

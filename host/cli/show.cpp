@@ -68,7 +68,12 @@ void Print(const Session& session, const host::Page& page, const ShowOptions& op
 // On a terminal the picture is drawn anew; in a pipe each difference is a line.
 void PrintChanges(const Session& session, const host::Page& before, const host::Page& page,
                   const ShowOptions& options, bool json) {
-    const std::vector<host::PageChange> changes = host::ComparePages(before, page);
+    std::vector<host::PageChange> changes = host::ComparePages(before, page);
+    if (!options.item.empty()) {
+        const host::Item& item = RequireItem(options.item);
+        std::erase_if(changes,
+                      [&](const host::PageChange& change) { return change.item != &item; });
+    }
     if (changes.empty()) {
         return;
     }
@@ -102,10 +107,12 @@ void Watch(Session& session, host::Page page, const ShowOptions& options, bool j
 }
 
 void Show(Common& common, const ShowOptions& options) {
+    const host::Item* item = options.item.empty() ? nullptr : &RequireItem(options.item);
     Session session(common);
     const host::Page page = host::LookAtPage(session.provider);
     if (options.watch && common.json) {
-        PrintJsonLine(ToJson(page, session.provider, session.tv));
+        PrintJsonLine(item == nullptr ? ToJson(page, session.provider, session.tv)
+                                      : ToJson(page[item->name], page.IsReachable(*item)));
     } else {
         Print(session, page, options, common.json);
     }
@@ -126,8 +133,10 @@ void AddShow(CLI::App& app, Common& common) {
                 "  vtv show --tv kitchen --watch  follow it while something else changes it\n"
                 "  vtv show --json | jq '.items[] | select(.visible) | .title'",
                 kTv | kProvider | kJson);
-    verb->add_option("ITEM", options->item, "Only this item, with its details");
-    verb->add_flag("--all", options->all, "Hidden items, too");
+    CLI::Option* item = verb->add_option("ITEM", options->item, "Only this item, with its details");
+    verb->add_flag("--all", options->all, "Hidden items, too; JSON always has them")
+        ->excludes(item)
+        ->excludes(verb->get_option("--json"));
     verb->add_flag("--watch", options->watch,
                    "Stay, and show each change as it happens; ends with Ctrl-C");
     verb->callback([&common, options] { Show(common, *options); });

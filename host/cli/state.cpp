@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <regex>
 
 #include "verbs.h"
 
@@ -67,6 +68,7 @@ void ListFeatures(const Common& common) {
 struct FeatureOptions {
     std::string name;
     std::string value;
+    bool hasValue = false;
     bool missing = false;
     bool reset = false;
 };
@@ -90,6 +92,10 @@ void Feature(const Common& common, const FeatureOptions& options) {
     vtv::Tv tv(TvDir(common));
     const std::string key = FeatureKeyOf(options.name);
     if (options.reset) {
+        if (FindKnownFeature(key) == nullptr && tv.GetModel().features.count(key) == 0 &&
+            !tv.Feature(key)) {
+            throw vtv::Error(vtv::ErrorKind::kNoSuch, key + ": the TV has no such feature.");
+        }
         Recorder recorder(common, tv, {{"feature-reset", key}});
         tv.ResetFeature(key);
         recorder.Done();
@@ -100,7 +106,7 @@ void Feature(const Common& common, const FeatureOptions& options) {
         Recorder recorder(common, tv, {{"feature-missing", key}});
         tv.SetFeature(key, std::nullopt);
         recorder.Done();
-    } else if (!options.value.empty()) {
+    } else if (options.hasValue) {
         const vtv::Value value = ParseFeature(tv, key, options.value);
         Recorder recorder(common, tv,
                           {{"feature", std::map<std::string, vtv::Value>{{key, value}}}});
@@ -132,16 +138,22 @@ void AddFeature(CLI::App& app, Common& common) {
                 "  vtv feature voice.voice_recognition_orvik_support --missing\n"
                 "  vtv feature recorder.microphone_type --reset",
                 kTv | kJson | kRecord);
-    verb->add_option("FEATURE", options->name,
-                     "A feature key, with or without com.vantelo/featureconf/");
+    CLI::Option* feature = verb->add_option(
+        "FEATURE", options->name, "A feature key, with or without com.vantelo/featureconf/");
     CLI::Option* value = verb->add_option("VALUE", options->value, "The value to try");
     CLI::Option* missing =
         verb->add_flag("--missing", options->missing, "Let the TV lack the feature")
+            ->needs(feature)
             ->excludes(value);
-    verb->add_flag("--reset", options->reset, "Back to the model's value")
-        ->excludes(value)
-        ->excludes(missing);
-    verb->callback([&common, options] { Feature(common, *options); });
+    CLI::Option* reset = verb->add_flag("--reset", options->reset, "Back to the model's value")
+                             ->needs(feature)
+                             ->excludes(value)
+                             ->excludes(missing);
+    PrintsWithout(*verb, {value, missing, reset});
+    verb->callback([&common, options, value] {
+        options->hasValue = value->count() > 0;
+        Feature(common, *options);
+    });
 }
 
 // A verb that prints what is without an argument and changes it with one.
@@ -155,11 +167,12 @@ void AddState(CLI::App& app, Common& common, const char* name, const char* does,
               StateVerb change) {
     const auto value = std::make_shared<std::string>();
     CLI::App* verb = AddVerb(app, common, name, does, examples, kTv | kJson | kRecord);
-    verb->add_option("VALUE", *value, takes);
-    verb->callback([&common, value, print = std::move(print), parse = std::move(parse),
+    CLI::Option* given = verb->add_option("VALUE", *value, takes);
+    PrintsWithout(*verb, {given});
+    verb->callback([&common, value, given, print = std::move(print), parse = std::move(parse),
                     change = std::move(change), name] {
         vtv::Tv tv(TvDir(common));
-        if (!value->empty()) {
+        if (given->count() > 0) {
             const std::string wanted = parse(*value);
             Recorder recorder(common, tv, {{name, wanted}});
             change(tv, wanted);
@@ -172,6 +185,16 @@ void AddState(CLI::App& app, Common& common, const char* name, const char* does,
             std::cout << print(tv) << '\n';
         }
     });
+}
+
+// "de", "de_AT", "zh_CN.UTF-8", ...
+std::string ParseLanguage(const std::string& name) {
+    static const std::regex form("[a-z]{2,3}(_[A-Z]{2})?([.@][A-Za-z0-9.@-]+)?");
+    if (!std::regex_match(name, form)) {
+        throw vtv::Error(name.empty() ? vtv::ErrorKind::kUsage : vtv::ErrorKind::kNoSuch,
+                         "There is no language \"" + name + "\": write a locale, such as ko_KR.");
+    }
+    return name;
 }
 
 void SetLanguage(vtv::Tv& tv, const std::string& language) {
@@ -211,13 +234,14 @@ void AddConsent(CLI::App& app, Common& common) {
                 "  vtv consent tnc off",
                 kTv | kJson | kRecord);
     verb->add_option("CONSENT", options->item, "tnc (terms and conditions) or pp (privacy policy)");
-    verb->add_option("VALUE", options->value, "on or off");
+    CLI::Option* value = verb->add_option("VALUE", options->value, "on or off");
+    PrintsWithout(*verb, {value});
     verb->callback([&common, options] {
-        vtv::Tv tv(TvDir(common));
         if (!options->item.empty() && options->value.empty()) {
             throw vtv::Error(vtv::ErrorKind::kUsage,
                              "vtv consent " + options->item + ": add on or off.");
         }
+        vtv::Tv tv(TvDir(common));
         if (!options->item.empty()) {
             const bool isAgreed = ParseSwitch(options->value);
             Recorder recorder(
@@ -269,13 +293,14 @@ void AddFile(CLI::App& app, Common& common) {
                              kTv | kJson | kRecord);
     verb->add_option("PATH", options->path, "A path below /home/owner");
     CLI::Option* add = verb->add_flag("--add", options->add, "Make the file");
-    verb->add_flag("--remove", options->remove, "Remove it")->excludes(add);
+    CLI::Option* remove = verb->add_flag("--remove", options->remove, "Remove it")->excludes(add);
+    PrintsWithout(*verb, {add, remove});
     verb->callback([&common, options] {
-        vtv::Tv tv(TvDir(common));
         if ((options->add || options->remove) == options->path.empty()) {
             throw vtv::Error(vtv::ErrorKind::kUsage,
                              "vtv file: write a path and --add or --remove, or neither.");
         }
+        vtv::Tv tv(TvDir(common));
         if (options->add) {
             Recorder recorder(common, tv, {{"file-add", options->path}});
             tv.AddOwnerFile(options->path);
@@ -308,8 +333,8 @@ void AddStateVerbs(CLI::App& app, Common& common) {
     AddFeature(app, common);
     AddState(
         app, common, "language", "Look at the menu language, or change it", "  vtv language de_DE",
-        "A locale, such as ko_KR", [](vtv::Tv& tv) { return tv.Language(); },
-        [](const std::string& value) { return value; }, SetLanguage);
+        "A locale, such as ko_KR", [](vtv::Tv& tv) { return tv.Language(); }, ParseLanguage,
+        SetLanguage);
     AddState(
         app, common, "voice-guide", "Look at the voice guide, or switch it", "  vtv voice-guide on",
         "on or off", [](vtv::Tv& tv) { return std::string(tv.VoiceGuide() ? "on" : "off"); },

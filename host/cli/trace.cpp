@@ -71,9 +71,11 @@ void AddTraceVerb(CLI::App& app, Common& common) {
         verb->add_option("--export", options->file, "Write a file for a trace viewer")
             ->type_name("FILE")
             ->excludes(onOff);
-    verb->add_flag("--clear", options->clear, "Forget what was recorded")
-        ->excludes(onOff)
-        ->excludes(file);
+    CLI::Option* clear = verb->add_flag("--clear", options->clear, "Forget what was recorded")
+                             ->excludes(onOff)
+                             ->excludes(file);
+    PrintsWithout(*verb, {onOff, clear});
+    verb->get_option("--json")->excludes(file);
     verb->callback([&common, options] { Trace(common, *options); });
 }
 
@@ -175,21 +177,35 @@ void AddFaultVerb(CLI::App& app, Common& common) {
                              "  vtv fault --clear                        all of them\n"
                              "  vtv fault --functions                    what can be made to fail",
                              kTv | kJson | kRecord);
-    verb->add_option("FUNCTION", options->function, "A platform call");
+    CLI::Option* function = verb->add_option("FUNCTION", options->function, "A platform call");
     CLI::Option* always =
-        verb->add_flag("--always", options->always, "Every call from now on, not only the next");
+        verb->add_flag("--always", options->always, "Every call from now on, not only the next")
+            ->needs(function);
     CLI::Option* slow =
         verb->add_option("--slow", options->slow, "Delay each call by so many milliseconds")
             ->type_name("MS")
             ->check(WholeNumber(1))
+            ->needs(function)
             ->excludes(always);
-    verb->add_option("--result", options->result, "What a failing call returns")
-        ->type_name("N")
-        ->check(WholeNumber(INT_MIN))
-        ->capture_default_str()
-        ->excludes(slow);
-    verb->add_flag("--clear", options->clear, "Forget the fault");
-    verb->add_flag("--functions", options->functions, "List the calls that can be made to fail");
+    CLI::Option* result =
+        verb->add_option("--result", options->result, "What a failing call returns")
+            ->type_name("N")
+            ->check(WholeNumber(INT_MIN))
+            ->capture_default_str()
+            ->needs(function)
+            ->excludes(slow);
+    CLI::Option* clear = verb->add_flag("--clear", options->clear,
+                                        "Forget the fault; all of them without a FUNCTION")
+                             ->excludes(always)
+                             ->excludes(slow)
+                             ->excludes(result);
+    CLI::Option* functions =
+        verb->add_flag("--functions", options->functions, "List the calls that can be made to fail")
+            ->excludes(function)
+            ->excludes(clear)
+            ->excludes(verb->get_option("--tv"));
+    PrintsWithout(*verb, {function, clear});
+    verb->get_option("--json")->excludes(functions);
     verb->callback([&common, options] { Fault(common, *options); });
 }
 

@@ -1,11 +1,9 @@
 // vtv dump, load, import, snapshot, restore, diff: whole TVs in and out of files.
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
 
@@ -18,19 +16,6 @@ namespace fs = std::filesystem;
 namespace cli {
 
 namespace {
-
-// The whole file or none of it.
-void WriteFile(const std::string& file, const std::string& text) {
-    const std::string temporary = file + ".new-" + std::to_string(getpid());
-    std::ofstream stream(temporary, std::ios::binary);
-    stream << text;
-    stream.close();
-    if (!stream || rename(temporary.c_str(), file.c_str()) != 0) {
-        const std::string reason = std::strerror(errno);
-        unlink(temporary.c_str());
-        throw vtv::Error(vtv::ErrorKind::kPlatform, file + ": cannot be written: " + reason);
-    }
-}
 
 void WriteJsonTo(const std::string& file, const Json::Value& json) {
     if (file.empty() || file == "-") {
@@ -56,19 +41,19 @@ void AddOut(CLI::App& app, Common& common, const char* name, const char* does, c
 }
 
 void AddIn(CLI::App& app, Common& common, const char* name, const char* does, const char* examples,
-           void (*put)(const Json::Value& json, const std::string& file, vtv::Tv& tv)) {
+           void (*put)(const host::JsonText& document, const std::string& file, vtv::Tv& tv)) {
     const auto file = std::make_shared<std::string>();
     CLI::App* verb = AddVerb(app, common, name, does, examples, kTv);
     verb->add_option("FILE", *file, "A JSON file; - is the standard input")->required();
     verb->callback([&common, file, put] {
-        const Json::Value json = ReadJsonFile(*file);
+        const host::JsonText document = ReadJsonFile(*file);
         vtv::Tv tv(TvDir(common));
-        put(json, *file, tv);
+        put(document, *file, tv);
     });
 }
 
-void Load(const Json::Value& json, const std::string& file, vtv::Tv& tv) {
-    const host::Dump dump = host::ParseDump(json, file);
+void Load(const host::JsonText& document, const std::string& file, vtv::Tv& tv) {
+    const host::Dump dump = host::ParseDump(document);
     host::PutDump(dump, tv);
     if (dump.packages && !dump.packages->empty()) {
         std::cerr << "vtv: the packages of " << file
@@ -83,7 +68,7 @@ struct ImportOptions {
 };
 
 void Import(const ImportOptions& options) {
-    const host::Dump dump = host::ParseDump(ReadJsonFile(options.file), options.file);
+    const host::Dump dump = host::ParseDump(ReadJsonFile(options.file));
     const std::string dir = TvPath(options.name);
     if (vtv::Tv::IsTv(dir)) {
         throw Refusal(dir + ": there is a TV already. To change it: vtv load " + options.file +
@@ -188,8 +173,8 @@ void AddTransferVerbs(CLI::App& app, Common& common) {
            "  vtv snapshot before.json\n  vtv restore before.json",
            [](const vtv::Tv& tv) { return host::ToJson(tv.TakeSnapshot()); });
     AddIn(app, common, "restore", "Bring a TV back to a snapshot", "  vtv restore before.json",
-          [](const Json::Value& json, const std::string& file, vtv::Tv& tv) {
-              tv.Restore(host::ParseSnapshot(json, file));
+          [](const host::JsonText& document, const std::string& /*file*/, vtv::Tv& tv) {
+              tv.Restore(host::ParseSnapshot(document));
           });
     AddDiff(app, common);
 }

@@ -32,9 +32,6 @@ void AddNew(CLI::App& app, Common& common) {
         ->type_name("MODEL")
         ->capture_default_str();
     verb->callback([&common, options] {
-        if (options->name.empty()) {
-            throw vtv::Error(vtv::ErrorKind::kUsage, "vtv new: the name is empty.");
-        }
         const std::string dir = TvPath(options->name);
         if (vtv::Tv::IsTv(dir)) {
             throw Refusal(dir + ": there is a TV already.");

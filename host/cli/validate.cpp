@@ -189,15 +189,21 @@ void AddValidate(CLI::App& app, Common& common) {
                 "libraries that you trust as much as any program. Ends with 1 when a check\n"
                 "failed, and with 4 when the library cannot be loaded.",
                 kProvider | kJson);
-    verb->add_option("FILE", options->file,
-                     "The provider library; when left out, the one that answers for the page");
-    verb->add_option("--filter", options->filter, "Only checks whose name has this in it")
-        ->type_name("TEXT");
-    verb->add_flag("--list", options->list, "Only list the checks");
-    verb->add_option("--timeout", options->timeout, "Seconds that a check may take")
-        ->type_name("SECONDS")
-        ->check(WholeNumber(1))
-        ->capture_default_str();
+    CLI::Option* file =
+        verb->add_option("FILE", options->file,
+                         "The provider library; when left out, the one that answers for the page");
+    CLI::Option* filter =
+        verb->add_option("--filter", options->filter, "Only checks whose name has this in it")
+            ->type_name("TEXT");
+    CLI::Option* list = verb->add_flag("--list", options->list, "Only list the checks");
+    CLI::Option* timeout =
+        verb->add_option("--timeout", options->timeout, "Seconds that a check may take")
+            ->type_name("SECONDS")
+            ->check(WholeNumber(1))
+            ->capture_default_str();
+    CLI::Option* provider = verb->get_option("--provider");
+    list->excludes(file)->excludes(filter)->excludes(timeout)->excludes(provider);
+    file->excludes(provider);
     verb->callback([&common, options] { Validate(common, *options); });
 }
 

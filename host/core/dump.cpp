@@ -15,15 +15,25 @@ constexpr char kSnapshotFormat[] = "vtv-snapshot";
 constexpr char kModePrefix[] = "always_on_voice/";
 constexpr char kModelPrefix[] = "com.vantelo/featureconf/";
 
-[[noreturn]] void Fail(const std::string& file, const std::string& text) {
-    throw vtv::Error(vtv::ErrorKind::kUsage, file + ": " + text);
+[[noreturn]] void Fail(const JsonText& document, const Json::Value& part, const std::string& text) {
+    throw vtv::Error(vtv::ErrorKind::kUsage, document.At(part, text));
 }
 
 Json::Value ValueToJson(const vtv::Value& value) {
     return std::visit([](const auto& v) { return Json::Value(v); }, value);
 }
 
-vtv::Value ParseJsonValue(const Json::Value& json, const std::string& file,
+// Runs a check of the virtual TV's own, whose complaint gets the place in the document.
+template <typename Check>
+auto At(const JsonText& document, const Json::Value& part, Check check) {
+    try {
+        return check();
+    } catch (const vtv::Error& error) {
+        Fail(document, part, error.what());
+    }
+}
+
+vtv::Value ParseJsonValue(const JsonText& document, const Json::Value& json,
                           const std::string& name) {
     if (json.isBool()) {
         return json.asBool();
@@ -34,7 +44,7 @@ vtv::Value ParseJsonValue(const Json::Value& json, const std::string& file,
     if (json.isString()) {
         return json.asString();
     }
-    Fail(file,
+    Fail(document, json,
          "\"" + name + "\" must be true, false, a whole number of 32 bits, or a text in quotes.");
 }
 
@@ -46,85 +56,114 @@ Json::Value MapToJson(const std::map<std::string, vtv::Value>& values) {
     return json;
 }
 
-const Json::Value& RequireObject(const Json::Value& json, const std::string& file,
+const Json::Value& RequireObject(const JsonText& document, const Json::Value& json,
                                  const std::string& name) {
     if (!json.isObject()) {
-        Fail(file, "\"" + name + "\" must be an object: {\"...\": ...}.");
+        Fail(document, json, "\"" + name + "\" must be an object: {\"...\": ...}.");
     }
     return json;
 }
 
-std::map<std::string, vtv::Value> ParseMap(const Json::Value& json, const std::string& file,
-                                           const std::string& name) {
-    std::map<std::string, vtv::Value> values;
-    for (const std::string& key : RequireObject(json, file, name).getMemberNames()) {
-        values[key] = ParseJsonValue(json[key], file, key);
+// Calls back with each member of an object; the object may be left out.
+template <typename Each>
+void ForEachMember(const JsonText& document, const Json::Value& parent, const char* name,
+                   Each each) {
+    if (!parent.isMember(name)) {
+        return;
     }
+    const Json::Value& json = RequireObject(document, parent[name], name);
+    for (const std::string& key : json.getMemberNames()) {
+        each(key, json[key]);
+    }
+}
+
+std::map<std::string, vtv::Value> ParseMap(const JsonText& document, const char* name) {
+    std::map<std::string, vtv::Value> values;
+    ForEachMember(document, document.Root(), name,
+                  [&](const std::string& key, const Json::Value& value) {
+                      values[key] = ParseJsonValue(document, value, key);
+                  });
     return values;
 }
 
-std::map<std::string, vtv::Value> ParseSettings(const Json::Value& json, const std::string& file) {
-    std::map<std::string, vtv::Value> settings = ParseMap(json, file, "settings");
+std::map<std::string, vtv::Value> ParseSettings(const JsonText& document) {
+    const std::map<std::string, vtv::Value> settings = ParseMap(document, "settings");
     for (const auto& [key, value] : settings) {
-        if (key.rfind("db/", 0) != 0 && key.rfind("memory/", 0) != 0) {
-            Fail(file, "\"" + key + "\" is no settings key: one begins with db/ or memory/.");
-        }
+        At(document, document.Root()["settings"][key], [&] { vtv::CheckSettingKey(key); });
     }
     return settings;
 }
 
-std::vector<std::string> ParseStrings(const Json::Value& json, const std::string& file,
-                                      const std::string& name) {
-    if (!json.isArray()) {
-        Fail(file, "\"" + name + "\" must be a list of texts.");
+std::map<std::string, vtv::Value> ParseFeatures(const JsonText& document) {
+    const std::map<std::string, vtv::Value> features = ParseMap(document, "features");
+    for (const auto& [key, value] : features) {
+        At(document, document.Root()["features"][key], [&] { vtv::CheckFeature(key, value); });
     }
-    std::vector<std::string> texts;
-    for (const Json::Value& entry : json) {
-        if (!entry.isString()) {
-            Fail(file, "\"" + name + "\" must be a list of texts.");
-        }
-        texts.push_back(entry.asString());
-    }
-    return texts;
+    return features;
 }
 
-std::vector<vtv::Package> ParsePackages(const Json::Value& json, const std::string& file) {
+std::vector<std::string> ParseFiles(const JsonText& document) {
+    const Json::Value& json = document.Root()["files"];
     if (!json.isArray()) {
-        Fail(file, "\"packages\" must be a list of objects.");
+        Fail(document, json, "\"files\" must be a list of texts.");
     }
-    std::vector<vtv::Package> packages;
+    std::vector<std::string> files;
     for (const Json::Value& entry : json) {
-        if (!entry.isObject() || !entry["app"].isString() || entry["app"].asString().empty()) {
-            Fail(file, "each of \"packages\" needs an \"app\", its application id.");
+        if (!entry.isString()) {
+            Fail(document, entry, "\"files\" must be a list of texts.");
         }
-        vtv::Package package;
-        package.appId = entry["app"].asString();
-        package.name = entry.get("name", "").isString() ? entry.get("name", "").asString() : "";
-        for (const std::string& key :
-             RequireObject(entry.get("metadata", Json::objectValue), file, "metadata")
-                 .getMemberNames()) {
-            const Json::Value& value = entry["metadata"][key];
+        files.push_back(entry.asString());
+        At(document, entry, [&] { vtv::CheckOwnerFile(files.back()); });
+    }
+    return files;
+}
+
+vtv::Package ParsePackage(const JsonText& document, const Json::Value& json) {
+    if (!json.isObject() || !json["app"].isString() || json["app"].asString().empty()) {
+        Fail(document, json, "each of \"packages\" needs an \"app\", its application id.");
+    }
+    vtv::Package package;
+    package.appId = json["app"].asString();
+    package.name = json.get("name", "").isString() ? json.get("name", "").asString() : "";
+    ForEachMember(
+        document, json, "metadata", [&](const std::string& key, const Json::Value& value) {
             if (!value.isString() && !value.isNull()) {
-                Fail(file, "the metadata \"" + key + "\" of " + package.appId +
-                               " must be a text or null.");
+                Fail(document, value,
+                     "the metadata \"" + key + "\" of " + package.appId +
+                         " must be a text or null.");
             }
             package.metadata[key] =
                 value.isNull() ? std::nullopt : std::optional<std::string>(value.asString());
-        }
-        packages.push_back(std::move(package));
+        });
+    return package;
+}
+
+std::vector<vtv::Package> ParsePackages(const JsonText& document) {
+    const Json::Value& json = document.Root()["packages"];
+    if (!json.isArray()) {
+        Fail(document, json, "\"packages\" must be a list of objects.");
+    }
+    std::vector<vtv::Package> packages;
+    for (const Json::Value& entry : json) {
+        packages.push_back(ParsePackage(document, entry));
     }
     return packages;
 }
 
-void CheckMembers(const Json::Value& json, const std::string& file, const char* format,
+void CheckMembers(const JsonText& document, const char* format,
                   const std::set<std::string>& known) {
-    RequireObject(json, file, "the document");
+    if (!document.Problem().empty()) {
+        throw vtv::Error(vtv::ErrorKind::kUsage, document.Problem());
+    }
+    const Json::Value& json = RequireObject(document, document.Root(), "the document");
     if (json.get("format", format) != format) {
-        Fail(file, "\"format\" is " + json["format"].toStyledString().substr(0, 40) +
-                       "but must be \"" + format + "\".");
+        Fail(document, json["format"],
+             "\"format\" is " + json["format"].toStyledString().substr(0, 40) + "but must be \"" +
+                 format + "\".");
     }
     if (json.get("version", 1) != 1) {
-        Fail(file, "\"version\" must be 1; the file was written by a newer vtv.");
+        Fail(document, json["version"],
+             "\"version\" must be 1; the file was written by a newer vtv.");
     }
     for (const std::string& name : json.getMemberNames()) {
         if (known.count(name) == 0) {
@@ -132,7 +171,7 @@ void CheckMembers(const Json::Value& json, const std::string& file, const char* 
             for (const std::string& one : known) {
                 names += (names.empty() ? "" : ", ") + one;
             }
-            Fail(file, "\"" + name + "\" is unknown. Known: " + names + ".");
+            Fail(document, json[name], "\"" + name + "\" is unknown. Known: " + names + ".");
         }
     }
 }
@@ -205,49 +244,53 @@ Json::Value ToJson(const Dump& dump) {
     return json;
 }
 
-Dump ParseDump(const Json::Value& json, const std::string& file) {
-    CheckMembers(json, file, kDumpFormat,
+Dump ParseDump(const JsonText& document) {
+    CheckMembers(document, kDumpFormat,
                  {"format", "version", "title", "settings", "features", "packages", "consents",
                   "signed_in", "network", "always_on_voice", "files"});
+    const Json::Value& json = document.Root();
     Dump dump;
     if (json.isMember("title")) {
-        dump.title = vtv::ToText(ParseJsonValue(json["title"], file, "title"));
+        dump.title = vtv::ToText(ParseJsonValue(document, json["title"], "title"));
     }
     if (json.isMember("settings")) {
-        dump.settings = ParseSettings(json["settings"], file);
+        dump.settings = ParseSettings(document);
     }
     if (json.isMember("features")) {
-        dump.features = ParseMap(json["features"], file, "features");
+        dump.features = ParseFeatures(document);
     }
     if (json.isMember("packages")) {
-        dump.packages = ParsePackages(json["packages"], file);
+        dump.packages = ParsePackages(document);
     }
-    for (const auto& [item, value] :
-         ParseMap(json.get("consents", Json::objectValue), file, "consents")) {
-        if ((item != "tnc" && item != "pp") || !std::holds_alternative<bool>(value)) {
-            Fail(file, "\"consents\" has true or false for \"tnc\" and \"pp\".");
-        }
-        dump.consents[item] = std::get<bool>(value);
-    }
+    ForEachMember(
+        document, json, "consents", [&](const std::string& item, const Json::Value& value) {
+            if ((item != "tnc" && item != "pp") || !value.isBool()) {
+                Fail(document, value, "\"consents\" has true or false for \"tnc\" and \"pp\".");
+            }
+            dump.consents[item] = value.asBool();
+        });
     if (json.isMember("signed_in")) {
         if (!json["signed_in"].isBool()) {
-            Fail(file, "\"signed_in\" must be true or false.");
+            Fail(document, json["signed_in"], "\"signed_in\" must be true or false.");
         }
         dump.signedIn = json["signed_in"].asBool();
     }
     if (json.isMember("network")) {
-        dump.network =
-            vtv::ParseNetwork(vtv::ToText(ParseJsonValue(json["network"], file, "network")));
+        const Json::Value& network = json["network"];
+        dump.network = At(document, network, [&] {
+            return vtv::ParseNetwork(vtv::ToText(ParseJsonValue(document, network, "network")));
+        });
     }
-    for (const auto& [app, value] :
-         ParseMap(json.get("always_on_voice", Json::objectValue), file, "always_on_voice")) {
-        if (!std::holds_alternative<int>(value)) {
-            Fail(file, "\"always_on_voice\" has a whole number for each application id.");
-        }
-        dump.alwaysOnVoice[app] = std::get<int>(value);
-    }
+    ForEachMember(document, json, "always_on_voice",
+                  [&](const std::string& app, const Json::Value& value) {
+                      if (!value.isInt()) {
+                          Fail(document, value,
+                               "\"always_on_voice\" has a whole number for each application id.");
+                      }
+                      dump.alwaysOnVoice[app] = value.asInt();
+                  });
     if (json.isMember("files")) {
-        dump.files = ParseStrings(json["files"], file, "files");
+        dump.files = ParseFiles(document);
     }
     return dump;
 }
@@ -335,17 +378,21 @@ Json::Value ToJson(const vtv::Snapshot& snapshot) {
     return json;
 }
 
-vtv::Snapshot ParseSnapshot(const Json::Value& json, const std::string& file) {
-    CheckMembers(json, file, kSnapshotFormat, {"format", "version", "settings", "state", "files"});
+vtv::Snapshot ParseSnapshot(const JsonText& document) {
+    CheckMembers(document, kSnapshotFormat, {"format", "version", "settings", "state", "files"});
     for (const char* name : {"format", "settings", "state", "files"}) {
-        if (!json.isMember(name)) {
-            Fail(file, std::string("is no whole snapshot: \"") + name + "\" is missing.");
+        if (!document.Root().isMember(name)) {
+            Fail(document, document.Root(),
+                 std::string("is no whole snapshot: \"") + name + "\" is missing.");
         }
     }
     vtv::Snapshot snapshot;
-    snapshot.settings = ParseSettings(json["settings"], file);
-    snapshot.state = ParseMap(json["state"], file, "state");
-    snapshot.ownerFiles = ParseStrings(json["files"], file, "files");
+    snapshot.settings = ParseSettings(document);
+    snapshot.state = ParseMap(document, "state");
+    for (const auto& [name, value] : snapshot.state) {
+        At(document, document.Root()["state"][name], [&] { vtv::CheckState(name, value); });
+    }
+    snapshot.ownerFiles = ParseFiles(document);
     return snapshot;
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "json_text.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {
@@ -28,8 +29,8 @@ struct Dump {
 
 Dump TakeDump(const vtv::Tv& tv);
 Json::Value ToJson(const Dump& dump);
-// Throws vtv::Error (kUsage) with the name of the file and of the member that is wrong.
-Dump ParseDump(const Json::Value& json, const std::string& file);
+// Throws vtv::Error (kUsage) with the place of what is wrong, before anything is done.
+Dump ParseDump(const JsonText& document);
 // Puts everything but the packages, which belong to the model. Settings and files that the document
 // does not list are removed when it has a list of them.
 void PutDump(const Dump& dump, vtv::Tv& tv);
@@ -39,6 +40,6 @@ std::string ModelText(const Dump& dump);
 
 // The state that vtv::Tv::Restore() takes, as a document.
 Json::Value ToJson(const vtv::Snapshot& snapshot);
-vtv::Snapshot ParseSnapshot(const Json::Value& json, const std::string& file);
+vtv::Snapshot ParseSnapshot(const JsonText& document);
 
 }  // namespace host

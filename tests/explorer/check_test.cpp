@@ -122,9 +122,9 @@ TEST(Diff, AProviderThatCrashesIsADifference) {
     EXPECT_NE(result.output.find("crashes"), std::string::npos);
 }
 
-TEST(Diff, OfWhatIsNoProviderIsTrouble) {
-    EXPECT_EQ(RunExplorer({"diff", "-q", ProviderFile(), "/no/such/file.so"}).exitCode, 2);
+TEST(Diff, OfWhatIsNotThereOrNoProviderIsTold) {
+    EXPECT_EQ(RunExplorer({"diff", "-q", ProviderFile(), "/no/such/file.so"}).exitCode, 3);
     const std::string text = TemporaryFolder() + "/text.so";
     std::ofstream(text) << "no library";
-    EXPECT_EQ(RunExplorer({"diff", "-q", ProviderFile(), text}).exitCode, 2);
+    EXPECT_EQ(RunExplorer({"diff", "-q", ProviderFile(), text}).exitCode, 4);
 }

@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
                 {"new", "a", "--model", "farfeld-eu"},
                 3,
                 "Did you mean \"farfield-eu\"?"},
-        Mistake{"EmptyName", {"new", ""}, 2, "the name is empty"},
+        Mistake{"EmptyName", {"new", ""}, 2, "NAME: is empty"},
         Mistake{"TvIsThere", {"new", "default"}, 1, "there is a TV already"},
         Mistake{"UnknownProvider",
                 {"show", "--provider", "/nowhere.so"},
@@ -88,10 +88,25 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"UnknownConsent", {"consent", "cookies", "on"}, 2, "cookies"},
         Mistake{"UnknownNetwork", {"network", "fast"}, 2, "fast"},
         Mistake{"UnknownAccount", {"account", "maybe"}, 2, "signed-in or signed-out"},
-        Mistake{"UnknownFault", {"fault", "vconf_get_weather"}, 2, "vconf_get_weather"},
+        Mistake{"UnknownFault", {"fault", "vconf_get_weather"}, 3, "vconf_get_weather"},
         Mistake{"NoSuchFault", {"fault", "vconf_get_int", "--clear"}, 3, "no such fault"},
         Mistake{"NoApplicationRuns", {"app", "finish"}, 3, "No application is running"},
         Mistake{"UnknownApplication", {"app", "finish", "org.nowhere"}, 3, "org.nowhere"},
+        Mistake{"FinishOfUnknownApplication", {"app", "cancel", "org.nowhere"}, 3, "org.nowhere"},
+        Mistake{"UnknownApplicationMode", {"app", "mode", "never"}, 2, "never"},
+        Mistake{"ResetOfUnknownFeature", {"feature", "warp.drive", "--reset"}, 3, "warp.drive"},
+        Mistake{"LackOfUnknownFeature", {"feature", "warp.drive", "--missing"}, 3, "warp.drive"},
+        Mistake{"NoLanguage", {"language", "klingon"}, 3, "There is no language \"klingon\""},
+        Mistake{"UnknownVoiceGuide", {"voice-guide", "loud"}, 2, "on or off"},
+        Mistake{"UnknownOwnerFile", {"file", "nothing", "--remove"}, 3, "nothing"},
+        Mistake{"NoOwnerFile", {"file", "/etc/passwd", "--add"}, 2, "below /home/owner"},
+        Mistake{"UnknownTvToCompare", {"diff", "default", "nowhere"}, 3, "there is no TV here"},
+        Mistake{"UnknownDump", {"import", "/nowhere.json", "x"}, 3, "/nowhere.json"},
+        Mistake{"LoadOfNothing", {"load", "/nowhere.json"}, 3, "/nowhere.json"},
+        Mistake{"LoadOfAFolder", {"load", "/"}, 2, "this is a folder"},
+        Mistake{"NothingFound", {"search", "zzzzzz"}, 1, "nothing on this TV"},
+        Mistake{"UnknownProviderToValidate", {"validate", "/nowhere.so"}, 3, "/nowhere.so"},
+        Mistake{"UnknownVerb", {"shwo"}, 2, "Did you mean show"},
         Mistake{"UnknownPriority", {"log", "--priority", "loud"}, 2, "loud"},
         Mistake{"UnknownScenario", {"run", "/nowhere.toml"}, 3, "there is no such scenario"},
         Mistake{"UnknownCheck",
@@ -110,14 +125,88 @@ TEST_F(VtvTest, ABrokenModelIsToldWithFileAndLineAndLeavesNoTv) {
     EXPECT_EQ(Vtv({"show", "--tv", "broken"}).code, 3);
 }
 
-TEST_F(VtvTest, ABrokenJsonFileIsToldWithItsName) {
-    Write("broken.json", "{\"settings\": {");
+TEST_F(VtvTest, ABrokenJsonFileIsToldWithItsPlace) {
+    Write("broken.json", "{\n\"settings\": {");
     for (const char* verb : {"load", "restore"}) {
         const Output output = Vtv({verb, Path("broken.json")});
         EXPECT_EQ(output.code, 2) << verb;
-        EXPECT_THAT(output.err, HasSubstr("broken.json: is not JSON")) << verb;
+        EXPECT_THAT(output.err, HasSubstr("broken.json:2:14: not JSON: ")) << verb;
     }
 }
+
+// What is wrong inside of a file: the file's text, the verb that reads it, and the place that is
+// told.
+struct BadContent {
+    const char* name;
+    const char* text;
+    std::vector<std::string> verb;  // with the file's name behind it
+    const char* place;
+};
+
+class BadContentTest : public VtvTest, public testing::WithParamInterface<BadContent> {};
+
+TEST_P(BadContentTest, IsToldWithFileAndLineAndTouchesNothing) {
+    Ok({"show"});
+    Write("policy.json", "[]");
+    const auto before = Contents("tvs/default/settings");
+    Write("bad", GetParam().text);
+    std::vector<std::string> arguments = GetParam().verb;
+    for (std::string& word : arguments) {
+        word = word == "POLICY" ? Path("policy.json") : word == "BAD" ? Path("bad") : word;
+    }
+    const Output output = Vtv(arguments);
+    EXPECT_EQ(output.code, 2) << output.err;
+    EXPECT_THAT(output.err, HasSubstr(Path("bad") + GetParam().place));
+    EXPECT_EQ(Contents("tvs/default/settings"), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Vtv, BadContentTest,
+    testing::Values(
+        BadContent{
+            "DumpWithUnknownMember", "{\n\"x\": 1}", {"load", "BAD"}, ":2:6: \"x\" is unknown"},
+        BadContent{
+            "DumpWithUnknownNetwork", "{\n\n\"network\": \"fast\"}", {"load", "BAD"}, ":3:12: "},
+        BadContent{"DumpWithNoKey", "{\"settings\": {\n\"x\": 1}}", {"load", "BAD"}, ":2:6: "},
+        BadContent{"DumpWithWrongValue",
+                   "{\"settings\": {\n\"db/x\": 1.5}}",
+                   {"import", "BAD", "new"},
+                   ":2:9: \"db/x\" must be"},
+        BadContent{"DumpWithFeatureOfAnotherType",
+                   "{\"features\": {\n\"com.vantelo/featureconf/recorder.microphone_type\": true}}",
+                   {"load", "BAD"},
+                   ":2:53: The feature"},
+        BadContent{"DumpWithForeignFile",
+                   "{\"files\": [\n\"../../etc/passwd\"]}",
+                   {"load", "BAD"},
+                   ":2:1: "},
+        BadContent{"DumpWithMemberTwice",
+                   "{\"signed_in\": true,\n\"signed_in\": false}",
+                   {"load", "BAD"},
+                   ":2:1: not JSON"},
+        BadContent{"DumpThatIsEmpty", "", {"load", "BAD"}, ":1:1: not JSON"},
+        BadContent{
+            "SnapshotThatIsADump", "{\n\"format\": \"vtv-dump\"}", {"restore", "BAD"}, ":2:11: "},
+        BadContent{"SnapshotWithForeignFile",
+                   "{\"format\": \"vtv-snapshot\", \"settings\": {}, \"state\": {},\n"
+                   "\"files\": [\"/etc/x\"]}",
+                   {"restore", "BAD"},
+                   ":2:11: "},
+        BadContent{"PolicyThatIsNone", "\n{}", {"policy", "publish", "BAD"}, ":2:1: a policy is"},
+        BadContent{"PolicyThatIsNoJson", "[\n,", {"policy", "publish", "BAD"}, ":2:1: not JSON"},
+        BadContent{"ModelThatIsNoToml", "title = 1\n=", {"new", "x", "--model", "BAD"}, ":2: "},
+        BadContent{"ModelWithUnknownFeature",
+                   "[features]\n\"warp.drive\" = 1\n",
+                   {"new", "x", "--model", "BAD"},
+                   ":2: there is no feature"},
+        BadContent{"ScenarioThatIsNoToml", "\n=", {"run", "BAD"}, ":2: "},
+        BadContent{"ScenarioWithUnknownItem",
+                   "[[step]]\npress = \"voice-wakeup\"\n",
+                   {"run", "BAD"},
+                   ":2: "}),
+    [](const testing::TestParamInfo<BadContent>& tested) {
+        return std::string(tested.param.name);
+    });
 
 TEST_F(VtvTest, AWriteThatThePlatformRefusesEndsWithTheAnswerNo) {
     Ok({"show"});
@@ -126,3 +215,43 @@ TEST_F(VtvTest, AWriteThatThePlatformRefusesEndsWithTheAnswerNo) {
     EXPECT_EQ(output.code, 1);
     EXPECT_THAT(output.err, HasSubstr("did not take the value: it is still on"));
 }
+
+#ifdef WITH_EXPLORER
+
+INSTANTIATE_TEST_SUITE_P(
+    VtvExplore, ErrorsTest,
+    testing::Values(
+        Mistake{
+            "UnknownModelOfSequences", {"explore", "sequences", "--tv", "nothing"}, 3, "nothing"},
+        Mistake{"UnknownExploration", {"explore", "chekc"}, 2, "no exploration"},
+        Mistake{"UnknownInvariant", {"explore", "check", "nothing"}, 3, "nothing"},
+        Mistake{"UnknownQuestion", {"explore", "table", "-q", "nothing"}, 3, "nothing"},
+        Mistake{"UnknownDependent", {"explore", "depends", "-q", "nothing"}, 3, "nothing"},
+        Mistake{"UnknownInput", {"explore", "depends", "--reverse", "db/nothing"}, 3, "db/nothing"},
+        Mistake{"UnknownInvariantOfSequences",
+                {"explore", "sequences", "--invariant", "nothing"},
+                3,
+                "nothing"},
+        Mistake{"UnknownBuild", {"explore", "diff", PROVIDER, "/nowhere.so"}, 3, "/nowhere.so"},
+        Mistake{"NoBuild", {"explore", "diff", PROVIDER, "/etc/passwd"}, 4, "/etc/passwd"},
+        Mistake{"UnknownQuestionOfDiff",
+                {"explore", "diff", PROVIDER, PROVIDER, "--only", "nothing"},
+                3,
+                "nothing"},
+        Mistake{"UnknownPolicy", {"impact", "/nowhere.json", "/nowhere.json"}, 3, "/nowhere.json"}),
+    [](const testing::TestParamInfo<Mistake>& tested) { return std::string(tested.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(VtvExplore, BadContentTest,
+                         testing::Values(BadContent{"PolicyOfImpact",
+                                                    "[\n5]",
+                                                    {"impact", "POLICY", "BAD"},
+                                                    ":2:1: an assistant"},
+                                         BadContent{"ModelOfSequences",
+                                                    "title = \"x\"\n=",
+                                                    {"explore", "sequences", "--tv", "BAD"},
+                                                    ":2: "}),
+                         [](const testing::TestParamInfo<BadContent>& tested) {
+                             return std::string(tested.param.name);
+                         });
+
+#endif

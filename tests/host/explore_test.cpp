@@ -38,7 +38,7 @@ TEST_F(VtvTest, ExploreAsksTheProviderThatVtvIsTold) {
          {std::vector<std::string>{"explore", "--provider", fake, "depends", "enabled:voice"},
           {"explore", "depends", "enabled:voice", "--provider", fake}}) {
         const Output result = Vtv(words);
-        EXPECT_EQ(result.code, 3);
+        EXPECT_EQ(result.code, 4);
         EXPECT_THAT(result.err, HasSubstr(fake));
     }
     environment["VTV_PROVIDER"] = fake;

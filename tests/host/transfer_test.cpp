@@ -95,7 +95,7 @@ TEST_F(VtvTest, APolicyIsShownAndPublishedAndABrokenOneRefused) {
                                       std::string(R"([{"VAOrder": 2, "VAId": "GVA", "VAAppId": "a",
                                                                "VAName": "b", "VAFFSupport": true}])")}) {
         Write("policy.json", broken);
-        EXPECT_EQ(Vtv({"policy", "publish", Path("policy.json")}).code, 1) << broken;
+        EXPECT_EQ(Vtv({"policy", "publish", Path("policy.json")}).code, 2) << broken;
         EXPECT_EQ(Ok({"policy", "show", "--json"}), policy) << broken;
     }
     Write("policy.json", "[]");

@@ -41,24 +41,43 @@ void Drain(int out, int err, Output* output) {
 }
 
 int Start(const Environment& environment, const std::vector<std::string>& arguments, int in,
-          int out, int err) {
+          int out, int err, const std::string& program = VTV, unsigned seconds = 0) {
     const pid_t child = fork();
     if (child != 0) {
         return child;
     }
     dup2(in, STDIN_FILENO);
-    dup2(out, STDOUT_FILENO);
+    if (out < 0) {
+        close(STDOUT_FILENO);
+    } else {
+        dup2(out, STDOUT_FILENO);
+    }
     dup2(err, STDERR_FILENO);
     for (const auto& [name, value] : environment) {
         setenv(name.c_str(), value.c_str(), 1);
     }
-    std::vector<char*> argv = {const_cast<char*>(VTV)};
+    alarm(seconds);  // whoever waits for what never comes is ended
+    std::vector<char*> argv = {const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments) {
         argv.push_back(const_cast<char*>(argument.c_str()));
     }
     argv.push_back(nullptr);
-    execv(VTV, argv.data());
+    execv(program.c_str(), argv.data());
     _exit(127);
+}
+
+// Adds what comes next; false at the end and when nothing comes in time.
+bool Fill(int fd, std::string* text, int timeoutMs = 20000) {
+    pollfd descriptor = {fd, POLLIN, 0};
+    if (poll(&descriptor, 1, timeoutMs) <= 0) {
+        return false;
+    }
+    char buffer[65536];
+    const ssize_t size = read(fd, buffer, sizeof buffer);
+    if (size > 0) {
+        text->append(buffer, static_cast<size_t>(size));
+    }
+    return size > 0;
 }
 
 int CodeOf(int status) {
@@ -99,6 +118,29 @@ Output VtvTest::Vtv(const std::vector<std::string>& arguments, const std::string
     Output output;
     Drain(out[0], err[0], &output);
     close(out[0]);
+    close(err[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    output.code = CodeOf(status);
+    return output;
+}
+
+Output VtvTest::RunInto(const std::string& file, const std::string& program,
+                        const std::vector<std::string>& arguments) {
+    const int in = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const int out = file.empty() ? -1 : open(file.c_str(), O_WRONLY | O_CLOEXEC);
+    int err[2];
+    EXPECT_EQ(pipe2(err, O_CLOEXEC), 0);
+    const std::string path = (fs::path(VTV).parent_path() / program).string();
+    const int child = Start(environment, arguments, in, out, err[1], path, 15);
+    close(in);
+    close(err[1]);
+    if (out >= 0) {
+        close(out);
+    }
+    Output output;
+    while (Fill(err[0], &output.err)) {
+    }
     close(err[0]);
     int status = 0;
     waitpid(child, &status, 0);
@@ -172,23 +214,10 @@ RunningVtv::~RunningVtv() {
     close(err_);
 }
 
-bool RunningVtv::Fill(int fd, std::string* text, int timeoutMs) {
-    pollfd descriptor = {fd, POLLIN, 0};
-    if (poll(&descriptor, 1, timeoutMs) <= 0) {
-        return false;
-    }
-    char buffer[65536];
-    const ssize_t size = read(fd, buffer, sizeof buffer);
-    if (size > 0) {
-        text->append(buffer, static_cast<size_t>(size));
-    }
-    return size > 0;
-}
-
 bool RunningVtv::WaitFor(const std::string& text) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (output_.out.find(text) == std::string::npos) {
-        if (std::chrono::steady_clock::now() > end || !Fill(out_, &output_.out, 20000)) {
+        if (std::chrono::steady_clock::now() > end || !Fill(out_, &output_.out)) {
             return false;
         }
     }
@@ -198,7 +227,7 @@ bool RunningVtv::WaitFor(const std::string& text) {
 bool RunningVtv::WaitForError(const std::string& text) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (output_.err.find(text) == std::string::npos) {
-        if (std::chrono::steady_clock::now() > end || !Fill(err_, &output_.err, 20000)) {
+        if (std::chrono::steady_clock::now() > end || !Fill(err_, &output_.err)) {
             return false;
         }
     }

@@ -24,6 +24,10 @@ class VtvTest : public testing::Test {
     Output Vtv(const std::vector<std::string>& arguments, const std::string& input = "");
     // The same, where it must end with 0.
     std::string Ok(const std::vector<std::string>& arguments, const std::string& input = "");
+    // Runs one of the programs that lie beside vtv, with a file as its standard output, or with
+    // none when no file is named.
+    Output RunInto(const std::string& file, const std::string& program,
+                   const std::vector<std::string>& arguments);
     Json::Value OkJson(const std::vector<std::string>& arguments);
     // One item of vtv show --json.
     Json::Value Item(const std::string& name, const std::vector<std::string>& more = {});
@@ -55,8 +59,6 @@ class RunningVtv {
     const std::string& Text() const { return output_.out; }
 
   private:
-    bool Fill(int fd, std::string* text, int timeoutMs);
-
     int pid_ = -1;
     int out_ = -1;
     int err_ = -1;

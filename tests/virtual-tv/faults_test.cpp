@@ -120,7 +120,7 @@ TEST_F(FaultsTest, AFailingAccessHasAnErrorNumber) {
 
 TEST_F(FaultsTest, AnUnknownCallIsRefused) {
     TurnOn();
-    ErrorOf(vtv::ErrorKind::kUsage,
+    ErrorOf(vtv::ErrorKind::kNoSuch,
             [&] { tv->SetFault({"vconf_get", Fault::Kind::kOnce, -1, 0}); });
     ErrorOf(vtv::ErrorKind::kUsage, [&] { tv->SetFault({"access", Fault::Kind::kSlow, -1, -5}); });
 }

@@ -1,6 +1,11 @@
 // Texts: the menu language chooses the catalogue, and the catalogues have exactly the page's ids.
 #include <libintl.h>
 
+#include <cerrno>
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+
 #include <algorithm>
 
 #include <map>
@@ -125,6 +130,61 @@ TEST_F(TextsTest, AChangeByThePlatformCallOrAnotherProcessIsFollowed) {
     });
     tv->Dispatch();
     EXPECT_EQ(vtv::Text("COM_SID_CANCEL"), "Cancelar");
+}
+
+// The C library's own texts in two languages that no machine has installed.
+class UserLanguageTest : public TextsTest {
+  protected:
+    UserLanguageTest() {
+        for (const std::string language : {"de", "ko"}) {
+            const std::string catalogue = locales_.Path() + "/" + language + "/LC_MESSAGES";
+            std::filesystem::create_directories(catalogue);
+            WriteText(catalogue + "/libc.po",
+                      "msgid \"\"\nmsgstr \"Content-Type: text/plain; "
+                      "charset=UTF-8\\n\"\n\nmsgid \"No such file or "
+                      "directory\"\nmsgstr \"nichts da, " +
+                          language + "\"\n");
+            EXPECT_EQ(
+                std::system(
+                    ("msgfmt -o " + catalogue + "/libc.mo " + catalogue + "/libc.po").c_str()),
+                0);
+        }
+        bindtextdomain("libc", locales_.Path().c_str());
+        unsetenv("LANGUAGE");
+        setlocale(LC_ALL, "C.UTF-8");  // as a program does whose user has a locale
+    }
+    ~UserLanguageTest() override {
+        bindtextdomain("libc", "/usr/share/locale");
+        unsetenv("LANGUAGE");
+        setlocale(LC_ALL, "C");
+    }
+
+    static std::string Reason() { return std::strerror(ENOENT); }
+
+  private:
+    TemporaryFolder locales_;
+};
+
+TEST_F(UserLanguageTest, AGermanTvLetsTheMachineSpeakAsItsUserDoes) {
+    TurnOn();
+    for (const char* language : {"de_DE", "ko_KR", "en_GB"}) {
+        tv->SetLanguage(language);
+        vtv::Text(kTitle);
+        EXPECT_EQ(Reason(), "No such file or directory") << language;
+        EXPECT_EQ(std::getenv("LANGUAGE"), nullptr) << language;
+    }
+    tv->SetLanguage("de_DE");
+    EXPECT_STREQ(dgettext("si-ready", kTitle), "Freihändig aktivieren");
+}
+
+TEST_F(UserLanguageTest, AKoreanUserOfAGermanTvReadsReasonsInKorean) {
+    setenv("LANGUAGE", "ko", 1);
+    TurnOn();
+    tv->SetLanguage("de_DE");
+    EXPECT_EQ(vtv::Text(kTitle), "Freihändig aktivieren");
+    EXPECT_EQ(Reason(), "nichts da, ko");
+    EXPECT_STREQ(std::getenv("LANGUAGE"), "ko");
+    EXPECT_STREQ(dgettext("libc", "No such file or directory"), "nichts da, ko");
 }
 
 }  // namespace

@@ -19,6 +19,8 @@
 #include <iostream>
 #include <map>
 
+#include "program/options.h"
+#include "program/standard_output.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace {
@@ -232,13 +234,14 @@ int Play(const std::string& dir, const Request& request, bool automatic, int sig
     tv.EnterApplication(request.appId, {request.extras.begin(), request.extras.end()});
     const Application application = Find(tv, request);
     std::printf("%s: %s\n", request.appId.c_str(), application.screen.c_str());
-    std::fflush(stdout);
+    std::string failure = program::OutputProblem();
     tv.Log(4, request.appId + " shows: " + application.screen);
 
     const bool popup = request.appId == "org.nemra.alert-syspopup";
     const int timeout = popup ? std::max(1, std::atoi(Extra(request, "timeout").c_str())) : 0;
-    std::string failure;
-    if ((automatic && !popup) || WaitForEnd(signals, timeout) == End::kFinish) {
+    if (!failure.empty()) {
+        tv.Log(6, request.appId + ": " + failure);  // nobody sees what this would wait for
+    } else if ((automatic && !popup) || WaitForEnd(signals, timeout) == End::kFinish) {
         try {
             application.finish(tv);
             tv.Log(4, request.appId + " finished");
@@ -254,10 +257,7 @@ int Play(const std::string& dir, const Request& request, bool automatic, int sig
     return failure.empty() ? 0 : static_cast<int>(vtv::ErrorKind::kPlatform);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    const int signals = BlockSignals();
+int Run(int argc, char** argv, int signals) {
     CLI::App cli("Plays an application of a virtual TV.", "vtv-app");
     const char* environment = std::getenv("VTV_TV");
     std::string dir = environment != nullptr ? environment : vtv::HomeDir() + "/default";
@@ -268,6 +268,7 @@ int main(int argc, char** argv) {
     cli.add_flag("--auto", automatic, "Finish at once, without waiting for anybody");
     cli.add_option("APPID", appId, "The application, for example org.nemra.wizard")->required();
     cli.add_option("KEY=VALUE", extras, "What the application is started with");
+    program::RefuseEmptyWords(cli);
     try {
         cli.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -290,4 +291,11 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "vtv-app: %s\n", error.what());
         return static_cast<int>(vtv::ErrorKind::kPlatform);
     }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    program::Begin();
+    return program::End("vtv-app", Run(argc, argv, BlockSignals()));
 }

@@ -3,10 +3,12 @@
 
 #include <string>
 
-namespace explorer {
+#include "json_text.h"
+
+namespace host {
 
 // The first fault of a policy document, with its place: "FILE:LINE:COLUMN: what is wrong". Empty
 // when there is none.
-std::string FaultOf(const std::string& file, const std::string& text);
+std::string FaultOf(const JsonText& policy);
 
-}  // namespace explorer
+}  // namespace host
