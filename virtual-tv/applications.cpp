@@ -3,11 +3,13 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
+#include <list>
 #include <set>
-#include <thread>
 
 #include "platform/applications.h"
+#include "running_apps.h"
 #include "serve.h"
 
 struct app_context_s {
@@ -36,10 +38,14 @@ std::string Describe(int error) {
     return std::string("failed: ") + std::strerror(error);
 }
 
+bool IsForeign(const Package* package) {
+    return package != nullptr && !package->command.empty();
+}
+
 std::vector<std::string> Arguments(const Tv::Impl& tv, const Launch& request,
                                    const Package* package, ApplicationMode mode) {
     std::vector<std::string> arguments;
-    if (package != nullptr && !package->command.empty()) {
+    if (IsForeign(package)) {
         // The TV's own command, with the extras behind it.
         arguments = {"/bin/sh", "-c", "exec " + package->command + " \"$@\"", package->appId};
     } else {
@@ -81,38 +87,40 @@ void Start(Tv::Impl& tv, Launch* launch) {
             return;
         }
     }
-    const bool own = package == nullptr || package->command.empty();
+    Registration registration(tv.dir);
+    if (registration.Error() != 0) {
+        launch->outcome = Describe(registration.Error());
+        return;
+    }
+    Program program;
+    program.arguments = Arguments(tv, *launch, package, mode);
+    program.environment = {"VTV_TV=" + tv.dir, "VTV_APP_ID=" + launch->appId};
+    program.logFile = tv.dir + "/log/applications.log";
+    program.blockAppSignals = !IsForeign(package);
+    program.record = registration.Descriptor();
     int error = 0;
-    launch->pid = SpawnDetached(Arguments(tv, *launch, package, mode),
-                                {"VTV_TV=" + tv.dir, "VTV_APP_ID=" + launch->appId},
-                                tv.dir + "/log/applications.log", own, &error);
-    if (launch->pid < 0) {
-        launch->pid = 0;
+    const int pid = SpawnDetached(program, &error);
+    if (pid < 0) {
         launch->outcome = Describe(error);
         return;
     }
+    launch->pid = pid;
     launch->outcome = "started";
-    Register(tv.dir, {launch->appId, launch->pid, launch->time, launch->extras});
-}
-
-bool IsGone(const std::string& tvDir, int pid) {
-    for (const RunningApplication& running : ListRunning(tvDir)) {
-        if (running.pid == pid) {
-            return false;
-        }
+    if (!registration.Publish({launch->appId, pid, launch->time, launch->extras})) {
+        tv.LogLine(kError, launch->appId + " runs (process " + std::to_string(pid) +
+                               "), but this cannot be noted: " +
+                               std::strerror(registration.Error()) + ". End it with kill.");
     }
-    return true;
 }
 
 // Sends the signal to every process of the application and waits until they have ended.
 void End(Tv::Impl& tv, const std::string& appId, AppSignal signal) {
     const Package* package = FindPackage(tv.model, appId);
-    if (signal == AppSignal::kFinish && package != nullptr && !package->command.empty()) {
+    const bool foreign = IsForeign(package);
+    if (signal == AppSignal::kFinish && foreign) {
         throw Error(ErrorKind::kUsage, appId + " is run by the TV's own command \"" +
                                            package->command + "\": finish it there, or cancel it.");
     }
-    // A foreign command knows no signal of ours but the one that everybody knows.
-    const bool foreign = package != nullptr && !package->command.empty();
     bool found = false;
     std::string failure;
     for (const RunningApplication& running : ListRunning(tv.dir)) {
@@ -120,15 +128,12 @@ void End(Tv::Impl& tv, const std::string& appId, AppSignal signal) {
             continue;
         }
         found = true;
-        SignalApplication(running, foreign ? AppSignal::kTerminate : signal);
-        const auto deadline = std::chrono::steady_clock::now() + kEndTimeout;
-        while (!IsGone(tv.dir, running.pid)) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                throw Error(ErrorKind::kPlatform, appId + " (process " +
-                                                      std::to_string(running.pid) +
-                                                      ") does not end. End it with kill.");
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        const ApplicationProcess process(tv.dir, running);
+        // A foreign command knows no signal of ours but the one that everybody knows.
+        process.Signal(foreign ? AppSignal::kTerminate : signal);
+        if (!process.WaitForEnd(std::chrono::steady_clock::now() + kEndTimeout)) {
+            throw Error(ErrorKind::kPlatform, appId + " (process " + std::to_string(running.pid) +
+                                                  ") does not end. End it with kill.");
         }
         failure += TakeFailure(tv.dir, running.pid);
     }
@@ -185,12 +190,13 @@ Launch StartApplication(Tv::Impl& tv, Launch request) {
 }
 
 void EndRunningApplications(Tv::Impl& tv) {
-    for (const RunningApplication& running : ListRunning(tv.dir)) {
-        SignalApplication(running, AppSignal::kTerminate);
-    }
     const auto deadline = std::chrono::steady_clock::now() + kEndTimeout;
-    while (!ListRunning(tv.dir).empty() && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    std::list<ApplicationProcess> ending;
+    for (const RunningApplication& running : ListRunning(tv.dir)) {
+        ending.emplace_back(tv.dir, running).Signal(AppSignal::kTerminate);
+    }
+    for (const ApplicationProcess& process : ending) {
+        process.WaitForEnd(deadline);
     }
 }
 
@@ -234,8 +240,13 @@ void Tv::CancelApplication(const std::string& appId) {
 void Tv::EnterApplication(const std::string& appId, const Extras& extras) {
     // The launcher has registered what it started; a program started by hand does it itself.
     const FileLock lock(impl_->dir + "/apps/.lock");
-    if (IsGone(impl_->dir, getpid())) {
-        Register(impl_->dir, {appId, getpid(), Now(), extras});
+    if (IsRegistered(impl_->dir, getpid())) {
+        return;
+    }
+    Registration registration(impl_->dir);
+    if (registration.Error() == 0 && LockRecord(registration.Descriptor()) &&
+        registration.Publish({appId, getpid(), Now(), extras})) {
+        registration.KeepOpen();
     }
 }
 
@@ -273,7 +284,8 @@ VTV_EXPORT int app_manager_terminate_app(app_context_h context) {
         bool sent = false;
         for (const vtv::RunningApplication& running : vtv::ListRunning(tv.dir)) {
             if (context != nullptr && running.appId == context->appId) {
-                sent = vtv::SignalApplication(running, vtv::AppSignal::kTerminate) || sent;
+                const vtv::ApplicationProcess process(tv.dir, running);
+                sent = process.Signal(vtv::AppSignal::kTerminate) || sent;
             }
         }
         tv.LogLine(vtv::kInfo, "end of " +

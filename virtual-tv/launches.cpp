@@ -17,6 +17,29 @@ std::string FileOf(const std::string& tvDir) {
     return tvDir + "/launches.jsonl";
 }
 
+// Throws Json::Exception for a line that is no record.
+Launch ParseLaunch(const std::string& line) {
+    const Json::CharReaderBuilder builder;
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    Json::Value json;
+    std::string errors;
+    if (!reader->parse(line.data(), line.data() + line.size(), &json, &errors) ||
+        !json.isObject()) {
+        Json::throwRuntimeError(errors);
+    }
+    Launch launch;
+    launch.time = TimePoint(std::chrono::microseconds(json["time"].asInt64()));
+    launch.appId = json["app"].asString();
+    launch.via = json["via"].asString();
+    launch.operation = json["operation"].asString();
+    launch.outcome = json["outcome"].asString();
+    launch.pid = json["pid"].asInt();
+    for (const Json::Value& pair : json["extras"]) {
+        launch.extras.emplace_back(pair[0].asString(), pair[1].asString());
+    }
+    return launch;
+}
+
 }  // namespace
 
 void RecordLaunch(Tv::Impl& tv, const Launch& launch) {
@@ -55,26 +78,12 @@ void RecordLaunch(Tv::Impl& tv, const Launch& launch) {
 std::vector<Launch> Tv::Launches() const {
     std::vector<Launch> launches;
     std::ifstream file(FileOf(impl_->dir));
-    const Json::CharReaderBuilder builder;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     for (std::string line; std::getline(file, line);) {
-        Json::Value json;
-        std::string errors;
-        if (!reader->parse(line.data(), line.data() + line.size(), &json, &errors) ||
-            !json.isObject()) {
-            continue;  // cut off by a full disk or a power failure
+        try {
+            launches.push_back(ParseLaunch(line));
+        } catch (const Json::Exception&) {
+            continue;  // cut off by a full disk or a power failure, or written by another hand
         }
-        Launch launch;
-        launch.time = TimePoint(std::chrono::microseconds(json["time"].asInt64()));
-        launch.appId = json["app"].asString();
-        launch.via = json["via"].asString();
-        launch.operation = json["operation"].asString();
-        launch.outcome = json["outcome"].asString();
-        launch.pid = json["pid"].asInt();
-        for (const Json::Value& pair : json["extras"]) {
-            launch.extras.emplace_back(pair[0].asString(), pair[1].asString());
-        }
-        launches.push_back(std::move(launch));
     }
     return launches;
 }

@@ -1,66 +1,294 @@
-// What runs on a TV: one file a process in "apps/", so that every process of the TV knows.
+// What runs on a TV: one file a process in "apps/", locked by that process for as long as it lives.
+//
+// The lock is a record lock: it belongs to one process, survives exec, is not inherited by
+// children, ends with the process however that ends, and the kernel tells who holds it. So neither
+// a number in a file nor one that is used again can make another process pass for an application.
+// Its price: a process that closes any descriptor of its own file gives the lock up, so that it
+// must not open it a second time.
+#include "running_apps.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <json/json.h>
+#include <poll.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
-#include "applications.h"
+// The header of Debian 12 does not say that these are functions of C.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 namespace vtv {
 
 namespace {
 
+constexpr char kSuffix[] = ".json";
+constexpr off_t kLargest = off_t{4} * 1024 * 1024;  // of a file; a launch's extras are in it
+// Above the descriptors that scripts use for themselves.
+constexpr int kLockDescriptor = 400;
+
+std::string FolderOf(const std::string& tvDir) {
+    return tvDir + "/apps";
+}
 std::string FileOf(const std::string& tvDir, int pid) {
-    return tvDir + "/apps/" + std::to_string(pid) + ".json";
+    return FolderOf(tvDir) + "/" + std::to_string(pid) + kSuffix;
 }
 std::string FailureFileOf(const std::string& tvDir, int pid) {
-    return tvDir + "/apps/" + std::to_string(pid) + ".failed";
+    return FolderOf(tvDir) + "/" + std::to_string(pid) + ".failed";
 }
 
-// When the process started, in clock ticks; -1 when it is gone or only waits to be reaped. Together
-// with the number it names a process for good, as numbers are used again.
-long long StartOf(int pid) {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
-    std::string text;
-    if (!std::getline(file, text)) {
-        return -1;
-    }
-    // "PID (NAME) STATE ...": the name may hold anything.
-    const size_t bracket = text.rfind(')');
-    if (bracket == std::string::npos) {
-        return -1;
-    }
-    std::istringstream fields(text.substr(bracket + 1));
-    std::string state, skipped;
-    fields >> state;
-    for (int field = 4; field < 22; ++field) {
-        fields >> skipped;
-    }
-    long long start = -1;
-    fields >> start;
-    return state == "Z" || state == "X" ? -1 : start;
+// 0 for a name that is not "PID.json".
+int PidOf(const std::string& name) {
+    int pid = 0;
+    const char* const end = name.data() + name.size();
+    const auto [rest, error] = std::from_chars(name.data(), end, pid);
+    return error == std::errc() &&
+                   std::string_view(rest, static_cast<size_t>(end - rest)) == kSuffix
+               ? pid
+               : 0;
 }
 
-bool ReadJson(const std::string& file, Json::Value* json) {
-    std::ifstream stream(file);
+// A descriptor of the file that this process has already, or -1.
+int OwnDescriptorOf(const std::string& file) {
+    struct stat wanted{};
+    DIR* dir = lstat(file.c_str(), &wanted) == 0 ? opendir("/proc/self/fd") : nullptr;
+    if (dir == nullptr) {
+        return -1;
+    }
+    int found = -1;
+    while (const dirent* entry = readdir(dir)) {
+        const int fd = std::atoi(entry->d_name);
+        struct stat info{};
+        if (entry->d_name[0] != '.' && fd != dirfd(dir) && fstat(fd, &info) == 0 &&
+            info.st_dev == wanted.st_dev && info.st_ino == wanted.st_ino) {
+            found = fd;
+        }
+    }
+    closedir(dir);
+    return found;
+}
+
+// One file of "apps/", open for reading.
+class AppFile {
+  public:
+    AppFile(const std::string& tvDir, int pid) : path_(FileOf(tvDir, pid)) {
+        own_ = pid == getpid() ? OwnDescriptorOf(path_) : -1;
+        fd_ =
+            own_ >= 0 ? own_ : open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+        error_ = fd_ >= 0 ? 0 : errno;
+    }
+    ~AppFile() {
+        if (fd_ >= 0 && own_ < 0) {
+            close(fd_);
+        }
+    }
+    AppFile(const AppFile&) = delete;
+    AppFile& operator=(const AppFile&) = delete;
+
+    bool IsMissing() const { return error_ == ENOENT; }
+    bool IsPlain() const { return Size() >= 0; }
+    // The process that holds the lock; 0 for none, and -1 for one that cannot be named from here.
+    int Holder() const {
+        if (own_ >= 0) {
+            return getpid();
+        }
+        struct flock lock{};
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        if (fcntl(fd_, F_GETLK, &lock) != 0) {
+            return -1;
+        }
+        return lock.l_type == F_UNLCK ? 0 : lock.l_pid > 0 ? lock.l_pid : -1;
+    }
+    std::string Text() const {
+        std::string text(static_cast<size_t>(std::max<off_t>(Size(), 0)), '\0');
+        const ssize_t size = pread(fd_, text.data(), text.size(), 0);
+        text.resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
+        return text;
+    }
+    // Unless somebody has put another in its place.
+    void Remove() const {
+        struct stat mine{};
+        struct stat there{};
+        if (fstat(fd_, &mine) == 0 && lstat(path_.c_str(), &there) == 0 &&
+            mine.st_dev == there.st_dev && mine.st_ino == there.st_ino) {
+            unlink(path_.c_str());
+        }
+    }
+
+  private:
+    // -1 for what is no plain file of a sensible size.
+    off_t Size() const {
+        struct stat info{};
+        const bool good = fd_ >= 0 && fstat(fd_, &info) == 0 && S_ISREG(info.st_mode);
+        return good && info.st_size <= kLargest ? info.st_size : -1;
+    }
+
+    std::string path_;
+    int own_ = -1;
+    int fd_ = -1;
+    int error_ = 0;
+};
+
+bool ParseObject(const std::string& text, Json::Value* json) {
     Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     std::string errors;
-    return stream && Json::parseFromStream(builder, stream, json, &errors) && json->isObject();
+    try {
+        return reader->parse(text.data(), text.data() + text.size(), json, &errors) &&
+               json->isObject();
+    } catch (const Json::Exception&) {
+        return false;  // nested too deep
+    }
+}
+
+// Empty when the text is what Publish() writes.
+std::string Parse(const std::string& text, int pid, RunningApplication* application) {
+    Json::Value json;
+    if (!ParseObject(text, &json)) {
+        return "it is no JSON object";
+    }
+    if (!json["pid"].isInt() || json["pid"].asInt() != pid || pid <= 1) {
+        return "\"pid\" must be the number in its name, above 1";
+    }
+    if (!json["app"].isString() || json["app"].asString().empty()) {
+        return "\"app\" must be an application id";
+    }
+    if (!json["since"].isInt64()) {
+        return "\"since\" must be a time in microseconds";
+    }
+    if (!json["extras"].isArray()) {
+        return "\"extras\" must be a list";
+    }
+    application->appId = json["app"].asString();
+    application->pid = pid;
+    application->since = TimePoint(std::chrono::microseconds(json["since"].asInt64()));
+    for (const Json::Value& pair : json["extras"]) {
+        if (!pair.isArray() || pair.size() != 2 || !pair[0].isString() || !pair[1].isString()) {
+            return "each of \"extras\" must be two texts";
+        }
+        application->extras.emplace_back(pair[0].asString(), pair[1].asString());
+    }
+    return "";
+}
+
+enum class Finding { kRuns, kEnded, kDamaged };
+
+Finding Look(const std::string& tvDir, const std::string& name, RunningApplication* application,
+             std::string* problem) {
+    const int pid = PidOf(name);
+    if (pid <= 1) {
+        *problem = "its name must be the number of a process, above 1";
+        return Finding::kDamaged;
+    }
+    const AppFile file(tvDir, pid);
+    if (file.IsMissing()) {
+        return Finding::kEnded;
+    }
+    if (!file.IsPlain()) {
+        *problem = "it is no plain, readable file of a sensible size";
+        return Finding::kDamaged;
+    }
+    *problem = Parse(file.Text(), pid, application);
+    if (!problem->empty()) {
+        return Finding::kDamaged;
+    }
+    const int holder = file.Holder();
+    if (holder == 0) {
+        file.Remove();
+        return Finding::kEnded;
+    }
+    if (holder != pid) {
+        *problem = "another process than the one in its name holds its lock";
+        return Finding::kDamaged;
+    }
+    return Finding::kRuns;
 }
 
 }  // namespace
 
-void Register(const std::string& tvDir, const RunningApplication& application) {
+std::vector<RunningApplication> ListRunning(const std::string& tvDir,
+                                            std::vector<std::string>* damage) {
+    std::vector<RunningApplication> running;
+    DIR* dir = opendir(FolderOf(tvDir).c_str());
+    if (dir == nullptr) {
+        return running;
+    }
+    while (const dirent* entry = readdir(dir)) {
+        const std::string name = entry->d_name;
+        const bool isRecord =
+            name.size() >= sizeof kSuffix &&
+            name.compare(name.size() - sizeof kSuffix + 1, std::string::npos, kSuffix) == 0;
+        if (!isRecord || name.front() == '.') {
+            continue;
+        }
+        RunningApplication application;
+        std::string problem;
+        const Finding finding = Look(tvDir, name, &application, &problem);
+        if (finding == Finding::kRuns) {
+            running.push_back(std::move(application));
+        } else if (finding == Finding::kDamaged && damage != nullptr) {
+            damage->push_back(FolderOf(tvDir) + "/" + name +
+                              ": this tells of no application that runs: " + problem +
+                              ". Nothing is done with it; remove it.");
+        }
+    }
+    closedir(dir);
+    std::sort(running.begin(), running.end(),
+              [](const auto& a, const auto& b) { return a.since < b.since; });
+    return running;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Registering
+// ---------------------------------------------------------------------------------------------
+
+Registration::Registration(const std::string& tvDir)
+    : tvDir_(tvDir), temporary_(FolderOf(tvDir) + "/.starting") {
+    unlink(temporary_.c_str());  // of a launcher that was killed
+    const int fd = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd >= 0) {
+        descriptor_ = fcntl(fd, F_DUPFD_CLOEXEC, kLockDescriptor);
+        if (descriptor_ < 0) {
+            descriptor_ = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+        }
+    }
+    error_ = descriptor_ >= 0 ? 0 : errno;
+    if (fd >= 0) {
+        close(fd);
+    }
+}
+
+Registration::~Registration() {
+    if (descriptor_ >= 0) {
+        close(descriptor_);
+    }
+    if (!temporary_.empty()) {
+        unlink(temporary_.c_str());
+    }
+}
+
+bool LockRecord(int descriptor) {
+    struct flock lock{};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    return fcntl(descriptor, F_SETLK, &lock) == 0;
+}
+
+bool Registration::Publish(const RunningApplication& application) {
     Json::Value json;
     json["app"] = application.appId;
     json["pid"] = application.pid;
-    json["start"] = static_cast<Json::Int64>(StartOf(application.pid));
     json["since"] = static_cast<Json::Int64>(application.since.time_since_epoch().count());
     json["extras"] = Json::Value(Json::arrayValue);
     for (const auto& [key, value] : application.extras) {
@@ -69,67 +297,93 @@ void Register(const std::string& tvDir, const RunningApplication& application) {
         pair.append(value);
         json["extras"].append(pair);
     }
-    // Under another name first: a reader sees the whole file or none.
-    const std::string file = FileOf(tvDir, application.pid);
-    int error = 0;
-    if (WriteNewFile(file + ".new", json.toStyledString(), &error)) {
-        rename((file + ".new").c_str(), file.c_str());
+    const std::string text = json.toStyledString();
+    const ssize_t written = pwrite(descriptor_, text.data(), text.size(), 0);
+    if (written != static_cast<ssize_t>(text.size())) {
+        error_ = written < 0 ? errno : ENOSPC;
+        return false;
     }
+    // Seen under its name only when it is whole and locked.
+    if (rename(temporary_.c_str(), FileOf(tvDir_, application.pid).c_str()) != 0) {
+        error_ = errno;
+        return false;
+    }
+    temporary_.clear();
+    return true;
+}
+
+void Registration::KeepOpen() {
+    descriptor_ = -1;
+}
+
+bool IsRegistered(const std::string& tvDir, int pid) {
+    const AppFile file(tvDir, pid);
+    return file.IsPlain() && file.Holder() == pid;
 }
 
 void Unregister(const std::string& tvDir, int pid) {
     unlink(FileOf(tvDir, pid).c_str());
 }
 
-std::vector<RunningApplication> ListRunning(const std::string& tvDir) {
-    std::vector<RunningApplication> running;
-    const std::string folder = tvDir + "/apps";
-    DIR* dir = opendir(folder.c_str());
-    if (dir == nullptr) {
-        return running;
+// ---------------------------------------------------------------------------------------------
+// Ending
+// ---------------------------------------------------------------------------------------------
+
+ApplicationProcess::ApplicationProcess(const std::string& tvDir,
+                                       const RunningApplication& application) {
+    // First the process, then the proof: a number that has come to mean another process since
+    // fails it.
+    fd_ = application.pid > 1 ? pidfd_open(application.pid, 0) : -1;
+    if (fd_ >= 0 && !IsRegistered(tvDir, application.pid)) {
+        close(fd_);
+        fd_ = -1;
     }
-    while (const dirent* entry = readdir(dir)) {
-        const std::string file = folder + "/" + entry->d_name;
-        if (file.size() < 5 || file.compare(file.size() - 5, 5, ".json") != 0) {
-            continue;
-        }
-        Json::Value json;
-        if (!ReadJson(file, &json)) {
-            continue;
-        }
-        RunningApplication application;
-        application.appId = json["app"].asString();
-        application.pid = json["pid"].asInt();
-        application.since = TimePoint(std::chrono::microseconds(json["since"].asInt64()));
-        for (const Json::Value& pair : json["extras"]) {
-            application.extras.emplace_back(pair[0].asString(), pair[1].asString());
-        }
-        if (StartOf(application.pid) != json["start"].asInt64()) {
-            unlink(file.c_str());  // it has ended without saying so
-            continue;
-        }
-        running.push_back(std::move(application));
-    }
-    closedir(dir);
-    std::sort(running.begin(), running.end(),
-              [](const auto& a, const auto& b) { return a.since < b.since; });
-    return running;
 }
 
-bool SignalApplication(const RunningApplication& application, AppSignal signal) {
-    return kill(application.pid, NumberOf(signal)) == 0;
+ApplicationProcess::~ApplicationProcess() {
+    if (fd_ >= 0) {
+        close(fd_);
+    }
 }
+
+bool ApplicationProcess::Signal(AppSignal signal) const {
+    return fd_ >= 0 && pidfd_send_signal(fd_, NumberOf(signal), nullptr, 0) == 0;
+}
+
+bool ApplicationProcess::WaitForEnd(std::chrono::steady_clock::time_point deadline) const {
+    while (fd_ >= 0) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        pollfd source{fd_, POLLIN, 0};
+        const int count = poll(&source, 1, static_cast<int>(std::max<int64_t>(left.count(), 0)));
+        if (count > 0) {
+            return true;
+        }
+        if (count == 0 || errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Failures
+// ---------------------------------------------------------------------------------------------
 
 void LeaveFailure(const std::string& tvDir, int pid, const std::string& text) {
     int error = 0;
+    unlink(FailureFileOf(tvDir, pid).c_str());
     WriteNewFile(FailureFileOf(tvDir, pid), text, &error);
 }
 
 std::string TakeFailure(const std::string& tvDir, int pid) {
     const std::string file = FailureFileOf(tvDir, pid);
-    std::ifstream stream(file);
+    struct stat info{};
     std::ostringstream text;
-    text << stream.rdbuf();
+    if (lstat(file.c_str(), &info) == 0 && S_ISREG(info.st_mode)) {
+        std::ifstream stream(file);
+        text << stream.rdbuf();
+    }
     unlink(file.c_str());
     return text.str();
 }

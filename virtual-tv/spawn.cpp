@@ -8,7 +8,7 @@
 
 #include <cerrno>
 
-#include "applications.h"
+#include "running_apps.h"
 
 extern char** environ;
 
@@ -28,17 +28,24 @@ void SendReport(int fd, const Report& report) {
 }
 
 // In the grandchild: only calls that are safe after fork() in a program with threads.
-[[noreturn]] void BecomeProgram(char* const* argv, char* const* envp, int log, bool blockAppSignals,
-                                int report) {
+[[noreturn]] void BecomeProgram(const Program& program, char* const* argv, char* const* envp,
+                                int log, int report) {
     const int null = open("/dev/null", O_RDWR);
     dup2(null, STDIN_FILENO);
     dup2(log >= 0 ? log : null, STDOUT_FILENO);
     dup2(log >= 0 ? log : null, STDERR_FILENO);
     // Whatever the starting program has open (a terminal, a pipe that somebody reads to its end).
     syscall(SYS_close_range, 3U, ~0U, CLOSE_RANGE_CLOEXEC);
+    if (program.record >= 0 &&
+        (!LockRecord(program.record) || fcntl(program.record, F_SETFD, 0) != 0)) {
+        const int error = errno;
+        SendReport(report, {getpid(), 0});
+        SendReport(report, {getpid(), error});
+        _exit(127);
+    }
     sigset_t signals;
     sigemptyset(&signals);
-    if (blockAppSignals) {
+    if (program.blockAppSignals) {
         // Told to finish before it has set itself up, it does so as soon as it has.
         for (const AppSignal signal :
              {AppSignal::kFinish, AppSignal::kCancel, AppSignal::kTerminate}) {
@@ -83,11 +90,9 @@ int NumberOf(AppSignal signal) {
     return SIGTERM;
 }
 
-int SpawnDetached(const std::vector<std::string>& arguments,
-                  const std::vector<std::string>& environment, const std::string& logFile,
-                  bool blockAppSignals, int* error) {
-    std::vector<std::string> words = arguments;
-    std::vector<std::string> variables = environment;
+int SpawnDetached(const Program& program, int* error) {
+    std::vector<std::string> words = program.arguments;
+    std::vector<std::string> variables = program.environment;
     for (char** variable = environ; *variable != nullptr; ++variable) {
         variables.emplace_back(*variable);
     }
@@ -98,7 +103,7 @@ int SpawnDetached(const std::vector<std::string>& arguments,
         *error = errno;
         return -1;
     }
-    const int log = open(logFile.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    const int log = open(program.logFile.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
     const pid_t child = fork();
     if (child == 0) {
         setsid();
@@ -106,7 +111,7 @@ int SpawnDetached(const std::vector<std::string>& arguments,
         // hung up with our terminal.
         const pid_t grandchild = fork();
         if (grandchild == 0) {
-            BecomeProgram(argv.data(), envp.data(), log, blockAppSignals, pipes[1]);
+            BecomeProgram(program, argv.data(), envp.data(), log, pipes[1]);
         }
         _exit(grandchild < 0 ? 1 : 0);
     }

@@ -194,9 +194,11 @@ bool VoicesOf(Tv::Impl& tv, std::vector<Voice>* voices) {
 // With whatever plays sound on this machine.
 bool Play(Tv::Impl& tv, const std::string& file) {
     int error = 0;
-    return SpawnDetached(
-               {"/bin/sh", "-c", "pw-play \"$1\" || paplay \"$1\" || aplay -q \"$1\"", "sh", file},
-               {}, tv.dir + "/log/applications.log", false, &error) > 0;
+    Program player;
+    player.arguments = {"/bin/sh", "-c", "pw-play \"$1\" || paplay \"$1\" || aplay -q \"$1\"", "sh",
+                        file};
+    player.logFile = tv.dir + "/log/applications.log";
+    return SpawnDetached(player, &error) > 0;
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <utility>
 
+#include "running_apps.h"
 #include "serve.h"
 #include "tv_impl.h"
 
@@ -193,6 +194,7 @@ std::vector<std::string> Tv::Problems() const {
             }
         }
     }
+    ListRunning(impl_->dir, &problems);
     return problems;
 }
 

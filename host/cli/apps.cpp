@@ -11,6 +11,7 @@ namespace {
 
 void List(const Common& common, bool launches) {
     const vtv::Tv tv(TvDir(common));
+    WarnOfProblems(tv);
     Json::Value json(Json::arrayValue);
     if (launches) {
         for (const vtv::Launch& launch : tv.Launches()) {
