@@ -4,7 +4,8 @@
 
 #include <algorithm>
 #include <set>
-#include <sstream>
+
+#include "toml_writer.h"
 
 namespace host {
 
@@ -360,9 +361,11 @@ std::string ModelText(const Dump& dump) {
     if (!packages.empty()) {
         root.insert("packages", packages);
     }
-    std::ostringstream text;
-    text << "# Made from a dump.\n" << root << '\n';
-    return text.str();
+    try {
+        return "# Made from a dump.\n" + ToToml(root);
+    } catch (const std::runtime_error& error) {
+        throw vtv::Error(vtv::ErrorKind::kUsage, std::string("the dump: ") + error.what());
+    }
 }
 
 Json::Value ToJson(const vtv::Snapshot& snapshot) {

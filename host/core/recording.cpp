@@ -13,9 +13,11 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 
 #include "known_settings.h"
 #include "scenario.h"
+#include "toml_writer.h"
 
 namespace host {
 
@@ -29,24 +31,13 @@ constexpr char kToastApplication[] = "org.nemra.alert-syspopup";
 // TOML
 // ---------------------------------------------------------------------------------------------
 
-bool IsReadBack(const std::string& text, const toml::table& meant) {
-    try {
-        return toml::parse(text) == meant;
-    } catch (const toml::parse_error&) {
-        return false;
-    }
-}
-
 std::string Written(const toml::table& document) {
-    std::ostringstream text;
-    text << toml::toml_formatter(document, toml::format_flags::allow_unicode_strings |
-                                               toml::format_flags::indentation)
-         << '\n';
-    if (!IsReadBack(text.str(), document)) {
+    try {
+        return host::ToToml(document);
+    } catch (const std::runtime_error& error) {
         throw vtv::Error(vtv::ErrorKind::kUsage,
-                         "This cannot be recorded: a scenario is written in UTF-8.");
+                         std::string("This cannot be recorded: ") + error.what());
     }
-    return text.str();
 }
 
 std::string StepText(const toml::table& step) {

@@ -27,6 +27,60 @@ TEST_F(VtvTest, ADumpOfARealSetNeedsOnlyWhatItHas) {
     EXPECT_EQ(OkJson({"dump", "--tv", "set"})["packages"][0]["metadata"]["a"], "b");
 }
 
+// Whatever its texts hold, the model says what the dump said, and no more.
+TEST_F(VtvTest, TheTextsOfADumpAndOfARecordingStayTexts) {
+    const std::string command = "\n[[packages]]\napp = \"x\"\ncommand = \"touch owned\"\n";
+    int count = 0;
+    for (const std::string quotes : {"'''", "\"\"\"", "'", "\"", "\\", "\\\"\"\"", "\r\n'''"}) {
+        const std::string text = "a" + quotes + command + "z = " + quotes + "b";
+        Json::Value dump;
+        dump["title"] = text;
+        dump["features"][text] = text;
+        dump["packages"][0]["app"] = text;
+        dump["packages"][0]["name"] = text;
+        dump["packages"][0]["metadata"][text] = text;
+        Write("dump.json", Json::writeString(Json::StreamWriterBuilder(), dump));
+        const std::string tv = "tv" + std::to_string(++count);
+        Ok({"import", Path("dump.json"), tv});
+        const Json::Value there = OkJson({"dump", "--tv", tv});
+        EXPECT_EQ(there["title"], text);
+        EXPECT_EQ(there["packages"], dump["packages"]);
+        EXPECT_EQ(there["features"], dump["features"]);
+
+        const std::string scenario = Path(tv + ".toml");
+        Ok({"set", "db/x", "string", text, "--tv", tv, "--record", scenario});
+        Ok({"set", "db/x", "string", "", "--tv", tv, "--record", scenario});
+        Ok({"set", "db/x", "string", text, "--tv", tv, "--record", scenario});
+        Ok({"run", scenario, "--keep", Path("kept" + tv)});
+        EXPECT_EQ(Ok({"get", "db/x", "--tv", Path("kept" + tv + "/1-" + tv)}), text + "\n");
+    }
+}
+
+TEST_F(VtvTest, ATextThatNoFileCanHoldIsRefusedAndNotWritten) {
+    Write("dump.json", "{\"packages\": [{\"app\": \"a\", \"name\": \"\xff\"}]}");
+    const Output imported = Vtv({"import", Path("dump.json"), "none"});
+    EXPECT_EQ(imported.code, 2);
+    EXPECT_THAT(imported.err, HasSubstr("no UTF-8"));
+    EXPECT_EQ(Vtv({"show", "--tv", "none"}).code, 3);
+
+    Ok({"set", "db/x", "int", "1", "--record", Path("good.toml")});
+    const std::string before = Read("good.toml");
+    const Output recorded = Vtv({"set", "db/x", "string", "\xff", "--record", Path("good.toml")});
+    EXPECT_EQ(recorded.code, 2);
+    EXPECT_THAT(recorded.err, HasSubstr("no UTF-8"));
+    EXPECT_EQ(Read("good.toml"), before);
+}
+
+TEST_F(VtvTest, ARecordingIsNotAddedToWhatIsNoScenario) {
+    for (const std::string text : {"a = '''\n", "{}", "step = []\n", "step = 1\n"}) {
+        Write("other", text);
+        const Output output = Vtv({"set", "db/x", "int", "1", "--record", Path("other")});
+        EXPECT_EQ(output.code, 2) << text;
+        EXPECT_THAT(output.err, HasSubstr("not recorded")) << text;
+        EXPECT_EQ(Read("other"), text);
+    }
+}
+
 TEST_F(VtvTest, ABrokenDumpSaysWhatIsWrongAndMakesNothing) {
     const std::vector<std::pair<std::string, std::string>> cases = {
         {R"([])", "the document"},
