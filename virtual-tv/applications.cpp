@@ -78,6 +78,12 @@ void Start(Tv::Impl& tv, Launch* launch) {
         launch->outcome = "recorded";
         return;
     }
+    if (IsForeign(package)) {
+        if (const std::string reason = WhyNotAllowed(package->command); !reason.empty()) {
+            launch->outcome = "failed: " + launch->appId + " is not started: " + reason;
+            return;
+        }
+    }
     // Nobody else starts the same application meanwhile, and it cannot end before it is registered.
     const FileLock lock(tv.dir + "/apps/.lock");
     for (const RunningApplication& running : ListRunning(tv.dir)) {

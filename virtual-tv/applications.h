@@ -18,6 +18,9 @@ Launch StartApplication(Tv::Impl& tv, Launch request);
 bool Succeeded(const Launch& launch);
 void RecordLaunch(Tv::Impl& tv, const Launch& launch);
 
+// Empty when the user has allowed the command of a package; otherwise why not, and what to do.
+std::string WhyNotAllowed(const std::string& command);
+
 struct Program {
     std::vector<std::string> arguments;
     std::vector<std::string> environment;  // besides this process's own

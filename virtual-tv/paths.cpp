@@ -113,8 +113,28 @@ std::string BootId() {
     return size > 0 ? std::string(text, static_cast<size_t>(size)) : std::string();
 }
 
+void RequirePlainFiles(const std::string& dir) {
+    std::error_code error;
+    fs::recursive_directory_iterator entries(dir, error);
+    for (; entries != fs::recursive_directory_iterator(); entries.increment(error)) {
+        if (entries.depth() == 0 && entries->path().filename() == "apps" &&
+            fs::is_directory(entries->symlink_status(error))) {
+            entries.disable_recursion_pending();  // read with care, file by file
+            continue;
+        }
+        const fs::file_type type = entries->symlink_status(error).type();
+        if (type != fs::file_type::regular && type != fs::file_type::directory &&
+            type != fs::file_type::not_found) {
+            throw Error(ErrorKind::kUsage,
+                        entries->path().string() +
+                            ": this is no plain file and no folder. A TV that somebody sent could "
+                            "change other files of yours by it: remove it, or make the TV anew.");
+        }
+    }
+}
+
 FileLock::FileLock(const std::string& file) {
-    fd_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    fd_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
     while (fd_ >= 0 && flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
     }
 }

@@ -165,6 +165,7 @@ Tv::Tv(const std::string& dir) {
         throw Error(ErrorKind::kNoSuch,
                     path + ": this is no virtual TV. Make one with \"vtv new\".");
     }
+    RequirePlainFiles(path);
     impl_ = std::make_unique<Impl>(path);
     ForgetLastBoot(path, impl_->memory);
     for (Store* store : {&impl_->settings, &impl_->memory, &impl_->state, &impl_->faults}) {

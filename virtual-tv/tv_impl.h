@@ -149,6 +149,8 @@ struct Tv::Impl {
 };
 
 void EnsureDir(const std::string& dir);  // with its parents
+// Throws kUsage for a link, a pipe or a device in a TV's folder: the TV writes into its files.
+void RequirePlainFiles(const std::string& dir);
 bool WriteNewFile(const std::string& file, std::string_view content, int* error);
 TimePoint Now();
 

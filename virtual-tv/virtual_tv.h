@@ -143,6 +143,16 @@ VTV_EXPORT std::string FindModel(const std::string& nameOrFile);
 // The files of the models that come with the virtual TV, sorted by name.
 VTV_EXPORT std::vector<std::string> ModelFiles();
 
+// A package's command comes with its model, from whoever wrote that. It runs only where the user
+// has allowed this very text, on whatever TV; the list is kept outside of every TV. Each throws
+// kPlatform when the list cannot be read or written, or could have been written by others.
+VTV_EXPORT std::string AllowedCommandsFile();
+VTV_EXPORT std::vector<std::string> AllowedCommands();
+// Throws kUsage for a text that is not shown as it is, so that nobody could judge it.
+VTV_EXPORT void AllowCommand(const std::string& command);
+// False when it was not allowed.
+VTV_EXPORT bool ForbidCommand(const std::string& command);
+
 struct FeatureKey {
     std::string key;   // full key
     std::string type;  // "bool", "int" or "string"
@@ -272,8 +282,9 @@ class VTV_EXPORT Tv {
     // Whether the folder is a TV. Throws nothing.
     static bool IsTv(const std::string& dir);
 
-    // Opens a TV; many processes may. Throws kNoSuch when the folder is no TV. A damaged part does
-    // not keep the TV from opening: see Problems().
+    // Opens a TV; many processes may. Throws kNoSuch when the folder is no TV, and kUsage when it
+    // holds anything but plain files and folders. A damaged part does not keep the TV from opening:
+    // see Problems().
     explicit Tv(const std::string& dir);
     ~Tv();
     Tv(const Tv&) = delete;

@@ -1,4 +1,4 @@
-// vtv app: the applications that the TV has started.
+// vtv app: the applications that the TV has started, and the commands that may be some.
 #include <iostream>
 #include <memory>
 
@@ -102,6 +102,91 @@ void AddMode(CLI::App& verb, Common& common) {
     });
 }
 
+struct CommandOptions {
+    std::string app;
+    std::string command;
+};
+
+// The command that is named by itself or by the application that it is on the TV.
+std::string CommandOf(const Common& common, const CommandOptions& options) {
+    if (options.app.empty() == options.command.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kUsage,
+                         "Name an application of the TV, or a command: --command TEXT.");
+    }
+    if (!options.command.empty()) {
+        return options.command;
+    }
+    const vtv::Tv tv(TvDir(common));
+    for (const vtv::Package& package : tv.GetModel().packages) {
+        if (package.appId == options.app) {
+            if (package.command.empty()) {
+                throw vtv::Error(vtv::ErrorKind::kUsage,
+                                 options.app +
+                                     " has no command of its own: nothing has to be "
+                                     "allowed.");
+            }
+            return package.command;
+        }
+    }
+    throw vtv::Error(vtv::ErrorKind::kNoSuch,
+                     "The TV's model has no package \"" + options.app + "\".");
+}
+
+void TellAllowed(const Common& common, const std::string& command, bool allowed) {
+    if (common.json) {
+        Json::Value json;
+        json["command"] = command;
+        json["allowed"] = allowed;
+        PrintJson(json);
+    } else {
+        std::cout << (allowed ? "Allowed on every TV: " : "No longer allowed: ") << command << '\n';
+    }
+}
+
+void AddPermission(CLI::App& verb, Common& common, const char* name, const char* does,
+                   const char* examples, void (*carryOut)(const std::string& command),
+                   bool allowed) {
+    const auto options = std::make_shared<CommandOptions>();
+    CLI::App* permission = AddVerb(verb, common, name, does, examples, kTv | kJson);
+    permission->add_option("APP", options->app, "The application whose command is meant");
+    permission->add_option("--command", options->command, "The command itself, letter by letter")
+        ->type_name("TEXT");
+    permission->callback([&common, options, carryOut, allowed] {
+        const std::string command = CommandOf(common, *options);
+        carryOut(command);
+        TellAllowed(common, command, allowed);
+    });
+}
+
+void Forbid(const std::string& command) {
+    if (!vtv::ForbidCommand(command)) {
+        throw Refusal("This command was not allowed: " +
+                      Json::valueToQuotedString(command.c_str()));
+    }
+}
+
+void AddAllowed(CLI::App& verb, Common& common) {
+    CLI::App* allowed = AddVerb(verb, common, "allowed", "List the commands that you have allowed",
+                                "  vtv app allowed --json", kJson);
+    allowed->callback([&common] {
+        const std::vector<std::string> commands = vtv::AllowedCommands();
+        if (common.json) {
+            Json::Value json(Json::arrayValue);
+            for (const std::string& command : commands) {
+                json.append(command);
+            }
+            PrintJson(json);
+            return;
+        }
+        if (commands.empty()) {
+            std::cout << "No command is allowed.\n";
+        }
+        for (const std::string& command : commands) {
+            std::cout << command << '\n';
+        }
+    });
+}
+
 }  // namespace
 
 void AddApp(CLI::App& app, Common& common) {
@@ -117,6 +202,16 @@ void AddApp(CLI::App& app, Common& common) {
     AddEnding(*verb, common, "cancel", "Let it end without having done anything",
               "  vtv app cancel org.nemra.wizard", &vtv::Tv::CancelApplication);
     AddMode(*verb, common);
+    AddPermission(
+        *verb, common, "allow", "Let the command of an application run, on every TV",
+        "  vtv app allow org.example.tool\n"
+        "  vtv app allow --command /opt/tools/assistant\n\n"
+        "A model may name a command to run as an application. It comes from whoever wrote\n"
+        "the model, and runs only when you have allowed it.",
+        &vtv::AllowCommand, true);
+    AddPermission(*verb, common, "forbid", "Take back that a command may run",
+                  "  vtv app forbid --command /opt/tools/assistant", &Forbid, false);
+    AddAllowed(*verb, common);
 }
 
 }  // namespace cli

@@ -103,6 +103,8 @@ INSTANTIATE_TEST_SUITE_P(
                     VerbCall{"policy", {"policy", "show", "--json"}},
                     VerbCall{"apps", {"app", "list", "--json"}},
                     VerbCall{"launches", {"app", "list", "--launches", "--json"}},
+                    VerbCall{"permission", {"app", "allow", "--command", "true", "--json"}},
+                    VerbCall{"allowed", {"app", "allowed", "--json"}},
                     VerbCall{"features", {"feature", "--json"}},
                     VerbCall{"setting", {"feature", "recorder.microphone_type", "--json"}},
                     VerbCall{"dump", {"dump"}}, VerbCall{"snapshot", {"snapshot"}},

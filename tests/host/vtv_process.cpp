@@ -91,7 +91,7 @@ VtvTest::VtvTest() {
     EXPECT_NE(mkdtemp(folder_.data()), nullptr);
     environment = {{"VTV_HOME", folder_ + "/tvs"}, {"HOME", folder_}, {"TERM", "dumb"}};
     for (const char* name :
-         {"VTV_TV", "VTV_PROVIDER", "VTV_DATA", "XDG_DATA_HOME", "LANGUAGE", "LC_ALL"}) {
+         {"VTV_TV", "VTV_PROVIDER", "VTV_DATA", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "LANGUAGE", "LC_ALL"}) {
         unsetenv(name);
     }
 }

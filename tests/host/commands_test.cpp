@@ -1,0 +1,104 @@
+// vtv app allow, forbid, allowed: a TV from somebody else runs what the user wants, and nothing
+// else.
+#include "vtv_process.h"
+
+#include <filesystem>
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+class CommandsTest : public VtvTest {
+  protected:
+    // A TV as it came out of an archive: an application that a press starts is a command.
+    void Unpack() {
+        Ok({"new", "packed", "--model", "farfield-eu"});
+        Write("tvs/packed/tv.toml", Read("tvs/packed/tv.toml") + Packages());
+        ASSERT_EQ(std::system(("cd " + folder_ +
+                               "/tvs && tar cf ../sent.tar packed && rm -r packed "
+                               "&& tar xf ../sent.tar")
+                                  .c_str()),
+                  0);
+    }
+    std::string Packages() const {
+        std::string text;
+        for (const char* app : {"com.vantelo.tv.google-assistant", "org.nemra.voice-onboarding",
+                                "org.nemra.wizard", "com.vantelo.tv.voice-instant-app",
+                                "org.nemra.alert-syspopup", "com.vantelo.account-ui"}) {
+            text += "\n[[packages]]\napp = \"" + std::string(app) + "\"\ncommand = \"" + Command() +
+                    "\"\n";
+        }
+        return text;
+    }
+    std::string Command() const { return "/bin/touch " + Path("owned"); }
+    void PressEverything(const std::string& tv) {
+        for (const char* item : {"voice-settings-google", "voice-settings-orvik", "voice-wake-up",
+                                 "voice-settings-alexa", "voice-hints"}) {
+            Vtv({"press", item, "--ok", "--tv", tv});
+        }
+        Vtv({"press", "voice-assistant", "--choose", "3", "--ok", "--tv", tv});
+        Vtv({"press", "voice-settings-google", "--ok", "--tv", tv});
+    }
+    // The command runs beside vtv.
+    bool HasRun(int patience = 20) const {
+        for (int i = 0; i < patience; ++i) {
+            if (std::filesystem::exists(Path("owned"))) {
+                return true;
+            }
+            usleep(50000);
+        }
+        return false;
+    }
+};
+
+}  // namespace
+
+TEST_F(CommandsTest, ATvThatSomebodySentRunsNoCommandOfItsOwn) {
+    Unpack();
+    PressEverything("packed");
+    EXPECT_FALSE(HasRun());
+    const std::string launches = Ok({"app", "list", "--launches", "--tv", "packed"});
+    EXPECT_THAT(launches, HasSubstr("is not allowed"));
+    EXPECT_THAT(launches, HasSubstr("vtv app allow --command '" + Command() + "'"));
+    EXPECT_THAT(launches, Not(HasSubstr("started")));
+}
+
+TEST_F(CommandsTest, ACommandRunsOnceTheUserHasAllowedIt) {
+    Unpack();
+    EXPECT_THAT(Ok({"app", "allow", "org.nemra.voice-onboarding", "--tv", "packed"}),
+                HasSubstr(Command()));
+    EXPECT_EQ(Ok({"app", "allowed"}), Command() + "\n");
+    PressEverything("packed");
+    EXPECT_TRUE(HasRun(200));
+    std::filesystem::remove(Path("owned"));
+    EXPECT_FALSE(OkJson({"app", "forbid", "--command", Command(), "--json"})["allowed"].asBool());
+    EXPECT_EQ(OkJson({"app", "allowed", "--json"}), Json::Value(Json::arrayValue));
+    PressEverything("packed");
+    EXPECT_FALSE(HasRun());
+}
+
+TEST_F(CommandsTest, AModelThatAScenarioNamesRunsNoCommand) {
+    Write("model.toml", "title = \"sent\"\n" + Packages());
+    Write("s.toml", "model = \"model.toml\"\n\n[[step]]\nlaunch = \"org.nemra.wizard\"\n");
+    Ok({"new", "other", "--model", Path("model.toml")});
+    PressEverything("other");
+    Write("s.toml", "model = \"" + Path("model.toml") +
+                        "\"\n\n[[step]]\npress = \"voice-settings-orvik\"\n"
+                        "[[step]]\npress = \"voice-settings-google\"\n");
+    Vtv({"run", Path("s.toml")});
+    EXPECT_FALSE(HasRun());
+}
+
+TEST_F(CommandsTest, WhatCannotBeAllowedIsToldApart) {
+    Unpack();
+    EXPECT_EQ(Vtv({"app", "allow"}).code, 2);
+    EXPECT_EQ(Vtv({"app", "allow", "org.none", "--tv", "packed"}).code, 3);
+    EXPECT_EQ(Vtv({"app", "allow", "--command", "a\nb"}).code, 2);
+    EXPECT_EQ(Vtv({"app", "forbid", "--command", "never"}).code, 1);
+    std::filesystem::create_directories(Path(".config/vtv"));
+    std::filesystem::create_symlink("elsewhere", Path(".config/vtv/allowed-commands.json"));
+    const Output output = Vtv({"app", "allow", "--command", "true"});
+    EXPECT_EQ(output.code, 4);
+    EXPECT_THAT(output.err, HasSubstr("allowed-commands.json"));
+}

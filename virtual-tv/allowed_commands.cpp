@@ -1,0 +1,255 @@
+// The commands of models that the user has allowed to run: kept with the user's own settings, where
+// no TV, model, dump or scenario that somebody sent can reach.
+#include <fcntl.h>
+#include <json/json.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+#include "applications.h"
+
+namespace vtv {
+
+namespace {
+
+constexpr char kFormat[] = "vtv-allowed-commands";
+constexpr off_t kLargest = off_t{4} * 1024 * 1024;
+
+// Empty when the environment names no home.
+std::string ConfigDir() {
+    const auto absolute = [](const char* name) {
+        const char* value = std::getenv(name);
+        return std::string(value != nullptr && value[0] == '/' ? value : "");
+    };
+    if (const std::string config = absolute("XDG_CONFIG_HOME"); !config.empty()) {
+        return config + "/vtv";
+    }
+    const std::string home = absolute("HOME");
+    return home.empty() ? "" : home + "/.config/vtv";
+}
+
+[[noreturn]] void Fail(const std::string& path, const std::string& text) {
+    throw Error(ErrorKind::kPlatform, path + ": " + text);
+}
+
+// What others could have written says nothing about what the user wants.
+void RequireOwn(const std::string& path, const struct stat& info) {
+    if (info.st_uid != geteuid()) {
+        Fail(path, "belongs to another user, so that what it allows does not count. Remove it.");
+    }
+    if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        Fail(path,
+             "can be written by others, so that what it allows does not count. Look at what "
+             "it holds, then: chmod go-w " +
+                 path);
+    }
+}
+
+// False when there is none yet.
+bool ReadOwnFile(const std::string& file, std::string* text) {
+    struct stat folder{};
+    const std::string dir = ConfigDir();
+    if (stat(dir.c_str(), &folder) == 0) {
+        RequireOwn(dir, folder);
+    }
+    const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (fd < 0 && errno == ENOENT) {
+        return false;
+    }
+    struct stat info{};
+    const bool plain =
+        fd >= 0 && fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size <= kLargest;
+    if (!plain) {
+        const std::string reason =
+            fd < 0 && errno != ELOOP ? std::strerror(errno) : "it must be a plain file, no link";
+        if (fd >= 0) {
+            close(fd);
+        }
+        Fail(file, "cannot be read: " + reason + ". No command is allowed until it is removed.");
+    }
+    text->resize(static_cast<size_t>(info.st_size));
+    const ssize_t size = pread(fd, text->data(), text->size(), 0);
+    text->resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
+    close(fd);
+    RequireOwn(file, info);
+    return true;
+}
+
+std::vector<std::string> Parse(const std::string& text, const std::string& file) {
+    Json::CharReaderBuilder builder;
+    Json::CharReaderBuilder::strictMode(&builder.settings_);
+    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+    std::vector<std::string> commands;
+    try {
+        Json::Value json;
+        std::string errors;
+        if (reader->parse(text.data(), text.data() + text.size(), &json, &errors) &&
+            json.isObject() && json["format"] == kFormat && json["version"] == 1 &&
+            json["commands"].isArray()) {
+            for (const Json::Value& command : json["commands"]) {
+                if (!command.isString()) {
+                    Fail(file, "each of \"commands\" must be a text in quotes.");
+                }
+                commands.push_back(command.asString());
+            }
+            return commands;
+        }
+    } catch (const Json::Exception&) {
+        commands.clear();  // nested too deep: damaged like any other
+    }
+    Fail(file, "is damaged. No command is allowed until it is mended or removed.");
+}
+
+void Write(const std::string& file, const std::vector<std::string>& commands) {
+    Json::Value json;
+    json["format"] = kFormat;
+    json["version"] = 1;
+    json["commands"] = Json::Value(Json::arrayValue);
+    for (const std::string& command : commands) {
+        json["commands"].append(command);
+    }
+    const std::string text = json.toStyledString();
+    std::string temporary = file + ".XXXXXX";
+    const int fd = mkostemp(temporary.data(), O_CLOEXEC);  // 0600
+    bool good = fd >= 0 &&
+                write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
+                fsync(fd) == 0;
+    int error = errno;
+    if (fd >= 0) {
+        close(fd);
+    }
+    if (good && rename(temporary.c_str(), file.c_str()) != 0) {
+        error = errno;
+        good = false;
+    }
+    if (!good) {
+        unlink(temporary.c_str());
+        Fail(file, std::string("cannot be written: ") + std::strerror(error) + ".");
+    }
+}
+
+// Reads, changes and writes the list; no other process does so meanwhile.
+template <typename Change>
+bool ChangeList(Change change) {
+    const std::string file = AllowedCommandsFile();
+    const std::string dir = ConfigDir();
+    EnsureDir(dir.substr(0, dir.rfind('/')));
+    if (mkdir(dir.c_str(), 0700) != 0 && errno != EEXIST) {
+        Fail(dir, std::string("cannot be made: ") + std::strerror(errno) + ".");
+    }
+    std::vector<std::string> commands = AllowedCommands();  // checks the folder, too
+    const FileLock lock(dir + "/.lock");
+    commands = AllowedCommands();
+    if (!change(commands)) {
+        return false;
+    }
+    Write(file, commands);
+    return true;
+}
+
+// Control characters and those that turn or hide text: somebody would read another command than
+// runs.
+bool CanBeShown(const std::string& command) {
+    for (const char c : command) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
+            return false;
+        }
+    }
+    const auto holds = [&](const char* prefix, unsigned char first, unsigned char last) {
+        const size_t size = std::strlen(prefix);
+        for (size_t at = command.find(prefix); at != std::string::npos;
+             at = command.find(prefix, at + 1)) {
+            const unsigned char next = static_cast<unsigned char>(command.c_str()[at + size]);
+            if (next >= first && next <= last) {
+                return true;
+            }
+        }
+        return false;
+    };
+    return !holds("\xc2", 0x80, 0x9f) &&      // U+0080 to U+009F: controls
+           !holds("\xc2", 0xad, 0xad) &&      // U+00AD: a hyphen that is not shown
+           !holds("\xd8", 0x9c, 0x9c) &&      // U+061C: turns
+           !holds("\xe2\x80", 0x8b, 0x8f) &&  // U+200B to U+200F: no width, turn
+           !holds("\xe2\x80", 0xa8, 0xae) &&  // U+2028 to U+202E: end lines, turn
+           !holds("\xe2\x81", 0xa0, 0xaf) &&  // U+2060 to U+206F: no width, turn
+           !holds("\xef\xbb", 0xbf, 0xbf);    // U+FEFF: no width
+}
+
+std::string ForShell(const std::string& text) {
+    std::string quoted = "'";
+    for (const char c : text) {
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return quoted + "'";
+}
+
+}  // namespace
+
+std::string AllowedCommandsFile() {
+    const std::string dir = ConfigDir();
+    if (dir.empty()) {
+        throw Error(ErrorKind::kPlatform,
+                    "There is no place for what you allow: set HOME or XDG_CONFIG_HOME to a folder "
+                    "of yours, as a whole path.");
+    }
+    return dir + "/allowed-commands.json";
+}
+
+std::vector<std::string> AllowedCommands() {
+    const std::string file = AllowedCommandsFile();
+    std::string text;
+    return ReadOwnFile(file, &text) ? Parse(text, file) : std::vector<std::string>();
+}
+
+void AllowCommand(const std::string& command) {
+    if (command.empty() || !CanBeShown(command)) {
+        throw Error(ErrorKind::kUsage,
+                    command.empty()
+                        ? "An empty command cannot be allowed."
+                        : "The command " + Json::valueToQuotedString(command.c_str()) +
+                              " holds characters that a terminal does not show as they are: it "
+                              "cannot be allowed.");
+    }
+    ChangeList([&](std::vector<std::string>& commands) {
+        const bool isNew = std::find(commands.begin(), commands.end(), command) == commands.end();
+        if (isNew) {
+            commands.push_back(command);
+        }
+        return isNew;
+    });
+}
+
+bool ForbidCommand(const std::string& command) {
+    return ChangeList([&](std::vector<std::string>& commands) {
+        const auto gone = std::remove(commands.begin(), commands.end(), command);
+        const bool wasAllowed = gone != commands.end();
+        commands.erase(gone, commands.end());
+        return wasAllowed;
+    });
+}
+
+std::string WhyNotAllowed(const std::string& command) {
+    try {
+        const std::vector<std::string> allowed = AllowedCommands();
+        if (std::find(allowed.begin(), allowed.end(), command) != allowed.end()) {
+            return "";
+        }
+    } catch (const Error& error) {
+        return error.what();
+    }
+    const std::string shown = Json::valueToQuotedString(command.c_str());
+    return CanBeShown(command)
+               ? "its command is not allowed: " + shown +
+                     ". If you know and trust it: vtv app allow --command " + ForShell(command)
+               : "its command is not allowed, and cannot be: it holds characters that a terminal "
+                 "does not show as they are: " +
+                     shown;
+}
+
+}  // namespace vtv
