@@ -4,6 +4,7 @@
 
 #include "explorer/engine/coverage.h"
 #include "explorer/engine/workers.h"
+#include "host/core/toml_writer.h"
 #include "program/write_file.h"
 
 namespace explorer {
@@ -35,6 +36,15 @@ void WriteTextFile(const std::string& file, const std::string& text) {
     if (!problem.empty()) {
         throw CommandError(kExitTrouble, problem);
     }
+}
+
+void WriteScenarioFile(const std::string& file, const std::string& text) {
+    try {
+        host::RequireToml(text);
+    } catch (const std::runtime_error& error) {
+        throw CommandError(kExitTrouble, file + ": " + error.what());
+    }
+    WriteTextFile(file, text);
 }
 
 void ReportUnknownKeys(const std::set<std::string>& keys, const Inputs& inputs) {

@@ -33,6 +33,8 @@ class CommandError : public std::runtime_error {
 std::vector<const Question*> QuestionsOf(const std::vector<std::string>& names);
 // Throws CommandError.
 void WriteTextFile(const std::string& file, const std::string& text);
+// Only what can be read again.
+void WriteScenarioFile(const std::string& file, const std::string& text);
 // Keys that the provider reads and the inputs do not name, to standard error.
 void ReportUnknownKeys(const std::set<std::string>& keys, const Inputs& inputs);
 // "489,216 questions in 1.6 s: 310,053 a second", to standard error.

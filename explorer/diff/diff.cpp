@@ -320,7 +320,7 @@ int Show(const Inputs& inputs, const DiffOptions& options, const Differences& fo
         if (!scenario.empty()) {
             std::filesystem::create_directories(options.scenarios);
             file = options.scenarios + "/difference-" + std::to_string(number) + ".toml";
-            WriteTextFile(file, scenario);
+            WriteScenarioFile(file, scenario);
         }
         text += ToText(inputs, *difference, number, file);
         json["differences"].append(ToJson(inputs, *difference, file));

@@ -5,10 +5,13 @@
 
 #include "explorer/tv/keys.h"
 #include "explorer/tv/lazy_tv.h"
+#include "host/core/toml_writer.h"
 
 namespace explorer {
 
 namespace {
+
+using host::TomlText;
 
 constexpr char STEP[] = "[[step]]\n";
 constexpr char POPUP_TEXT[] = " text=\"";

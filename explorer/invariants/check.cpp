@@ -13,6 +13,7 @@
 #include "explorer/engine/workers.h"
 #include "explorer/tv/lazy_tv.h"
 #include "explorer/tv/state.h"
+#include "host/core/toml_writer.h"
 
 namespace explorer {
 
@@ -135,11 +136,12 @@ std::string WriteScenario(const Inputs& inputs, const CheckOptions& options, con
     const std::string file = options.scenarios + "/" + verdict.invariant->name +
                              (number == 0 ? "" : "-" + std::to_string(number + 1)) + ".toml";
     const std::string steps =
-        std::string("# ") + verdict.invariant->sentence + "\n# Here: " + violation.question + ": " +
-        violation.what +
-        "\n[[step]]\nsay = " + TomlText("look at " + violation.question + ": " + violation.what) +
-        "\n";
-    WriteTextFile(file, ToScenario(inputs, violation.smallest, verdict.invariant->sentence, steps));
+        host::TomlComment(verdict.invariant->sentence) +
+        host::TomlComment("Here: " + violation.question + ": " + violation.what) +
+        "[[step]]\nsay = " +
+        host::TomlText("look at " + violation.question + ": " + violation.what) + "\n";
+    WriteScenarioFile(file,
+                      ToScenario(inputs, violation.smallest, verdict.invariant->sentence, steps));
     return file;
 }
 

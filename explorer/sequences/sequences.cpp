@@ -84,13 +84,14 @@ void WriteScenarios(const SequencesOptions& options, const std::vector<Sequences
     for (ShortestBreak& one : breaks) {
         std::filesystem::create_directories(options.scenarios);
         one.file = options.scenarios + "/" + one.invariant->name + ".toml";
-        WriteTextFile(one.file, one.broken->scenario);
+        WriteScenarioFile(one.file, one.broken->scenario);
     }
     for (const SequencesResult& result : results) {
         for (std::size_t i = 0; i < result.tours.size(); ++i) {
             std::filesystem::create_directories(options.tour);
-            WriteTextFile(options.tour + "/" + result.model + "-" + std::to_string(i + 1) + ".toml",
-                          result.tours[i]);
+            WriteScenarioFile(
+                options.tour + "/" + result.model + "-" + std::to_string(i + 1) + ".toml",
+                result.tours[i]);
         }
     }
 }

@@ -6,10 +6,13 @@
 
 #include "explorer/tv/keys.h"
 #include "explorer/tv/state.h"
+#include "host/core/toml_writer.h"
 
 namespace explorer {
 
 namespace {
+
+using host::TomlText;
 
 // A tour that is longer is hard to read.
 constexpr std::size_t LONGEST_TOUR = 80;

@@ -1,14 +1,16 @@
 #include "state.h"
 
-#include <cstdio>
-
 #include "explorer/engine/bytes.h"
+#include "host/core/toml_writer.h"
 #include "lazy_tv.h"
 #include "policy.h"
 
 namespace explorer {
 
 namespace {
+
+using host::TomlComment;
+using host::TomlText;
 
 constexpr char FEATURE_PREFIX[] = "com.vantelo/featureconf/";
 constexpr char OWNER_DIR[] = "/home/owner/";
@@ -145,23 +147,6 @@ std::vector<std::string> Describe(const Inputs& inputs, const State& state) {
     return lines;
 }
 
-std::string TomlText(const std::string& text) {
-    std::string quoted = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            quoted += '\\';
-            quoted += c;
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            char escape[8];
-            std::snprintf(escape, sizeof(escape), "\\u%04X", static_cast<unsigned>(c));
-            quoted += escape;
-        } else {
-            quoted += c;
-        }
-    }
-    return quoted + '"';
-}
-
 std::string ToScenario(const Inputs& inputs, const State& state, const std::string& title,
                        const std::string& steps) {
     std::string scenario = "title = " + TomlText(title) + "\nmodel = \"farfield-eu\"\n";
@@ -187,7 +172,7 @@ std::string ToScenario(const Inputs& inputs, const State& state, const std::stri
                       std::to_string(value.number)
                 : StepOf(input, value, i < state.texts.size() ? state.texts[i] : "");
         if (step.empty()) {
-            scenario += "\n# " + input.name + ": " + value.words + "\n";
+            scenario += "\n" + TomlComment(input.name + ": " + value.words);
         } else {
             scenario += "\n[[step]]\nsay = " + TomlText(input.name + ": " + value.words) + "\n" +
                         step + "\n";

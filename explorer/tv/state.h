@@ -27,8 +27,6 @@ std::vector<std::string> Describe(const Inputs& inputs, const State& state);
 // A scenario: brings a virtual TV into the state. `steps` is what follows, as TOML.
 std::string ToScenario(const Inputs& inputs, const State& state, const std::string& title,
                        const std::string& steps);
-// A text as TOML writes it.
-std::string TomlText(const std::string& text);
 
 std::string ToBytes(const State& state);
 State StateFromBytes(const std::string& bytes);

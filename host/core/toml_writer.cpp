@@ -1,5 +1,7 @@
 #include "toml_writer.h"
 
+#include <toml++/toml.h>
+
 #include <sstream>
 #include <stdexcept>
 
@@ -62,6 +64,31 @@ std::string ToToml(const toml::table& document) {
                                  "\" cannot be written as TOML: its text is no UTF-8.");
     }
     return text;
+}
+
+std::string TomlText(const std::string& text) {
+    std::ostringstream quoted;
+    quoted << toml::toml_formatter(toml::value<std::string>(text), kFlags);
+    return quoted.str();
+}
+
+std::string TomlComment(const std::string& text) {
+    std::string comment = "# ";
+    for (const char c : text) {
+        const bool plain = static_cast<unsigned char>(c) >= 0x20 && c != 0x7f;
+        comment += plain ? c : ' ';
+    }
+    // Not even a comment may hold what is no UTF-8.
+    return IsReadBack(comment + "\n", toml::table()) ? comment + "\n" : "# (no UTF-8)\n";
+}
+
+void RequireToml(const std::string& document) {
+    try {
+        static_cast<void>(toml::parse(document));
+    } catch (const toml::parse_error& error) {
+        throw std::runtime_error("what was to be written is no TOML: " +
+                                 std::string(error.description()));
+    }
 }
 
 }  // namespace host

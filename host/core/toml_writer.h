@@ -1,7 +1,7 @@
 // The one writer of TOML: for models and scenarios that are made from what others have written.
 #pragma once
 
-#include <toml++/toml.h>
+#include <toml++/impl/forward_declarations.h>
 
 #include <string>
 
@@ -11,5 +11,15 @@ namespace host {
 // returned: whatever stands in a text, it stays a text. Throws std::runtime_error, with the key,
 // for what TOML cannot hold: a text or key that is no UTF-8.
 std::string ToToml(const toml::table& document);
+
+// For documents whose order and comments matter to people, who write their keys themselves.
+//
+// A text in its quotes. Where it is no UTF-8, each byte above 127 stands as the character of its
+// number: TOML has no way to write it.
+std::string TomlText(const std::string& text);
+// A comment that ends with its line, whatever the text holds.
+std::string TomlComment(const std::string& text);
+// Throws std::runtime_error where the document is no TOML.
+void RequireToml(const std::string& document);
 
 }  // namespace host

@@ -1,5 +1,6 @@
 // What is written as TOML is read as what was meant, whatever stands in its texts.
 #include <gtest/gtest.h>
+#include <toml++/toml.h>
 
 #include <random>
 
@@ -131,6 +132,27 @@ TEST(Toml, ATextCannotEndItsOwnQuotes) {
     const toml::table read = toml::parse(host::ToToml(meant));
     EXPECT_FALSE(read["packages"][0]["command"]);
     EXPECT_EQ(read["packages"][0]["name"], text);
+}
+
+TEST(Toml, RandomTextsStayTextsAndCommentsInADocumentThatIsPutTogetherByHand) {
+    Random random;
+    for (int i = 0; i < 4000; ++i) {
+        const std::string text = random.Text();
+        const std::string other = random.Text();
+        const std::string document = host::TomlComment(text) + "a = " + host::TomlText(text) +
+                                     "\nb = [" + host::TomlText(other) + ", " +
+                                     host::TomlText(text) + "]\n" + host::TomlComment(other);
+        const toml::table meant{{"a", text}, {"b", toml::array{other, text}}};
+        ASSERT_EQ(toml::parse(document), meant) << document;
+    }
+}
+
+TEST(Toml, ADocumentPutTogetherByHandIsTomlEvenWithoutUtf8) {
+    for (const std::string text : {"\xff", "a\xc3", "#\n\xff", "\xed\xa0\x80"}) {
+        EXPECT_NO_THROW(
+            host::RequireToml(host::TomlComment(text) + "a = " + host::TomlText(text) + "\n"));
+    }
+    EXPECT_THROW(host::RequireToml("a = \"x\n"), std::runtime_error);
 }
 
 TEST(Toml, ATextThatIsNoUtf8IsRefusedWithItsKey) {
