@@ -90,8 +90,8 @@ VtvTest::VtvTest() {
     folder_ = (fs::temp_directory_path() / "vtv-test-XXXXXX").string();
     EXPECT_NE(mkdtemp(folder_.data()), nullptr);
     environment = {{"VTV_HOME", folder_ + "/tvs"}, {"HOME", folder_}, {"TERM", "dumb"}};
-    for (const char* name :
-         {"VTV_TV", "VTV_PROVIDER", "VTV_DATA", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "LANGUAGE", "LC_ALL"}) {
+    for (const char* name : {"VTV_TV", "VTV_PROVIDER", "VTV_DATA", "XDG_DATA_HOME",
+                             "XDG_CONFIG_HOME", "LANGUAGE", "LC_ALL"}) {
         unsetenv(name);
     }
 }
