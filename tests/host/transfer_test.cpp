@@ -49,7 +49,6 @@ TEST_F(VtvTest, TheTextsOfADumpAndOfARecordingStayTexts) {
 
         const std::string scenario = Path(tv + ".toml");
         Ok({"set", "db/x", "string", text, "--tv", tv, "--record", scenario});
-        Ok({"set", "db/x", "string", "", "--tv", tv, "--record", scenario});
         Ok({"set", "db/x", "string", text, "--tv", tv, "--record", scenario});
         Ok({"run", scenario, "--keep", Path("kept" + tv)});
         EXPECT_EQ(Ok({"get", "db/x", "--tv", Path("kept" + tv + "/1-" + tv)}), text + "\n");
@@ -69,16 +68,6 @@ TEST_F(VtvTest, ATextThatNoFileCanHoldIsRefusedAndNotWritten) {
     EXPECT_EQ(recorded.code, 2);
     EXPECT_THAT(recorded.err, HasSubstr("no UTF-8"));
     EXPECT_EQ(Read("good.toml"), before);
-}
-
-TEST_F(VtvTest, ARecordingIsNotAddedToWhatIsNoScenario) {
-    for (const std::string text : {"a = '''\n", "{}", "step = []\n", "step = 1\n"}) {
-        Write("other", text);
-        const Output output = Vtv({"set", "db/x", "int", "1", "--record", Path("other")});
-        EXPECT_EQ(output.code, 2) << text;
-        EXPECT_THAT(output.err, HasSubstr("not recorded")) << text;
-        EXPECT_EQ(Read("other"), text);
-    }
 }
 
 TEST_F(VtvTest, ABrokenDumpSaysWhatIsWrongAndMakesNothing) {
