@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "host/core/page_dependencies.h"
+#include "tests/environment.h"
 
 namespace fs = std::filesystem;
 
@@ -195,7 +196,8 @@ class Refreshing : public testing::Test {
     std::unique_ptr<vtv::Tv> tv_;
     std::unique_ptr<host::Provider> provider_;
     std::vector<Change> changes_;
-    std::mt19937 random_{20};
+    std::mt19937 random_{Seed()};
+    testing::ScopedTrace note_{__FILE__, __LINE__, SeedNote()};
 };
 
 constexpr const char* kModels[] = {"farfield-eu", "farfield-cn", "ptt-passthrough-us",

@@ -5,12 +5,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <iostream>
 #include <random>
 
 #include "child.h"
 #include "temporary_folder.h"
+#include "tests/environment.h"
 #include "virtual-tv/store.h"
 
 namespace vtv {
@@ -20,8 +20,7 @@ constexpr int kKeys = 4;
 
 // VTV_KILLS=10000 for a longer run.
 int Kills() {
-    const char* text = std::getenv("VTV_KILLS");
-    return text != nullptr ? std::atoi(text) : 2000;
+    return static_cast<int>(NumberFromEnvironment("VTV_KILLS", 2000));
 }
 
 std::string KeyOf(int number) {
@@ -57,9 +56,8 @@ long NanosecondsOfAWrite(const std::string& dir) {
 }
 
 TEST(StoreKillTest, AKilledWriterLosesNothingThatWasAcknowledged) {
-    const unsigned seed = std::random_device()();
-    std::mt19937 random(seed);
-    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(Seed());
+    SCOPED_TRACE(SeedNote());
     TemporaryFolder folder;
     const std::string dir = folder / "store";
     Store::Create(dir);

@@ -14,6 +14,7 @@
 
 #include "child.h"
 #include "temporary_folder.h"
+#include "tests/environment.h"
 #include "virtual-tv/store_files.h"
 
 namespace vtv {
@@ -353,13 +354,12 @@ TEST_F(StoreTest, LeftoversOfDeadWritersAreRemovedAndThoseOfLivingOnesStay) {
 
 // A dull model runs beside the store and must never differ from it.
 TEST_F(StoreTest, RandomStepsAgreeWithAMap) {
-    const unsigned seed = std::random_device()();
-    std::mt19937 random(seed);
+    std::mt19937 random(Seed());
     std::map<std::string, Value> model;
     auto store = std::make_unique<Store>(dir, Store::Durability::kVolatile);
     const auto pick = [&](int n) { return std::uniform_int_distribution<int>(0, n - 1)(random); };
     for (int step = 0; step < 5000; ++step) {
-        SCOPED_TRACE("seed " + std::to_string(seed) + ", step " + std::to_string(step));
+        SCOPED_TRACE(SeedNote() + ", step " + std::to_string(step));
         const std::string key = "db/" + std::string(1, static_cast<char>('/' + pick(12)));
         switch (pick(8)) {
             case 0:

@@ -1,10 +1,12 @@
 // The dull model runs beside the library over many random states of a TV.
 //
-// SI_MODEL_SEED replays a run, SI_MODEL_STEPS shortens or lengthens it.
+// SI_MODEL_SEED begins elsewhere (tests/environment.h), SI_MODEL_STEPS shortens or lengthens the
+// walk.
 #include <random>
 
 #include "model/page_model.h"
 #include "page.h"
+#include "tests/environment.h"
 
 using namespace recording;
 using model::Item;
@@ -248,17 +250,13 @@ class Walker {
     State state_;
 };
 
-unsigned FromEnvironment(const char* name, unsigned otherwise) {
-    const char* text = std::getenv(name);
-    return text != nullptr ? static_cast<unsigned>(std::strtoul(text, nullptr, 0)) : otherwise;
-}
-
 }  // namespace
 
 TEST(Model, AnswersAsTheLibraryInManyRandomStates) {
-    const unsigned seed = FromEnvironment("SI_MODEL_SEED", std::random_device()());
-    const unsigned steps = FromEnvironment("SI_MODEL_STEPS", 100000);
-    Walker walker(seed);
+    SCOPED_TRACE(SeedNote());
+    const unsigned steps = NumberFromEnvironment("SI_MODEL_STEPS", 100000);
+    ASSERT_GT(steps, 0u);
+    Walker walker(Seed());
     // How often each answer was seen: a walk that never shows an item proves nothing about it.
     unsigned seen[static_cast<int>(Item::COUNT)][4] = {};
     for (unsigned step = 0; step < steps; ++step) {
@@ -270,21 +268,20 @@ TEST(Model, AnswersAsTheLibraryInManyRandomStates) {
             ++seen[i][shown ? 1 : 0];
             ++seen[i][selectable ? 3 : 2];
             ASSERT_EQ(check_visibility_int(key::ALL[i], 0), shown ? 1 : 0)
-                << key::ALL[i] << " is to be " << (shown ? "shown" : "hidden") << ": seed " << seed
-                << ", step " << step;
+                << key::ALL[i] << " is to be " << (shown ? "shown" : "hidden") << ": step " << step;
             ASSERT_EQ(check_enable_int(key::ALL[i], 0), selectable ? 1 : 0)
-                << key::ALL[i] << " is to be " << (selectable ? "enabled" : "dimmed") << ": seed "
-                << seed << ", step " << step;
+                << key::ALL[i] << " is to be " << (selectable ? "enabled" : "dimmed") << ": step "
+                << step;
         }
     }
     if (steps >= 10000) {
         for (int i = 0; i < static_cast<int>(Item::COUNT); ++i) {
-            EXPECT_GT(seen[i][0], 0u) << key::ALL[i] << " was never hidden: seed " << seed;
-            EXPECT_GT(seen[i][1], 0u) << key::ALL[i] << " was never shown: seed " << seed;
+            EXPECT_GT(seen[i][0], 0u) << key::ALL[i] << " was never hidden";
+            EXPECT_GT(seen[i][1], 0u) << key::ALL[i] << " was never shown";
             if (std::string(key::ALL[i]) != key::ASSISTANT) {
-                EXPECT_GT(seen[i][2], 0u) << key::ALL[i] << " was never dimmed: seed " << seed;
+                EXPECT_GT(seen[i][2], 0u) << key::ALL[i] << " was never dimmed";
             }
-            EXPECT_GT(seen[i][3], 0u) << key::ALL[i] << " was never enabled: seed " << seed;
+            EXPECT_GT(seen[i][3], 0u) << key::ALL[i] << " was never enabled";
         }
     }
     MVAList::Finalize();
