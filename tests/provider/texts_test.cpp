@@ -449,18 +449,31 @@ TEST_F(DisableText, OnAFarFieldTvAMicrophoneThatIsOffIsTold) {
     EXPECT_LOG(
         Lines{Asked(key::WAKE_UP),
               Why("FF supported model, passthru connected and enabled, but microphone off.")});
-    // Which of the two settings is asked first is not told.
-    EXPECT_EQ(CallsOf("vconf_get_bool db/passthru"), Lines{GetBool(setting::PASSTHRU_MIC)});
 }
 
-TEST_F(DisableText, OnAFarFieldTvADeviceThatIsOutOfUseDoesNotMatter) {
-    Set(setting::PASSTHRU_MIC, false);
-    for (const bool connected : {false, true}) {
-        Set(setting::CONNECTED, connected);
-        Set(setting::PASSTHRU, !connected);
-        EXPECT_EQ(Reason(key::WAKE_UP), "untouched");
-        EXPECT_TRUE(flag);
-        EXPECT_EQ(CallsOf("vconf_get_bool db/passthru"), Lines{});
+// Enabled, connected, microphone: each is asked only when those before it hold.
+TEST_F(DisableText, OnAFarFieldTvPassThroughIsAskedWhetherItIsEnabledThenWhetherItIsConnected) {
+    const Lines before = Lines{Asked(key::WAKE_UP)} + ORVIK_SET_UP +
+                         Lines{Current(), FeatureInt(feature::FAR_FIELD)};
+    const Lines asked = {GetBool(setting::PASSTHRU), GetBool(setting::CONNECTED),
+                         GetBool(setting::PASSTHRU_MIC)};
+    const Lines told = {
+        Why("FF supported model, passthru connected and enabled, but microphone off."),
+        Tr("TV_SID_SB_CBJUL_MIC_OFF_NOW_MIC_TRY")};
+    for (const bool enabled : {false, true}) {
+        for (const bool connected : {false, true}) {
+            for (const bool microphone : {false, true}) {
+                Set(setting::PASSTHRU, enabled);
+                Set(setting::CONNECTED, connected);
+                Set(setting::PASSTHRU_MIC, microphone);
+                const bool isTold = enabled && connected && !microphone;
+                EXPECT_EQ(Reason(key::WAKE_UP), isTold ? PASSTHRU_MIC_OFF : "untouched");
+                EXPECT_TRUE(flag);
+                const int reads = !enabled ? 1 : !connected ? 2 : 3;
+                EXPECT_CALLS(before + Lines(asked.begin(), asked.begin() + reads) +
+                             (isTold ? told : Lines()));
+            }
+        }
     }
 }
 
