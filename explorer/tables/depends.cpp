@@ -10,6 +10,7 @@
 
 #include "explorer/asking/command.h"
 #include "explorer/asking/exploration.h"
+#include "facts.h"
 
 namespace explorer {
 
@@ -17,8 +18,6 @@ namespace {
 
 // What belongs to a name: inputs to an item, or items to an input.
 using Names = std::map<std::string, std::set<std::string>>;
-
-constexpr char POLICY[] = "setting db/menu/voice/mva_list";
 
 // Inputs of an item's look, as "setting db/...": what makes it worth asking again.
 std::set<std::string> InputsOf(const Inputs& inputs, const QuestionResult& result) {
@@ -30,7 +29,7 @@ std::set<std::string> InputsOf(const Inputs& inputs, const QuestionResult& resul
     // The policy is read before the question: it matters when policies lead to different answers.
     if (std::any_of(result.roots.begin(), result.roots.end(),
                     [&](NodeId root) { return root != result.roots.front(); })) {
-        names.insert(POLICY);
+        names.insert(POLICY_SETTING);
     }
     return names;
 }
@@ -81,7 +80,7 @@ Names Reversed(const Names& depends, const std::vector<std::string>& keys) {
 void CheckKeys(const Inputs& inputs, const std::vector<std::string>& keys) {
     for (const std::string& key : keys) {
         const bool isKnown =
-            key == "db/menu/voice/mva_list" || key == POLICY ||
+            key == "db/menu/voice/mva_list" || key == POLICY_SETTING ||
             std::any_of(inputs.inputs.begin(), inputs.inputs.end(), [&](const Input& input) {
                 return key == input.key || key == std::string(ToText(input.kind)) + ' ' + input.key;
             });

@@ -93,25 +93,24 @@ struct Fact {
     std::string (*ask)(const Situation&);
 };
 
-constexpr char POLICY[] = "setting db/menu/voice/mva_list";
 constexpr char BOTH[] =
     "setting db/menu/voice/mva_list and setting db/multi-assistant/default_assistant_appid";
 constexpr char CURRENT[] = "setting db/multi-assistant/default_assistant_appid";
 
 // From the simplest to what is only taken when nothing simpler explains the answers.
 constexpr Fact FACTS[] = {
-    {"assistants offered", POLICY, Offered},
+    {"assistants offered", POLICY_SETTING, Offered},
     {"an assistant is chosen", CURRENT, IsChosen},
     {"current assistant is listed as", BOTH, ListedAs},
     {"current assistant's kind", BOTH, Kind},
     {"its far-field flag", BOTH, FarField},
     {"its number", BOTH, Number},
-    {"Alexa's name", POLICY, AlexaName},
-    {"Google's name", POLICY, GoogleName},
-    {"Salute's name", POLICY, SaluteName},
-    {"the chosen assistant", POLICY, Chosen},
+    {"Alexa's name", POLICY_SETTING, AlexaName},
+    {"Google's name", POLICY_SETTING, GoogleName},
+    {"Salute's name", POLICY_SETTING, SaluteName},
+    {"the chosen assistant", POLICY_SETTING, Chosen},
     {"current application", CURRENT, AppIdText},
-    {"policy", POLICY, PolicyName},
+    {"policy", POLICY_SETTING, PolicyName},
 };
 constexpr std::size_t FACT_COUNT = std::size(FACTS);
 

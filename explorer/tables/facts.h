@@ -12,6 +12,9 @@
 
 namespace explorer {
 
+// The setting that policies are published in, as the source of a fact.
+inline constexpr char POLICY_SETTING[] = "setting db/menu/voice/mva_list";
+
 // Something that a table's condition is about: an input, or a fact.
 struct Column {
     std::string name;

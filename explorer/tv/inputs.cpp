@@ -12,12 +12,11 @@
 #include <sstream>
 
 #include "explorer/engine/coverage.h"
+#include "keys.h"
 
 namespace explorer {
 
 namespace {
-
-constexpr int FAILED = -1;
 
 struct KindName {
     Input::Kind kind;
@@ -137,17 +136,17 @@ class Reader {
         if (const auto code = table["fails"].value<int>()) {
             value.kind = Value::Kind::kFails;
             value.number = *code;
-            value.words = *code == FAILED ? "fails" : "fails with " + std::to_string(*code);
+            value.words = *code == keys::FAILED ? "fails" : "fails with " + std::to_string(*code);
         } else if (table["missing"].value_or(false)) {
             value.kind = Value::Kind::kFails;
-            value.number = FAILED;
+            value.number = keys::FAILED;
             value.words = "missing";
         } else if (const auto type = table["stored"].value<std::string>()) {
             if (*type == input.type) {
                 Fail(table, "stored = " + Quoted(*type) + " is the input's own type");
             }
             value.kind = Value::Kind::kFails;
-            value.number = FAILED;
+            value.number = keys::FAILED;
             value.storedType = *type;
             value.words = "of type " + *type;
         } else if (table["null"].value_or(false)) {

@@ -9,6 +9,12 @@ inline constexpr char FIRST_TIME[] = "db/voice-app/activate_first_time";
 inline constexpr char TENCENT[] = "db/tencent-voice-assistant/voice-setting";
 inline constexpr char LOGIN[] = "sso_get_login_state";
 inline constexpr char OWNER[] = "/home/owner/";
+// Every feature key of the page begins with it.
+inline constexpr char FEATURES[] = "com.vantelo/featureconf/";
+
+// What a platform call returns that fails, and what a feature returns that the TV does not have.
+inline constexpr int FAILED = -1;
+inline constexpr int INVALID_PARAMETER = -22;
 
 // The file that an assistant leaves once it is set up; not every kind does.
 struct Marker {

@@ -6,16 +6,13 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "keys.h"
+
 namespace explorer {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr char FEATURE_PREFIX[] = "com.vantelo/featureconf/";
-constexpr int INVALID_PARAMETER = -22;
-
-constexpr int FAILED = -1;
 
 // Settings that a market has and that its users have no hand in.
 constexpr const char* MARKET_SETTINGS[] = {"db/comss/cisblock", "db/comss/countrycode",
@@ -86,7 +83,7 @@ TvModel LoadModel(const fs::path& file) {
         file.parent_path() == ModelFolder() ? model.name : fs::absolute(file, error).string();
     if (const toml::table* features = root["features"].as_table()) {
         for (const auto& [key, value] : ReadValues(*features)) {
-            model.features[key.find('/') == std::string::npos ? FEATURE_PREFIX + key : key] = value;
+            model.features[key.find('/') == std::string::npos ? keys::FEATURES + key : key] = value;
         }
     }
     if (const toml::table* settings = root["settings"].as_table()) {
@@ -148,7 +145,7 @@ std::map<int, Value> ValuesOf(const Inputs& inputs, const TvModel& model) {
         }
         const auto known = model.features.find(input.key);
         values[inputs.IndexOf(input)] =
-            known != model.features.end() ? known->second : Missing(INVALID_PARAMETER);
+            known != model.features.end() ? known->second : Missing(keys::INVALID_PARAMETER);
     }
     return values;
 }
@@ -159,7 +156,7 @@ std::map<int, Value> MarketValuesOf(const Inputs& inputs, const TvModel& model) 
         if (IsOfMarket(input)) {
             const auto known = model.settings.find(input.key);
             values[inputs.IndexOf(input)] =
-                known != model.settings.end() ? known->second : Missing(FAILED);
+                known != model.settings.end() ? known->second : Missing(keys::FAILED);
         }
     }
     return values;

@@ -2,6 +2,7 @@
 
 #include "explorer/engine/bytes.h"
 #include "host/core/toml_writer.h"
+#include "keys.h"
 #include "lazy_tv.h"
 #include "policy.h"
 
@@ -11,10 +12,6 @@ namespace {
 
 using host::TomlComment;
 using host::TomlText;
-
-constexpr char FEATURE_PREFIX[] = "com.vantelo/featureconf/";
-constexpr char OWNER_DIR[] = "/home/owner/";
-constexpr int INVALID_PARAMETER = -22;
 
 std::string WithoutPrefix(const std::string& text, const std::string& prefix) {
     return text.rfind(prefix, 0) == 0 ? text.substr(prefix.size()) : text;
@@ -46,8 +43,8 @@ std::string SettingStep(const Input& input, const Value& value, const std::strin
 }
 
 std::string FeatureStep(const Input& input, const Value& value, const std::string& text) {
-    const std::string name = TomlText(WithoutPrefix(input.key, FEATURE_PREFIX));
-    if (value.kind == Value::Kind::kFails && value.number == INVALID_PARAMETER) {
+    const std::string name = TomlText(WithoutPrefix(input.key, keys::FEATURES));
+    if (value.kind == Value::Kind::kFails && value.number == keys::INVALID_PARAMETER) {
         return "feature-missing = " + name;
     }
     if (value.kind == Value::Kind::kFails) {
@@ -84,7 +81,7 @@ std::string StepOf(const Input& input, const Value& value, const std::string& te
             return FeatureStep(input, value, text);
         case Input::Kind::kFile:
             return std::string(value.number == 1 ? "file-add" : "file-remove") + " = " +
-                   TomlText(WithoutPrefix(input.key, OWNER_DIR));
+                   TomlText(WithoutPrefix(input.key, keys::OWNER));
         case Input::Kind::kConsent:
             return "consent." + input.key + " = " + (value.number > 0 ? "true" : "false");
         case Input::Kind::kCall:

@@ -270,6 +270,8 @@ constexpr off_t kReserve = off_t{256} * 1024;
                      file + ": the recording cannot be written: " + reason + "." + after);
 }
 
+}  // namespace
+
 // Open, and nobody else's until it is closed. One that was made for this and got nothing goes away.
 class RecordFile {
   public:
@@ -327,6 +329,8 @@ class RecordFile {
     bool isNew_ = false;
     int fd_ = -1;
 };
+
+namespace {
 
 void RequireScenario(const RecordFile& file, const vtv::Tv& tv) {
     const Scenario scenario = ParseScenario(file.Text(), file.Name());

@@ -100,7 +100,7 @@ void ReadDocument(ScenarioReader& reader, toml::table& root, Scenario* scenario)
     }
 }
 
-std::string ReadText(const std::string& file) {
+std::string ReadScenarioText(const std::string& file) {
     std::error_code error;
     const fs::file_status status = fs::status(file, error);
     if (status.type() == fs::file_type::not_found) {
@@ -122,7 +122,7 @@ std::string ReadText(const std::string& file) {
 }  // namespace
 
 Scenario ReadScenario(const std::string& file) {
-    return ParseScenario(ReadText(file), file);
+    return ParseScenario(ReadScenarioText(file), file);
 }
 
 Scenario ParseScenario(const std::string& text, const std::string& file) {
