@@ -44,14 +44,14 @@ void Tv::SetConsent(const std::string& item, bool agreed) {
 extern "C" {
 
 VTV_EXPORT int sso_get_login_state(int* state) {
-    const int result = vtv::Serve("sso_get_login_state", [&](vtv::Tv::Impl& tv) {
-        if (state == nullptr) {
-            return vtv::kFailed;
-        }
-        *state = tv.StateOr<bool>(vtv::kSignedIn, false) ? 1 : 0;
-        return 0;
-    });
-    return vtv::NotedRead("sso_get_login_state", nullptr, result, state);
+    if (state == nullptr) {
+        return vtv::kFailed;
+    }
+    return vtv::ServeRead("sso_get_login_state", nullptr, vtv::kFailed, state,
+                          [&](vtv::Tv::Impl& tv) {
+                              *state = tv.StateOr<bool>(vtv::kSignedIn, false) ? 1 : 0;
+                              return 0;
+                          });
 }
 
 VTV_EXPORT int sso_get_account_ui_application_package_id(char** id) {
@@ -65,11 +65,13 @@ VTV_EXPORT int sso_get_account_ui_application_package_id(char** id) {
 }
 
 VTV_EXPORT int GetDisclaimerItemAgreement(const char* item) {
-    const int agreed = vtv::Serve("GetDisclaimerItemAgreement", [&](vtv::Tv::Impl& tv) {
-        return item != nullptr && tv.StateOr<bool>(vtv::ConsentKey(item), false) ? 1 : 0;
-    });
-    vtv::NoteRead("GetDisclaimerItemAgreement", item, agreed > 0);
-    return agreed;
+    bool agreed = false;
+    const int result = vtv::ServeRead(
+        "GetDisclaimerItemAgreement", item, vtv::kFailed, &agreed, [&](vtv::Tv::Impl& tv) {
+            agreed = item != nullptr && tv.StateOr<bool>(vtv::ConsentKey(item), false);
+            return 0;
+        });
+    return result == 0 ? (agreed ? 1 : 0) : result;
 }
 
 }  // extern "C"

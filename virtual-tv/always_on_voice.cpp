@@ -12,6 +12,18 @@ std::string ModeKey(const std::string& appId) {
     return "always_on_voice/" + appId;
 }
 
+// Empty when none is chosen; in an experiment the one that it supposes.
+std::string CurrentAssistant(const Tv::Impl& tv) {
+    Value current;
+    std::string problem;
+    if (const Read* supposed = SubstituteFor("vconf_get_str", kCurrentAssistantKey)) {
+        current = supposed->value.value_or(std::string());
+    } else if (tv.settings.Read(kCurrentAssistantKey, &current, &problem) != Store::Status::kOk) {
+        return "";
+    }
+    return std::holds_alternative<std::string>(current) ? std::get<std::string>(current) : "";
+}
+
 }  // namespace
 
 int Tv::AlwaysOnVoice(const std::string& appId) const {
@@ -27,18 +39,13 @@ void Tv::SetAlwaysOnVoice(const std::string& appId, int mode) {
 extern "C" {
 
 VTV_EXPORT int AOVSystemDataGetAOVMode(void) {
-    const int mode = vtv::Serve("AOVSystemDataGetAOVMode", [&](vtv::Tv::Impl& tv) {
-        vtv::Value current;
-        std::string problem;
-        if (tv.settings.Read(vtv::kCurrentAssistantKey, &current, &problem) !=
-                vtv::Store::Status::kOk ||
-            !std::holds_alternative<std::string>(current)) {
+    int mode = 0;
+    const int result = vtv::ServeRead(
+        "AOVSystemDataGetAOVMode", nullptr, vtv::kFailed, &mode, [&](vtv::Tv::Impl& tv) {
+            mode = tv.StateOr<int>(vtv::ModeKey(vtv::CurrentAssistant(tv)), 0);
             return 0;
-        }
-        return tv.StateOr<int>(vtv::ModeKey(std::get<std::string>(current)), 0);
-    });
-    vtv::NoteRead("AOVSystemDataGetAOVMode", nullptr, mode);
-    return mode;
+        });
+    return result == 0 ? mode : result;
 }
 
 VTV_EXPORT int AOVSystemDataSetAOVMode(const char* appId, int mode) {

@@ -28,6 +28,15 @@ void Put(Extras* extras, const char* key, const char* value) {
     }
 }
 
+int ServeLaunch(Tv::Impl& tv, Launch request) {
+    const Launch launch = StartApplication(tv, std::move(request));
+    if (Succeeded(launch)) {
+        return 0;
+    }
+    NoteFailure(tv, launch.appId + " could not be started: " + launch.outcome + ".");
+    return kFailed;
+}
+
 }  // namespace
 
 }  // namespace vtv
@@ -87,7 +96,7 @@ VTV_EXPORT int app_control_send_launch_request(app_control_h control, app_contro
         if (control == nullptr || control->request.appId.empty()) {
             return kFailed;
         }
-        return vtv::Succeeded(vtv::StartApplication(tv, control->request)) ? 0 : kFailed;
+        return vtv::ServeLaunch(tv, control->request);
     });
 }
 
@@ -129,7 +138,7 @@ VTV_EXPORT int aul_launch_app(const char* appId, bundle* b) {
         if (b != nullptr) {
             request.extras = b->extras;
         }
-        return vtv::Succeeded(vtv::StartApplication(tv, std::move(request))) ? 0 : kFailed;
+        return vtv::ServeLaunch(tv, std::move(request));
     });
 }
 

@@ -92,6 +92,28 @@ const std::vector<std::string>& PlatformFunctions() {
     return functions;
 }
 
+bool ChangesTheTv(std::string_view function) {
+    static constexpr std::string_view kChanging[] = {"AOVSystemDataSetAOVMode",
+                                                     "app_control_add_extra_data",
+                                                     "app_control_create",
+                                                     "app_control_send_launch_request",
+                                                     "app_control_set_app_id",
+                                                     "app_control_set_operation",
+                                                     "app_manager_terminate_app",
+                                                     "aul_launch_app",
+                                                     "avoc_set_sound_feedback",
+                                                     "bundle_add_str",
+                                                     "bundle_create",
+                                                     "elm_config_access_set",
+                                                     "elm_config_item_flush",
+                                                     "elm_config_save",
+                                                     "elm_init",
+                                                     "vconf_set_bool",
+                                                     "vconf_set_int",
+                                                     "vconf_set_str"};
+    return std::find(std::begin(kChanging), std::end(kChanging), function) != std::end(kChanging);
+}
+
 Switches::Switches(const std::string& tvDir) {
     const std::string file = tvDir + "/switches";
     int fd = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
@@ -151,6 +173,10 @@ bool Faulted(Tv::Impl& tv, const char* function, int* result) {
         return false;
     }
     const Fault fault = found->second;
+    if (Experimenting()) {
+        *result = fault.result;
+        return fault.kind == Fault::Kind::kAlways;
+    }
     if (fault.kind == Fault::Kind::kSlow) {
         tv.LogLine(kWarning, "fault: " + fault.function + " takes " +
                                  std::to_string(fault.delayMs) + " ms longer");
@@ -165,6 +191,10 @@ bool Faulted(Tv::Impl& tv, const char* function, int* result) {
         tv.switches.Announce();
     }
     tv.LogLine(kWarning, "fault: " + fault.function + " fails");
+    if (ChangesTheTv(function)) {
+        NoteFailure(tv, fault.function + " failed, as it was told to. Faults are listed and " +
+                            "cleared with \"vtv fault\".");
+    }
     *result = fault.result;
     return true;
 }

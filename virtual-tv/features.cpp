@@ -36,19 +36,16 @@ std::optional<Value> ReadFeature(const Tv::Impl& tv, const std::string& key) {
 // A feature of another type is as good as none.
 template <typename T, typename Result>
 int Answer(const char* function, const char* key, Result result) {
-    std::optional<Value> value;
-    const int error = Serve(function, [&](Tv::Impl& tv) {
-        if (key == nullptr) {
-            return kInvalidParameter;
-        }
-        value = ReadFeature(tv, key);
+    T found{};
+    const int error = ServeRead(function, key, kInvalidParameter, &found, [&](Tv::Impl& tv) {
+        const std::optional<Value> value = key != nullptr ? ReadFeature(tv, key) : std::nullopt;
         if (!value || !std::holds_alternative<T>(*value)) {
             return kInvalidParameter;
         }
-        return result(std::get<T>(*value));
+        found = std::get<T>(*value);
+        return 0;
     });
-    NoteRead(function, key, error == 0 ? value : std::nullopt);
-    return error;
+    return error == 0 ? result(found) : error;
 }
 
 }  // namespace

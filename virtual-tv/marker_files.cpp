@@ -95,6 +95,11 @@ int TvAccess(const char* path, int mode) noexcept {
     if (vtv::Current() == nullptr || path == nullptr || !vtv::OwnerPath(path, &relative)) {
         return faccessat(AT_FDCWD, path, mode, 0);
     }
+    if (const vtv::Read* substitute = vtv::SubstituteFor("access", path)) {
+        vtv::NoteRead("access", path, substitute->value);
+        errno = ENOENT;
+        return substitute->value == vtv::Value(true) ? 0 : -1;
+    }
     vtv::Tv::Impl& tv = vtv::Current()->impl();
     int ignored = 0;
     if (vtv::Faulted(tv, "access", &ignored)) {

@@ -42,12 +42,11 @@ bool Tv::Online() const {
 
 extern "C" VTV_EXPORT int connection_profile_check_default_gateway(bool* connected) {
     constexpr char kFunction[] = "connection_profile_check_default_gateway";
-    const int result = vtv::Serve(kFunction, [&](vtv::Tv::Impl& tv) {
-        if (connected == nullptr) {
-            return vtv::kFailed;
-        }
+    if (connected == nullptr) {
+        return vtv::kFailed;
+    }
+    return vtv::ServeRead(kFunction, nullptr, vtv::kFailed, connected, [&](vtv::Tv::Impl& tv) {
         *connected = vtv::IsOnline(tv);
         return 0;
     });
-    return vtv::NotedRead(kFunction, nullptr, result, connected);
 }

@@ -1,4 +1,8 @@
-// What platform calls read, collected for a host that wants to know what an answer was made of.
+// What platform calls read, collected for a host that wants to know what an answer was made of, and
+// what they would read if the TV were another.
+#include <algorithm>
+#include <array>
+#include <string_view>
 #include <utility>
 
 #include "serve.h"
@@ -10,8 +14,47 @@ namespace {
 
 bool recording = false;
 std::vector<Read> reads;
+const std::vector<Read>* substitutes = nullptr;
+
+// Calls that leave something behind, on the TV or in its records.
+constexpr std::array kRecords = {
+    std::string_view("PrepareCallBuffer"), std::string_view("__dlog_print"),
+    std::string_view("vconf_ignore_key_changed"), std::string_view("vconf_notify_key_changed")};
 
 }  // namespace
+
+Experiment::Experiment(std::vector<Read> reads) : reads_(std::move(reads)), outer_(substitutes) {
+    substitutes = &reads_;
+    FollowTraceSwitch(Require("an experiment"));
+}
+
+Experiment::~Experiment() {
+    substitutes = outer_;
+    if (outer_ == nullptr && Current() != nullptr) {
+        FollowTraceSwitch(Current()->impl());
+    }
+}
+
+bool Experimenting() {
+    return substitutes != nullptr;
+}
+
+const Read* SubstituteFor(const char* function, const char* subject) {
+    if (substitutes == nullptr) {
+        return nullptr;
+    }
+    const std::string_view about = subject != nullptr ? subject : "";
+    const auto found = std::find_if(
+        substitutes->begin(), substitutes->end(),
+        [&](const Read& read) { return read.function == function && read.subject == about; });
+    return found != substitutes->end() ? &*found : nullptr;
+}
+
+bool IsSilenced(const char* function) {
+    return substitutes != nullptr &&
+           (ChangesTheTv(function) ||
+            std::find(kRecords.begin(), kRecords.end(), function) != kRecords.end());
+}
 
 void StartRecordingReads() {
     reads.clear();

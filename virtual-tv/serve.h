@@ -23,10 +23,22 @@ void ReportException(Tv::Impl& tv, const char* function, const char* message);
 void NoteRead(const char* function, const char* subject, std::optional<Value> value);
 bool RecordingReads();
 
+// While an Experiment lives: what the call finds in place of the TV's own; null where it is not
+// substituted. Whoever acts on the TV, or records something, does nothing then.
+bool Experimenting();
+const Read* SubstituteFor(const char* function, const char* subject);
+bool IsSilenced(const char* function);
+
+// A failure that whoever pressed wants to hear of; see Tv::TakeFailures().
+void NoteFailure(Tv::Impl& tv, const std::string& text);
+
 // For calls that return an int error.
 template <typename Body>
 int Serve(const char* function, Body body) {
     Tv::Impl& tv = Require(function);
+    if (IsSilenced(function)) {
+        return 0;
+    }
     int result = kFailed;
     try {
         return Faulted(tv, function, &result) ? result : body(tv);
@@ -40,6 +52,9 @@ int Serve(const char* function, Body body) {
 template <typename T, typename Body>
 T ServeOr(T failed, const char* function, Body body) {
     Tv::Impl& tv = Require(function);
+    if (IsSilenced(function)) {
+        return failed;
+    }
     int ignored = 0;
     try {
         return Faulted(tv, function, &ignored) ? failed : body(tv);
@@ -49,12 +64,21 @@ T ServeOr(T failed, const char* function, Body body) {
     }
 }
 
-// An int result of a read that stores what it found; passes the result on.
-template <typename T>
-int NotedRead(const char* function, const char* subject, int result, const T* found) {
+// For calls that read one thing of the TV. The body returns an int error and stores what it found;
+// failed is what the platform says when there is no such thing.
+template <typename T, typename Body>
+int ServeRead(const char* function, const char* subject, int failed, T* found, Body body) {
+    int result = failed;
+    if (const Read* substitute = SubstituteFor(function, subject)) {
+        if (substitute->value && std::holds_alternative<T>(*substitute->value)) {
+            *found = std::get<T>(*substitute->value);
+            result = 0;
+        }
+    } else {
+        result = Serve(function, body);
+    }
     if (RecordingReads()) {
-        const bool read = result == 0 && found != nullptr;
-        NoteRead(function, subject, read ? std::optional<Value>(*found) : std::nullopt);
+        NoteRead(function, subject, result == 0 ? std::optional<Value>(*found) : std::nullopt);
     }
     return result;
 }

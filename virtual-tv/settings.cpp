@@ -59,6 +59,12 @@ bool ReadSetting(Tv::Impl& tv, const char* key, T* result) {
     return true;
 }
 
+template <typename T>
+int ServeSetting(const char* function, const char* key, T* result) {
+    return ServeRead(function, key, kFailed, result,
+                     [&](Tv::Impl& tv) { return ReadSetting(tv, key, result) ? 0 : kFailed; });
+}
+
 int WriteSetting(Tv::Impl& tv, const char* key, const Value& value) {
     if (key == nullptr) {
         return kFailed;
@@ -229,36 +235,26 @@ void ForgetKeyCallbacks(Tv::Impl& tv) {
 // --- The platform calls ---
 
 using vtv::Serve;
-using vtv::ServeOr;
 
 extern "C" {
 
 VTV_EXPORT int vconf_get_int(const char* key, int* value) {
-    const int result = Serve("vconf_get_int", [&](vtv::Tv::Impl& tv) {
-        return value != nullptr && vtv::ReadSetting<int>(tv, key, value) ? 0 : vtv::kFailed;
-    });
-    return vtv::NotedRead("vconf_get_int", key, result, value);
+    return value != nullptr ? vtv::ServeSetting("vconf_get_int", key, value) : vtv::kFailed;
 }
 
 VTV_EXPORT int vconf_get_bool(const char* key, int* value) {
     bool flag = false;
-    const int result = Serve("vconf_get_bool", [&](vtv::Tv::Impl& tv) {
-        if (value == nullptr || !vtv::ReadSetting<bool>(tv, key, &flag)) {
-            return vtv::kFailed;
-        }
-        *value = flag ? 1 : 0;
-        return 0;
-    });
-    return vtv::NotedRead("vconf_get_bool", key, result, &flag);
+    const int result = vtv::ServeSetting("vconf_get_bool", key, &flag);
+    if (value == nullptr || result != 0) {
+        return result != 0 ? result : vtv::kFailed;
+    }
+    *value = flag ? 1 : 0;
+    return 0;
 }
 
 VTV_EXPORT char* vconf_get_str(const char* key) {
     std::string text;
-    char* copy = ServeOr<char*>(nullptr, "vconf_get_str", [&](vtv::Tv::Impl& tv) -> char* {
-        return vtv::ReadSetting<std::string>(tv, key, &text) ? strdup(text.c_str()) : nullptr;
-    });
-    vtv::NotedRead("vconf_get_str", key, copy != nullptr ? 0 : vtv::kFailed, &text);
-    return copy;
+    return vtv::ServeSetting("vconf_get_str", key, &text) == 0 ? strdup(text.c_str()) : nullptr;
 }
 
 VTV_EXPORT int vconf_set_int(const char* key, int value) {

@@ -82,7 +82,7 @@ void UseTraceOf(Tv::Impl* tv) {
 
 void FollowTraceSwitch(Tv::Impl& tv) {
     if (&tv == tracedTv) {
-        TIStorageManagerState::enabled = tv.StateOr<bool>(kTraceSwitch, false);
+        TIStorageManagerState::enabled = !Experimenting() && tv.StateOr<bool>(kTraceSwitch, false);
     }
 }
 

@@ -101,6 +101,12 @@ Tv::Impl::Impl(const std::string& tvDir)
 
 Tv::Impl::~Impl() = default;
 
+void Tv::Impl::LogLine(int priority, const std::string& text) {
+    if (!Experimenting()) {
+        log.Append(priority, "VTV", text);
+    }
+}
+
 Watcher& Tv::Impl::GetWatcher() {
     if (watcher == nullptr) {
         watcher = std::make_unique<Watcher>();
@@ -263,12 +269,16 @@ Tv::Impl& Require(const char* function) {
     return current->impl();
 }
 
-void ReportException(Tv::Impl& tv, const char* function, const char* message) {
+void NoteFailure(Tv::Impl& tv, const std::string& text) {
     constexpr size_t kEnough = 100;
-    tv.LogLine(kError, std::string(function) + ": " + message);
     if (tv.failures.size() < kEnough) {
-        tv.failures.emplace_back(message);
+        tv.failures.push_back(text);
     }
+}
+
+void ReportException(Tv::Impl& tv, const char* function, const char* message) {
+    tv.LogLine(kError, std::string(function) + ": " + message);
+    NoteFailure(tv, message);
 }
 
 }  // namespace vtv

@@ -143,7 +143,7 @@ struct Tv::Impl {
         return otherwise;
     }
 
-    void LogLine(int priority, const std::string& text) { log.Append(priority, "VTV", text); }
+    void LogLine(int priority, const std::string& text);  // nothing in an experiment
     // Reads faults and the trace switch again when they were changed.
     void FollowSwitches();
 };
@@ -167,6 +167,8 @@ void BindTexts(const std::string& language);
 void UseTraceOf(Tv::Impl* tv);
 void FollowTraceSwitch(Tv::Impl& tv);
 void ForgetKeyCallbacks(Tv::Impl& tv);
+// Whether the call is there to change something on the TV, or to start or end an application.
+bool ChangesTheTv(std::string_view function);
 void EndRunningApplications(Tv::Impl& tv);
 std::string BootId();
 void CompactTrace(const std::string& path);  // keeps the call sites, drops the events

@@ -295,8 +295,9 @@ class VTV_EXPORT Tv {
     std::vector<std::string> Problems() const;
 
     // What platform calls of this process could not do since the last time, one text each: a write
-    // to a full disk, for one. A caller of such a call learns only that it failed. Faults that were
-    // asked for are not among them.
+    // to a full disk, an application that did not start, a call that was to change something and
+    // was told to fail. A caller of such a call learns only that it failed. A read that was told to
+    // fail is not among them: the page shows what comes of it.
     std::vector<std::string> TakeFailures();
 
     const Model& GetModel() const;
@@ -480,6 +481,23 @@ struct Read {
 // between learns what the answer was made of. Off unless started; costs nothing then.
 VTV_EXPORT void StartRecordingReads();
 VTV_EXPORT std::vector<Read> StopRecordingReads();
+
+// While it lives, the platform calls of this process find these values in place of the TV's own: a
+// host asks the provider what it would answer on a TV that does not exist. An absent value is a
+// read that fails. Nothing of it reaches the TV: calls that would change something, or leave a
+// record, do nothing and say that they worked; faults that are there for one call stay for the
+// real one. A TV must be on. An inner experiment stands in place of the outer one.
+class VTV_EXPORT Experiment {
+  public:
+    explicit Experiment(std::vector<Read> reads);
+    ~Experiment();
+    Experiment(const Experiment&) = delete;
+    Experiment& operator=(const Experiment&) = delete;
+
+  private:
+    std::vector<Read> reads_;
+    const std::vector<Read>* outer_;
+};
 
 // What somebody who mistyped a word may have meant, best first: candidates that hold the word, or
 // differ from it in few letters.

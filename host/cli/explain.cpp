@@ -20,24 +20,49 @@ std::string Quoted(const vtv::Read& read) {
     return text ? "\"" + vtv::ToText(*read.value) + "\"" : vtv::ToText(*read.value);
 }
 
+void PrintReads(const std::vector<vtv::Read>& reads, const vtv::Tv& tv) {
+    for (size_t i = 0; i < reads.size(); ++i) {
+        const vtv::Read& read = reads[i];
+        // Rules that ask one another read the same thing again; a reader needs it once.
+        if (i > 0 && read.subject == reads[i - 1].subject &&
+            read.function == reads[i - 1].function && read.value == reads[i - 1].value) {
+            continue;
+        }
+        std::cout << "  " << Pad(read.subject.empty() ? read.function : read.subject, 52) << ' '
+                  << Cut(Quoted(read), 60) << '\n'
+                  << Paint(Look::kDim, "      " + host::Describe(read, tv)) << '\n';
+    }
+}
+
+void Print(const host::Reasons& reasons, const std::string& about, const vtv::Tv& tv) {
+    std::string title = about + reasons.answer;
+    if (reasons.question == "value") {
+        title = "reads " + reasons.answer;
+    } else if (reasons.question == "reason") {
+        title = "tells the viewer " +
+                (reasons.answer.empty() ? std::string("nothing") : '"' + reasons.answer + '"');
+    }
+    std::cout << '\n' << Paint(Look::kNote, title) << ": " << reasons.because << '\n';
+    if (reasons.rule.function != nullptr) {
+        std::cout << Paint(Look::kDim, std::string("  rule: ") + reasons.rule.function + " in " +
+                                           reasons.rule.source)
+                  << '\n';
+    }
+    for (const host::Difference& difference : reasons.differences.found) {
+        const std::string other = difference.answer.empty() ? "nothing" : difference.answer;
+        std::cout << "  " << other << " with " << host::ToText(difference) << '\n';
+    }
+    PrintReads(reasons.reads, tv);
+}
+
 void Print(const host::Explanation& explanation, const vtv::Tv& tv) {
     std::cout << Paint(Look::kBold, explanation.sentence) << '\n';
+    if (explanation.barrier != nullptr) {
+        Print(explanation.barrierReasons, explanation.barrier->name + std::string(" is "), tv);
+        std::cout << "\nThe item's own rules:\n";
+    }
     for (const host::Reasons& reasons : explanation.reasons) {
-        const std::string title =
-            reasons.question == "value" ? "reads " + reasons.answer : reasons.answer;
-        std::cout << '\n' << Paint(Look::kNote, title) << ": " << reasons.because << '\n';
-        for (size_t i = 0; i < reasons.reads.size(); ++i) {
-            const vtv::Read& read = reasons.reads[i];
-            // Rules that ask one another read the same thing again; a reader needs it once.
-            if (i > 0 && read.subject == reasons.reads[i - 1].subject &&
-                read.function == reasons.reads[i - 1].function &&
-                read.value == reasons.reads[i - 1].value) {
-                continue;
-            }
-            std::cout << "  " << Pad(read.subject.empty() ? read.function : read.subject, 52) << ' '
-                      << Cut(Quoted(read), 60) << '\n'
-                      << Paint(Look::kDim, "      " + host::Describe(read, tv)) << '\n';
-        }
+        Print(reasons, "", tv);
     }
 }
 
@@ -49,8 +74,10 @@ void AddExplain(CLI::App& app, Common& common) {
         AddVerb(app, common, "explain", "Tell why an item is hidden, dimmed, or reads as it does",
                 "  vtv explain voice-wake-up\n"
                 "  vtv explain voice-settings-google --json\n\n"
-                "Each answer is followed by what was read for it, in order; the last read\n"
-                "settled it.",
+                "Each answer is followed by its reason, the rule in the provider's source, what\n"
+                "would change the answer, and what was read for it, in order. Reasons are found\n"
+                "by experiment: the provider is asked again with other values, of which\n"
+                "nothing reaches the TV.",
                 kTv | kProvider | kJson);
     verb->add_option("ITEM", *name, "The item, by name or key")->required();
     verb->callback([&common, name] {
@@ -58,7 +85,7 @@ void AddExplain(CLI::App& app, Common& common) {
         const Session session(common);
         const host::Explanation explanation = host::Explain(session.provider, session.tv, item);
         if (common.json) {
-            PrintJson(ToJson(explanation));
+            PrintJson(ToJson(explanation, session.tv));
         } else {
             Print(explanation, session.tv);
         }

@@ -104,6 +104,10 @@ Json::Value ToJson(const host::PressResult& result, const host::Item& item) {
     json["item"] = item.name;
     json["done"] = result.done;
     json["refusal"] = result.refusal.empty() ? Json::Value() : Json::Value(result.refusal);
+    json["failures"] = Json::Value(Json::arrayValue);
+    for (const std::string& failure : result.failures) {
+        json["failures"].append(failure);
+    }
     json["sees"] = Json::Value(Json::arrayValue);
     for (const host::Sight& sight : result.sights) {
         Json::Value entry;
@@ -126,25 +130,71 @@ Json::Value ToJson(const host::PressResult& result, const host::Item& item) {
     return json;
 }
 
-Json::Value ToJson(const host::Explanation& explanation) {
+namespace {
+
+Json::Value ToJson(const std::optional<vtv::Value>& value) {
+    return value ? cli::ToJson(*value) : Json::Value();
+}
+
+Json::Value ToJson(const host::Differences& differences) {
+    Json::Value json(Json::arrayValue);
+    for (const host::Difference& difference : differences.found) {
+        Json::Value way;
+        way["answer"] = difference.answer;
+        way["text"] = host::ToText(difference);
+        way["changes"] = Json::Value(Json::arrayValue);
+        for (const host::Supposition& supposition : difference.suppositions) {
+            Json::Value change;
+            change["function"] = supposition.read.function;
+            change["subject"] = supposition.read.subject;
+            change["from"] = ToJson(supposition.was.value);
+            change["to"] = ToJson(supposition.read.value);
+            change["now"] = supposition.now;
+            way["changes"].append(change);
+        }
+        json.append(way);
+    }
+    return json;
+}
+
+Json::Value ToJson(const host::Reasons& reasons, const vtv::Tv& tv) {
+    Json::Value json;
+    json["question"] = reasons.question;
+    json["answer"] = reasons.answer;
+    json["because"] = reasons.because;
+    json["rule"] = Json::Value();
+    if (reasons.rule.function != nullptr) {
+        json["rule"]["function"] = reasons.rule.function;
+        json["rule"]["source"] = reasons.rule.source;
+    }
+    json["otherwise"] = ToJson(reasons.differences);
+    json["reads"] = Json::Value(Json::arrayValue);
+    for (const vtv::Read& read : reasons.reads) {
+        Json::Value one;
+        one["function"] = read.function;
+        one["subject"] = read.subject;
+        one["value"] = ToJson(read.value);
+        one["text"] = host::Describe(read, tv);
+        json["reads"].append(one);
+    }
+    return json;
+}
+
+}  // namespace
+
+Json::Value ToJson(const host::Explanation& explanation, const vtv::Tv& tv) {
     Json::Value json;
     json["item"] = explanation.item->name;
     json["sentence"] = explanation.sentence;
+    json["reachable"] = explanation.reachable;
+    json["barrier"] = Json::Value();
+    if (explanation.barrier != nullptr) {
+        json["barrier"] = ToJson(explanation.barrierReasons, tv);
+        json["barrier"]["item"] = explanation.barrier->name;
+    }
     json["questions"] = Json::Value(Json::arrayValue);
     for (const host::Reasons& reasons : explanation.reasons) {
-        Json::Value entry;
-        entry["question"] = reasons.question;
-        entry["answer"] = reasons.answer;
-        entry["because"] = reasons.because;
-        entry["reads"] = Json::Value(Json::arrayValue);
-        for (const vtv::Read& read : reasons.reads) {
-            Json::Value one;
-            one["function"] = read.function;
-            one["subject"] = read.subject;
-            one["value"] = read.value ? ToJson(*read.value) : Json::Value();
-            entry["reads"].append(one);
-        }
-        json["questions"].append(entry);
+        json["questions"].append(ToJson(reasons, tv));
     }
     return json;
 }

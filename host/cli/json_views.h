@@ -16,7 +16,7 @@ Json::Value ToJson(const host::ItemView& view, bool reachable);
 Json::Value ToJson(const host::Page& page, const host::Provider& provider, const vtv::Tv& tv);
 Json::Value ToJson(const host::PageChange& change);
 Json::Value ToJson(const host::PressResult& result, const host::Item& item);
-Json::Value ToJson(const host::Explanation& explanation);
+Json::Value ToJson(const host::Explanation& explanation, const vtv::Tv& tv);
 Json::Value ToJson(const vtv::Launch& launch);
 Json::Value ToJson(const vtv::RunningApplication& running);
 Json::Value ToJson(const vtv::LogRecord& record);

@@ -155,7 +155,7 @@ std::string DrawPage(const host::Page& page, const vtv::Tv& tv, const PictureOpt
     std::string hidden;
     bool first = true;
     for (const ItemView& view : page.items) {
-        const bool shown = root.visible && view.visible;
+        const bool shown = page.IsShown(*view.item);
         if (view.item->parent == nullptr) {
             continue;
         }

@@ -1,6 +1,7 @@
 // vtv press and vtv choose: what a viewer does.
 #include <iostream>
 #include <memory>
+#include <optional>
 
 #include "host/core/viewer.h"
 #include "json_views.h"
@@ -14,7 +15,7 @@ using Values = std::map<std::string, vtv::Value>;
 
 struct PressOptions {
     std::string item;
-    std::string value;
+    std::optional<std::string> value;
     bool ok = false;
     bool cancel = false;
 };
@@ -70,10 +71,9 @@ void PrintNextStep(const host::PressResult& result, const PressOptions& options)
 }
 
 // A provider can only take it that a platform call fails; whoever pressed wants to know why.
-void RequireNoFailure(vtv::Tv& tv) {
-    const std::vector<std::string> failures = tv.TakeFailures();
-    if (!failures.empty()) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform, failures.front());
+void RequireNoFailure(const host::PressResult& result) {
+    if (!result.failures.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kPlatform, result.failures.front());
     }
 }
 
@@ -88,21 +88,29 @@ host::Recording::Step ToStep(const host::Press& press) {
     return step;
 }
 
-void Press(Common& common, const PressOptions& options) {
-    const host::Item& item = RequireItem(options.item);
-    Session session(common);
+// What the options mean for the item; nothing has happened when they mean nothing.
+host::Press Meant(const host::Provider& provider, const host::Item& item,
+                  const PressOptions& options) {
     host::Press press;
     press.item = &item;
     press.answer = options.ok       ? host::Answer::kOk
                    : options.cancel ? host::Answer::kCancel
                                     : host::Answer::kNone;
-    if (!options.value.empty()) {
-        if (!host::HasValue(item)) {
-            throw vtv::Error(vtv::ErrorKind::kUsage,
-                             item.name + std::string(" has no choices: leave out --choose."));
-        }
-        press.choose = host::ParseChoice(host::LookAt(session.provider, item), options.value);
+    if (options.value) {
+        // Where there is no list, any choice is one too many.
+        const bool list = item.kind == host::ItemKind::kList;
+        press.choose = list ? host::ParseChoice(host::LookAt(provider, item), *options.value) : 0;
     }
+    if (press.choose || press.answer != host::Answer::kNone) {
+        host::RequireMeaning(provider, press);
+    }
+    return press;
+}
+
+void Press(Common& common, const PressOptions& options) {
+    const host::Item& item = RequireItem(options.item);
+    Session session(common);
+    const host::Press press = Meant(session.provider, item, options);
     Recorder recorder(common, session.tv, ToStep(press));
     const host::PressResult result = host::Viewer(session.provider, session.tv).PressItem(press);
     recorder.Done(result);
@@ -112,7 +120,7 @@ void Press(Common& common, const PressOptions& options) {
         Print(result);
         PrintNextStep(result, options);
     }
-    RequireNoFailure(session.tv);
+    RequireNoFailure(result);
     if (!result.done) {
         throw Refusal(result.refusal);
     }
@@ -125,7 +133,7 @@ void Choose(Common& common, const PressOptions& options) {
     if (!host::HasValue(item)) {
         throw Refusal(view.Label() + " (" + item.name + ") has no value to choose.");
     }
-    const int value = host::ParseChoice(view, options.value);
+    const int value = host::ParseChoice(view, options.value.value_or(""));
     Recorder recorder(common, session.tv, {{"hand", Values{{item.name, value}}}});
     const host::PressResult result =
         host::Viewer(session.provider, session.tv).SetValue(item, value);
@@ -137,7 +145,7 @@ void Choose(Common& common, const PressOptions& options) {
     } else {
         Print(result);
     }
-    RequireNoFailure(session.tv);
+    RequireNoFailure(result);
     if (!result.done) {
         throw Refusal(result.refusal);
     }

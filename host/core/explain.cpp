@@ -1,205 +1,227 @@
 #include "explain.h"
 
-#include <array>
-#include <filesystem>
-
-#include <json/json.h>
-
-#include "known_settings.h"
+#include <algorithm>
 
 namespace host {
 
 namespace {
 
-struct Phrase {
-    const char*
-        subject;      // settings key, feature key, consent item, or function where it says it all
-    const char* yes;  // true, or a number above 0
-    const char* no;   // false, 0, or a read that failed
+constexpr size_t kMostWays = 3;  // that a sentence names
+
+std::string Joined(const std::vector<std::string>& parts, const char* last) {
+    std::string text;
+    for (size_t i = 0; i < parts.size(); ++i) {
+        text += (i == 0 ? "" : i + 1 == parts.size() ? last : ", ") + parts[i];
+    }
+    return text;
+}
+
+bool WasRead(const std::vector<vtv::Read>& reads, const vtv::Read& read) {
+    return std::any_of(reads.begin(), reads.end(), [&](const vtv::Read& one) {
+        return one.function == read.function && one.subject == read.subject;
+    });
+}
+
+// What is so now, of all that would have to be otherwise. What the provider has not come to look at
+// is no reason yet.
+std::vector<std::string> Present(const Reasons& reasons) {
+    std::vector<std::string> seen;
+    std::vector<std::string> all;
+    const auto add = [](const std::string& text, std::vector<std::string>* texts) {
+        if (std::find(texts->begin(), texts->end(), text) == texts->end()) {
+            texts->push_back(text);
+        }
+    };
+    for (const Difference& difference : reasons.differences.found) {
+        for (const Supposition& supposition : difference.suppositions) {
+            add(supposition.now, &all);
+            if (WasRead(reasons.reads, supposition.read) || difference.suppositions.size() == 1) {
+                add(supposition.now, &seen);
+            }
+        }
+    }
+    return seen.empty() ? all : seen;
+}
+
+// "it would show with consent tnc, or with the feature x=1"; empty where the answer is no lack.
+std::string WhatItWouldTake(const Reasons& reasons) {
+    std::string would;
+    if (reasons.question == "visible" && reasons.answer == "hidden") {
+        would = "it would show with ";
+    } else if (reasons.question == "enabled" && reasons.answer == "dimmed") {
+        would = "it would be enabled with ";
+    } else if (reasons.question == "value" && reasons.answer == "off") {
+        would = "it would be on with ";
+    } else {
+        return "";
+    }
+    std::vector<std::string> ways;
+    for (const Difference& difference : reasons.differences.found) {
+        if (reasons.question != "value" || difference.answer == "on") {
+            ways.push_back(ToText(difference));
+        }
+    }
+    const size_t more = ways.size() > kMostWays ? ways.size() - kMostWays : 0;
+    ways.resize(ways.size() - more);
+    if (ways.empty()) {
+        return "";
+    }
+    return "; " + would + Joined(ways, ", or with ") +
+           (more > 0 ? ", or in " + std::to_string(more) + " other ways" : "");
+}
+
+std::string NothingFound(const Reasons& reasons) {
+    const Differences& differences = reasons.differences;
+    if (differences.otherAnswer) {
+        return "asked again it is " + *differences.otherAnswer +
+               ": what it reads was changed meanwhile, or failed for once";
+    }
+    if (reasons.reads.empty()) {
+        return "always so: nothing is read for it, and no policy that was tried changes it";
+    }
+    return "nothing that was tried changes it: all known values of what it reads, up to " +
+           std::to_string(differences.tried) + " at a time";
+}
+
+std::string Because(const Reasons& reasons) {
+    if (reasons.differences.found.empty()) {
+        return NothingFound(reasons);
+    }
+    return Joined(Present(reasons), " and ") + WhatItWouldTake(reasons);
+}
+
+class Asker {
+  public:
+    Asker(const Provider& provider, const vtv::Tv& tv) : whatIf_(provider, tv) {}
+
+    Reasons Ask(const Item& item, const std::string& name, const WhatIf::Question& question) {
+        const Reply answer = whatIf_.Ask(question);
+        Reasons reasons;
+        reasons.question = name;
+        reasons.answer = answer.text;
+        reasons.rule = RuleOf(item, name);
+        reasons.reads = answer.reads;
+        reasons.differences = whatIf_.Find(question, answer);
+        reasons.because = Because(reasons);
+        return reasons;
+    }
+
+    Reasons Visible(const Item& item) {
+        return Ask(item, "visible", [&item](const Provider& provider) {
+            return provider.IsVisible(item.key) ? "shown" : "hidden";
+        });
+    }
+
+    Reasons Enabled(const Item& item) {
+        return Ask(item, "enabled", [&item](const Provider& provider) {
+            return provider.IsEnabled(item.key) ? "enabled" : "dimmed";
+        });
+    }
+
+    Reasons Value(const Item& item) {
+        return Ask(item, "value", [&item](const Provider& provider) {
+            ItemView view;
+            view.item = &item;
+            view.value = provider.GetInt(item.key);
+            if (item.kind == ItemKind::kList) {
+                view.choices = provider.Choices(item.key);
+            }
+            return view.ValueText();
+        });
+    }
+
+    // What a viewer is told who selects the dimmed item.
+    Reasons DimmedReason(const Item& item) {
+        return Ask(item, "reason", [&item](const Provider& provider) {
+            const std::optional<Box> popup = provider.DisablePopup(item.key);
+            return provider.DisableText(item.key).value_or(popup ? popup->message : "");
+        });
+    }
+
+  private:
+    WhatIf whatIf_;
 };
 
-constexpr char kCurrentAssistantKey[] = "db/multi-assistant/default_assistant_appid";
-constexpr char kBlockKey[] = "db/comss/cisblock";
-constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
-constexpr char kOrvikFeature[] = "com.vantelo/featureconf/voice.voice_recognition_orvik_support";
+// "shown: ...", to stand behind "Voice is ".
+std::string State(const Reasons& reasons) {
+    return reasons.answer + ": " + reasons.because;
+}
 
-#define FEATURE "com.vantelo/featureconf/"
-constexpr std::array kPhrases = {
-    Phrase{"sso_get_login_state", "signed in", "signed out"},
-    Phrase{"tnc", "the terms are agreed to", "the terms are not agreed to"},
-    Phrase{"pp", "the privacy policy is agreed to", "the privacy policy is not agreed to"},
-    Phrase{"connection_profile_check_default_gateway", "the network is up", "the network is down"},
-    Phrase{"AOVSystemDataGetAOVMode", "always-on voice is on", "always-on voice is off"},
-    Phrase{"memory/passthru/connected", "a pass-through device is connected",
-           "no pass-through device is connected"},
-    Phrase{"db/menu/voice/passthru", "pass-through is switched on", "pass-through is switched off"},
-    Phrase{"db/passthru/mic_state", "the pass-through microphone is on",
-           "the pass-through microphone is off"},
-    Phrase{"db/voice-app/activate_first_time", "Orvik has not been set up yet", "Orvik is set up"},
-    Phrase{"db/menu/voice/is_k_voice", "the legacy voice assistant is in use",
-           "the legacy voice assistant is not in use"},
-    Phrase{"db/aisound-app/soundsensorflag_prev", "the built-in microphone is on",
-           "the built-in microphone is off"},
-    Phrase{FEATURE "recorder.microphone_type", "the TV has a built-in microphone",
-           "the TV has no built-in microphone"},
-    Phrase{FEATURE "voice.voice_recognition_far_field_type", "the TV has far-field microphones",
-           "the TV has no far-field microphones"},
-    Phrase{FEATURE "voice.farfield_passthru_support", "the TV supports pass-through",
-           "the TV does not support pass-through"},
-    Phrase{FEATURE "cn_ai_service_supported", "the TV is a China model",
-           "the TV is no China model"},
-    Phrase{FEATURE "voice.voice_recognition_support", "the TV has voice recognition",
-           "the TV has no voice recognition"},
-    Phrase{FEATURE "voice.voice_recognition_orvik_support", "the TV supports Orvik",
-           "the TV does not support Orvik"},
-};
-#undef FEATURE
-
-bool IsYes(const vtv::Value& value) {
-    if (const int* number = std::get_if<int>(&value)) {
-        return *number > 0;
+// The outermost thing that the item cannot be reached without, other than itself.
+const Item* BarrierOf(const Page& page, const Item& item) {
+    const ItemView* hidden = page.FirstHidden(item);
+    if (hidden != nullptr) {
+        return hidden->item != &item ? hidden->item : nullptr;
     }
-    if (const bool* flag = std::get_if<bool>(&value)) {
-        return *flag;
+    return page.IsReachable(item) ? nullptr : page.items.front().item;
+}
+
+std::string NameOf(const Page& page, const Item& barrier) {
+    return barrier.kind == ItemKind::kPage ? std::string("the page itself")
+                                           : page[barrier.name].Label() + " (" + barrier.name + ")";
+}
+
+std::string SentenceOf(const Page& page, const Explanation& explanation) {
+    const std::string label = explanation.view.Label();
+    if (explanation.barrier != nullptr) {
+        const bool hidden = !page.IsShown(*explanation.item);
+        return label + (hidden ? " is not on the page: " : " cannot be reached: ") +
+               NameOf(page, *explanation.barrier) + " is " + explanation.barrierReasons.answer +
+               " because " + explanation.barrierReasons.because;
     }
-    return !std::get<std::string>(value).empty();
-}
-
-std::string Quoted(const vtv::Read& read) {
-    if (!read.value) {
-        return "missing";
+    const ItemView& view = explanation.view;
+    const Reasons& visible = explanation.reasons[0];
+    const Reasons& enabled = explanation.reasons[1];
+    const bool hasValue = HasValue(*explanation.item);
+    const Reasons& decisive = !view.visible                ? visible
+                              : !view.enabled || !hasValue ? enabled
+                                                           : explanation.reasons[2];
+    if (view.visible && view.enabled && !hasValue) {
+        return label + " is shown and " + State(decisive);
     }
-    const std::string text = vtv::ToText(*read.value);
-    return std::holds_alternative<std::string>(*read.value) ? "\"" + text + "\"" : text;
-}
-
-// The assistant's member of a setting that holds one JSON object for all of them.
-std::string DescribeMember(const vtv::Read& read, const vtv::Tv& tv) {
-    const std::string assistant = vtv::ToText(tv.Get(kCurrentAssistantKey).value_or(std::string()));
-    Json::Value document;
-    const std::string text = read.value ? vtv::ToText(*read.value) : "";
-    if (!Json::Reader().parse(text, document) || !document.isObject() ||
-        !document.isMember(assistant)) {
-        return read.subject + " says nothing about " + (assistant.empty() ? "\"\"" : assistant);
-    }
-    const Json::Value& member = document[assistant];
-    return read.subject + " has \"" +
-           (member.isConvertibleTo(Json::stringValue) ? member.asString() : "...") + "\" for " +
-           assistant;
-}
-
-std::string DescribeTencent(const vtv::Read& read) {
-    Json::Value document;
-    const std::string text = read.value ? vtv::ToText(*read.value) : "";
-    const bool done = Json::Reader().parse(text, document) && document.isObject() &&
-                      document.isMember("onboarding_completed");
-    return done ? "Tencent's onboarding is done" : "Tencent's onboarding is not done";
-}
-
-std::string DescribeCurrentAssistant(const vtv::Read& read) {
-    const std::string id = read.value ? vtv::ToText(*read.value) : "";
-    return id.empty() ? "no assistant is chosen" : "the current assistant is " + id;
-}
-
-std::string DescribeMarker(const vtv::Read& read) {
-    const std::string name = std::filesystem::path(read.subject).filename().string();
-    const bool there = read.value && IsYes(*read.value);
-    return std::string(there ? "the sign-in marker " : "there is no sign-in marker ") + name +
-           (there ? " is there" : "");
-}
-
-std::string ListedAssistants(const vtv::Tv& tv) {
-    Json::Value policy;
-    const std::string text = vtv::ToText(tv.Get(kPolicyKey).value_or(std::string()));
-    const int count = Json::Reader().parse(text, policy) && policy.isArray()
-                          ? static_cast<int>(policy.size())
-                          : 0;
-    return "the policy offers " + (count == 0   ? std::string("no assistant")
-                                   : count == 1 ? std::string("one assistant")
-                                                : std::to_string(count) + " assistants");
-}
-
-// The list of assistants is kept by the provider: no read tells of it. It settles what is asked
-// without any read, and what goes on after the last consent was found to be given.
-bool IsSettledByTheList(const Reasons& visible) {
-    return visible.reads.empty() ||
-           (visible.reads.back().subject == "pp" && visible.reads.back().value == vtv::Value(true));
-}
-
-template <typename Question>
-Reasons Ask(const char* question, const vtv::Tv& tv, Question ask) {
-    Reasons reasons;
-    reasons.question = question;
-    vtv::StartRecordingReads();
-    try {
-        reasons.answer = ask();
-    } catch (...) {
-        vtv::StopRecordingReads();
-        throw;
-    }
-    reasons.reads = vtv::StopRecordingReads();
-    reasons.because = reasons.reads.empty() ? "always so" : Describe(reasons.reads.back(), tv);
-    return reasons;
+    return label + " is " + State(decisive);
 }
 
 }  // namespace
 
-std::string Describe(const vtv::Read& read, const vtv::Tv& tv) {
-    if (read.subject == kOrvikFeature && !read.value) {
-        return "the TV does not tell whether it supports Orvik, which counts as support";
-    }
-    for (const Phrase& phrase : kPhrases) {
-        if (read.subject == phrase.subject || read.function == phrase.subject) {
-            return read.value && IsYes(*read.value) ? phrase.yes : phrase.no;
+std::string ToText(const Difference& difference) {
+    static const std::string kConsent = "consent ";
+    std::vector<std::string> parts;
+    for (const Supposition& supposition : difference.suppositions) {
+        // "consent tnc and pp" and not "consent tnc and consent pp"
+        const bool again = !parts.empty() && parts.back().rfind(kConsent, 0) == 0 &&
+                           supposition.then.rfind(kConsent, 0) == 0;
+        if (again) {
+            parts.back() += " and " + supposition.then.substr(kConsent.size());
+        } else {
+            parts.push_back(supposition.then);
         }
     }
-    if (read.subject == kCurrentAssistantKey) {
-        return DescribeCurrentAssistant(read);
-    }
-    if (read.subject == kTencentKey) {
-        return DescribeTencent(read);
-    }
-    if (read.function == "access") {
-        return DescribeMarker(read);
-    }
-    const KnownSetting* known = FindKnownSetting(read.subject);
-    if (known != nullptr && known->perAssistant) {
-        return DescribeMember(read, tv);
-    }
-    if (read.subject == kBlockKey) {
-        return read.value && *read.value == vtv::Value(2) ? "the content hub is blocked"
-                                                          : "the content hub is not blocked";
-    }
-    return (read.subject.empty() ? read.function : read.subject) + " is " + Quoted(read);
+    return Joined(parts, " and ");
 }
 
 Explanation Explain(const Provider& provider, const vtv::Tv& tv, const Item& item) {
+    const Page page = LookAtPage(provider);
+    Asker asker(provider, tv);
     Explanation explanation;
     explanation.item = &item;
-    explanation.view = LookAt(provider, item);
-    const ItemView& view = explanation.view;
-
-    Reasons visible =
-        Ask("visible", tv, [&] { return provider.IsVisible(item.key) ? "shown" : "hidden"; });
-    if (IsSettledByTheList(visible)) {
-        visible.because = ListedAssistants(tv);
+    explanation.view = page[item.name];
+    explanation.reachable = page.IsReachable(item);
+    explanation.barrier = BarrierOf(page, item);
+    if (explanation.barrier != nullptr) {
+        const Item& barrier = *explanation.barrier;
+        explanation.barrierReasons =
+            page[barrier.name].visible ? asker.Enabled(barrier) : asker.Visible(barrier);
     }
-    explanation.reasons.push_back(visible);
-    explanation.reasons.push_back(
-        Ask("enabled", tv, [&] { return provider.IsEnabled(item.key) ? "enabled" : "dimmed"; }));
+    explanation.reasons.push_back(asker.Visible(item));
+    explanation.reasons.push_back(asker.Enabled(item));
     if (HasValue(item)) {
-        explanation.reasons.push_back(Ask("value", tv, [&] {
-            ItemView now = view;
-            now.value = provider.GetInt(item.key);
-            return now.ValueText();
-        }));
+        explanation.reasons.push_back(asker.Value(item));
     }
-
-    const Reasons& decisive = !view.visible ? explanation.reasons[0]
-                              : !view.enabled || explanation.reasons.size() < 3
-                                  ? explanation.reasons[1]
-                                  : explanation.reasons[2];
-    explanation.sentence = view.Label() + " is " + decisive.answer + ": " + decisive.because;
+    if (!explanation.view.enabled) {
+        explanation.reasons.push_back(asker.DimmedReason(item));
+    }
+    explanation.sentence = SentenceOf(page, explanation);
     return explanation;
 }
 

@@ -1,35 +1,46 @@
-// Why an item is hidden, dimmed, or reads as it does: the reads behind each answer, in words.
+// Why an item is hidden, dimmed, or reads as it does. The reasons are found by experiment: what
+// would have to be otherwise for another answer.
 #pragma once
 
 #include <string>
 #include <vector>
 
 #include "page.h"
+#include "rules.h"
 #include "virtual-tv/virtual_tv.h"
+#include "what_if.h"
 
 namespace host {
 
-// One answer of the provider and what it was made of.
+// One answer of the provider, what it was made of, and what would change it.
 struct Reasons {
-    std::string question;          // "visible", "enabled", "value"
-    std::string answer;            // "hidden", "dimmed", "off", ...
-    std::vector<vtv::Read> reads;  // in order; the last is the one that settled it
-    // The read that settled it in words, "signed out"; or that nothing had to be read.
+    std::string question;          // "visible", "enabled", "value", "reason"
+    std::string answer;            // "hidden", "dimmed", "off", the text of the reason, ...
+    Rule rule;                     // where the provider's source decides it
+    std::vector<vtv::Read> reads;  // in order
+    Differences differences;
+    // In words: "the terms are not agreed; it would show with consent tnc and pp". Where nothing
+    // that was tried changes the answer it says so.
     std::string because;
 };
 
 struct Explanation {
     const Item* item = nullptr;
     ItemView view;
-    std::string sentence;  // "Hands-free wake-up is dimmed: signed out"
+    bool reachable = false;  // as Page::IsReachable()
+    // What keeps the item from being reached although its own rule shows it, or whatever its own
+    // rule says: the page or the item that it lies below; null when it is nothing but itself.
+    const Item* barrier = nullptr;
+    Reasons barrierReasons;
+    // "Hands-free Wake-up is dimmed: signed out; it would be enabled with the account signed in"
+    std::string sentence;
     std::vector<Reasons> reasons;
 };
 
-// The provider's own TV must be on.
+// The provider's own TV must be on. Nothing on the TV is changed.
 Explanation Explain(const Provider& provider, const vtv::Tv& tv, const Item& item);
 
-// What a read found, in words: "signed out", "the terms are not agreed",
-// "db/menu/voice/is_k_voice is true".
-std::string Describe(const vtv::Read& read, const vtv::Tv& tv);
+// "consent tnc and pp".
+std::string ToText(const Difference& difference);
 
 }  // namespace host

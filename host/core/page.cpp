@@ -120,10 +120,20 @@ const ItemView& Page::operator[](std::string_view name) const {
     throw std::out_of_range("no item " + std::string(name));
 }
 
+const ItemView* Page::FirstHidden(const Item& item) const {
+    const Item* parent = item.parent != nullptr ? FindItem(item.parent) : nullptr;
+    if (parent != nullptr) {
+        if (const ItemView* hidden = FirstHidden(*parent)) {
+            return hidden;
+        }
+    }
+    const ItemView& view = (*this)[item.name];
+    return view.visible ? nullptr : &view;
+}
+
 bool Page::IsReachable(const Item& item) const {
-    const ItemView& root = items.front();
-    const bool open = item.parent == nullptr || (root.visible && root.enabled);
-    return open && (*this)[item.name].visible;
+    const bool open = item.parent == nullptr || items.front().enabled;
+    return open && IsShown(item);
 }
 
 ItemView LookAt(const Provider& provider, const Item& item) {

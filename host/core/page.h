@@ -62,8 +62,13 @@ struct Page {
     std::vector<ItemView> items;  // as PageItems()
 
     const ItemView& operator[](std::string_view name) const;
-    // Whether a viewer can get to the item: it is shown, and the page that it lies on is shown and
-    // can be opened.
+    // Whether the item is to be seen: it is shown, and so is all that it lies below.
+    bool IsShown(const Item& item) const { return FirstHidden(item) == nullptr; }
+    // The outermost thing that keeps it from being shown: an item that it lies below, or itself;
+    // null when there is none.
+    const ItemView* FirstHidden(const Item& item) const;
+    // Whether a viewer can get to the item: it is shown, and the page that it lies on can be
+    // opened.
     bool IsReachable(const Item& item) const;
 
     bool operator==(const Page&) const = default;

@@ -2,8 +2,14 @@
 
 #include <cxxabi.h>
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/sendfile.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -45,7 +51,53 @@ std::string Demangled(const std::string& symbol) {
                         file + ": cannot be loaded as a provider: " + reason);
 }
 
-std::unique_ptr<void, int (*)(void*)> Load(const std::string& file) {
+struct Descriptor {
+    explicit Descriptor(int number) : fd(number) {}
+    ~Descriptor() { close(fd); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    const int fd;
+};
+
+// The bytes of the library in memory, under a name that the dynamic linker has not seen: to it they
+// are another library.
+void* LoadCopy(const std::string& file) {
+    const auto fail = [&](const char* what) {
+        throw ProviderError(ProviderError::Kind::kUnusable, file + ": cannot be copied: " + what +
+                                                                ": " + std::strerror(errno) + ".");
+    };
+    const Descriptor from(open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor copy(memfd_create("provider", MFD_CLOEXEC));
+    struct stat info;
+    if (from.fd < 0 || copy.fd < 0 || fstat(from.fd, &info) != 0) {
+        fail("it cannot be opened");
+    }
+    for (off_t left = info.st_size; left > 0;) {
+        const ssize_t sent = sendfile(copy.fd, from.fd, nullptr, static_cast<size_t>(left));
+        if (sent <= 0) {
+            fail("it cannot be read");
+        }
+        left -= sent;
+    }
+    // A library that is still loaded has its name from a descriptor that was closed since.
+    std::vector<std::unique_ptr<Descriptor>> taken;
+    int fd = copy.fd;
+    for (;;) {
+        const std::string path = "/proc/self/fd/" + std::to_string(fd);
+        void* known = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
+        if (known == nullptr) {
+            return dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        }
+        dlclose(known);
+        fd = fcntl(copy.fd, F_DUPFD_CLOEXEC, fd + 1);
+        if (fd < 0) {
+            fail("too many files are open");
+        }
+        taken.push_back(std::make_unique<Descriptor>(fd));
+    }
+}
+
+std::unique_ptr<void, int (*)(void*)> Load(const std::string& file, Provider::Copy copy) {
     std::error_code ignored;
     if (!std::filesystem::exists(file, ignored)) {
         throw ProviderError(ProviderError::Kind::kNoSuchFile,
@@ -53,7 +105,8 @@ std::unique_ptr<void, int (*)(void*)> Load(const std::string& file) {
     }
     // A name without a slash would be searched for in the system's folders.
     const std::string path = std::filesystem::absolute(file).string();
-    void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* library = copy == Provider::Copy::kPrivate ? LoadCopy(path)
+                                                     : dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         const char* reason = dlerror();
         ThrowLoadError(file, reason != nullptr ? reason : "unknown reason");
@@ -103,7 +156,8 @@ std::optional<int> ParseAction(const char* text) {
 
 }  // namespace
 
-ProviderLibrary::ProviderLibrary(const std::string& file) : library_(Load(file)) {
+ProviderLibrary::ProviderLibrary(const std::string& file, Provider::Copy copy)
+    : library_(Load(file, copy)) {
     void* library = library_.get();
     Find(library, file, "create_provider", &entry_.create);
     Find(library, file, "delete_provider", &entry_.destroy);
@@ -117,8 +171,8 @@ ProviderLibrary::ProviderLibrary(const std::string& file) : library_(Load(file))
     Find(library, file, "check_enable_string", &entry_.enabledString);
 }
 
-Provider::Provider(const std::string& file) : file_(file), library_(nullptr, dlclose) {
-    ProviderLibrary loaded(file);
+Provider::Provider(const std::string& file, Copy copy) : file_(file), library_(nullptr, dlclose) {
+    ProviderLibrary loaded(file, copy);
     entry_ = loaded.Entry();
     library_ = loaded.Release();
     const int result = entry_.create(&slots_);

@@ -45,8 +45,12 @@ struct Box {
 
 class Provider {
   public:
+    // A library has its memory once a process, and several providers from it share that. A private
+    // copy has a memory of its own, as fresh as after the start of the TV.
+    enum class Copy { kShared, kPrivate };
+
     // Loads the library, finds its ten entry points and creates the provider. Throws ProviderError.
-    explicit Provider(const std::string& file);
+    explicit Provider(const std::string& file, Copy copy = Copy::kShared);
     // Deletes the provider and unloads the library.
     ~Provider();
     Provider(const Provider&) = delete;
@@ -99,7 +103,8 @@ class Provider {
 // library and finds the entry points, but creates nothing.
 class ProviderLibrary {
   public:
-    explicit ProviderLibrary(const std::string& file);
+    explicit ProviderLibrary(const std::string& file,
+                             Provider::Copy copy = Provider::Copy::kShared);
     const Provider::EntryPoints& Entry() const { return entry_; }
     std::unique_ptr<void, int (*)(void*)> Release() { return std::move(library_); }
 

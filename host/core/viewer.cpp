@@ -66,6 +66,16 @@ void RequireChoice(const ItemView& view, int value) {
     }
 }
 
+bool CanBeAnswered(const Provider& provider, const Page& page, const Press& press) {
+    const Item& item = *press.item;
+    const bool confirms = HasValue(item) && provider.Confirmation(item.key).has_value();
+    if (!page.IsReachable(item)) {
+        return confirms || provider.DisablePopup(item.key);  // on another TV it may ask
+    }
+    const ItemView& view = page[item.name];
+    return view.enabled ? confirms && press.choose : view.disablePopup.has_value();
+}
+
 std::string WhyUnreachable(const Page& page, const ItemView& view) {
     const std::string name = view.Label() + " (" + view.item->name + ")";
     const ItemView& root = page.items.front();
@@ -140,6 +150,32 @@ int ParseChoice(const ItemView& view, const std::string& text) {
     }
     throw vtv::Error(vtv::ErrorKind::kUsage, "\"" + text + "\" is no value of " + view.item->name +
                                                  ": it takes " + Offered(view) + ".");
+}
+
+void RequireMeaning(const Provider& provider, const Press& press) {
+    const Page page = LookAtPage(provider);
+    const Item& item = *press.item;
+    const ItemView& view = page[item.name];
+    if (press.choose && item.kind != ItemKind::kList) {
+        throw vtv::Error(
+            vtv::ErrorKind::kUsage,
+            std::string(item.name) + " has no list of choices: leave out --choose." +
+                (item.kind == ItemKind::kSwitch
+                     ? " A press turns the switch over; \"vtv choose\" gives it a value."
+                     : ""));
+    }
+    if (press.choose && !view.choices.empty()) {
+        RequireChoice(view, *press.choose);
+    }
+    if (press.answer != Answer::kNone && !CanBeAnswered(provider, page, press)) {
+        const char* option = press.answer == Answer::kOk ? "--ok" : "--cancel";
+        const bool asksAboutChoice = item.kind == ItemKind::kList && !press.choose;
+        throw vtv::Error(
+            vtv::ErrorKind::kUsage,
+            std::string(item.name) + " asks nothing" +
+                (asksAboutChoice ? " before something is chosen: add --choose, or " : " now: ") +
+                "leave out " + option + ".");
+    }
 }
 
 PressResult Viewer::PressItem(const Press& press) {
@@ -242,6 +278,7 @@ void Viewer::Finish(const Page& before, size_t launchesBefore, PressResult* resu
     for (size_t i = launchesBefore; i < launches.size(); ++i) {
         result->sights.push_back(SightOf(launches[i]));
     }
+    result->failures = tv_.TakeFailures();
     result->after = LookAtPage(provider_);
     for (const PageChange& change : ComparePages(before, result->after)) {
         Sight sight = Plain(Sight::Kind::kChange, ToText(change, result->after));

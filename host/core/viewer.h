@@ -56,6 +56,9 @@ struct PressResult {
         false;  // false when the item is not there to be pressed, or its dimming kept it shut
     std::string refusal;  // why it was not, for people
     std::vector<Sight> sights;
+    // What the TV could not do although it was asked to: the value was not written, the application
+    // did not start. For people.
+    std::vector<std::string> failures;
     Page after;
 };
 
@@ -82,6 +85,11 @@ class Viewer {
 // The value that a viewer means with "2", "on", "Google Assistant" (a choice's text, in any case).
 // Throws vtv::Error (kUsage) naming what can be chosen.
 int ParseChoice(const ItemView& view, const std::string& text);
+
+// Throws vtv::Error (kUsage) for a choice or an answer that means nothing for the item as it looks
+// now: an answer where nothing is asked, a choice that there is not. PressItem() lets them pass, so
+// that the same press can be played on TVs where it asks and where it does not.
+void RequireMeaning(const Provider& provider, const Press& press);
 
 // A launch as a viewer sees it: a toast, or an application coming to the front.
 Sight SightOf(const vtv::Launch& launch);

@@ -208,12 +208,13 @@ INSTANTIATE_TEST_SUITE_P(
         return std::string(tested.param.name);
     });
 
-TEST_F(VtvTest, AWriteThatThePlatformRefusesEndsWithTheAnswerNo) {
+TEST_F(VtvTest, AWriteThatThePlatformRefusesIsNamed) {
     Ok({"show"});
     Ok({"fault", "vconf_set_str", "--always"});
     const Output output = Vtv({"choose", "voice-wake-up", "off"});
-    EXPECT_EQ(output.code, 1);
-    EXPECT_THAT(output.err, HasSubstr("did not take the value: it is still on"));
+    EXPECT_EQ(output.code, 4);
+    EXPECT_THAT(output.err, HasSubstr("vconf_set_str failed, as it was told to"));
+    EXPECT_EQ(Item("voice-wake-up")["value"], 1);
 }
 
 #ifdef WITH_EXPLORER

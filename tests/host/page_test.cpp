@@ -115,3 +115,25 @@ TEST(Page, OfAnItemThatGoesAwayNothingElseIsTold) {
     EXPECT_EQ(changes[0].what, "visible");
     EXPECT_EQ(changes[0].after, "hidden");
 }
+
+TEST(Page, AnItemBelowAHiddenItemIsNotOnThePageWhateverItsOwnRuleSays) {
+    Page page;
+    for (const host::Item& item : PageItems()) {
+        host::ItemView view;
+        view.item = &item;
+        view.visible = view.enabled = true;
+        page.items.push_back(view);
+    }
+    const host::Item& always = *FindItem("voice-always-wake-up");
+    EXPECT_TRUE(page.IsReachable(always));
+    page.items[2].visible = false;  // voice-wake-up
+    EXPECT_FALSE(page.IsReachable(always));
+    EXPECT_EQ(page.FirstHidden(always)->item, FindItem("voice-wake-up"));
+    page.items[0].visible = false;
+    EXPECT_EQ(page.FirstHidden(always)->item, FindItem("voice"));
+    page.items[0].visible = page.items[2].visible = true;
+    page.items[0].enabled = false;
+    EXPECT_TRUE(page.IsShown(always));
+    EXPECT_FALSE(page.IsReachable(always));
+    EXPECT_TRUE(page.IsReachable(*FindItem("onboarding")));
+}

@@ -1,0 +1,401 @@
+#include "suppositions.h"
+
+#include <json/json.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+
+#include "known_settings.h"
+#include "policy_changes.h"
+
+namespace host {
+
+namespace {
+
+constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
+constexpr char kPassThroughKey[] = "db/menu/voice/passthru/state";
+constexpr char kBlockKey[] = "db/comss/cisblock";
+constexpr char kConsent[] = "GetDisclaimerItemAgreement";
+constexpr char kOwner[] = "/home/owner/";
+
+struct Phrase {
+    const char*
+        subject;      // settings key, feature key, consent item, or function where it says it all
+    const char* yes;  // true, or a number above 0
+    const char* no;   // false, 0, or a read that failed
+};
+
+#define FEATURE "com.vantelo/featureconf/"
+constexpr std::array kPhrases = {
+    Phrase{"sso_get_login_state", "signed in", "signed out"},
+    Phrase{"tnc", "the terms are agreed", "the terms are not agreed"},
+    Phrase{"pp", "the privacy policy is agreed", "the privacy policy is not agreed"},
+    Phrase{"connection_profile_check_default_gateway", "the network is up", "the network is down"},
+    Phrase{"AOVSystemDataGetAOVMode", "always-on voice is on", "always-on voice is off"},
+    Phrase{"memory/passthru/connected", "a pass-through device is connected",
+           "no pass-through device is connected"},
+    Phrase{"db/menu/voice/passthru", "pass-through is switched on", "pass-through is switched off"},
+    Phrase{"db/passthru/mic_state", "the pass-through microphone is on",
+           "the pass-through microphone is off"},
+    Phrase{"db/voice-app/activate_first_time", "Orvik has not been set up yet", "Orvik is set up"},
+    Phrase{"db/menu/voice/is_k_voice", "the legacy voice assistant is in use",
+           "the legacy voice assistant is not in use"},
+    Phrase{"db/aisound-app/soundsensorflag_prev", "the built-in microphone is on",
+           "the built-in microphone is off"},
+    Phrase{FEATURE "recorder.microphone_type", "the TV has a built-in microphone",
+           "the TV has no built-in microphone"},
+    Phrase{FEATURE "voice.voice_recognition_far_field_type", "the TV has far-field microphones",
+           "the TV has no far-field microphones"},
+    Phrase{FEATURE "voice.farfield_passthru_support", "the TV supports pass-through",
+           "the TV does not support pass-through"},
+    Phrase{FEATURE "cn_ai_service_supported", "the TV is a China model",
+           "the TV is no China model"},
+    Phrase{FEATURE "voice.voice_recognition_support", "the TV has voice recognition",
+           "the TV has no voice recognition"},
+    Phrase{FEATURE "voice.voice_recognition_orvik_support", "the TV supports Orvik",
+           "the TV does not support Orvik"},
+};
+#undef FEATURE
+
+bool IsYes(const std::optional<vtv::Value>& value) {
+    if (!value) {
+        return false;
+    }
+    if (const int* number = std::get_if<int>(&*value)) {
+        return *number > 0;
+    }
+    if (const bool* flag = std::get_if<bool>(&*value)) {
+        return *flag;
+    }
+    return !std::get<std::string>(*value).empty();
+}
+
+bool IsFeature(const vtv::Read& read) {
+    return read.function.rfind("system_info_get_custom_", 0) == 0;
+}
+
+bool IsSetting(const vtv::Read& read) {
+    return read.function.rfind("vconf_get_", 0) == 0;
+}
+
+// "bool", "int" or "string": what the call reads.
+std::string TypeOf(const vtv::Read& read) {
+    const std::string name = read.function.substr(read.function.rfind('_') + 1);
+    return name == "str" ? "string" : name;
+}
+
+std::string Quoted(const std::optional<vtv::Value>& value) {
+    if (!value) {
+        return "missing";
+    }
+    const std::string text = vtv::ToText(*value);
+    return std::holds_alternative<std::string>(*value) ? "\"" + text + "\"" : text;
+}
+
+std::string TextOf(const vtv::Read& read) {
+    return read.value ? vtv::ToText(*read.value) : "";
+}
+
+// As a provider reads a setting that holds one JSON object. The problem is told in words.
+struct Document {
+    Json::Value root;
+    std::string problem;  // "is missing", "is no JSON", "is no JSON object"
+};
+
+Document ReadDocument(const vtv::Read& read) {
+    Document document;
+    if (!read.value) {
+        document.problem = "is missing";
+        return document;
+    }
+    bool parsed = false;
+    try {
+        parsed = Json::Reader().parse(TextOf(read), document.root);
+    } catch (const Json::Exception&) {  // nested deeper than the library reads
+    }
+    if (!parsed || !document.root.isObject()) {
+        document.problem = parsed ? "is no JSON object" : "is no JSON";
+        document.root = Json::Value(Json::objectValue);
+    }
+    return document;
+}
+
+// The assistant's member of a setting that holds one JSON object for all of them.
+std::string DescribeMember(const vtv::Read& read, const std::string& assistant) {
+    const Document document = ReadDocument(read);
+    if (!document.problem.empty()) {
+        return read.subject + " " + document.problem;
+    }
+    if (!document.root.isMember(assistant)) {
+        return read.subject + " says nothing about " + (assistant.empty() ? "\"\"" : assistant);
+    }
+    const Json::Value& member = document.root[assistant];
+    return read.subject + " has \"" +
+           (member.isConvertibleTo(Json::stringValue) ? member.asString() : "...") + "\" for " +
+           assistant;
+}
+
+std::string DescribeTencent(const vtv::Read& read) {
+    const Document document = ReadDocument(read);
+    if (!document.problem.empty()) {
+        return "Tencent's onboarding is not done: " + read.subject + " " + document.problem;
+    }
+    return document.root.isMember("onboarding_completed") ? "Tencent's onboarding is done"
+                                                          : "Tencent's onboarding is not done";
+}
+
+std::string DescribeCurrentAssistant(const vtv::Read& read) {
+    const std::string id = TextOf(read);
+    return id.empty() ? "no assistant is chosen" : "the current assistant is " + id;
+}
+
+std::string DescribeMarker(const vtv::Read& read) {
+    const std::string name = std::filesystem::path(read.subject).filename().string();
+    return IsYes(read.value) ? "the sign-in marker " + name + " is there"
+                             : "there is no sign-in marker " + name;
+}
+
+// Why a read failed that is not simply of something missing; empty when there is no such reason.
+std::string WhyFailed(const vtv::Read& read, const vtv::Tv& tv) {
+    if (read.value) {
+        return "";
+    }
+    for (const vtv::Fault& fault : tv.Faults()) {
+        if (fault.function == read.function && fault.kind == vtv::Fault::Kind::kAlways) {
+            return read.function + " fails, as it was told to";
+        }
+    }
+    if (!IsSetting(read)) {
+        return "";
+    }
+    try {
+        const std::optional<vtv::Value> stored = tv.Get(read.subject);
+        return stored && vtv::TypeName(*stored) != TypeOf(read)
+                   ? read.subject + " is of type " + vtv::TypeName(*stored) + ", and read as " +
+                         TypeOf(read)
+                   : "";
+    } catch (const vtv::Error& error) {
+        return error.kind() == vtv::ErrorKind::kPlatform ? read.subject + " is damaged" : "";
+    }
+}
+
+std::string ShortName(const std::string& feature) {
+    const std::string prefix = kFeaturePrefix;
+    return feature.rfind(prefix, 0) == 0 ? feature.substr(prefix.size()) : feature;
+}
+
+// What it would be like "with", for a read whose values need no further words.
+std::string Then(const vtv::Read& read) {
+    const bool yes = IsYes(read.value);
+    const auto choose = [&](const char* ifYes, const char* ifNo) { return yes ? ifYes : ifNo; };
+    if (read.function == kConsent) {
+        return "consent " + read.subject + choose("", " withdrawn");
+    }
+    if (read.function == "sso_get_login_state") {
+        return choose("the account signed in", "the account signed out");
+    }
+    if (read.function == "connection_profile_check_default_gateway") {
+        return choose("the network up", "the network down");
+    }
+    if (read.function == "AOVSystemDataGetAOVMode") {
+        return choose("always-on voice on", "always-on voice off");
+    }
+    if (read.function == "access") {
+        const bool owners = read.subject.rfind(kOwner, 0) == 0;
+        return "the file " + (owners ? read.subject.substr(sizeof kOwner - 1) : read.subject) +
+               choose("", " removed");
+    }
+    if (read.subject == kAssistantKey) {
+        return yes ? TextOf(read) + " as the current assistant" : "no current assistant";
+    }
+    const std::string name =
+        IsFeature(read) ? "the feature " + ShortName(read.subject) : read.subject;
+    return name + (read.value ? "=" + TextOf(read) : " missing");
+}
+
+class Collector {
+  public:
+    Collector(const vtv::Read& read, std::string now) : read_(read), now_(std::move(now)) {}
+
+    void Add(std::optional<vtv::Value> value) { Add(std::move(value), now_, ""); }
+    void Add(std::optional<vtv::Value> value, const std::string& now, std::string then) {
+        if (value == read_.value) {
+            return;
+        }
+        const vtv::Read other = {read_.function, read_.subject, std::move(value)};
+        found_.push_back({read_, other, now, then.empty() ? Then(other) : std::move(then)});
+    }
+    std::vector<Supposition> Take() { return std::move(found_); }
+
+  private:
+    const vtv::Read& read_;
+    std::string now_;
+    std::vector<Supposition> found_;
+};
+
+void AddTexts(const std::string& type, const std::vector<const char*>& texts, Collector* found) {
+    for (const char* text : texts) {
+        found->Add(vtv::ParseValue(type, text));
+    }
+}
+
+// What a read of an unknown thing may find.
+void AddOfType(const std::string& type, Collector* found) {
+    if (type == "bool") {
+        AddTexts(type, {"true", "false"}, found);
+    } else if (type == "int") {
+        AddTexts(type, {"0", "1", "2"}, found);
+    } else {
+        AddTexts(type, {""}, found);
+    }
+}
+
+void AddAssistants(const Circumstances& circumstances, Collector* found) {
+    std::vector<std::string> applications = OfferedApplications(circumstances.policy);
+    for (const KnownAssistant& known : KnownAssistants()) {
+        if (std::find(applications.begin(), applications.end(), known.appId) ==
+            applications.end()) {
+            applications.emplace_back(known.appId);
+        }
+    }
+    for (const std::string& appId : applications) {
+        found->Add(vtv::Value(appId));
+    }
+    found->Add(vtv::Value(std::string()));
+}
+
+void AddMembers(const vtv::Read& read, const KnownSetting& known, const std::string& assistant,
+                Collector* found) {
+    const Json::Value root = ReadDocument(read).root;
+    const std::string now = DescribeMember(read, assistant);
+    const auto written = [](const Json::Value& document) {
+        Json::StreamWriterBuilder builder;
+        builder["indentation"] = "";
+        return vtv::Value(Json::writeString(builder, document));
+    };
+    for (const char* value : known.values) {
+        if (root.isMember(assistant) && root[assistant] == value) {
+            continue;
+        }
+        Json::Value other = root;
+        other[assistant] = value;
+        found->Add(written(other), now,
+                   "\"" + std::string(value) + "\" for " + assistant + " in " + read.subject);
+    }
+    if (root.isMember(assistant)) {
+        Json::Value other = root;
+        other.removeMember(assistant);
+        found->Add(written(other), now, "nothing for " + assistant + " in " + read.subject);
+    }
+}
+
+void AddSettings(const vtv::Read& read, const Circumstances& circumstances, Collector* found) {
+    if (read.subject == kAssistantKey) {
+        AddAssistants(circumstances, found);
+        return;
+    }
+    const KnownSetting* known = FindKnownSetting(read.subject);
+    if (known != nullptr && known->perAssistant) {
+        AddMembers(read, *known, circumstances.assistant, found);
+    } else if (known != nullptr && !known->values.empty() && TypeOf(read) == known->type) {
+        AddTexts(known->type, known->values, found);
+    } else {
+        AddOfType(TypeOf(read), found);
+    }
+    found->Add(std::nullopt);
+}
+
+void AddFeatures(const vtv::Read& read, Collector* found) {
+    const std::vector<const char*> known = KnownFeatureValues(read.subject);
+    const std::vector<vtv::FeatureKey>& keys = vtv::KnownFeatures();
+    const bool fits = std::any_of(keys.begin(), keys.end(), [&](const vtv::FeatureKey& key) {
+        return key.key == read.subject && key.type == TypeOf(read);
+    });
+    if (fits && !known.empty()) {
+        AddTexts(TypeOf(read), known, found);
+    } else {
+        AddOfType(TypeOf(read), found);
+    }
+    found->Add(std::nullopt);
+}
+
+}  // namespace
+
+std::string TextOf(const vtv::Tv& tv, const std::string& key) {
+    try {
+        const vtv::Value value = tv.Get(key).value_or(std::string());
+        return std::holds_alternative<std::string>(value) ? std::get<std::string>(value) : "";
+    } catch (const vtv::Error&) {
+        return "";  // a damaged value is as good as none; the TV's problems tell of it
+    }
+}
+
+std::string Describe(const vtv::Read& read, const vtv::Tv& tv, const std::string& assistant) {
+    if (const std::string why = WhyFailed(read, tv); !why.empty()) {
+        return why;
+    }
+    if (read.subject == std::string(kFeaturePrefix) + "voice.voice_recognition_orvik_support" &&
+        !read.value) {
+        return "the TV does not tell whether it supports Orvik, which counts as support";
+    }
+    for (const Phrase& phrase : kPhrases) {
+        if (read.subject == phrase.subject || read.function == phrase.subject) {
+            return IsYes(read.value) ? phrase.yes : phrase.no;
+        }
+    }
+    if (read.subject == kAssistantKey) {
+        return DescribeCurrentAssistant(read);
+    }
+    if (read.subject == kPolicyKey) {
+        return DescribePolicy(TextOf(read));
+    }
+    if (read.subject == kTencentKey) {
+        return DescribeTencent(read);
+    }
+    if (read.function == "access") {
+        return DescribeMarker(read);
+    }
+    const KnownSetting* known = FindKnownSetting(read.subject);
+    if (known != nullptr && known->perAssistant) {
+        return DescribeMember(read, assistant);
+    }
+    if (read.subject == kBlockKey) {
+        return read.value == vtv::Value(2) ? "the content hub is blocked"
+                                           : "the content hub is not blocked";
+    }
+    if (read.subject == kPassThroughKey && !ReadDocument(read).problem.empty()) {
+        return read.subject + " " + ReadDocument(read).problem;
+    }
+    return (read.subject.empty() ? read.function : read.subject) + " is " + Quoted(read.value);
+}
+
+std::string Describe(const vtv::Read& read, const vtv::Tv& tv) {
+    return Describe(read, tv, TextOf(tv, kAssistantKey));
+}
+
+Circumstances CircumstancesOf(const vtv::Tv& tv) {
+    return {TextOf(tv, kAssistantKey), TextOf(tv, kPolicyKey)};
+}
+
+std::vector<Supposition> Suppositions(const vtv::Read& read, const vtv::Tv& tv,
+                                      const Circumstances& circumstances) {
+    Collector found(read, Describe(read, tv, circumstances.assistant));
+    if (read.subject == kPolicyKey) {
+        for (const PolicyChange& change : PolicyChanges(TextOf(read), tv.GetModel())) {
+            found.Add(vtv::Value(change.text), change.now, change.then);
+        }
+    } else if (IsSetting(read)) {
+        AddSettings(read, circumstances, &found);
+    } else if (IsFeature(read)) {
+        AddFeatures(read, &found);
+    } else if (read.function == "sso_get_login_state" ||
+               read.function == "AOVSystemDataGetAOVMode") {
+        AddTexts("int", {"1", "0"}, &found);
+    } else {
+        AddTexts("bool", {"true", "false"}, &found);
+    }
+    return found.Take();
+}
+
+}  // namespace host
