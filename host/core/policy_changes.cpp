@@ -181,16 +181,16 @@ void AddOthers(const Policy& policy, const std::string& now, const vtv::Model& m
         own.append(Entry(one.order, one.id, one.appId, one.name, one.farField));
     }
     if (!own.empty() && own != policy.entries) {
-        changes->push_back({Written(own), now, "the policy that the model came with"});
+        changes->push_back({Written(own), now, "the policy that the model came with", true});
     }
     Json::Value all(Json::arrayValue);
     for (const KnownAssistant& known : KnownAssistants()) {
         all.append(
             Entry(static_cast<int>(all.size()) + 1, known.id, known.appId, known.name, true));
     }
-    changes->push_back({Written(all), now, "every assistant in the policy"});
+    changes->push_back({Written(all), now, "every assistant in the policy", true});
     if (!policy.entries.empty()) {
-        changes->push_back({"[]", now, "no assistant in the policy"});
+        changes->push_back({"[]", now, "no assistant in the policy", true});
     }
 }
 

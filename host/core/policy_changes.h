@@ -16,9 +16,10 @@ std::vector<std::string> OfferedApplications(const std::string& text);
 
 // Another policy, and what makes it another.
 struct PolicyChange {
-    std::string text;  // the whole document
-    std::string now;   // "the policy says VAFFSupport=false for Alexa"
-    std::string then;  // "VAFFSupport=true for Alexa in the policy"
+    std::string text;           // the whole document
+    std::string now;            // "the policy says VAFFSupport=false for Alexa"
+    std::string then;           // "VAFFSupport=true for Alexa in the policy"
+    bool quiteAnother = false;  // nothing of the old one is left
 };
 // The nearest first: a flag, an assistant more, an assistant less, quite another policy.
 std::vector<PolicyChange> PolicyChanges(const std::string& text, const vtv::Model& model);

@@ -219,12 +219,14 @@ class Collector {
     Collector(const vtv::Read& read, std::string now) : read_(read), now_(std::move(now)) {}
 
     void Add(std::optional<vtv::Value> value) { Add(std::move(value), now_, ""); }
-    void Add(std::optional<vtv::Value> value, const std::string& now, std::string then) {
+    void Add(std::optional<vtv::Value> value, const std::string& now, std::string then,
+             bool lastResort = false) {
         if (value == read_.value) {
             return;
         }
         const vtv::Read other = {read_.function, read_.subject, std::move(value)};
-        found_.push_back({read_, other, now, then.empty() ? Then(other) : std::move(then)});
+        std::string with = then.empty() ? Then(other) : std::move(then);
+        found_.push_back({read_, other, now, std::move(with), lastResort});
     }
     std::vector<Supposition> Take() { return std::move(found_); }
 
@@ -383,7 +385,7 @@ std::vector<Supposition> Suppositions(const vtv::Read& read, const vtv::Tv& tv,
     Collector found(read, Describe(read, tv, circumstances.assistant));
     if (read.subject == kPolicyKey) {
         for (const PolicyChange& change : PolicyChanges(TextOf(read), tv.GetModel())) {
-            found.Add(vtv::Value(change.text), change.now, change.then);
+            found.Add(vtv::Value(change.text), change.now, change.then, change.quiteAnother);
         }
     } else if (IsSetting(read)) {
         AddSettings(read, circumstances, &found);

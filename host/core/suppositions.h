@@ -21,6 +21,8 @@ struct Supposition {
     vtv::Read read;    // the same read with another value; absent: it fails
     std::string now;   // "the terms are not agreed"
     std::string then;  // "consent tnc"; what it would be like "with"
+    // Tells nothing more where something else about the same read changes the answer already.
+    bool lastResort = false;
 };
 
 // What the TV is taken to be where a supposition depends on it.

@@ -50,6 +50,13 @@ vtv::Read PolicyRead(const vtv::Tv& tv) {
     return read;
 }
 
+bool IsOfTheModel(const Difference& difference) {
+    return std::any_of(difference.suppositions.begin(), difference.suppositions.end(),
+                       [](const Supposition& supposition) {
+                           return supposition.read.function.rfind("system_info_", 0) == 0;
+                       });
+}
+
 // Differences in the same things tell a reader the same.
 void AddDifference(const Difference& difference, std::vector<Difference>* found) {
     const auto isSame = [&](const Difference& known) {
@@ -168,7 +175,11 @@ std::vector<WhatIf::Branch> WhatIf::Grow(const Question& question, const std::st
         const std::vector<vtv::Read> inputs = Inputs(branch);
         const Circumstances circumstances = CircumstancesOf(branch);
         for (size_t i = branch.next; i < inputs.size(); ++i) {
+            const size_t before = found->size();
             for (Supposition& supposition : Suppositions(inputs[i], tv_, circumstances)) {
+                if (supposition.lastResort && found->size() > before) {
+                    continue;
+                }
                 if (*left == 0) {
                     return {};
                 }
@@ -206,6 +217,9 @@ Differences WhatIf::Find(const Question& question, const Reply& answer) {
         }
         ++differences.tried;
     }
+    // First what can be done about a TV, then what another model would be.
+    std::stable_partition(differences.found.begin(), differences.found.end(),
+                          [](const Difference& one) { return !IsOfTheModel(one); });
     return differences;
 }
 
