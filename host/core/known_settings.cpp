@@ -4,7 +4,7 @@ namespace host {
 
 const std::vector<KnownSetting>& KnownSettings() {
     static const std::vector<KnownSetting> settings = {
-        {kAssistantKey, "string", "application id of the current assistant"},
+        {kCurrentAssistantKey, "string", "application id of the current assistant"},
         {kPolicyKey, "string", "the assistant policy: a JSON array"},
         {"db/menu/voice/assistant_farfield",
          "string",

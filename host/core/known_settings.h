@@ -11,7 +11,7 @@ namespace host {
 
 // The assistant policy: a JSON array.
 inline constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
-inline constexpr char kAssistantKey[] = "db/multi-assistant/default_assistant_appid";
+inline constexpr char kCurrentAssistantKey[] = "db/multi-assistant/default_assistant_appid";
 inline constexpr char kFeaturePrefix[] = "com.vantelo/featureconf/";
 
 struct KnownSetting {

@@ -206,7 +206,7 @@ std::string Then(const vtv::Read& read) {
         return "the file " + (owners ? read.subject.substr(sizeof kOwner - 1) : read.subject) +
                choose("", " removed");
     }
-    if (read.subject == kAssistantKey) {
+    if (read.subject == kCurrentAssistantKey) {
         return yes ? TextOf(read) + " as the current assistant" : "no current assistant";
     }
     const std::string name =
@@ -293,7 +293,7 @@ void AddMembers(const vtv::Read& read, const KnownSetting& known, const std::str
 }
 
 void AddSettings(const vtv::Read& read, const Circumstances& circumstances, Collector* found) {
-    if (read.subject == kAssistantKey) {
+    if (read.subject == kCurrentAssistantKey) {
         AddAssistants(circumstances, found);
         return;
     }
@@ -346,7 +346,7 @@ std::string Describe(const vtv::Read& read, const vtv::Tv& tv, const std::string
             return IsYes(read.value) ? phrase.yes : phrase.no;
         }
     }
-    if (read.subject == kAssistantKey) {
+    if (read.subject == kCurrentAssistantKey) {
         return DescribeCurrentAssistant(read);
     }
     if (read.subject == kPolicyKey) {
@@ -373,11 +373,11 @@ std::string Describe(const vtv::Read& read, const vtv::Tv& tv, const std::string
 }
 
 std::string Describe(const vtv::Read& read, const vtv::Tv& tv) {
-    return Describe(read, tv, TextOf(tv, kAssistantKey));
+    return Describe(read, tv, TextOf(tv, kCurrentAssistantKey));
 }
 
 Circumstances CircumstancesOf(const vtv::Tv& tv) {
-    return {TextOf(tv, kAssistantKey), TextOf(tv, kPolicyKey)};
+    return {TextOf(tv, kCurrentAssistantKey), TextOf(tv, kPolicyKey)};
 }
 
 std::vector<Supposition> Suppositions(const vtv::Read& read, const vtv::Tv& tv,

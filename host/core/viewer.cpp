@@ -159,7 +159,7 @@ void RequireMeaning(const Provider& provider, const Press& press) {
     if (press.choose && item.kind != ItemKind::kList) {
         throw vtv::Error(
             vtv::ErrorKind::kUsage,
-            std::string(item.name) + " has no list of choices: leave out --choose." +
+            std::string(item.name) + " has no choices: leave out --choose." +
                 (item.kind == ItemKind::kSwitch
                      ? " A press turns the switch over; \"vtv choose\" gives it a value."
                      : ""));

@@ -149,7 +149,7 @@ Circumstances WhatIf::CircumstancesOf(const Branch& branch) const {
     for (const Supposition& supposition : branch.suppositions) {
         const vtv::Read& read = supposition.read;
         const std::string text = read.value ? vtv::ToText(*read.value) : "";
-        if (read.subject == kAssistantKey) {
+        if (read.subject == kCurrentAssistantKey) {
             circumstances.assistant = text;
         } else if (read.subject == kPolicyKey) {
             circumstances.policy = text;

@@ -85,7 +85,7 @@ class Explaining : public testing::Test {
         } else if (read.function == "sso_get_login_state") {
             tv_->SetSignedIn(read.value == vtv::Value(1));
         } else if (read.function == "AOVSystemDataGetAOVMode") {
-            tv_->SetAlwaysOnVoice(host::TextOf(*tv_, host::kAssistantKey),
+            tv_->SetAlwaysOnVoice(host::TextOf(*tv_, host::kCurrentAssistantKey),
                                   std::get<int>(read.value.value_or(0)));
         } else if (read.function == "access") {
             const std::string path = read.subject.substr(std::string("/home/owner/").size());
@@ -113,11 +113,13 @@ class Explaining : public testing::Test {
     }
 
     static std::vector<vtv::Read> Inputs() {
-        std::vector<vtv::Read> inputs = {
-            {"GetDisclaimerItemAgreement", "tnc", {}}, {"GetDisclaimerItemAgreement", "pp", {}},
-            {"sso_get_login_state", "", {}},           {"AOVSystemDataGetAOVMode", "", {}},
-            {"vconf_get_str", host::kPolicyKey, {}},   {"vconf_get_str", host::kPolicyKey, {}},
-            {"vconf_get_str", host::kAssistantKey, {}}};
+        std::vector<vtv::Read> inputs = {{"GetDisclaimerItemAgreement", "tnc", {}},
+                                         {"GetDisclaimerItemAgreement", "pp", {}},
+                                         {"sso_get_login_state", "", {}},
+                                         {"AOVSystemDataGetAOVMode", "", {}},
+                                         {"vconf_get_str", host::kPolicyKey, {}},
+                                         {"vconf_get_str", host::kPolicyKey, {}},
+                                         {"vconf_get_str", host::kCurrentAssistantKey, {}}};
         for (const char* name : {"alexa_login_success", "ga_login_success"}) {
             inputs.push_back({"access", std::string("/home/owner/share/.voice/") + name, {}});
         }
@@ -239,14 +241,13 @@ TEST_F(Explaining, AnItemOfADimmedPageCannotBeReached) {
     TurnOn("farfield-eu");
     tv_->Set("db/aisound-app/soundsensorflag_prev", 0);
     EXPECT_THAT(Sentence("voice-wake-up"),
-                HasSubstr("cannot be reached: the page itself is dimmed because the TV has a "
-                          "built-in microphone"));
-    EXPECT_THAT(Sentence("voice-wake-up"), HasSubstr("the built-in microphone is off"));
+                HasSubstr("cannot be reached: the page itself is dimmed because the built-in "
+                          "microphone is off"));
 }
 
 TEST_F(Explaining, ThePolicysOwnFlagIsNamed) {
     TurnOn("farfield-eu");
-    tv_->Set(host::kAssistantKey, std::string("com.vantelo.tv.google-assistant"));
+    tv_->Set(host::kCurrentAssistantKey, std::string("com.vantelo.tv.google-assistant"));
     EXPECT_THAT(Sentence("voice-wake-up"),
                 HasSubstr("the policy says VAFFSupport=false for Google Assistant"));
     EXPECT_THAT(Sentence("voice-wake-up"),
