@@ -16,8 +16,8 @@ namespace {
 constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
 constexpr char kPassThroughKey[] = "db/menu/voice/passthru/state";
 constexpr char kBlockKey[] = "db/comss/cisblock";
-constexpr char kConsent[] = "GetDisclaimerItemAgreement";
-constexpr char kOwner[] = "/home/owner/";
+constexpr char kAgreement[] = "GetDisclaimerItemAgreement";
+constexpr char kOwnersFolder[] = "/home/owner/";
 
 struct Phrase {
     const char*
@@ -189,7 +189,7 @@ std::string ShortName(const std::string& feature) {
 std::string Then(const vtv::Read& read) {
     const bool yes = IsYes(read.value);
     const auto choose = [&](const char* ifYes, const char* ifNo) { return yes ? ifYes : ifNo; };
-    if (read.function == kConsent) {
+    if (read.function == kAgreement) {
         return "consent " + read.subject + choose("", " withdrawn");
     }
     if (read.function == "sso_get_login_state") {
@@ -202,8 +202,8 @@ std::string Then(const vtv::Read& read) {
         return choose("always-on voice on", "always-on voice off");
     }
     if (read.function == "access") {
-        const bool owners = read.subject.rfind(kOwner, 0) == 0;
-        return "the file " + (owners ? read.subject.substr(sizeof kOwner - 1) : read.subject) +
+        const bool owners = read.subject.rfind(kOwnersFolder, 0) == 0;
+        return "the file " + (owners ? read.subject.substr(sizeof kOwnersFolder - 1) : read.subject) +
                choose("", " removed");
     }
     if (read.subject == kCurrentAssistantKey) {

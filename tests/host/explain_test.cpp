@@ -354,12 +354,15 @@ std::map<std::string, std::string> RulesIn(const std::string& source, const std:
     text = text.substr(text.find(table + "[] = {"));
     text = text.substr(0, text.find("};"));
     std::map<std::string, std::string> rules;
-    const std::regex row(R"re(\{(menu::\w+)([^}]*)\})re");
-    for (std::sregex_iterator match(text.begin(), text.end(), row), end; match != end; ++match) {
-        const std::string rest = (*match)[2];
+    const std::string row = "{menu::";
+    for (size_t at = text.find(row); at != std::string::npos;) {
+        const size_t next = text.find(row, at + row.size());
+        const std::string cells = text.substr(at + 1, next - at - 1);
         std::smatch named;
-        const bool found = std::regex_search(rest, named, std::regex("\\b(" + function + ")\\b"));
-        rules[values.at((*match)[1])] = found ? named[1].str() : "";
+        const bool found = std::regex_search(cells, named, std::regex("\\b(" + function + ")\\b"));
+        const std::string key = cells.substr(0, cells.find_first_of(",}"));
+        rules[values.at(key)] = found ? named[1].str() : "";
+        at = next;
     }
     return rules;
 }
