@@ -14,11 +14,18 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool Fill(const std::string& file, const std::string& text) {
-    std::ofstream stream(file, std::ios::binary);
+bool Fill(const std::string& file, const std::string& text, std::ios::openmode mode = {}) {
+    std::ofstream stream(file, std::ios::binary | mode);
     stream << text;
     stream.close();
     return !stream.fail();
+}
+
+// What the program has open already, by one of its names: that is written to as it stands, also
+// where it is a plain file.
+bool IsOpenAlready(const std::string& file) {
+    return file == "/dev/stdout" || file == "/dev/stderr" || file.rfind("/dev/fd/", 0) == 0 ||
+           file.rfind("/proc/", 0) == 0;
 }
 
 std::string WhyNot(const std::string& file, int error) {
@@ -30,8 +37,8 @@ std::string WhyNot(const std::string& file, int error) {
 std::string WriteFile(const std::string& file, const std::string& text) {
     std::error_code none;
     errno = 0;
-    if (fs::exists(file, none) && !fs::is_regular_file(file, none)) {
-        return Fill(file, text) ? "" : WhyNot(file, errno);
+    if (IsOpenAlready(file) || (fs::exists(file, none) && !fs::is_regular_file(file, none))) {
+        return Fill(file, text, std::ios::app) ? "" : WhyNot(file, errno);
     }
     // A link stays one: what it leads to is replaced.
     const fs::path target = fs::weakly_canonical(file, none);

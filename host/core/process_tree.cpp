@@ -9,7 +9,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <sstream>
 #include <string>
@@ -50,11 +49,12 @@ ProcessesByParent AllProcesses() {
         if (name.find_first_not_of("0123456789") != std::string::npos) {
             continue;
         }
-        std::ifstream file(entry->path() / "stat");
-        const std::string stat{std::istreambuf_iterator<char>(file), {}};
+        // A process that ends meanwhile makes the read fail: then there is nothing to parse.
+        std::ostringstream stat;
+        stat << std::ifstream(entry->path() / "stat").rdbuf();
         Process process;
         pid_t parent = 0;
-        if (ParseStat(stat, &process, &parent)) {
+        if (ParseStat(stat.str(), &process, &parent)) {
             all.emplace(parent, process);
         }
     }

@@ -25,7 +25,7 @@ TEST(Installed, TheExplorerHasAllThatItNeeds) {
     EXPECT_EQ(run(program + " sequences -q --depth 1 --tv farfield-eu"), 0);
     // It is what was installed that it used.
     fs::remove(place / "share/vtv-explorer/inputs.toml");
-    EXPECT_EQ(run(program + " depends -q voice 2>&1"), 2);
+    EXPECT_EQ(run(program + " depends -q voice 2>&1"), 4);
     fs::remove(place / "lib/vtv/libsi-ready.so");
     EXPECT_EQ(run("VTV_EXPLORER_DATA=" + fs::path(RULES_FOLDER).string() + "/../../explorer " +
                   program + " depends -q voice 2>&1"),

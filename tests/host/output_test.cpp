@@ -70,6 +70,9 @@ class OutputTest : public VtvTest {
     // Arguments with which a verb of vtv prints something.
     std::map<std::string, Words> Rows() {
         return {{"account", {}},
+                {"app allow", {"--command", "true"}},
+                {"app allowed", {}},
+                {"app forbid", {"--command", "true"}},
                 {"app list", {}},
                 {"app mode", {}},
                 {"choose", {"voice-wake-up", "off"}},
