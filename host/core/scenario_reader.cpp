@@ -12,8 +12,6 @@ namespace host {
 
 namespace {
 
-constexpr char kFeaturePrefix[] = "com.vantelo/featureconf/";
-
 std::string Joined(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& word : words) {

@@ -145,11 +145,6 @@ std::string DescribeTencent(const vtv::Read& read) {
                                                           : "Tencent's onboarding is not done";
 }
 
-std::string DescribeCurrentAssistant(const vtv::Read& read) {
-    const std::string id = TextOf(read);
-    return id.empty() ? "no assistant is chosen" : "the current assistant is " + id;
-}
-
 std::string DescribeMarker(const vtv::Read& read) {
     const std::string name = std::filesystem::path(read.subject).filename().string();
     return IsYes(read.value) ? "the sign-in marker " + name + " is there"
@@ -203,7 +198,8 @@ std::string Then(const vtv::Read& read) {
     }
     if (read.function == "access") {
         const bool owners = read.subject.rfind(kOwnersFolder, 0) == 0;
-        return "the file " + (owners ? read.subject.substr(sizeof kOwnersFolder - 1) : read.subject) +
+        return "the file " +
+               (owners ? read.subject.substr(sizeof kOwnersFolder - 1) : read.subject) +
                choose("", " removed");
     }
     if (read.subject == kCurrentAssistantKey) {
@@ -347,7 +343,8 @@ std::string Describe(const vtv::Read& read, const vtv::Tv& tv, const std::string
         }
     }
     if (read.subject == kCurrentAssistantKey) {
-        return DescribeCurrentAssistant(read);
+        const std::string id = TextOf(read);
+        return id.empty() ? "no assistant is chosen" : "the current assistant is " + id;
     }
     if (read.subject == kPolicyKey) {
         return DescribePolicy(TextOf(read));

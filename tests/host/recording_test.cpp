@@ -42,7 +42,6 @@ const std::vector<Words> kRecorded = {
     {"fault", "--clear"},
     {"choose", "voice-wake-up", "off"},
     {"press", "voice-wake-up"},
-    {"press", "voice-wake-up", "--choose", "on"},
     {"press", "voice-assistant", "--choose", "3", "--ok"},
     {"app", "cancel"},
     {"press", "voice-settings-google", "--ok"},
