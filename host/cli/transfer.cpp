@@ -117,7 +117,7 @@ void Diff(Common& common, const DiffOptions& options) {
     one.tv = options.first;
     Common two = common;
     two.tv = options.second;
-    std::vector<host::Difference> differences =
+    std::vector<host::TvDifference> differences =
         host::CompareTvs(vtv::Tv(TvDir(one)), vtv::Tv(TvDir(two)));
     const auto look = [](const Common& which) { return host::LookAtPage(Session(which).provider); };
     const host::Page first = look(one);
@@ -127,7 +127,7 @@ void Diff(Common& common, const DiffOptions& options) {
                                change.before, change.after});
     }
     Json::Value json(Json::arrayValue);
-    for (const host::Difference& difference : differences) {
+    for (const host::TvDifference& difference : differences) {
         Json::Value entry;
         entry["what"] = difference.what;
         entry["name"] = difference.name;

@@ -17,7 +17,7 @@ std::map<std::string, std::string> Texts(const std::map<std::string, vtv::Value>
 
 void Compare(const char* what, const std::map<std::string, std::string>& first,
              const std::map<std::string, std::string>& second,
-             std::vector<Difference>* differences) {
+             std::vector<TvDifference>* differences) {
     std::set<std::string> names;
     for (const auto& [name, text] : first) {
         names.insert(name);
@@ -46,8 +46,8 @@ std::map<std::string, std::string> FileTexts(const std::vector<std::string>& fil
 
 }  // namespace
 
-std::vector<Difference> CompareTvs(const vtv::Tv& first, const vtv::Tv& second) {
-    std::vector<Difference> differences;
+std::vector<TvDifference> CompareTvs(const vtv::Tv& first, const vtv::Tv& second) {
+    std::vector<TvDifference> differences;
     const vtv::Snapshot a = first.TakeSnapshot();
     const vtv::Snapshot b = second.TakeSnapshot();
     Compare("feature", Texts(first.Features()), Texts(second.Features()), &differences);

@@ -10,12 +10,12 @@
 namespace host {
 
 // One thing in which two TVs differ.
-struct Difference {
+struct TvDifference {
     std::string what;  // "setting", "state", "file", "feature", "item"
     std::string name;
     std::optional<std::string> first;  // absent where that TV lacks it
     std::optional<std::string> second;
 };
-std::vector<Difference> CompareTvs(const vtv::Tv& first, const vtv::Tv& second);
+std::vector<TvDifference> CompareTvs(const vtv::Tv& first, const vtv::Tv& second);
 
 }  // namespace host

@@ -20,11 +20,11 @@ constexpr Rule Enabled(const char* function) {
 constexpr Rule Reads(const char* function) {
     return {function, kData};
 }
-constexpr Rule kNone = {nullptr, nullptr};
+constexpr Rule kNoRule = {nullptr, nullptr};
 
 constexpr ItemRules kRules[] = {
     {"voice", Visible("check_general_voice_supported"), Enabled("check_general_voice_enable"),
-     kNone},
+     kNoRule},
     {"voice-assistant", Visible("check_general_voice_voice_assistant"),
      Enabled("check_return_true"), Reads("checknode_int_voice_assistant")},
     {"voice-wake-up", Visible("check_general_voice_voice_wake_up"),
@@ -39,19 +39,19 @@ constexpr ItemRules kRules[] = {
      Enabled("check_general_voice_voice_situational_hint_enable"),
      Reads("checknode_int_voice_situational_hint")},
     {"voice-settings-orvik", Visible("check_general_voice_voice_settings_orvik"),
-     Enabled("check_general_voice_voice_settings_orvik_enable"), kNone},
+     Enabled("check_general_voice_voice_settings_orvik_enable"), kNoRule},
     {"voice-settings-orvik-cn", Visible("check_general_voice_voice_settings_orvik_cn"),
-     Enabled("check_general_voice_voice_settings_orvik_cn_enable"), kNone},
+     Enabled("check_general_voice_voice_settings_orvik_cn_enable"), kNoRule},
     {"voice-settings-tencent", Visible("check_general_voice_voice_settings_tencent"),
-     Enabled("check_general_voice_voice_settings_tencent_enable"), kNone},
+     Enabled("check_general_voice_voice_settings_tencent_enable"), kNoRule},
     {"voice-settings-alexa", Visible("check_general_voice_voice_settings_alexa"),
-     Enabled("check_general_voice_voice_settings_alexa_enable"), kNone},
+     Enabled("check_general_voice_voice_settings_alexa_enable"), kNoRule},
     {"voice-settings-google", Visible("check_general_voice_voice_settings_google"),
-     Enabled("check_general_voice_voice_settings_google_enable"), kNone},
+     Enabled("check_general_voice_voice_settings_google_enable"), kNoRule},
     {"voice-settings-salute", Visible("check_general_voice_voice_settings_salute"),
-     Enabled("check_general_voice_voice_settings_salute_enable"), kNone},
+     Enabled("check_general_voice_voice_settings_salute_enable"), kNoRule},
     {"onboarding", Visible("check_general_voice_onboarding_supported"),
-     Enabled("check_general_voice_onboarding_enable"), kNone},
+     Enabled("check_general_voice_onboarding_enable"), kNoRule},
 };
 
 }  // namespace

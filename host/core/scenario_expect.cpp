@@ -16,8 +16,8 @@ using Texts = std::vector<std::string>;
 // ---------------------------------------------------------------------------------------------
 
 const std::vector<Sight>& SightsOf(const StepOutcome& outcome) {
-    static const std::vector<Sight> kNone;
-    return outcome.press ? outcome.press->sights : kNone;
+    static const std::vector<Sight> kNothing;
+    return outcome.press ? outcome.press->sights : kNothing;
 }
 
 // False, with a failure, where nothing was pressed that could have brought something.

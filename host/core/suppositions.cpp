@@ -93,7 +93,7 @@ std::string Quoted(const std::optional<vtv::Value>& value) {
     return std::holds_alternative<std::string>(*value) ? "\"" + text + "\"" : text;
 }
 
-std::string TextOf(const vtv::Read& read) {
+std::string TextRead(const vtv::Read& read) {
     return read.value ? vtv::ToText(*read.value) : "";
 }
 
@@ -111,7 +111,7 @@ Document ReadDocument(const vtv::Read& read) {
     }
     bool parsed = false;
     try {
-        parsed = Json::Reader().parse(TextOf(read), document.root);
+        parsed = Json::Reader().parse(TextRead(read), document.root);
     } catch (const Json::Exception&) {  // nested deeper than the library reads
     }
     if (!parsed || !document.root.isObject()) {
@@ -203,11 +203,11 @@ std::string Then(const vtv::Read& read) {
                choose("", " removed");
     }
     if (read.subject == kCurrentAssistantKey) {
-        return yes ? TextOf(read) + " as the current assistant" : "no current assistant";
+        return yes ? TextRead(read) + " as the current assistant" : "no current assistant";
     }
     const std::string name =
         IsFeature(read) ? "the feature " + ShortName(read.subject) : read.subject;
-    return name + (read.value ? "=" + TextOf(read) : " missing");
+    return name + (read.value ? "=" + TextRead(read) : " missing");
 }
 
 class Collector {
@@ -343,11 +343,11 @@ std::string Describe(const vtv::Read& read, const vtv::Tv& tv, const std::string
         }
     }
     if (read.subject == kCurrentAssistantKey) {
-        const std::string id = TextOf(read);
+        const std::string id = TextRead(read);
         return id.empty() ? "no assistant is chosen" : "the current assistant is " + id;
     }
     if (read.subject == kPolicyKey) {
-        return DescribePolicy(TextOf(read));
+        return DescribePolicy(TextRead(read));
     }
     if (read.subject == kTencentKey) {
         return DescribeTencent(read);
@@ -381,7 +381,7 @@ std::vector<Supposition> Suppositions(const vtv::Read& read, const vtv::Tv& tv,
                                       const Circumstances& circumstances) {
     Collector found(read, Describe(read, tv, circumstances.assistant));
     if (read.subject == kPolicyKey) {
-        for (const PolicyChange& change : PolicyChanges(TextOf(read), tv.GetModel())) {
+        for (const PolicyChange& change : PolicyChanges(TextRead(read), tv.GetModel())) {
             found.Add(vtv::Value(change.text), change.now, change.then, change.quiteAnother);
         }
     } else if (IsSetting(read)) {

@@ -9,7 +9,9 @@ extern "C" {
 #endif
 
 // Code in the manner of many SDKs, at which a build that takes it for its own would warn, and stop.
-static inline unsigned char tv_low_byte(int value) { return value; }
+static inline unsigned char tv_low_byte(int value) {
+    return value;
+}
 
 struct keynode;
 typedef void (*vconf_callback_fn)(struct keynode* node, void* data);
