@@ -88,7 +88,8 @@ int End(const std::string& programName, int code) {
         failure = errno;
         problem = OutputProblem();
     }
-    if (problem.empty()) {
+    // A program that has ended because its reader went away says so by its code, and quietly.
+    if (problem.empty() || (failure == EPIPE && code == 128 + SIGPIPE)) {
         return code;
     }
     std::cerr << programName << ": " << problem << '\n';

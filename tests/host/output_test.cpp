@@ -72,7 +72,7 @@ class OutputTest : public VtvTest {
         return {{"account", {}},
                 {"app allow", {"--command", "true"}},
                 {"app allowed", {}},
-                {"app forbid", {"--command", "true"}},
+                {"app forbid", {"--help"}},
                 {"app list", {}},
                 {"app mode", {}},
                 {"choose", {"voice-wake-up", "off"}},
