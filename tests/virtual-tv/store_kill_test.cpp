@@ -20,7 +20,7 @@ constexpr int kKeys = 4;
 
 // VTV_KILLS=10000 for a longer run.
 int Kills() {
-    return static_cast<int>(NumberFromEnvironment("VTV_KILLS", 2000));
+    return static_cast<int>(NumberFromEnvironment("VTV_KILLS", 500));
 }
 
 std::string KeyOf(int number) {
