@@ -4,7 +4,9 @@
 
 #include <filesystem>
 #include <fstream>
-#include <memory>
+#include <regex>
+#include <set>
+#include <sstream>
 
 #include "process.h"
 
@@ -24,14 +26,26 @@ ProcessResult Check(const std::string& provider, const std::string& invariant) {
 TEST(Check, HasAtLeastTwentyInvariantsEachWithASentence) {
     const ProcessResult result = RunExplorer({"check", "--list"});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_GE(std::count(result.output.begin(), result.output.end(), '\n'), 20);
+    const std::regex entry("([a-z]+(?:-[a-z]+)*) +([A-Z][^ ]* [^ ]+ .*[.])");
+    std::set<std::string> names;
+    std::set<std::string> sentences;
+    std::istringstream lines(result.output);
+    for (std::string line; std::getline(lines, line);) {
+        std::smatch match;
+        ASSERT_TRUE(std::regex_match(line, match, entry)) << "a name and a sentence? " << line;
+        EXPECT_TRUE(names.insert(match[1]).second) << "twice: " << line;
+        EXPECT_TRUE(sentences.insert(match[2]).second) << "twice: " << line;
+    }
+    EXPECT_GE(names.size(), 20U);
 }
 
 TEST(Check, OfTheProviderHolds) {
     const ProcessResult result =
         RunExplorer({"check", "-q", "--json", "--scenarios", Folder("none")});
     EXPECT_EQ(result.exitCode, 0) << result.errors;
-    for (const Json::Value& invariant : Parse(result.output)["invariants"]) {
+    const Json::Value invariants = Parse(result.output)["invariants"];
+    EXPECT_GE(invariants.size(), 20U);
+    for (const Json::Value& invariant : invariants) {
         EXPECT_TRUE(invariant["holds"].asBool()) << invariant;
         EXPECT_TRUE(invariant["complete"].asBool()) << invariant["name"];
         EXPECT_GT(invariant["paths"].asInt(), 0) << invariant["name"];
@@ -70,10 +84,29 @@ TEST(Check, AProviderThatCrashesIsFoundOutWithTheStateAndTheRestIsStillChecked) 
     EXPECT_GT(Parse(result.output)["invariants"][0]["paths"].asInt(), 1000);
 }
 
+// On every path of every question: as many as there are in the tables.
 TEST(Diff, AProviderIsLikeItself) {
-    const ProcessResult result = RunExplorer({"diff", "-q", ProviderFile(), ProviderFile()});
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--json", ProviderFile(), ProviderFile()});
     EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
-    EXPECT_NE(result.output.find("alike"), std::string::npos);
+    const Json::Value root = Parse(result.output);
+    EXPECT_TRUE(root["alike"].asBool());
+    EXPECT_TRUE(root["differences"].empty());
+    EXPECT_TRUE(root["troubles"].empty());
+    Json::UInt64 paths = 0;
+    for (const Json::Value& table :
+         Parse(RunExplorer({"table", "-q", "--json"}).output)["tables"]) {
+        paths += table["paths"].asUInt64();
+    }
+    EXPECT_GT(paths, 100000U);
+    EXPECT_EQ(root["questions"].asUInt64(), paths);
+}
+
+TEST(Diff, AProviderThatAnswersByChanceIsNotLikeItself) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--only", "visible", BROKEN_CHANCE, BROKEN_CHANCE});
+    EXPECT_EQ(result.exitCode, 1) << result.output << result.errors;
+    EXPECT_EQ(result.output.find("alike"), std::string::npos) << result.output;
 }
 
 TEST(Diff, ShowsTheSmallestStateInWhichTwoProvidersDiffer) {
@@ -98,8 +131,11 @@ TEST(Diff, ItsScenariosPassWithTheFirstProviderAndFailWithTheSecond) {
             RunExplorer({"diff", "-q", "--json", "--only", "visible", "--scenarios",
                          Folder("replay"), ProviderFile(), broken});
         ASSERT_EQ(result.exitCode, 1) << result.errors;
-        for (const Json::Value& difference : Parse(result.output)["differences"]) {
+        const Json::Value differences = Parse(result.output)["differences"];
+        ASSERT_FALSE(differences.empty());
+        for (const Json::Value& difference : differences) {
             const std::string file = difference["scenario"].asString();
+            ASSERT_TRUE(std::filesystem::exists(file)) << difference;
             const ProcessResult first = RunVtv({"run", "--provider", ProviderFile(), file});
             EXPECT_EQ(first.exitCode, 0) << first.output << first.errors;
             const ProcessResult second = RunVtv({"run", "--provider", broken, file});
