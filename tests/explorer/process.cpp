@@ -44,7 +44,7 @@ std::string ReadAll(const std::string& file) {
     return text.str();
 }
 
-Json::Value Parse(const std::string& text) {
+JsonDocument Parse(const std::string& text) {
     Json::Value root;
     std::string errors;
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());

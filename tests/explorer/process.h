@@ -1,10 +1,10 @@
 // Runs vtv-explore as a user does.
 #pragma once
 
-#include <json/json.h>
-
 #include <string>
 #include <vector>
+
+#include "tests/json_document.h"
 
 struct ProcessResult {
     int exitCode = -1;
@@ -21,7 +21,7 @@ ProcessResult RunVtv(const std::vector<std::string>& arguments);
 // A file's whole content.
 std::string ReadAll(const std::string& file);
 // What was printed with --json; the test fails when it is none.
-Json::Value Parse(const std::string& text);
+JsonDocument Parse(const std::string& text);
 // The provider that was built with the tests.
 std::string ProviderFile();
 // A folder of this test's own, removed at the end of the process.

@@ -158,14 +158,14 @@ std::string VtvTest::Ok(const std::vector<std::string>& arguments, const std::st
     return output.out;
 }
 
-Json::Value VtvTest::OkJson(const std::vector<std::string>& arguments) {
+JsonDocument VtvTest::OkJson(const std::vector<std::string>& arguments) {
     const std::string text = Ok(arguments);
     Json::Value json;
     EXPECT_TRUE(Json::Reader().parse(text, json)) << text;
     return json;
 }
 
-Json::Value VtvTest::Item(const std::string& name, const std::vector<std::string>& more) {
+JsonDocument VtvTest::Item(const std::string& name, const std::vector<std::string>& more) {
     std::vector<std::string> arguments = {"show", name, "--json"};
     arguments.insert(arguments.end(), more.begin(), more.end());
     return OkJson(arguments);

@@ -3,11 +3,12 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <json/json.h>
 
 #include <map>
 #include <string>
 #include <vector>
+
+#include "tests/json_document.h"
 
 struct Output {
     int code = -1;  // exit code; 128 and more after a signal
@@ -28,9 +29,9 @@ class VtvTest : public testing::Test {
     // none when no file is named.
     Output RunInto(const std::string& file, const std::string& program,
                    const std::vector<std::string>& arguments);
-    Json::Value OkJson(const std::vector<std::string>& arguments);
+    JsonDocument OkJson(const std::vector<std::string>& arguments);
     // One item of vtv show --json.
-    Json::Value Item(const std::string& name, const std::vector<std::string>& more = {});
+    JsonDocument Item(const std::string& name, const std::vector<std::string>& more = {});
 
     std::string Path(const std::string& name) const { return folder_ + "/" + name; }
     void Write(const std::string& name, const std::string& text) const;

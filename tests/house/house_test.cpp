@@ -92,12 +92,70 @@ const std::map<std::string, std::set<std::string>> PROVIDER_BELOW = {
     {"general_voice_dataprovider", {"SIMenuUtil", "MVAList"}},
 };
 
+// What the range-based loops of a source run over, as it is written.
+std::vector<std::string> RangesOf(const std::string& text) {
+    std::vector<std::string> ranges;
+    for (std::size_t at = text.find("for ("); at != std::string::npos;
+         at = text.find("for (", at + 1)) {
+        std::size_t end = at + 5;
+        std::size_t colon = 0;
+        for (int depth = 1; depth > 0 && end < text.size(); ++end) {
+            depth += text[end] == '(' ? 1 : text[end] == ')' ? -1 : 0;
+            if (colon == 0 && depth == 1 && text.compare(end, 3, " : ") == 0) {
+                colon = end;
+            }
+        }
+        const std::string head = text.substr(at, end - at);
+        if (colon != 0 && head.find(';') == std::string::npos) {
+            ranges.push_back(text.substr(colon + 3, end - colon - 4));
+        }
+    }
+    return ranges;
+}
+
+// A part of what a call returns. When that is a temporary, it is gone before the first round; the
+// compilers do not tell.
+bool IsPartOfACall(const std::string& range) {
+    static const std::regex part(R"re(\)\s*(\[|\.(at|front|back)\())re");
+    return std::regex_search(range, part);
+}
+
 }  // namespace
 
 TEST(House, EveryRoomHasSources) {
-    for (const char* room : {"abi", "platform", "si-ready"}) {
+    for (const std::string& room : ROOMS) {
         EXPECT_FALSE(SourcesOf(room).empty()) << room;
     }
+}
+
+TEST(House, NoLoopRunsOverAPartOfATemporary) {
+    const std::string loop = "for";  // not as this source is to be read
+    EXPECT_TRUE(IsPartOfACall(RangesOf(loop + " (auto& a : Parse(text)[\"b\"]) {").at(0)));
+    EXPECT_FALSE(IsPartOfACall(RangesOf(loop + " (auto& a : names[Find(b)]) {").at(0)));
+    std::vector<std::string> rooms = ROOMS;
+    rooms.insert(rooms.end(), {"tests", "bench", "fuzz"});
+    for (const std::string& room : rooms) {
+        for (const fs::path& source : SourcesOf(room)) {
+            for (const std::string& range : RangesOf(Read(SOURCE / source))) {
+                EXPECT_FALSE(IsPartOfACall(range))
+                    << source << ": for (... : " << range << "): name what the call returns first";
+            }
+        }
+    }
+}
+
+TEST(House, RandomTestsBeginWhereTheirSeedSays) {
+    const std::string device = std::string("random_") + "device";
+    int looked = 0;
+    for (const char* room : {"tests", "bench", "fuzz"}) {
+        for (const fs::path& source : SourcesOf(room)) {
+            ++looked;
+            const bool draws = Read(SOURCE / source).find(device) != std::string::npos;
+            EXPECT_EQ(draws, source == "tests/environment.h")
+                << source << ": the seed of a random test is Seed() of tests/environment.h";
+        }
+    }
+    EXPECT_GT(looked, 50);
 }
 
 TEST(House, ARoomIncludesOnlyTheRoomsBelowIt) {
