@@ -13,6 +13,10 @@ struct Mistake {
     const char* says;
 };
 
+void PrintTo(const Mistake& mistake, std::ostream* out) {
+    *out << mistake.name;
+}
+
 class ErrorsTest : public VtvTest, public testing::WithParamInterface<Mistake> {};
 
 }  // namespace

@@ -56,6 +56,13 @@ struct VerbCall {
     bool lines = false;  // one document a line
 };
 
+void PrintTo(const VerbCall& call, std::ostream* out) {
+    *out << "vtv";
+    for (const std::string& argument : call.arguments) {
+        *out << ' ' << argument;
+    }
+}
+
 class SchemaTest : public VtvTest, public testing::WithParamInterface<VerbCall> {};
 
 }  // namespace

@@ -18,6 +18,10 @@ struct Broken {
     const char* why;
 };
 
+void PrintTo(const Broken& broken, std::ostream* out) {
+    *out << broken.fake << ", found by " << broken.check;
+}
+
 // At least one for each check.
 constexpr Broken kBroken[] = {
     {"exits_at_its_end", "loads-and-unloads", "stays in the process"},
