@@ -147,6 +147,10 @@ struct BadContent {
     const char* place;
 };
 
+void PrintTo(const BadContent& content, std::ostream* out) {
+    *out << content.name;
+}
+
 class BadContentTest : public VtvTest, public testing::WithParamInterface<BadContent> {};
 
 TEST_P(BadContentTest, IsToldWithFileAndLineAndTouchesNothing) {

@@ -14,6 +14,10 @@ struct Useless {
     const char* says;  // which option it is that cannot be used so
 };
 
+void PrintTo(const Useless& useless, std::ostream* out) {
+    *out << useless.name;
+}
+
 class UselessOptionTest : public VtvTest, public testing::WithParamInterface<Useless> {};
 
 }  // namespace

@@ -50,6 +50,10 @@ struct Accident {
     const char* why;
 };
 
+void PrintTo(const Accident& accident, std::ostream* out) {
+    *out << accident.fake;
+}
+
 class AccidentTest : public ValidateProcessTest, public testing::WithParamInterface<Accident> {};
 
 }  // namespace

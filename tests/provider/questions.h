@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,9 @@ struct Situation {
     const char* name;
     void (*prepare)();
 };
+inline void PrintTo(const Situation& situation, std::ostream* out) {
+    *out << situation.name;
+}
 extern const std::vector<Situation> SITUATIONS;
 
 // What a host may ask. The answer is a number that is 0 when it is neutral.
