@@ -193,7 +193,8 @@ TEST_F(VtvTest, AnOptionThatMeansNothingForTheItemIsRefusedBeforeAnythingHappens
         const Output output = Vtv(arguments);
         EXPECT_EQ(output.code, 2) << testing::PrintToString(arguments);
         const bool isEmpty = arguments.back().empty();
-        EXPECT_THAT(output.err, HasSubstr(isEmpty ? "--choose: is empty" : arguments[1])) << testing::PrintToString(arguments);
+        EXPECT_THAT(output.err, HasSubstr(isEmpty ? "--choose: is empty" : arguments[1]))
+            << testing::PrintToString(arguments);
         EXPECT_EQ(output.out, "") << testing::PrintToString(arguments);
     }
     EXPECT_EQ(Contents("tvs/default/settings"), settings);
