@@ -47,13 +47,17 @@ Seen See(int before, int after) {
     return {before == after, std::to_string(after)};
 }
 
-// A buffer of the host's: what is behind the text must be as it was, too.
+// A buffer of the host's, a text already as the provider logs it: what is behind the text that is
+// written must be as it was, too.
 class Buffer {
   public:
-    explicit Buffer(const Prefill& prefill) : letter_(prefill.letter) { bytes_.fill(letter_); }
+    explicit Buffer(const Prefill& prefill) : letter_(prefill.letter) {
+        bytes_.fill(letter_);
+        bytes_.back() = '\0';
+    }
     char* Out() { return bytes_.data(); }
     Seen After() {
-        const std::string all(bytes_.begin(), bytes_.end());
+        const std::string all(bytes_.begin(), bytes_.end() - 1);
         if (all.find_first_not_of(letter_) == std::string::npos) {
             return {true, all};
         }
