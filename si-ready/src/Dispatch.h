@@ -3,10 +3,11 @@
 
 #include <cstddef>
 #include <cstring>
+#include <string_view>
 
 // A null key equals nothing.
-inline bool SameKey(const char* a, const char* b) {
-    return a != nullptr && b != nullptr && std::strcmp(a, b) == 0;
+inline bool SameKey(const char* key, const char* menuKey) {
+    return key != nullptr && std::strcmp(key, menuKey) == 0;
 }
 
 // A null key starts with nothing.
@@ -14,11 +15,16 @@ inline bool StartsWith(const char* key, const char* prefix) {
     return key != nullptr && std::strncmp(key, prefix, std::strlen(prefix)) == 0;
 }
 
-// The first row with that key, or null. A row is anything with a member `key`.
+// The first row with that key, or null. A row is anything with a member `key`, whose length is
+// known: the keys begin alike, and most differ in it.
 template <typename Row, std::size_t Count>
 const Row* FindRow(const Row (&table)[Count], const char* key) {
+    if (key == nullptr) {
+        return nullptr;
+    }
+    const std::string_view wanted(key);
     for (const Row& row : table) {
-        if (SameKey(row.key, key)) {
+        if (row.key == wanted) {
             return &row;
         }
     }
@@ -27,6 +33,6 @@ const Row* FindRow(const Row (&table)[Count], const char* key) {
 
 // One row of the visibility and the enable table.
 struct RuleRow {
-    const char* key;
+    std::string_view key;
     bool (*rule)(const char* key, int value);
 };

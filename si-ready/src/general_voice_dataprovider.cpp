@@ -8,6 +8,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "AssistantType.h"
@@ -460,7 +461,7 @@ struct NodeValue {
 };
 
 struct MenuNode {
-    const char* key;
+    std::string_view key;
     NodeTexts texts = {};
     NodeValue value = {};
 };
@@ -592,7 +593,7 @@ int list_item_kind(const ListItem*, int* kind) {
 
 // Items whose texts name an assistant of the policy.
 struct AssistantItem {
-    const char* key;
+    std::string_view key;
     ASSISTANT_TYPE type;
 };
 
@@ -831,7 +832,7 @@ int get_disablepopup_info(const char* key, char* message, char* title, char* fir
 // ---------------------------------------------------------------------------------------------
 
 struct Property {
-    const char* key;
+    std::string_view key;
     const char* answer;
 };
 
