@@ -11,6 +11,11 @@
 #include <cstring>
 #include <ext/stdio_sync_filebuf.h>
 #include <iostream>
+#include <new>
+
+#include "open_files.h"
+#include "terminal.h"
+#include "write_file.h"
 
 namespace program {
 
@@ -18,18 +23,60 @@ namespace {
 
 int failure = 0;  // the errno of the first write that failed
 
-ssize_t Write(void* /*cookie*/, const char* text, size_t size) {
-    size_t written = 0;
-    while (written < size) {
-        const ssize_t step = write(STDOUT_FILENO, text + written, size - written);
-        if (step >= 0) {
-            written += static_cast<size_t>(step);
-        } else if (errno != EINTR) {
-            failure = failure != 0 ? failure : errno;
-            break;
-        }
+// A standard stream, on which nothing of others is printed that could steer a terminal.
+struct Stream {
+    int descriptor;
+    Form form;
+    VisibleText text;
+};
+
+Stream& Output() {
+    static auto* const stream = new Stream{STDOUT_FILENO, Form::kText, {}};
+    return *stream;
+}
+
+Stream& Errors() {
+    static auto* const stream = new Stream{STDERR_FILENO, Form::kText, {}};
+    return *stream;
+}
+
+// Where there is no memory, unwinding takes some as well, and the C++ library ends the process in
+// the middle of reading a folder.
+[[noreturn]] void EndWithoutMemory() {
+    for (const char* text :
+         {static_cast<const char*>(program_invocation_short_name), ": out of memory\n"}) {
+        const ssize_t written = write(STDERR_FILENO, text, std::strlen(text));
+        static_cast<void>(written);  // nobody is left to be told
     }
-    return static_cast<ssize_t>(written);
+    _exit(kOutputFailed);
+}
+
+// Before whatever else is made before main().
+__attribute__((constructor(101))) void WatchMemory() {
+    std::set_new_handler(EndWithoutMemory);
+}
+
+ssize_t Write(void* cookie, const char* text, size_t size) {
+    Stream& stream = *static_cast<Stream*>(cookie);
+    const std::string shown = stream.text.Next(std::string_view(text, size), stream.form);
+    // What programs read is UTF-8 everywhere.
+    const int error =
+        WriteAll(stream.descriptor, stream.form == Form::kText ? InCodeset(shown) : shown);
+    if (error != 0 && stream.descriptor == STDOUT_FILENO) {
+        failure = failure != 0 ? failure : error;
+    }
+    return error == 0 ? static_cast<ssize_t>(size) : 0;
+}
+
+// The C library's own streams show everything as it is, and that of the output forgets the reason
+// of a failure that is not its last. Kept to the end of the process: std::cout is flushed after
+// everything else is gone. Null without memory.
+FILE* Open(Stream& stream, int buffering) {
+    FILE* const file = fopencookie(&stream, "w", {nullptr, Write, nullptr, nullptr});
+    if (file != nullptr) {
+        std::setvbuf(file, nullptr, buffering, BUFSIZ);
+    }
+    return file;
 }
 
 // A stream that was closed stays of no use: it is opened in the direction that nobody uses.
@@ -47,18 +94,32 @@ void OccupyStandardStreams() {
 
 void Begin() {
     OccupyStandardStreams();
-    setlocale(LC_CTYPE, "C.UTF-8");  // what is printed is UTF-8 everywhere
+    ReadCodeset();
+    setlocale(LC_CTYPE, "C.UTF-8");  // inside the program all text is UTF-8
     setlocale(LC_MESSAGES, "");
-    // The C library's own stream forgets the reason of a failure that is not its last.
-    FILE* stream = fopencookie(nullptr, "w", {nullptr, Write, nullptr, nullptr});
-    if (stream == nullptr) {
-        return;  // no memory: what fails is then told without its reason
+    if (FILE* const file = Open(Output(), isatty(STDOUT_FILENO) == 1 ? _IOLBF : _IOFBF)) {
+        stdout = file;
+        std::cout.rdbuf(new __gnu_cxx::stdio_sync_filebuf<char>(file));
     }
-    std::setvbuf(stream, nullptr, isatty(STDOUT_FILENO) == 1 ? _IOLBF : _IOFBF, BUFSIZ);
-    stdout = stream;
-    // Kept to the end of the process: std::cout is flushed after everything else is gone.
-    static auto* const buffer = new __gnu_cxx::stdio_sync_filebuf<char>(stream);
-    std::cout.rdbuf(buffer);
+    if (FILE* const file = Open(Errors(), _IONBF)) {
+        stderr = file;
+        std::cerr.rdbuf(new __gnu_cxx::stdio_sync_filebuf<char>(file));
+        std::clog.rdbuf(std::cerr.rdbuf());
+    }
+    if (const std::string problem = OpenFilesProblem(); !problem.empty()) {
+        std::cerr << program_invocation_short_name << ": " << problem << '\n';
+        std::_Exit(kOutputFailed);
+    }
+}
+
+void Print(const std::string& text, Form form) {
+    std::cout.flush();
+    std::fflush(stdout);
+    const bool isShown = form == Form::kExact && isatty(STDOUT_FILENO) == 1;
+    Output().form = isShown ? Form::kText : form;
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
+    Output().form = Form::kText;
 }
 
 std::string OutputProblem() {
@@ -83,6 +144,11 @@ bool IsOutputLost() {
 
 int End(const std::string& programName, int code) {
     std::string problem = OutputProblem();
+    const int error = WriteAll(STDOUT_FILENO, Output().text.End());
+    if (problem.empty() && error != 0) {
+        failure = error;
+        problem = OutputProblem();
+    }
     // Some file systems tell only now.
     if (problem.empty() && close(STDOUT_FILENO) != 0 && errno != EINTR) {
         failure = errno;

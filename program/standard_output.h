@@ -4,14 +4,24 @@
 
 #include <string>
 
+#include "visible_text.h"
+
 namespace program {
 
-inline constexpr int kOutputFailed = 4;  // the exit code
+inline constexpr int kOutputFailed = 4;  // the exit code, also of what cannot begin
 
-// The first thing in main(). What the machine says is in its user's language from here on,
-// std::cout and stdout remember why a write failed, and a file that the program opens never gets
-// the number of a standard stream that was closed.
+// A program that uses this and lacks memory ends at once with kOutputFailed and says so. Nothing is
+// undone: what a killed process may leave, the next one finds in order.
+
+// The first thing in main(). Ends the program where it cannot open the files that it needs. What
+// the machine says is in its user's language from here on, std::cout and stdout remember why a
+// write failed, and a file that the program opens never gets the number of a standard stream that
+// was closed. Whatever is printed on stdout, stderr and their C++ streams is Form::kText, wherever
+// it goes, and in the character set of the user's locale.
 void Begin();
+
+// Prints on the standard output in another form. On a terminal even what is exact is shown as text.
+void Print(const std::string& text, Form form);
 
 // Writes what is buffered, and tells why anything that was printed so far could not be written.
 // Empty when all is well.
