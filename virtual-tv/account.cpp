@@ -1,7 +1,9 @@
 // The maker's account and the viewer's consents.
 #include "platform/account.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "serve.h"
 #include "tv_impl.h"
@@ -10,19 +12,18 @@ namespace vtv {
 
 namespace {
 
-constexpr char kSignedIn[] = "account/signed_in";
 std::string ConsentKey(const std::string& item) {
-    return "consent/" + item;
+    return kConsentState + item;
 }
 
 }  // namespace
 
 bool Tv::SignedIn() const {
-    return impl_->StateOr<bool>(kSignedIn, false);
+    return impl_->StateOr<bool>(kSignedInState, false);
 }
 
 void Tv::SetSignedIn(bool signedIn) {
-    impl_->state.Write(kSignedIn, signedIn);
+    impl_->state.Write(kSignedInState, signedIn);
 }
 
 bool Tv::Consent(const std::string& item) const {
@@ -30,7 +31,7 @@ bool Tv::Consent(const std::string& item) const {
 }
 
 void Tv::SetConsent(const std::string& item, bool agreed) {
-    if (item != "tnc" && item != "pp") {
+    if (std::find(std::begin(kConsents), std::end(kConsents), item) == std::end(kConsents)) {
         throw Error(ErrorKind::kUsage,
                     "\"" + item +
                         "\" is no consent: write \"tnc\" (terms and conditions) or "
@@ -49,7 +50,7 @@ VTV_EXPORT int sso_get_login_state(int* state) {
     }
     return vtv::ServeRead("sso_get_login_state", nullptr, vtv::kFailed, state,
                           [&](vtv::Tv::Impl& tv) {
-                              *state = tv.StateOr<bool>(vtv::kSignedIn, false) ? 1 : 0;
+                              *state = tv.StateOr<bool>(vtv::kSignedInState, false) ? 1 : 0;
                               return 0;
                           });
 }

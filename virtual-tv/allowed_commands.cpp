@@ -1,7 +1,6 @@
 // The commands of models that the user has allowed to run: kept with the user's own settings, where
 // no TV, model, dump or scenario that somebody sent can reach.
 #include <fcntl.h>
-#include <json/json.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,10 +8,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 #include "applications.h"
+#include "virtual-tv/model/format_version.h"
+#include "virtual-tv/model/json_text.h"
 
 namespace vtv {
 
@@ -82,34 +81,33 @@ bool ReadOwnFile(const std::string& file, std::string* text) {
 }
 
 std::vector<std::string> Parse(const std::string& text, const std::string& file) {
-    Json::CharReaderBuilder builder;
-    Json::CharReaderBuilder::strictMode(&builder.settings_);
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    std::vector<std::string> commands;
-    try {
-        Json::Value json;
-        std::string errors;
-        if (reader->parse(text.data(), text.data() + text.size(), &json, &errors) &&
-            json.isObject() && json["format"] == kFormat && json["version"] == 1 &&
-            json["commands"].isArray()) {
-            for (const Json::Value& command : json["commands"]) {
-                if (!command.isString()) {
-                    Fail(file, "each of \"commands\" must be a text in quotes.");
-                }
-                commands.push_back(command.asString());
-            }
-            return commands;
-        }
-    } catch (const Json::Exception&) {
-        commands.clear();  // nested too deep: damaged like any other
+    const JsonText document(file, text);
+    const Json::Value& json = document.Root();
+    if (!document.Problem().empty() || !json.isObject() || json["format"] != kFormat) {
+        Fail(file, "is damaged. No command is allowed until it is mended or removed.");
     }
-    Fail(file, "is damaged. No command is allowed until it is mended or removed.");
+    const std::string problem = VersionProblem("the list of allowed commands",
+                                               VersionOf(json["version"]), kAllowedCommandsVersion);
+    if (!problem.empty()) {
+        Fail(file, problem + " No command is allowed until then.");
+    }
+    if (!json["commands"].isArray()) {
+        Fail(file, "is damaged. No command is allowed until it is mended or removed.");
+    }
+    std::vector<std::string> commands;
+    for (const Json::Value& command : json["commands"]) {
+        if (!command.isString()) {
+            Fail(file, "each of \"commands\" must be a text in quotes.");
+        }
+        commands.push_back(command.asString());
+    }
+    return commands;
 }
 
 void Write(const std::string& file, const std::vector<std::string>& commands) {
     Json::Value json;
     json["format"] = kFormat;
-    json["version"] = 1;
+    json["version"] = kAllowedCommandsVersion;
     json["commands"] = Json::Value(Json::arrayValue);
     for (const std::string& command : commands) {
         json["commands"].append(command);

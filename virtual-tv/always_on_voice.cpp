@@ -9,7 +9,7 @@ namespace vtv {
 namespace {
 
 std::string ModeKey(const std::string& appId) {
-    return "always_on_voice/" + appId;
+    return kModeState + appId;
 }
 
 // Empty when none is chosen; in an experiment the one that it supposes.

@@ -6,11 +6,11 @@
 #include <cerrno>
 #include <cstring>
 #include <list>
-#include <set>
 
 #include "platform/applications.h"
 #include "running_apps.h"
 #include "serve.h"
+#include "virtual-tv/model/applications.h"
 
 struct app_context_s {
     std::string appId;
@@ -21,25 +21,10 @@ namespace vtv {
 namespace {
 
 constexpr char kModeKey[] = "applications";
-constexpr char kPopup[] = "org.nemra.alert-syspopup";
 constexpr auto kEndTimeout = std::chrono::seconds(10);
-
-constexpr const char* kSimulated[] = {
-    kPopup,
-    "org.nemra.wizard",
-    "org.nemra.voice-onboarding",
-    "com.vantelo.tv.voice-instant-app",
-    "com.vantelo.tv.google-assistant",
-    "com.vantelo.tv.salute-assistant",
-    "com.vantelo.tv.tencent-voice-chrome",
-};
 
 std::string Describe(int error) {
     return std::string("failed: ") + std::strerror(error);
-}
-
-bool IsForeign(const Package* package) {
-    return package != nullptr && !package->command.empty();
 }
 
 std::vector<std::string> Arguments(const Tv::Impl& tv, const Launch& request,
@@ -69,7 +54,7 @@ ApplicationMode ModeOf(const Tv::Impl& tv) {
 // Decides, starts and registers; writes outcome and pid.
 void Start(Tv::Impl& tv, Launch* launch) {
     const Package* package = FindPackage(tv.model, launch->appId);
-    if (package == nullptr && !IsSimulated(tv.model, launch->appId)) {
+    if (!IsInstalled(tv.model, launch->appId)) {
         launch->outcome = "failed: " + launch->appId + " is not installed";
         return;
     }
@@ -87,7 +72,7 @@ void Start(Tv::Impl& tv, Launch* launch) {
     // Nobody else starts the same application meanwhile, and it cannot end before it is registered.
     const FileLock lock(tv.dir + "/apps/.lock");
     for (const RunningApplication& running : ListRunning(tv.dir)) {
-        if (running.appId == launch->appId && launch->appId != kPopup) {
+        if (running.appId == launch->appId && launch->appId != kNotification) {
             launch->outcome = "resumed";
             launch->pid = running.pid;
             return;
@@ -110,16 +95,53 @@ void Start(Tv::Impl& tv, Launch* launch) {
         launch->outcome = Describe(error);
         return;
     }
+    if (!registration.Publish({launch->appId, pid, launch->time, launch->extras})) {
+        registration.End(pid);
+        launch->outcome = Describe(registration.Error());
+        return;
+    }
     launch->pid = pid;
     launch->outcome = "started";
-    if (!registration.Publish({launch->appId, pid, launch->time, launch->extras})) {
-        tv.LogLine(kError, launch->appId + " runs (process " + std::to_string(pid) +
-                               "), but this cannot be noted: " +
-                               std::strerror(registration.Error()) + ". End it with kill.");
+}
+
+std::string DoesNotEnd(const RunningApplication& running) {
+    return running.appId + " (process " + std::to_string(running.pid) +
+           ") does not end. End it with kill.";
+}
+
+// Throws kPlatform for a process that goes on unsignalled.
+void Tell(const ApplicationProcess& process, const RunningApplication& running, AppSignal signal) {
+    if (const int error = process.Signal(signal); error != 0) {
+        throw Error(ErrorKind::kPlatform,
+                    running.appId + " (process " + std::to_string(running.pid) +
+                        ") cannot be told to end: " + std::strerror(error) + ".");
     }
 }
 
-// Sends the signal to every process of the application and waits until they have ended.
+// Sends the signal and waits until the process has ended, or has said why it cannot do what it was
+// told to and stays.
+std::optional<Error> SignalAndWait(const std::string& tvDir, const RunningApplication& running,
+                                   AppSignal signal) {
+    const ApplicationProcess process(tvDir, running);
+    Watcher answers;
+    answers.Watch(FailureFolder(tvDir), IN_CLOSE_WRITE, FailureFileName(running.pid),
+                  [](const std::string&) {});
+    TakeFailure(tvDir, running.pid);  // of an earlier time, for which nobody waited
+    Tell(process, running, signal);
+    const auto deadline = std::chrono::steady_clock::now() + kEndTimeout;
+    for (;;) {
+        if (!process.WaitForEnd(deadline, answers.Fd())) {
+            return Error(ErrorKind::kPlatform, DoesNotEnd(running));
+        }
+        answers.Dispatch();
+        const bool ended = process.WaitForEnd(std::chrono::steady_clock::now());
+        std::optional<Error> failure = TakeFailure(tvDir, running.pid);
+        if (ended || failure) {
+            return failure;
+        }
+    }
+}
+
 void End(Tv::Impl& tv, const std::string& appId, AppSignal signal) {
     const Package* package = FindPackage(tv.model, appId);
     const bool foreign = IsForeign(package);
@@ -128,61 +150,25 @@ void End(Tv::Impl& tv, const std::string& appId, AppSignal signal) {
                                            package->command + "\": finish it there, or cancel it.");
     }
     bool found = false;
-    std::string failure;
+    std::optional<Error> failure;
     for (const RunningApplication& running : ListRunning(tv.dir)) {
-        if (running.appId != appId) {
-            continue;
+        if (running.appId == appId) {
+            found = true;
+            // A foreign command knows no signal of ours but the one that everybody knows.
+            const std::optional<Error> one =
+                SignalAndWait(tv.dir, running, foreign ? AppSignal::kTerminate : signal);
+            failure = failure ? failure : one;
         }
-        found = true;
-        const ApplicationProcess process(tv.dir, running);
-        // A foreign command knows no signal of ours but the one that everybody knows.
-        process.Signal(foreign ? AppSignal::kTerminate : signal);
-        if (!process.WaitForEnd(std::chrono::steady_clock::now() + kEndTimeout)) {
-            throw Error(ErrorKind::kPlatform, appId + " (process " + std::to_string(running.pid) +
-                                                  ") does not end. End it with kill.");
-        }
-        failure += TakeFailure(tv.dir, running.pid);
     }
     if (!found) {
         throw Error(ErrorKind::kNoSuch, appId + " does not run.");
     }
-    if (!failure.empty()) {
-        throw Error(ErrorKind::kPlatform, failure);
+    if (failure) {
+        throw Error(*failure);
     }
 }
 
 }  // namespace
-
-bool IsSimulated(const Model& model, const std::string& appId) {
-    for (const char* known : kSimulated) {
-        if (appId == known) {
-            return true;
-        }
-    }
-    if (!appId.empty() && appId == model.accountUi) {
-        return true;
-    }
-    for (const Assistant& assistant : model.assistants) {
-        if (assistant.appId == appId) {
-            return true;
-        }
-    }
-    return false;
-}
-
-std::vector<std::string> InstalledApplications(const Model& model) {
-    std::set<std::string> ids(std::begin(kSimulated), std::end(kSimulated));
-    if (!model.accountUi.empty()) {
-        ids.insert(model.accountUi);
-    }
-    for (const Assistant& assistant : model.assistants) {
-        ids.insert(assistant.appId);
-    }
-    for (const Package& package : model.packages) {
-        ids.insert(package.appId);
-    }
-    return {ids.begin(), ids.end()};
-}
 
 bool Succeeded(const Launch& launch) {
     return launch.outcome.rfind("failed", 0) != 0;
@@ -190,19 +176,27 @@ bool Succeeded(const Launch& launch) {
 
 Launch StartApplication(Tv::Impl& tv, Launch request) {
     request.time = Now();
-    Start(tv, &request);
+    try {
+        Start(tv, &request);
+    } catch (const Error& error) {
+        request.outcome = std::string("failed: ") + error.what();
+    }
     RecordLaunch(tv, request);
     return request;
 }
 
-void EndRunningApplications(Tv::Impl& tv) {
+void EndRunningApplications(const std::string& tvDir) {
     const auto deadline = std::chrono::steady_clock::now() + kEndTimeout;
-    std::list<ApplicationProcess> ending;
-    for (const RunningApplication& running : ListRunning(tv.dir)) {
-        ending.emplace_back(tv.dir, running).Signal(AppSignal::kTerminate);
+    std::list<std::pair<RunningApplication, ApplicationProcess>> ending;
+    for (const RunningApplication& running : ListRunning(tvDir)) {
+        ending.emplace_back(std::piecewise_construct, std::forward_as_tuple(running),
+                            std::forward_as_tuple(tvDir, running));
+        Tell(ending.back().second, running, AppSignal::kTerminate);
     }
-    for (const ApplicationProcess& process : ending) {
-        process.WaitForEnd(deadline);
+    for (const auto& [running, process] : ending) {
+        if (!process.WaitForEnd(deadline)) {
+            throw Error(ErrorKind::kPlatform, DoesNotEnd(running));
+        }
     }
 }
 
@@ -216,6 +210,11 @@ void Tv::SetApplications(ApplicationMode mode) {
 
 std::vector<RunningApplication> Tv::RunningApplications() const {
     return ListRunning(impl_->dir);
+}
+
+bool Tv::WaitForEnd(const RunningApplication& running, std::chrono::milliseconds most) const {
+    return ApplicationProcess(impl_->dir, running)
+        .WaitForEnd(std::chrono::steady_clock::now() + most);
 }
 
 bool Tv::IsRunning(const std::string& appId) const {
@@ -256,11 +255,12 @@ void Tv::EnterApplication(const std::string& appId, const Extras& extras) {
     }
 }
 
-void Tv::LeaveApplication(const std::string& failure) {
+void Tv::ReportFailure(const Error& failure) {
+    LeaveFailure(impl_->dir, getpid(), failure);
+}
+
+void Tv::LeaveApplication() {
     const FileLock lock(impl_->dir + "/apps/.lock");
-    if (!failure.empty()) {
-        LeaveFailure(impl_->dir, getpid(), failure);
-    }
     Unregister(impl_->dir, getpid());
 }
 
@@ -291,7 +291,8 @@ VTV_EXPORT int app_manager_terminate_app(app_context_h context) {
         for (const vtv::RunningApplication& running : vtv::ListRunning(tv.dir)) {
             if (context != nullptr && running.appId == context->appId) {
                 const vtv::ApplicationProcess process(tv.dir, running);
-                sent = process.Signal(vtv::AppSignal::kTerminate) || sent;
+                vtv::Tell(process, running, vtv::AppSignal::kTerminate);
+                sent = true;
             }
         }
         tv.LogLine(vtv::kInfo, "end of " +

@@ -8,12 +8,26 @@
 #include <cstdio>
 #include <thread>
 
+#include "platform/calls.h"
 #include "serve.h"
 #include "tv_impl.h"
 
 namespace vtv {
 
 namespace {
+
+struct PlatformCall {
+    const char* name;
+    CallKind kind;
+};
+
+constexpr PlatformCall kPlatformCalls[] = {
+#define CALL(result, name, parameters, failure, does) {#name, CallKind::does},
+    SI_PLATFORM_CALLS(CALL)
+#undef CALL
+        {"access", CallKind::ASKS},
+    {"PrepareCallBuffer", CallKind::RECORDS},
+};
 
 // "always -1 0", as it is kept in the TV's folder under the function's name.
 std::string Format(const Fault& fault) {
@@ -44,79 +58,26 @@ bool Parse(const Setting& setting, Fault* fault) {
 }  // namespace
 
 const std::vector<std::string>& PlatformFunctions() {
-    static const std::vector<std::string> functions = {
-        "AOVSystemDataGetAOVMode",
-        "AOVSystemDataSetAOVMode",
-        "GetDisclaimerItemAgreement",
-        "PrepareCallBuffer",
-        "__dlog_print",
-        "access",
-        "app_control_add_extra_data",
-        "app_control_create",
-        "app_control_destroy",
-        "app_control_send_launch_request",
-        "app_control_set_app_id",
-        "app_control_set_operation",
-        "app_manager_get_app_context",
-        "app_manager_terminate_app",
-        "aul_launch_app",
-        "avoc_set_sound_feedback",
-        "bundle_add_str",
-        "bundle_create",
-        "bundle_free",
-        "connection_profile_check_default_gateway",
-        "elm_config_access_set",
-        "elm_config_item_flush",
-        "elm_config_save",
-        "elm_init",
-        "pkgmgrinfo_appinfo_destroy_appinfo",
-        "pkgmgrinfo_appinfo_get_appinfo",
-        "pkgmgrinfo_appinfo_get_metadata_value",
-        "sso_get_account_ui_application_package_id",
-        "sso_get_login_state",
-        "system_info_get_custom_bool",
-        "system_info_get_custom_int",
-        "system_info_get_custom_string",
-        "tts_create",
-        "tts_destroy",
-        "tts_foreach_supported_voices",
-        "vconf_get_bool",
-        "vconf_get_int",
-        "vconf_get_str",
-        "vconf_ignore_key_changed",
-        "vconf_notify_key_changed",
-        "vconf_set_bool",
-        "vconf_set_int",
-        "vconf_set_str",
-    };
+    static const std::vector<std::string> functions = [] {
+        std::vector<std::string> names;
+        for (const PlatformCall& call : kPlatformCalls) {
+            names.emplace_back(call.name);
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }();
     return functions;
 }
 
-bool ChangesTheTv(std::string_view function) {
-    static constexpr std::string_view kChanging[] = {"AOVSystemDataSetAOVMode",
-                                                     "app_control_add_extra_data",
-                                                     "app_control_create",
-                                                     "app_control_send_launch_request",
-                                                     "app_control_set_app_id",
-                                                     "app_control_set_operation",
-                                                     "app_manager_terminate_app",
-                                                     "aul_launch_app",
-                                                     "avoc_set_sound_feedback",
-                                                     "bundle_add_str",
-                                                     "bundle_create",
-                                                     "elm_config_access_set",
-                                                     "elm_config_item_flush",
-                                                     "elm_config_save",
-                                                     "elm_init",
-                                                     "vconf_set_bool",
-                                                     "vconf_set_int",
-                                                     "vconf_set_str"};
-    return std::find(std::begin(kChanging), std::end(kChanging), function) != std::end(kChanging);
+CallKind KindOf(std::string_view function) {
+    const auto* call = std::find_if(std::begin(kPlatformCalls), std::end(kPlatformCalls),
+                                    [&](const PlatformCall& one) { return one.name == function; });
+    return call != std::end(kPlatformCalls) ? call->kind : CallKind::ASKS;
 }
 
 Switches::Switches(const std::string& tvDir) {
     const std::string file = tvDir + "/switches";
-    int fd = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+    int fd = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kFileMode);
     writable_ = fd >= 0;
     if (fd < 0) {
         fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
@@ -191,7 +152,7 @@ bool Faulted(Tv::Impl& tv, const char* function, int* result) {
         tv.switches.Announce();
     }
     tv.LogLine(kWarning, "fault: " + fault.function + " fails");
-    if (ChangesTheTv(function)) {
+    if (KindOf(function) == CallKind::CHANGES) {
         NoteFailure(tv, fault.function + " failed, as it was told to. Faults are listed and " +
                             "cleared with \"vtv fault\".");
     }

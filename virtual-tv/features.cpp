@@ -5,6 +5,7 @@
 
 #include "serve.h"
 #include "tv_impl.h"
+#include "virtual-tv/model/known_settings.h"
 
 namespace vtv {
 
@@ -14,10 +15,10 @@ constexpr int kInvalidParameter = -22;  // also what the platform says of a feat
 
 // A tried value, and the mark that the TV lacks the feature, in the TV's state.
 std::string OverrideKey(const std::string& key) {
-    return "feature/" + key;
+    return kFeatureState + key;
 }
 std::string AbsenceKey(const std::string& key) {
-    return "no-feature/" + key;
+    return kAbsentFeatureState + key;
 }
 
 std::optional<Value> ReadFeature(const Tv::Impl& tv, const std::string& key) {
@@ -50,25 +51,24 @@ int Answer(const char* function, const char* key, Result result) {
 
 }  // namespace
 
-const std::vector<FeatureKey>& KnownFeatures() {
-    static const std::string prefix = "com.vantelo/featureconf/";
-    static const std::vector<FeatureKey> features = {
-        {prefix + "cn_ai_service_supported", "bool", "a China model"},
-        {prefix + "product.device_sid", "string", "string id that names this kind of device"},
-        {prefix + "product.product_type", "int", "4 is signage"},
-        {prefix + "product.tessa_monitor_feature_support", "bool", "a monitor"},
-        {prefix + "projector_feature_support", "bool", "a projector"},
-        {prefix + "recorder.microphone_type", "int", "above 0: a built-in microphone"},
-        {prefix + "the_skeld_version", "int", "1 or 2: a modular display"},
-        {prefix + "ttsengine.neural_tts_support", "bool", "the neural speech engine is fitted"},
-        {prefix + "voice.farfield_passthru_support", "bool",
-         "far-field voice through a connected device"},
-        {prefix + "voice.voice_recognition_far_field_type", "int",
-         "above 0: far-field microphones"},
-        {prefix + "voice.voice_recognition_orvik_support", "bool", "the maker's own assistant"},
-        {prefix + "voice.voice_recognition_support", "bool", "voice recognition at all"},
-    };
-    return features;
+void BringFeatures(const Model& model, const std::map<std::string, Value>& wanted,
+                   std::map<std::string, Value>* state) {
+    for (auto entry = state->begin(); entry != state->end();) {
+        const bool ofFeature = entry->first.rfind(OverrideKey(""), 0) == 0 ||
+                               entry->first.rfind(AbsenceKey(""), 0) == 0;
+        entry = ofFeature ? state->erase(entry) : std::next(entry);
+    }
+    for (const auto& [key, value] : model.features) {
+        if (wanted.count(key) == 0) {
+            state->emplace(AbsenceKey(key), true);
+        }
+    }
+    for (const auto& [key, value] : wanted) {
+        const auto found = model.features.find(key);
+        if (found == model.features.end() || found->second != value) {
+            state->emplace(OverrideKey(key), value);
+        }
+    }
 }
 
 std::optional<Value> Tv::Feature(const std::string& key) const {
@@ -85,15 +85,6 @@ std::map<std::string, Value> Tv::Features() const {
         }
     }
     return features;
-}
-
-void CheckFeature(const std::string& key, const Value& value) {
-    for (const FeatureKey& known : KnownFeatures()) {
-        if (known.key == key && known.type != TypeName(value)) {
-            throw Error(ErrorKind::kUsage, "The feature \"" + key + "\" is of type " + known.type +
-                                               ", not " + TypeName(value) + ".");
-        }
-    }
 }
 
 void Tv::SetFeature(const std::string& key, const std::optional<Value>& value) {

@@ -5,9 +5,11 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 
 #include "applications.h"
+#include "virtual-tv/model/json_text.h"
 
 namespace vtv {
 
@@ -17,15 +19,15 @@ std::string FileOf(const std::string& tvDir) {
     return tvDir + "/launches.jsonl";
 }
 
+[[noreturn]] void FailToRead(const std::string& file, int error) {
+    throw Error(ErrorKind::kPlatform, file + ": cannot be read: " + std::strerror(error) + ".");
+}
+
 // Throws Json::Exception for a line that is no record.
 Launch ParseLaunch(const std::string& line) {
-    const Json::CharReaderBuilder builder;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
     Json::Value json;
-    std::string errors;
-    if (!reader->parse(line.data(), line.data() + line.size(), &json, &errors) ||
-        !json.isObject()) {
-        Json::throwRuntimeError(errors);
+    if (!ParseJson(line, &json) || !json.isObject()) {
+        Json::throwRuntimeError("no JSON object");
     }
     Launch launch;
     launch.time = TimePoint(std::chrono::microseconds(json["time"].asInt64()));
@@ -57,11 +59,9 @@ void RecordLaunch(Tv::Impl& tv, const Launch& launch) {
         pair.append(value);
         json["extras"].append(pair);
     }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["emitUTF8"] = true;
-    const std::string line = Json::writeString(builder, json) + "\n";
-    const int fd = open(FileOf(tv.dir).c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    const std::string line = CompactJson(json) + "\n";
+    const int fd =
+        open(FileOf(tv.dir).c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
     const bool written =
         fd >= 0 && write(fd, line.data(), line.size()) == static_cast<ssize_t>(line.size());
     if (fd >= 0) {
@@ -75,15 +75,38 @@ void RecordLaunch(Tv::Impl& tv, const Launch& launch) {
                text + ": " + launch.outcome + (written ? "" : " (and could not be recorded)"));
 }
 
-std::vector<Launch> Tv::Launches() const {
+std::uint64_t Tv::LaunchMark() const {
+    const std::string file = FileOf(impl_->dir);
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(file, error);
+    if (error && error != std::errc::no_such_file_or_directory) {
+        FailToRead(file, error.value());
+    }
+    return error ? 0 : size;
+}
+
+std::vector<Launch> Tv::Launches(std::uint64_t mark) const {
     std::vector<Launch> launches;
-    std::ifstream file(FileOf(impl_->dir));
+    const std::string name = FileOf(impl_->dir);
+    errno = 0;
+    std::ifstream file(name);
+    if (!file.is_open()) {
+        if (errno != ENOENT) {
+            FailToRead(name, errno);
+        }
+        return launches;  // nothing was launched yet
+    }
+    // What was cleared since begins anew.
+    file.seekg(static_cast<std::streamoff>(mark <= LaunchMark() ? mark : 0));
     for (std::string line; std::getline(file, line);) {
         try {
             launches.push_back(ParseLaunch(line));
         } catch (const Json::Exception&) {
             continue;  // cut off by a full disk or a power failure, or written by another hand
         }
+    }
+    if (file.bad()) {
+        FailToRead(name, errno);
     }
     return launches;
 }

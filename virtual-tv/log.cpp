@@ -71,7 +71,7 @@ bool LogWriter::Open() {
     if (fd_ >= 0) {
         close(fd_);
     }
-    fd_ = open(Path().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    fd_ = open(Path().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
     return fd_ >= 0;
 }
 
@@ -82,6 +82,7 @@ bool LogWriter::IsCurrent() const {
            ours.st_ino == named.st_ino && ours.st_dev == named.st_dev;
 }
 
+// Throws kPlatform.
 void LogWriter::Rotate() {
     const FileLock lock(dir_ + "/.lock");
     struct stat info;
@@ -100,7 +101,11 @@ bool LogWriter::Append(int priority, const std::string& tag, const std::string& 
     }
     struct stat info;
     if (fstat(fd_, &info) == 0 && info.st_size >= kMaxSize) {
-        Rotate();
+        try {
+            Rotate();
+        } catch (const Error&) {
+            // The log grows on until somebody can.
+        }
         if (!Open()) {
             return false;
         }

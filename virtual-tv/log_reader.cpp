@@ -43,9 +43,9 @@ bool ParseTime(std::string_view text, TimePoint* time) {
     if (rest == nullptr || *rest != '.') {
         return false;
     }
-    long micros = 0;
+    unsigned micros = 0;
     const auto parsed = std::from_chars(rest + 1, copy.c_str() + copy.size(), micros);
-    if (parsed.ec != std::errc() || *parsed.ptr != 'Z') {
+    if (parsed.ec != std::errc() || parsed.ptr != rest + 7 || *parsed.ptr != 'Z') {
         return false;
     }
     *time = TimePoint(std::chrono::seconds(timegm(&parts)) + std::chrono::microseconds(micros));

@@ -16,9 +16,7 @@ namespace vtv {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-std::string RequireRelative(const std::string& path) {
+std::string RequireOwnerFile(const std::string& path) {
     const fs::path normal = fs::path(path).lexically_normal();
     const bool isFile = normal.has_filename() && normal != "." && path.find('\0') == path.npos;
     if (!isFile || normal.is_absolute() || *normal.begin() == "..") {
@@ -30,10 +28,8 @@ std::string RequireRelative(const std::string& path) {
     return normal.string();
 }
 
-}  // namespace
-
 void CheckOwnerFile(const std::string& path) {
-    RequireRelative(path);
+    RequireOwnerFile(path);
 }
 
 bool OwnerPath(std::string_view path, std::string* relative) {
@@ -59,14 +55,15 @@ std::vector<std::string> Tv::OwnerFiles() const {
             files.push_back(entry->path().lexically_relative(OwnerDir()).string());
         }
     }
+    Unreadable::ThrowIf(error.value(), OwnerDir());
     std::sort(files.begin(), files.end());
     return files;
 }
 
 void Tv::AddOwnerFile(const std::string& path) {
-    const std::string file = OwnerDir() + "/" + RequireRelative(path);
+    const std::string file = OwnerDir() + "/" + RequireOwnerFile(path);
     EnsureDir(fs::path(file).parent_path().string());
-    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kFileMode);
     if (fd < 0) {
         throw Error(ErrorKind::kPlatform, file + ": cannot be made: " + std::strerror(errno) + ".");
     }
@@ -74,7 +71,7 @@ void Tv::AddOwnerFile(const std::string& path) {
 }
 
 bool Tv::RemoveOwnerFile(const std::string& path) {
-    const std::string file = OwnerDir() + "/" + RequireRelative(path);
+    const std::string file = OwnerDir() + "/" + RequireOwnerFile(path);
     if (unlink(file.c_str()) == 0) {
         return true;
     }
@@ -84,6 +81,34 @@ bool Tv::RemoveOwnerFile(const std::string& path) {
     throw Error(ErrorKind::kPlatform, file + ": cannot be removed: " + std::strerror(errno) + ".");
 }
 
+namespace {
+
+int Access(const char* path, int mode) {
+    std::string relative;
+    if (Current() == nullptr || !OwnerPath(path, &relative)) {
+        return faccessat(AT_FDCWD, path, mode, 0);
+    }
+    if (const Read* substitute = SubstituteFor("access", path)) {
+        NoteRead("access", path, substitute->value);
+        errno = ENOENT;
+        return substitute->value == Value(true) ? 0 : -1;
+    }
+    Tv::Impl& tv = Current()->impl();
+    int ignored = 0;
+    if (Faulted(tv, "access", &ignored)) {
+        NoteRead("access", path, std::nullopt);
+        errno = EIO;
+        return -1;
+    }
+    const int result = faccessat(AT_FDCWD, (tv.dir + "/owner" + relative).c_str(), mode, 0);
+    const int error = errno;
+    NoteRead("access", path, result == 0);
+    errno = error;
+    return result;
+}
+
+}  // namespace
+
 }  // namespace vtv
 
 // The C library's access(), but for the TV's own paths. It has a name of its own here, because the
@@ -91,25 +116,14 @@ bool Tv::RemoveOwnerFile(const std::string& path) {
 extern "C" VTV_EXPORT int TvAccess(const char* path, int mode) noexcept __asm__("access");
 
 int TvAccess(const char* path, int mode) noexcept {
-    std::string relative;
-    if (vtv::Current() == nullptr || path == nullptr || !vtv::OwnerPath(path, &relative)) {
-        return faccessat(AT_FDCWD, path, mode, 0);
-    }
-    if (const vtv::Read* substitute = vtv::SubstituteFor("access", path)) {
-        vtv::NoteRead("access", path, substitute->value);
-        errno = ENOENT;
-        return substitute->value == vtv::Value(true) ? 0 : -1;
-    }
-    vtv::Tv::Impl& tv = vtv::Current()->impl();
-    int ignored = 0;
-    if (vtv::Faulted(tv, "access", &ignored)) {
-        vtv::NoteRead("access", path, std::nullopt);
-        errno = EIO;
+    if (path == nullptr) {
+        errno = EFAULT;
         return -1;
     }
-    const int result = faccessat(AT_FDCWD, (tv.dir + "/owner" + relative).c_str(), mode, 0);
-    const int error = errno;
-    vtv::NoteRead("access", path, result == 0);
-    errno = error;
-    return result;
+    try {
+        return vtv::Access(path, mode);
+    } catch (const std::exception&) {
+        errno = ENOMEM;
+        return -1;
+    }
 }

@@ -11,8 +11,6 @@ namespace vtv {
 
 namespace {
 
-constexpr char kNetwork[] = "network";
-
 bool HostIsOnline() {
     std::ifstream ipv4("/proc/net/route");
     std::ifstream ipv6("/proc/net/ipv6_route");
@@ -20,18 +18,18 @@ bool HostIsOnline() {
 }
 
 bool IsOnline(const Tv::Impl& tv) {
-    const std::string network = tv.StateOr<std::string>(kNetwork, "disconnected");
+    const std::string network = tv.StateOr<std::string>(kNetworkState, "disconnected");
     return network == "connected" || (network == "host" && HostIsOnline());
 }
 
 }  // namespace
 
 Network Tv::GetNetwork() const {
-    return ParseNetwork(impl_->StateOr<std::string>(kNetwork, "disconnected"));
+    return ParseNetwork(impl_->StateOr<std::string>(kNetworkState, "disconnected"));
 }
 
 void Tv::SetNetwork(Network network) {
-    impl_->state.Write(kNetwork, ToText(network));
+    impl_->state.Write(kNetworkState, ToText(network));
 }
 
 bool Tv::Online() const {

@@ -5,6 +5,7 @@
 
 #include "serve.h"
 #include "tv_impl.h"
+#include "virtual-tv/model/applications.h"
 
 namespace vtv {
 
@@ -17,15 +18,6 @@ struct AppInfo {
 
 }  // namespace
 
-const Package* FindPackage(const Model& model, const std::string& appId) {
-    for (const Package& package : model.packages) {
-        if (package.appId == appId) {
-            return &package;
-        }
-    }
-    return nullptr;
-}
-
 }  // namespace vtv
 
 extern "C" {
@@ -36,7 +28,7 @@ VTV_EXPORT int pkgmgrinfo_appinfo_get_appinfo(const char* appId, pkgmgrinfo_appi
             return vtv::kFailed;
         }
         const vtv::Package* package = vtv::FindPackage(tv.model, appId);
-        if (package == nullptr && !vtv::IsSimulated(tv.model, appId)) {
+        if (!vtv::IsInstalled(tv.model, appId)) {
             return vtv::kFailed;
         }
         auto info = std::make_unique<vtv::AppInfo>();

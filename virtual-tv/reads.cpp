@@ -1,7 +1,6 @@
 // What platform calls read, collected for a host that wants to know what an answer was made of, and
 // what they would read if the TV were another.
 #include <algorithm>
-#include <array>
 #include <string_view>
 #include <utility>
 
@@ -13,13 +12,8 @@ namespace vtv {
 namespace {
 
 bool recording = false;
-std::vector<Read> reads;
+std::vector<Read> recorded;
 const std::vector<Read>* substitutes = nullptr;
-
-// Calls that leave something behind, on the TV or in its records.
-constexpr std::array kRecords = {
-    std::string_view("PrepareCallBuffer"), std::string_view("__dlog_print"),
-    std::string_view("vconf_ignore_key_changed"), std::string_view("vconf_notify_key_changed")};
 
 }  // namespace
 
@@ -51,24 +45,26 @@ const Read* SubstituteFor(const char* function, const char* subject) {
 }
 
 bool IsSilenced(const char* function) {
-    return substitutes != nullptr &&
-           (ChangesTheTv(function) ||
-            std::find(kRecords.begin(), kRecords.end(), function) != kRecords.end());
+    if (substitutes == nullptr) {
+        return false;
+    }
+    const CallKind kind = KindOf(function);
+    return kind == CallKind::CHANGES || kind == CallKind::RECORDS;
 }
 
 void StartRecordingReads() {
-    reads.clear();
+    recorded.clear();
     recording = true;
 }
 
 std::vector<Read> StopRecordingReads() {
     recording = false;
-    return std::exchange(reads, {});
+    return std::exchange(recorded, {});
 }
 
 void NoteRead(const char* function, const char* subject, std::optional<Value> value) {
     if (recording) {
-        reads.push_back({function, subject != nullptr ? subject : "", std::move(value)});
+        recorded.push_back({function, subject != nullptr ? subject : "", std::move(value)});
     }
 }
 

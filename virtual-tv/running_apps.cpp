@@ -6,6 +6,9 @@
 // Its price: a process that closes any descriptor of its own file gives the lock up, so that it
 // must not open it a second time.
 #include "running_apps.h"
+#include "folder_names.h"
+#include "store.h"
+#include "virtual-tv/model/json_text.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -19,8 +22,10 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <fstream>
-#include <sstream>
+#include <ctime>
+#include <iterator>
+#include <tuple>
+#include <utility>
 
 // The header of Debian 12 does not say that these are functions of C.
 extern "C" {
@@ -41,9 +46,6 @@ std::string FolderOf(const std::string& tvDir) {
 }
 std::string FileOf(const std::string& tvDir, int pid) {
     return FolderOf(tvDir) + "/" + std::to_string(pid) + kSuffix;
-}
-std::string FailureFileOf(const std::string& tvDir, int pid) {
-    return FolderOf(tvDir) + "/" + std::to_string(pid) + ".failed";
 }
 
 // 0 for a name that is not "PID.json".
@@ -77,6 +79,19 @@ int OwnDescriptorOf(const std::string& file) {
     return found;
 }
 
+// The process that holds the lock on an open file; 0 for none, and -1 for one that cannot be named
+// from here.
+int HolderOf(int fd, const std::string& path) {
+    struct flock lock{};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    if (fcntl(fd, F_GETLK, &lock) != 0) {
+        Unreadable::ThrowIf(errno, path);
+        return -1;
+    }
+    return lock.l_type == F_UNLCK ? 0 : lock.l_pid > 0 ? lock.l_pid : -1;
+}
+
 // One file of "apps/", open for reading.
 class AppFile {
   public:
@@ -85,6 +100,7 @@ class AppFile {
         fd_ =
             own_ >= 0 ? own_ : open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
         error_ = fd_ >= 0 ? 0 : errno;
+        Unreadable::ThrowIf(error_, path_);
     }
     ~AppFile() {
         if (fd_ >= 0 && own_ < 0) {
@@ -96,22 +112,13 @@ class AppFile {
 
     bool IsMissing() const { return error_ == ENOENT; }
     bool IsPlain() const { return Size() >= 0; }
-    // The process that holds the lock; 0 for none, and -1 for one that cannot be named from here.
-    int Holder() const {
-        if (own_ >= 0) {
-            return getpid();
-        }
-        struct flock lock{};
-        lock.l_type = F_WRLCK;
-        lock.l_whence = SEEK_SET;
-        if (fcntl(fd_, F_GETLK, &lock) != 0) {
-            return -1;
-        }
-        return lock.l_type == F_UNLCK ? 0 : lock.l_pid > 0 ? lock.l_pid : -1;
-    }
+    int Holder() const { return own_ >= 0 ? getpid() : HolderOf(fd_, path_); }
     std::string Text() const {
         std::string text(static_cast<size_t>(std::max<off_t>(Size(), 0)), '\0');
         const ssize_t size = pread(fd_, text.data(), text.size(), 0);
+        if (size < 0) {
+            Unreadable::ThrowIf(errno, path_);
+        }
         text.resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
         return text;
     }
@@ -139,23 +146,19 @@ class AppFile {
     int error_ = 0;
 };
 
-bool ParseObject(const std::string& text, Json::Value* json) {
-    Json::CharReaderBuilder builder;
-    Json::CharReaderBuilder::strictMode(&builder.settings_);
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    std::string errors;
-    try {
-        return reader->parse(text.data(), text.data() + text.size(), json, &errors) &&
-               json->isObject();
-    } catch (const Json::Exception&) {
-        return false;  // nested too deep
-    }
+// In what order applications have started, whatever the clock says meanwhile.
+int64_t SinceBoot() {
+    timespec now{};
+    clock_gettime(CLOCK_BOOTTIME, &now);
+    return int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
 }
 
 // Empty when the text is what Publish() writes.
-std::string Parse(const std::string& text, int pid, RunningApplication* application) {
-    Json::Value json;
-    if (!ParseObject(text, &json)) {
+std::string Parse(const std::string& text, int pid, RunningApplication* application,
+                  int64_t* order) {
+    const JsonText document("", text);
+    const Json::Value& json = document.Root();
+    if (!document.Problem().empty() || !json.isObject()) {
         return "it is no JSON object";
     }
     if (!json["pid"].isInt() || json["pid"].asInt() != pid || pid <= 1) {
@@ -170,6 +173,7 @@ std::string Parse(const std::string& text, int pid, RunningApplication* applicat
     if (!json["extras"].isArray()) {
         return "\"extras\" must be a list";
     }
+    *order = json["order"].isInt64() ? json["order"].asInt64() : 0;
     application->appId = json["app"].asString();
     application->pid = pid;
     application->since = TimePoint(std::chrono::microseconds(json["since"].asInt64()));
@@ -185,7 +189,7 @@ std::string Parse(const std::string& text, int pid, RunningApplication* applicat
 enum class Finding { kRuns, kEnded, kDamaged };
 
 Finding Look(const std::string& tvDir, const std::string& name, RunningApplication* application,
-             std::string* problem) {
+             int64_t* order, std::string* problem) {
     const int pid = PidOf(name);
     if (pid <= 1) {
         *problem = "its name must be the number of a process, above 1";
@@ -199,7 +203,7 @@ Finding Look(const std::string& tvDir, const std::string& name, RunningApplicati
         *problem = "it is no plain, readable file of a sensible size";
         return Finding::kDamaged;
     }
-    *problem = Parse(file.Text(), pid, application);
+    *problem = Parse(file.Text(), pid, application, order);
     if (!problem->empty()) {
         return Finding::kDamaged;
     }
@@ -219,13 +223,8 @@ Finding Look(const std::string& tvDir, const std::string& name, RunningApplicati
 
 std::vector<RunningApplication> ListRunning(const std::string& tvDir,
                                             std::vector<std::string>* damage) {
-    std::vector<RunningApplication> running;
-    DIR* dir = opendir(FolderOf(tvDir).c_str());
-    if (dir == nullptr) {
-        return running;
-    }
-    while (const dirent* entry = readdir(dir)) {
-        const std::string name = entry->d_name;
+    std::vector<std::pair<int64_t, RunningApplication>> found;
+    for (const std::string& name : NamesIn(FolderOf(tvDir))) {
         const bool isRecord =
             name.size() >= sizeof kSuffix &&
             name.compare(name.size() - sizeof kSuffix + 1, std::string::npos, kSuffix) == 0;
@@ -233,19 +232,24 @@ std::vector<RunningApplication> ListRunning(const std::string& tvDir,
             continue;
         }
         RunningApplication application;
+        int64_t order = 0;
         std::string problem;
-        const Finding finding = Look(tvDir, name, &application, &problem);
+        const Finding finding = Look(tvDir, name, &application, &order, &problem);
         if (finding == Finding::kRuns) {
-            running.push_back(std::move(application));
+            found.emplace_back(order, std::move(application));
         } else if (finding == Finding::kDamaged && damage != nullptr) {
             damage->push_back(FolderOf(tvDir) + "/" + name +
                               ": this tells of no application that runs: " + problem +
                               ". Nothing is done with it; remove it.");
         }
     }
-    closedir(dir);
-    std::sort(running.begin(), running.end(),
-              [](const auto& a, const auto& b) { return a.since < b.since; });
+    std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) {
+        return std::tie(a.first, a.second.since) < std::tie(b.first, b.second.since);
+    });
+    std::vector<RunningApplication> running;
+    for (auto& [order, application] : found) {
+        running.push_back(std::move(application));
+    }
     return running;
 }
 
@@ -256,7 +260,7 @@ std::vector<RunningApplication> ListRunning(const std::string& tvDir,
 Registration::Registration(const std::string& tvDir)
     : tvDir_(tvDir), temporary_(FolderOf(tvDir) + "/.starting") {
     unlink(temporary_.c_str());  // of a launcher that was killed
-    const int fd = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const int fd = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
     if (fd >= 0) {
         descriptor_ = fcntl(fd, F_DUPFD_CLOEXEC, kLockDescriptor);
         if (descriptor_ < 0) {
@@ -290,6 +294,7 @@ bool Registration::Publish(const RunningApplication& application) {
     json["app"] = application.appId;
     json["pid"] = application.pid;
     json["since"] = static_cast<Json::Int64>(application.since.time_since_epoch().count());
+    json["order"] = static_cast<Json::Int64>(SinceBoot());
     json["extras"] = Json::Value(Json::arrayValue);
     for (const auto& [key, value] : application.extras) {
         Json::Value pair;
@@ -310,6 +315,16 @@ bool Registration::Publish(const RunningApplication& application) {
     }
     temporary_.clear();
     return true;
+}
+
+void Registration::End(int pid) const {
+    const int process = pidfd_open(pid, 0);
+    if (process >= 0) {
+        if (HolderOf(descriptor_, temporary_) == pid) {
+            pidfd_send_signal(process, SIGKILL, nullptr, 0);
+        }
+        close(process);
+    }
 }
 
 void Registration::KeepOpen() {
@@ -334,7 +349,18 @@ ApplicationProcess::ApplicationProcess(const std::string& tvDir,
     // First the process, then the proof: a number that has come to mean another process since
     // fails it.
     fd_ = application.pid > 1 ? pidfd_open(application.pid, 0) : -1;
-    if (fd_ >= 0 && !IsRegistered(tvDir, application.pid)) {
+    if (fd_ < 0) {
+        Unreadable::ThrowIf(errno, FileOf(tvDir, application.pid));
+        return;
+    }
+    bool isOne = false;
+    try {
+        isOne = IsRegistered(tvDir, application.pid);
+    } catch (...) {
+        close(fd_);
+        throw;
+    }
+    if (!isOne) {
         close(fd_);
         fd_ = -1;
     }
@@ -346,16 +372,19 @@ ApplicationProcess::~ApplicationProcess() {
     }
 }
 
-bool ApplicationProcess::Signal(AppSignal signal) const {
-    return fd_ >= 0 && pidfd_send_signal(fd_, NumberOf(signal), nullptr, 0) == 0;
+int ApplicationProcess::Signal(AppSignal signal) const {
+    const bool isSent = fd_ < 0 || pidfd_send_signal(fd_, NumberOf(signal), nullptr, 0) == 0;
+    return isSent || errno == ESRCH ? 0 : errno;
 }
 
-bool ApplicationProcess::WaitForEnd(std::chrono::steady_clock::time_point deadline) const {
+bool ApplicationProcess::WaitForEnd(std::chrono::steady_clock::time_point deadline,
+                                    int orUntil) const {
     while (fd_ >= 0) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(
             deadline - std::chrono::steady_clock::now());
-        pollfd source{fd_, POLLIN, 0};
-        const int count = poll(&source, 1, static_cast<int>(std::max<int64_t>(left.count(), 0)));
+        pollfd sources[] = {{fd_, POLLIN, 0}, {orUntil, POLLIN, 0}};
+        const int count =
+            poll(sources, std::size(sources), static_cast<int>(std::max<int64_t>(left.count(), 0)));
         if (count > 0) {
             return true;
         }
@@ -364,28 +393,6 @@ bool ApplicationProcess::WaitForEnd(std::chrono::steady_clock::time_point deadli
         }
     }
     return true;
-}
-
-// ---------------------------------------------------------------------------------------------
-// Failures
-// ---------------------------------------------------------------------------------------------
-
-void LeaveFailure(const std::string& tvDir, int pid, const std::string& text) {
-    int error = 0;
-    unlink(FailureFileOf(tvDir, pid).c_str());
-    WriteNewFile(FailureFileOf(tvDir, pid), text, &error);
-}
-
-std::string TakeFailure(const std::string& tvDir, int pid) {
-    const std::string file = FailureFileOf(tvDir, pid);
-    struct stat info{};
-    std::ostringstream text;
-    if (lstat(file.c_str(), &info) == 0 && S_ISREG(info.st_mode)) {
-        std::ifstream stream(file);
-        text << stream.rdbuf();
-    }
-    unlink(file.c_str());
-    return text.str();
 }
 
 }  // namespace vtv

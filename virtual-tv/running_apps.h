@@ -27,6 +27,8 @@ class Registration {
     // What the application has to lock, see LockRecord(), before the file is published.
     int Descriptor() const { return descriptor_; }
     bool Publish(const RunningApplication& application);
+    // Ends the process that was started and could not be published: nobody else could.
+    void End(int pid) const;
     // For the process that holds the lock itself: it does so for as long as it lives.
     void KeepOpen();
 
@@ -50,16 +52,21 @@ class ApplicationProcess {
     ApplicationProcess(const ApplicationProcess&) = delete;
     ApplicationProcess& operator=(const ApplicationProcess&) = delete;
 
-    // False when it has ended.
-    bool Signal(AppSignal signal) const;
-    bool WaitForEnd(std::chrono::steady_clock::time_point deadline) const;
+    // The errno of what failed; 0 also when the process has ended.
+    int Signal(AppSignal signal) const;
+    // Until it has ended, or something happens to the other descriptor (-1: none). False when the
+    // time was over first.
+    bool WaitForEnd(std::chrono::steady_clock::time_point deadline, int orUntil = -1) const;
 
   private:
     int fd_ = -1;
 };
 
-// Why an application could not do its work; read once.
-void LeaveFailure(const std::string& tvDir, int pid, const std::string& text);
-std::string TakeFailure(const std::string& tvDir, int pid);
+// Why an application could not do its work; read once. `kind` is kNo or kPlatform.
+void LeaveFailure(const std::string& tvDir, int pid, const Error& failure);
+std::optional<Error> TakeFailure(const std::string& tvDir, int pid);
+// Where it is left, for those who wait for it.
+std::string FailureFolder(const std::string& tvDir);
+std::string FailureFileName(int pid);
 
 }  // namespace vtv

@@ -16,7 +16,7 @@ inline constexpr int kFailed = -1;
 Tv::Impl& Require(const char* function);
 // Whether the call is to fail; *result is what an int call then returns. Sleeps for a slow one.
 bool Faulted(Tv::Impl& tv, const char* function, int* result);
-void ReportException(Tv::Impl& tv, const char* function, const char* message);
+void ReportException(Tv::Impl& tv, const char* function, const std::exception& exception);
 
 // Tells a host that records reads what a call has read; absent when the read failed. The subject is
 // the key, the consent item, the path, ...; may be null.
@@ -43,7 +43,7 @@ int Serve(const char* function, Body body) {
     try {
         return Faulted(tv, function, &result) ? result : body(tv);
     } catch (const std::exception& error) {
-        ReportException(tv, function, error.what());
+        ReportException(tv, function, error);
         return kFailed;
     }
 }
@@ -59,7 +59,7 @@ T ServeOr(T failed, const char* function, Body body) {
     try {
         return Faulted(tv, function, &ignored) ? failed : body(tv);
     } catch (const std::exception& error) {
-        ReportException(tv, function, error.what());
+        ReportException(tv, function, error);
         return failed;
     }
 }

@@ -1,7 +1,6 @@
 // The settings store: the TV's keys under "db/" and "memory/", and vconf_*.
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <string>
 
 #include "platform/settings_store.h"
@@ -13,8 +12,6 @@ struct keynode {
 };
 
 namespace vtv {
-
-namespace fs = std::filesystem;
 
 struct KeyCallback {
     std::string key;
@@ -127,6 +124,10 @@ bool Tv::Unset(const std::string& key) {
     return impl_->StoreOf(key).Remove(key);
 }
 
+std::optional<Writing> Tv::LastWriting(const std::string& key) const {
+    return impl_->StoreOf(key).LastWriting(key);
+}
+
 std::vector<Setting> Tv::Settings() const {
     std::vector<Setting> settings = impl_->settings.List();
     for (Setting& setting : impl_->memory.List()) {
@@ -143,82 +144,6 @@ std::map<std::string, Value> Tv::State() const {
         }
     }
     return state;
-}
-
-// --- Watching ---
-
-Tv::WatchId Tv::Watch(const std::string& key, std::function<void()> callback) {
-    CheckSettingKey(key);
-    const Store& store = impl_->StoreOf(key);
-    const std::string name = Store::EncodeKey(key);
-    const WatchId id = impl_->nextWatch++;
-    impl_->watches[id] = {
-        impl_->GetWatcher().Watch(store.Dir(), kStoreEvents, name,
-                                  [call = std::move(callback)](const std::string&) { call(); })};
-    return id;
-}
-
-Tv::WatchId Tv::WatchAll(std::function<void(const Change&)> callback) {
-    const WatchId id = impl_->nextWatch++;
-    std::vector<Watcher::Id>& ids = impl_->watches[id];
-    Watcher& watcher = impl_->GetWatcher();
-    const auto watchStore = [&](const Store& store, Change::What what) {
-        ids.push_back(
-            watcher.Watch(store.Dir(), kStoreEvents, "", [callback, what](const std::string& name) {
-                const std::string key = Store::DecodeKey(name);
-                if (!key.empty()) {
-                    callback({what, key});
-                }
-            }));
-    };
-    watchStore(impl_->settings, Change::What::kSetting);
-    watchStore(impl_->memory, Change::What::kSetting);
-    watchStore(impl_->state, Change::What::kState);
-
-    const std::string owner = OwnerDir();
-    const auto watchOwner = [&](const std::string& relative) {
-        ids.push_back(watcher.Watch(owner + (relative.empty() ? "" : "/" + relative),
-                                    IN_CREATE | IN_DELETE | IN_MOVED_TO | IN_MOVED_FROM, "",
-                                    [callback, relative](const std::string& name) {
-                                        callback({Change::What::kFile,
-                                                  relative.empty() ? name : relative + "/" + name});
-                                    }));
-    };
-    watchOwner("");
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(owner, error)) {
-        if (entry.is_directory(error)) {
-            watchOwner(entry.path().lexically_relative(owner).string());
-        }
-    }
-    return id;
-}
-
-Tv::WatchId Tv::WatchLog(std::function<void()> callback) {
-    const WatchId id = impl_->nextWatch++;
-    impl_->watches[id] = {impl_->GetWatcher().Watch(
-        impl_->dir + "/log", IN_MODIFY | IN_CREATE | IN_MOVED_TO, "tv.log",
-        [call = std::move(callback)](const std::string&) { call(); })};
-    return id;
-}
-
-void Tv::Unwatch(WatchId id) {
-    const auto found = impl_->watches.find(id);
-    if (found == impl_->watches.end()) {
-        return;
-    }
-    for (const Watcher::Id watch : found->second) {
-        impl_->GetWatcher().Unwatch(watch);
-    }
-    impl_->watches.erase(found);
-}
-
-int Tv::EventFd() const {
-    return impl_->GetWatcher().Fd();
-}
-
-int Tv::Dispatch() {
-    return impl_->watcher != nullptr ? impl_->watcher->Dispatch() : 0;
 }
 
 void ForgetKeyCallbacks(Tv::Impl& tv) {

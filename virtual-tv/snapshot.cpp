@@ -1,30 +1,14 @@
 // Everything that can change on a TV, taken and put back.
-#include <algorithm>
+#include <set>
 
-#include "spelling.h"
+#include "staged_changes.h"
 #include "tv_impl.h"
+#include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/model/spelling.h"
 
 namespace vtv {
 
 namespace {
-
-// Writes what differs, so that watchers hear of exactly that.
-void Bring(Store& store, const std::map<std::string, Value>& wanted) {
-    std::map<std::string, Value> present;
-    for (const Setting& setting : store.List()) {
-        if (wanted.count(setting.key) == 0) {
-            store.Remove(setting.key);
-        } else if (setting.value) {
-            present[setting.key] = *setting.value;
-        }
-    }
-    for (const auto& [key, value] : wanted) {
-        const auto found = present.find(key);
-        if (found == present.end() || found->second != value) {
-            store.Write(key, value);
-        }
-    }
-}
 
 // What the services of a TV keep in its state.
 struct StateEntry {
@@ -33,15 +17,15 @@ struct StateEntry {
     void (*parse)(const std::string& text) = nullptr;  // throws for a text that is no value
 };
 constexpr StateEntry kStateEntries[] = {
-    {"account/signed_in", "bool"},
-    {"always_on_voice/", "int"},
+    {kSignedInState, "bool"},
+    {kModeState, "int"},
     {"applications", "string", [](const std::string& text) { ParseApplicationMode(text); }},
     {"consent/pp", "bool"},
     {"consent/tnc", "bool"},
-    {"feature/", nullptr},
+    {kFeatureState, nullptr},
     {"model", "string"},
-    {"network", "string", [](const std::string& text) { ParseNetwork(text); }},
-    {"no-feature/", "bool"},
+    {kNetworkState, "string", [](const std::string& text) { ParseNetwork(text); }},
+    {kAbsentFeatureState, "bool"},
     {"sound/feedback", "int"},
     {"sound/priority", "int"},
     {"toolkit/access", "bool"},
@@ -70,10 +54,25 @@ void CheckState(const std::string& name, const Value& value) {
         if (entry.parse != nullptr) {
             entry.parse(std::get<std::string>(value));
         }
+        if (std::string_view(entry.name) == kFeatureState) {
+            CheckFeature(name.substr(sizeof kFeatureState - 1), value);
+        }
+        Store::RequireKey(name);
         return;
     }
     throw Error(ErrorKind::kUsage, "a TV has no state \"" + name + "\"." + DidYouMean(name, names) +
                                        " Known: " + Join(names) + ".");
+}
+
+void Tv::SetTogether(const std::map<std::string, std::optional<Value>>& values) {
+    StagedChanges changes(impl_->dir);
+    for (const auto& [key, value] : values) {
+        changes.Write(impl_->StoreOf(key), key, value);
+    }
+    changes.Commit();
+    if (Current() == this) {
+        BindTexts(Language());
+    }
 }
 
 Snapshot Tv::TakeSnapshot() const {
@@ -93,18 +92,23 @@ void Tv::Restore(const Snapshot& snapshot) {
     for (const auto& [key, value] : snapshot.settings) {
         (&impl_->StoreOf(key) == &impl_->settings ? kept : lost)[key] = value;
     }
+    std::set<std::string> files;
+    for (const std::string& file : snapshot.ownerFiles) {
+        files.insert(RequireOwnerFile(file));
+    }
+    StagedChanges changes(impl_->dir);
     for (const std::string& file : OwnerFiles()) {
-        if (std::find(snapshot.ownerFiles.begin(), snapshot.ownerFiles.end(), file) ==
-            snapshot.ownerFiles.end()) {
-            RemoveOwnerFile(file);
+        if (files.erase(file) == 0) {
+            changes.RemoveFile("owner/" + file);
         }
     }
-    for (const std::string& file : snapshot.ownerFiles) {
-        AddOwnerFile(file);
+    for (const std::string& file : files) {
+        changes.AddFile("owner/" + file);
     }
-    Bring(impl_->state, snapshot.state);
-    Bring(impl_->settings, kept);
-    Bring(impl_->memory, lost);
+    changes.Bring(impl_->state, snapshot.state);
+    changes.Bring(impl_->settings, kept);
+    changes.Bring(impl_->memory, lost);
+    changes.Commit();
     impl_->switches.Announce();
     impl_->FollowSwitches();
     if (Current() == this) {

@@ -31,14 +31,17 @@ void SendReport(int fd, const Report& report) {
 [[noreturn]] void BecomeProgram(const Program& program, char* const* argv, char* const* envp,
                                 int log, int report) {
     const int null = open("/dev/null", O_RDWR);
-    dup2(null, STDIN_FILENO);
-    dup2(log >= 0 ? log : null, STDOUT_FILENO);
-    dup2(log >= 0 ? log : null, STDERR_FILENO);
+    const int output = log >= 0 ? log : null;
+    const bool isApart = null >= 0 && dup2(null, STDIN_FILENO) >= 0 &&
+                         dup2(output, STDOUT_FILENO) >= 0 && dup2(output, STDERR_FILENO) >= 0;
+    int error = isApart ? 0 : errno;
     // Whatever the starting program has open (a terminal, a pipe that somebody reads to its end).
     syscall(SYS_close_range, 3U, ~0U, CLOSE_RANGE_CLOEXEC);
-    if (program.record >= 0 &&
+    if (error == 0 && program.record >= 0 &&
         (!LockRecord(program.record) || fcntl(program.record, F_SETFD, 0) != 0)) {
-        const int error = errno;
+        error = errno;
+    }
+    if (error != 0) {
         SendReport(report, {getpid(), 0});
         SendReport(report, {getpid(), error});
         _exit(127);
@@ -103,7 +106,7 @@ int SpawnDetached(const Program& program, int* error) {
         *error = errno;
         return -1;
     }
-    const int log = open(program.logFile.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    const int log = open(program.logFile.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
     const pid_t child = fork();
     if (child == 0) {
         setsid();

@@ -1,49 +1,69 @@
 #include "store.h"
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <charconv>
-#include <cstdio>
 #include <cstring>
 
+#include "folder_names.h"
 #include "store_files.h"
+#include "store_writer.h"
+#include "temporary_file.h"
 
 namespace vtv {
 
 namespace {
 
 constexpr char kVersionFile[] = ".store";
-constexpr char kTemporaryPrefix[] = ".tmp-";
+constexpr size_t kLargestFile = Store::kLargestValue + 64;  // with its header
 
 int OpenAt(int dir, const char* name, int flags, mode_t mode) {
     return openat(dir, name, flags, mode);
 }
 
-// Whole bodies only: a file that is read in two parts could be one value's begin and another's end
-// only if it were changed in place, which nobody does.
-bool ReadWhole(int fd, std::string* content) {
-    char buffer[4096];
-    for (;;) {
-        const ssize_t size = read(fd, buffer, sizeof buffer);
-        if (size < 0) {
-            if (errno == EINTR) {
-                continue;
+// The text of a file. Whole bodies only: a file that is read in two parts could be one value's
+// begin and another's end only if it were changed in place, which nobody does. Of what is larger
+// than any value, a part.
+class FileText {
+  public:
+    FileText() = default;
+    FileText(const FileText&) = delete;
+    FileText& operator=(const FileText&) = delete;
+
+    // False, with errno, when it cannot be read.
+    bool Read(int fd) {
+        for (;;) {
+            const ssize_t size = read(fd, buffer_, sizeof buffer_);
+            if (size < 0) {
+                if (errno == EINTR) {
+                    continue;
+                }
+                return false;
             }
-            return false;
-        }
-        content->append(buffer, static_cast<size_t>(size));
-        if (static_cast<size_t>(size) < sizeof buffer) {
-            return true;
+            const std::string_view part(buffer_, static_cast<size_t>(size));
+            const bool isEnd = part.size() < sizeof buffer_;
+            if (isEnd && parts_.empty()) {  // nearly every value: it is not copied
+                text_ = part;
+                return true;
+            }
+            parts_ += part;
+            if (isEnd || parts_.size() > kLargestFile) {
+                text_ = parts_;
+                return true;
+            }
         }
     }
-}
+    std::string_view Text() const { return text_; }
+
+  private:
+    char buffer_[4096];
+    std::string parts_;
+    std::string_view text_;
+};
 
 bool WriteWhole(int fd, std::string_view content) {
     while (!content.empty()) {
@@ -59,8 +79,7 @@ bool WriteWhole(int fd, std::string_view content) {
     return true;
 }
 
-std::string Format(const Value& value) {
-    const std::string text = ToText(value);
+std::string Format(const Value& value, const std::string& text) {
     return std::string(TypeName(value)) + " " + std::to_string(text.size()) + "\n" + text + "\n";
 }
 
@@ -69,6 +88,9 @@ const char* Parse(std::string_view content, Value* value) {
     const size_t endOfHeader = content.find('\n');
     if (content.empty()) {
         return "it is empty";
+    }
+    if (content.size() > kLargestFile) {
+        return "it is larger than any value";
     }
     const std::string_view header = content.substr(0, endOfHeader);
     const size_t space = header.find(' ');
@@ -110,78 +132,34 @@ const char* Parse(std::string_view content, Value* value) {
     return "its value does not fit its type";
 }
 
-bool IsPlain(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-           c == '-' || c == '.';
-}
-
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
-}
-
-// Unique among the processes and threads that share the folder.
-std::string TemporaryName() {
-    static std::atomic<unsigned> count{0};
-    char name[64];
-    std::snprintf(name, sizeof name, "%s%d-%d-%u", kTemporaryPrefix, static_cast<int>(getpid()),
-                  static_cast<int>(gettid()), count.fetch_add(1));
-    return name;
-}
-
 }  // namespace
+
+void Unreadable::ThrowIf(int error, const std::string& path) {
+    switch (error) {
+        case EIO:
+        case EMFILE:
+        case ENFILE:
+        case ENOLCK:
+        case ENOMEM:
+        case ENOSPC:
+            throw Unreadable(ErrorKind::kPlatform,
+                             path + ": cannot be read now: " + std::strerror(error) + ".");
+        default:
+            return;
+    }
+}
 
 StoreFileCalls store_file_calls = {OpenAt, write, fsync, close, renameat, unlinkat};
 
-std::string Store::EncodeKey(std::string_view key) {
-    static const char hex[] = "0123456789ABCDEF";
-    std::string name;
-    name.reserve(key.size() + 16);
-    for (const char c : key) {
-        // A leading dot would hide the file and could name one of the store's own.
-        if (IsPlain(c) && (c != '.' || !name.empty())) {
-            name += c;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(c);
-        name += '%';
-        name += hex[byte >> 4];
-        name += hex[byte & 15];
-    }
-    return name.size() > kMaxEncodedKey ? std::string() : name;
-}
-
-std::string Store::DecodeKey(std::string_view fileName) {
-    std::string key;
-    if (fileName.empty() || fileName.front() == '.') {
-        return key;
-    }
-    for (size_t i = 0; i < fileName.size(); ++i) {
-        if (fileName[i] != '%') {
-            key += fileName[i];
-            continue;
-        }
-        if (i + 2 >= fileName.size() || HexDigit(fileName[i + 1]) < 0 ||
-            HexDigit(fileName[i + 2]) < 0) {
-            return std::string();
-        }
-        key += static_cast<char>(HexDigit(fileName[i + 1]) * 16 + HexDigit(fileName[i + 2]));
-        i += 2;
-    }
-    return key;
-}
-
 void Store::Create(const std::string& dir) {
-    if (mkdir(dir.c_str(), 0777) != 0 && errno != EEXIST) {
+    if (mkdir(dir.c_str(), 0755) != 0 && errno != EEXIST) {
         throw Error(ErrorKind::kPlatform,
                     dir + ": cannot make this folder: " + std::strerror(errno) + ".");
     }
     const std::string file = dir + "/" + kVersionFile;
-    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
     const std::string text = std::to_string(kVersion) + "\n";
-    const bool written = fd >= 0 && WriteWhole(fd, text) && fsync(fd) == 0;
+    const bool written = fd >= 0 && WriteWhole(fd, text) && store_file_calls.fsync(fd) == 0;
     const int error = errno;
     if (fd >= 0) {
         close(fd);
@@ -195,11 +173,17 @@ void Store::Create(const std::string& dir) {
 Store::Store(const std::string& dir, Durability durability) : dir_(dir), durability_(durability) {
     dirFd_ = open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dirFd_ < 0) {
+        Unreadable::ThrowIf(errno, dir);
         problem_ = dir + ": cannot be opened: " + std::strerror(errno) +
                    ". Its values read as missing until the folder is back.";
         return;
     }
-    CheckVersion();
+    try {
+        CheckVersion();
+    } catch (...) {
+        close(dirFd_);
+        throw;
+    }
 }
 
 Store::~Store() {
@@ -209,30 +193,43 @@ Store::~Store() {
 }
 
 void Store::CheckVersion() {
-    std::string text;
-    const int fd = openat(dirFd_, kVersionFile, O_RDONLY | O_CLOEXEC);
-    if (fd < 0 || !ReadWhole(fd, &text)) {
+    FileText file;
+    const int fd = openat(dirFd_, kVersionFile, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    const bool read = fd >= 0 && file.Read(fd);
+    const int error = errno;
+    if (fd >= 0) {
+        close(fd);
+    }
+    if (!read) {
+        Unreadable::ThrowIf(error, dir_ + "/" + kVersionFile);
         problem_ =
             dir_ + "/" + kVersionFile +
             ": cannot be read, so this folder is no settings store. Put the file back (its content "
             "is the store's version, \"1\") if you removed it.";
     }
-    if (fd >= 0) {
-        close(fd);
-    }
     if (!problem_.empty()) {
         return;
     }
+    std::string_view text = file.Text();
+    if (!text.empty() && text.back() == '\n') {
+        text.remove_suffix(1);
+    }
     int version = 0;
     const auto parsed = std::from_chars(text.data(), text.data() + text.size(), version);
-    if (parsed.ec != std::errc() || version < 1) {
-        problem_ = dir_ + "/" + kVersionFile +
-                   ": holds no version number; write \"1\" into it if the " +
-                   "store is of this version.";
-    } else if (version > kVersion) {
-        problem_ = dir_ + ": this store is of version " + std::to_string(version) +
-                   ", which is newer than this program knows (" + std::to_string(kVersion) +
-                   "). Use a newer program. Nothing was changed.";
+    const bool isNumber = parsed.ec == std::errc() && parsed.ptr == text.data() + text.size();
+    if (isNumber && version >= 1 && version <= kVersion) {
+        return;
+    }
+    unknownVersion_ = true;
+    const std::string known = std::to_string(kVersion);
+    problem_ = dir_ + "/" + kVersionFile;
+    if (!isNumber || version < 1) {
+        problem_ += ": the version of a TV's folder must be a whole number from 1 on. Write \"" +
+                    known + "\" into it if this program made the TV. Nothing was changed.";
+    } else {
+        problem_ += ": this is version " + std::to_string(version) +
+                    " of a TV's folder, which is newer than this program knows (" + known +
+                    "). Use a newer program. Nothing was changed.";
     }
 }
 
@@ -245,19 +242,23 @@ Store::Status Store::Read(std::string_view key, Value* value, std::string* probl
     if (name.empty()) {
         return Status::kMissing;
     }
-    const int fd = openat(dirFd_, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    const int fd = openat(dirFd_, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     if (fd < 0) {
         if (errno == ENOENT) {
             return Status::kMissing;
         }
+        Unreadable::ThrowIf(errno, dir_ + "/" + name);
         *problem = dir_ + "/" + name + ": cannot be opened: " + std::strerror(errno) + ".";
         return Status::kDamaged;
     }
-    std::string content;
-    const bool read = ReadWhole(fd, &content);
+    FileText file;
+    const bool read = file.Read(fd);
     const int error = errno;
     close(fd);
-    const char* wrong = read ? Parse(content, value) : std::strerror(error);
+    if (!read) {
+        Unreadable::ThrowIf(error, dir_ + "/" + name);
+    }
+    const char* wrong = read ? Parse(file.Text(), value) : std::strerror(error);
     if (wrong != nullptr) {
         *problem = dir_ + "/" + name + ": the value of \"" + std::string(key) +
                    "\" cannot be read: " + wrong + ". Write the key again, or unset it.";
@@ -304,31 +305,32 @@ void Store::Fail(const char* what, std::string_view key, int error) const {
 
 void Store::Write(std::string_view key, const Value& value) {
     const std::string name = RequireName(key);
-    const std::string content = Format(value);
+    const std::string text = ToText(value);
+    if (text.size() > kLargestValue) {
+        throw Error(ErrorKind::kUsage, "The value of \"" + std::string(key) + "\" is too long: " +
+                                           std::to_string(text.size()) + " bytes; at most " +
+                                           std::to_string(kLargestValue) + ".");
+    }
+    const std::string content = Format(value, text);
     const bool durable = durability_ == Durability::kDurable;
     const StoreFileCalls& calls = store_file_calls;
-
-    std::string temporary = TemporaryName();
-    int fd = calls.openat(dirFd_, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    while (fd < 0 && errno == EEXIST) {  // left by a killed process of the same number
-        temporary = TemporaryName();
-        fd = calls.openat(dirFd_, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    }
-    if (fd < 0) {
+    const TemporaryFile temporary(dirFd_);
+    if (temporary.fd < 0) {
         Fail("cannot be written", key, errno);
     }
-    bool good = WriteWhole(fd, content) && (!durable || calls.fsync(fd) == 0);
+    SignWriting(temporary.fd);
+    bool good = WriteWhole(temporary.fd, content) && (!durable || calls.fsync(temporary.fd) == 0);
     int error = errno;
-    if (calls.close(fd) != 0 && good) {
+    if (calls.close(temporary.fd) != 0 && good) {
         good = false;
         error = errno;
     }
-    if (good && calls.renameat(dirFd_, temporary.c_str(), dirFd_, name.c_str()) != 0) {
+    if (good && calls.renameat(dirFd_, temporary.name.c_str(), dirFd_, name.c_str()) != 0) {
         good = false;
         error = errno;
     }
     if (!good) {
-        calls.unlinkat(dirFd_, temporary.c_str(), 0);
+        calls.unlinkat(dirFd_, temporary.name.c_str(), 0);
         Fail("cannot be written", key, error);
     }
     if (durable && calls.fsync(dirFd_) != 0) {
@@ -347,22 +349,24 @@ bool Store::Remove(std::string_view key) {
         }
         Fail("cannot be unset", key, errno);
     }
-    if (durability_ == Durability::kDurable) {
-        store_file_calls.fsync(dirFd_);
+    if (durability_ == Durability::kDurable && store_file_calls.fsync(dirFd_) != 0) {
+        throw Error(ErrorKind::kPlatform,
+                    dir_ + ": \"" + std::string(key) +
+                        "\" was unset, but may be back after a power failure: " +
+                        std::strerror(errno) + ".");
     }
     return true;
 }
 
 std::vector<Setting> Store::List() const {
     std::vector<Setting> settings;
-    DIR* dir = problem_.empty() ? opendir(dir_.c_str()) : nullptr;
-    if (dir == nullptr) {
+    if (!problem_.empty()) {
         return settings;
     }
-    while (const dirent* entry = readdir(dir)) {
-        const std::string key = DecodeKey(entry->d_name);
-        if (key.empty()) {
-            continue;
+    for (const std::string& name : NamesIn(dir_)) {
+        const std::string key = DecodeKey(name);
+        if (key.empty() || EncodeKey(key) != name) {
+            continue;  // a key has one name; another hand's second one is no value of it
         }
         Setting setting;
         setting.key = key;
@@ -376,7 +380,6 @@ std::vector<Setting> Store::List() const {
         }
         settings.push_back(std::move(setting));
     }
-    closedir(dir);
     std::sort(settings.begin(), settings.end(),
               [](const Setting& a, const Setting& b) { return a.key < b.key; });
     return settings;
@@ -389,21 +392,9 @@ void Store::RemoveAll() {
 }
 
 void Store::RemoveLeftovers() {
-    DIR* dir = problem_.empty() ? opendir(dir_.c_str()) : nullptr;
-    if (dir == nullptr) {
-        return;
+    if (problem_.empty()) {
+        RemoveLeftTemporaryFiles(dirFd_);
     }
-    constexpr size_t prefix = sizeof kTemporaryPrefix - 1;
-    while (const dirent* entry = readdir(dir)) {
-        if (std::strncmp(entry->d_name, kTemporaryPrefix, prefix) != 0) {
-            continue;
-        }
-        const int pid = std::atoi(entry->d_name + prefix);
-        if (pid > 0 && kill(pid, 0) != 0 && errno == ESRCH) {
-            unlinkat(dirFd_, entry->d_name, 0);
-        }
-    }
-    closedir(dir);
 }
 
 }  // namespace vtv

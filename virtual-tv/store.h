@@ -8,6 +8,7 @@
 // The format is the same for 32-bit and 64-bit processes.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +16,17 @@
 #include "virtual_tv.h"
 
 namespace vtv {
+
+// The machine kept something of a TV from being read: it is there, and whoever would go on without
+// it would tell of another TV.
+class Unreadable : public Error {
+  public:
+    // Throws it when the error is one of the machine's and none of the file's.
+    static void ThrowIf(int error, const std::string& path);
+
+  private:
+    using Error::Error;
+};
 
 class Store {
   public:
@@ -28,6 +40,9 @@ class Store {
     // A file name has room for 255 bytes, and a key may need three of them for each of its own.
     static constexpr size_t kMaxEncodedKey = 240;
 
+    // Far above every policy, and what a page still reads at once.
+    static constexpr size_t kLargestValue = size_t{1024} * 1024;
+
     // Makes an empty store; the folder may exist.
     static void Create(const std::string& dir);
 
@@ -39,18 +54,22 @@ class Store {
     const std::string& Dir() const { return dir_; }
     // Why the store as a whole cannot be used; empty when it can. Every read and write fails then.
     const std::string& Problem() const { return problem_; }
+    // The problem is that it says to be of a version that this program does not know, or of none.
+    bool IsOfUnknownVersion() const { return unknownVersion_; }
 
-    // Never throws; problem is written for kDamaged only.
+    // Throws Unreadable, and nothing else; problem is written for kDamaged only.
     Status Read(std::string_view key, Value* value, std::string* problem) const;
-    // Throws kUsage for a key that is empty or too long, kPlatform when the system refuses; the old
-    // value stays then.
+    // Throws kUsage for a key that is empty or too long and for a longer value, kPlatform when the
+    // system refuses; the old value stays then.
     void Write(std::string_view key, const Value& value);
-    // False when there was no such key.
+    // False when there was no such key. Throws kPlatform when the system refuses.
     bool Remove(std::string_view key);
-    // Sorted by key; damaged ones with their problem.
+    // Absent when there is no such key.
+    std::optional<Writing> LastWriting(std::string_view key) const;
+    // Sorted by key; damaged ones with their problem. Throws Unreadable.
     std::vector<Setting> List() const;
     void RemoveAll();
-    // Removes the temporary files of writers that were killed.
+    // Removes the temporary files of writers that were killed, and no other's: a writer locks its.
     void RemoveLeftovers();
 
     // Empty for a key that cannot be one.
@@ -70,6 +89,7 @@ class Store {
     Durability durability_;
     int dirFd_ = -1;
     std::string problem_;
+    bool unknownVersion_ = false;
 };
 
 }  // namespace vtv

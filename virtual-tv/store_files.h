@@ -1,5 +1,5 @@
 // The system calls with which the store writes. Tests replace them to fail, to kill, or to lose
-// what was not synced; nothing else does.
+// what was not synced; nothing else does but SyncNothing().
 #pragma once
 
 #include <sys/types.h>

@@ -1,10 +1,16 @@
 // Texts: which catalogue of "si-ready" answers dgettext(), by the TV's menu language. The language
 // counts for one look-up at a time: whatever else the process says, such as why a file cannot be
 // opened, stays in the language of its user.
+#include "texts.h"
+
 #include <libintl.h>
+#include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <clocale>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -12,6 +18,7 @@
 
 #include "serve.h"
 #include "tv_impl.h"
+#include "virtual-tv/model/text_file.h"
 
 // gettext's own: moving it makes the next look-up read LANGUAGE again.
 extern "C" int _nl_msg_cat_cntr;
@@ -24,34 +31,128 @@ namespace {
 
 constexpr char kDomain[] = "si-ready";
 constexpr char kLanguage[] = "LANGUAGE";
+constexpr char kTried[] = "tried";  // the name of a catalogue that is tried, whatever its language
+
+constexpr size_t kLongestText = size_t{64} * 1024;
 
 // Those that answer, best first: "de_DE:de".
 std::string catalogues;
+// Where they lie: the folder of a catalogue that is tried, or empty.
+std::string triedFolder;
 
 std::string LocaleDir() {
-    return DataDir() + "/locale";
+    return triedFolder.empty() ? DataDir() + "/locale" : triedFolder;
 }
 
+std::string FileOf(const std::string& language) {
+    return LocaleDir() + "/" + language + "/LC_MESSAGES/" + kDomain + ".mo";
+}
+
+// Also one that is there and cannot be looked at.
 bool HasCatalogue(const std::string& language) {
-    std::error_code error;
-    return fs::exists(LocaleDir() + "/" + language + "/LC_MESSAGES/" + kDomain + ".mo", error);
+    struct stat info{};
+    return stat(FileOf(language).c_str(), &info) == 0 || (errno != ENOENT && errno != ENOTDIR);
 }
 
-// "de_AT.UTF-8" is served by de_AT or de; a language without any catalogue is shown in English.
-std::string CataloguesOf(const std::string& language) {
+// "de_AT.UTF-8" is served by de_AT, then by de.
+std::vector<std::string> CataloguesFor(const std::string& language) {
     const std::string country = language.substr(0, language.find_first_of(".@"));
     const std::string base = country.substr(0, country.find('_'));
-    return HasCatalogue(country) || HasCatalogue(base) ? country + ":" + base : "en";
+    std::vector<std::string> found;
+    for (const std::string& name : {country, base}) {
+        if (!name.empty() && HasCatalogue(name) && (found.empty() || found.front() != name)) {
+            found.push_back(name);
+        }
+    }
+    return found;
+}
+
+// A language without any catalogue is shown in English.
+std::vector<std::string> CataloguesOrEnglish(const std::string& language) {
+    std::vector<std::string> found = CataloguesFor(triedFolder.empty() ? language : kTried);
+    return found.empty() ? CataloguesFor("en") : found;
+}
+
+// What a compiled catalogue must be for the C library to read it safely: it looks at a header only,
+// and finds texts wherever the file says that they are.
+std::string FaultOf(const std::string& catalogue) {
+    constexpr std::uint32_t kMagic = 0x950412de;
+    constexpr size_t kHeader = 28;
+    if (catalogue.size() < kHeader) {
+        return catalogue.empty() ? "it is empty" : "it ends within its header";
+    }
+    bool swapped = false;
+    const auto number = [&](size_t at) {
+        std::array<unsigned char, 4> b{};
+        std::memcpy(b.data(), catalogue.data() + at, b.size());
+        if (swapped) {
+            std::reverse(b.begin(), b.end());
+        }
+        return b[0] | b[1] << 8U | b[2] << 16U | std::uint32_t{b[3]} << 24U;
+    };
+    swapped = number(0) != kMagic;
+    if (number(0) != kMagic) {
+        return "it is no compiled catalogue";
+    }
+    if (number(4) >> 16U > 1) {
+        return "it is of a version that nobody knows";
+    }
+    const std::uint64_t size = catalogue.size();
+    for (const size_t table : {8 + 4, 8 + 8}) {
+        const std::uint64_t begin = number(table);
+        if (begin + std::uint64_t{8} * number(8) > size) {
+            return "it ends within its tables";
+        }
+        for (std::uint64_t i = 0; i < number(8); ++i) {
+            const std::uint64_t end =
+                std::uint64_t{number(begin + 8 * i)} + number(begin + 8 * i + 4);
+            if (end >= size || catalogue[end] != '\0') {
+                return "it ends within its texts, or they are damaged";
+            }
+        }
+    }
+    return "";
+}
+
+// Why the catalogue of a language answers nothing; empty for one that does.
+std::string ProblemOf(const std::string& language) {
+    constexpr char kRemedy[] =
+        " The page shows ids in place of its texts. Install vtv again, or make the catalogue "
+        "anew: msgfmt -o ";
+    const std::string file = FileOf(language);
+    std::string reason;
+    try {
+        const std::string fault = FaultOf(ReadTextFile(file));
+        reason = fault.empty() ? "" : file + ": this catalogue of texts is damaged: " + fault + ".";
+    } catch (const Error& error) {
+        reason = error.what();
+        reason += reason.back() == '.' ? "" : ".";
+    }
+    return reason.empty() ? "" : reason + kRemedy + file + " " + language + ".po";
+}
+
+// One that is damaged is left alone: the page then shows the ids themselves.
+std::string SoundCatalogues(const std::string& language) {
+    std::string sound;
+    for (const std::string& name : CataloguesOrEnglish(language)) {
+        if (ProblemOf(name).empty()) {
+            sound += (sound.empty() ? "" : ":") + name;
+        }
+    }
+    return sound.empty() ? "C" : sound;
+}
+
+// gettext looks at LANGUAGE in every locale but "C"; C.UTF-8 exists on every system.
+locale_t TheLocale() {
+    static const locale_t locale = newlocale(LC_CTYPE_MASK | LC_MESSAGES_MASK, "C.UTF-8", nullptr);
+    return locale;
 }
 
 // Makes the calling thread speak the TV's language for as long as this lives.
 class SpeakAsTv {
   public:
     SpeakAsTv() {
-        // gettext looks at LANGUAGE in every locale but "C"; C.UTF-8 exists on every system.
-        static const locale_t locale =
-            newlocale(LC_CTYPE_MASK | LC_MESSAGES_MASK, "C.UTF-8", nullptr);
-        former_ = locale != nullptr ? uselocale(locale) : nullptr;
+        former_ = uselocale(TheLocale());
         if (const char* language = std::getenv(kLanguage)) {
             formerLanguage_ = language;
         }
@@ -65,9 +166,7 @@ class SpeakAsTv {
             unsetenv(kLanguage);
         }
         ++_nl_msg_cat_cntr;
-        if (former_ != nullptr) {
-            uselocale(former_);
-        }
+        uselocale(former_);
     }
     SpeakAsTv(const SpeakAsTv&) = delete;
     SpeakAsTv& operator=(const SpeakAsTv&) = delete;
@@ -92,14 +191,50 @@ std::vector<std::string> Tv::Languages() {
     return languages;
 }
 
+bool HasTexts(const std::string& language) {
+    return !CataloguesFor(language).empty();
+}
+
+void TryCatalogue(const std::string& localeDir) {
+    triedFolder = localeDir;
+}
+
 void BindTexts(const std::string& language) {
-    catalogues = CataloguesOf(language);
+    if (TheLocale() == nullptr) {
+        throw Error(ErrorKind::kPlatform,
+                    "The locale C.UTF-8, in which a TV speaks, cannot be loaded "
+                    "(/usr/lib/locale/C.utf8, of the package libc-bin): " +
+                        std::string(std::strerror(errno)) + ".");
+    }
+    catalogues = SoundCatalogues(language);
     bindtextdomain(kDomain, LocaleDir().c_str());
     bind_textdomain_codeset(kDomain, "UTF-8");
 }
 
 std::string Text(const std::string& id) {
     return dgettext(kDomain, id.c_str());
+}
+
+std::optional<std::string> TextIn(const std::string& language, const std::string& id) {
+    const std::string former = catalogues;
+    BindTexts(language);
+    const char* const text = dgettext(kDomain, id.c_str());
+    std::optional<std::string> found;
+    if (text != id.c_str()) {  // the id itself stands for none
+        found = text;
+    }
+    catalogues = former;
+    return found;
+}
+
+std::vector<std::string> ProblemsOfTexts(const std::string& language) {
+    std::vector<std::string> problems;
+    for (const std::string& name : CataloguesOrEnglish(language)) {
+        if (std::string problem = ProblemOf(name); !problem.empty()) {
+            problems.push_back(std::move(problem));
+        }
+    }
+    return problems;
 }
 
 std::string Tv::Language() const {
@@ -124,5 +259,7 @@ extern "C" VTV_EXPORT char* dgettext(const char* domain, const char* id) noexcep
         return dcgettext(domain, id, LC_MESSAGES);
     }
     const vtv::SpeakAsTv tv;
-    return dcgettext(domain, id, LC_MESSAGES);
+    char* text = dcgettext(domain, id, LC_MESSAGES);
+    // A page has room for what people read; a catalogue that somebody sent may hold anything.
+    return strnlen(text, vtv::kLongestText + 1) <= vtv::kLongestText ? text : const_cast<char*>(id);
 }

@@ -72,6 +72,15 @@ const Elementary& Load(Tv::Impl* tv) {
     if (library == nullptr) {
         return toolkit;
     }
+    // Nor is there a service of the desktop's to look for, or to start.
+    void (*alone[2])() = {nullptr, nullptr};
+    Find(library, "ecore_app_no_system_modules", &alone[0]);
+    Find(library, "efreet_cache_disable", &alone[1]);
+    for (void (*call)() : alone) {
+        if (call != nullptr) {
+            call();
+        }
+    }
     Find(library, "elm_init", &toolkit.init);
     Find(library, "elm_config_access_set", &toolkit.accessSet);
     Find(library, "elm_config_save", &toolkit.configSave);

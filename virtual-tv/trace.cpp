@@ -53,7 +53,7 @@ void Append(const std::string& record) {
         return;
     }
     const std::string file = tracedTv->dir + "/trace/events";
-    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
     if (fd < 0 || write(fd, record.data(), record.size()) != static_cast<ssize_t>(record.size())) {
         tracedTv->LogLine(kError, file + ": a trace record is lost: " + std::strerror(errno));
     }

@@ -6,7 +6,9 @@
 
 namespace vtv {
 
-inline constexpr uint32_t kTraceMagic = 0x31525456;  // "VTR1"
+// The version is that of a record: a newer program adds to the file of an older one.
+inline constexpr int kTraceVersion = 1;
+inline constexpr uint32_t kTraceMagic = 0x30525456 + (uint32_t{kTraceVersion} << 24);  // "VTR1"
 
 enum class TraceRecordKind : uint32_t { kLocation = 1, kEvent = 2 };
 

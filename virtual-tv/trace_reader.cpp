@@ -12,6 +12,8 @@
 
 #include "trace_format.h"
 #include "tv_impl.h"
+#include "virtual-tv/model/format_version.h"
+#include "virtual-tv/model/json_text.h"
 
 namespace vtv {
 
@@ -44,10 +46,7 @@ class Bytes {
     template <typename T>
     T Number() {
         T number{};
-        const std::string_view bytes = Take(sizeof number);
-        if (bytes.size() == sizeof number) {
-            std::memcpy(&number, bytes.data(), sizeof number);
-        }
+        Take(sizeof number).copy(reinterpret_cast<char*>(&number), sizeof number);
         return number;
     }
     std::string Text() { return std::string(Take(Number<uint32_t>())); }
@@ -64,14 +63,29 @@ std::string ReadFile(const std::string& path) {
     return text.str();
 }
 
+// For what does not begin as a record of this program does. Behind other records it may be what a
+// crash has left; nothing else that is unknown is passed over.
+void RequireKnownVersion(const std::string& path, std::string_view record, bool isFirst) {
+    const bool isTrace = record.substr(0, 3) == "VTR" && record[3] >= '0' && record[3] <= '9';
+    const std::string problem = VersionProblem(
+        "a trace", isTrace ? std::optional<int64_t>(record[3] - '0') : std::nullopt, kTraceVersion);
+    if (!problem.empty() && (isTrace || isFirst)) {
+        throw Error(ErrorKind::kPlatform, path + ": " + problem);
+    }
+}
+
 // Calls back for each whole record; a tail that was cut off by a crash is passed over.
 template <typename Callback>
-void ForEachRecord(const std::string& content, Callback callback) {
+void ForEachRecord(const std::string& path, const std::string& content, Callback callback) {
     Bytes bytes(content);
     while (!bytes.Rest().empty()) {
         const std::string_view begin = bytes.Rest();
         const auto header = bytes.Number<TraceRecordHeader>();
-        if (!bytes.Good() || header.magic != kTraceMagic) {
+        if (!bytes.Good()) {
+            return;
+        }
+        if (header.magic != kTraceMagic) {
+            RequireKnownVersion(path, begin, begin.size() == content.size());
             return;
         }
         const std::string_view body = bytes.Take(header.size);
@@ -166,16 +180,22 @@ std::string PutIn(const std::string& format, const std::vector<TraceArgument>& a
 void CompactTrace(const std::string& path) {
     const std::string content = ReadFile(path);
     std::string kept;
-    ForEachRecord(content,
+    ForEachRecord(path, content,
                   [&](const TraceRecordHeader& header, std::string_view, std::string_view whole) {
                       if (header.kind == TraceRecordKind::kLocation) {
                           kept += whole;
                       }
                   });
     int error = 0;
-    if (!content.empty() &&
-        (!WriteNewFile(path + ".new", kept, &error) ||
-         (std::rename((path + ".new").c_str(), path.c_str()) != 0 && (error = errno) != 0))) {
+    if (content.empty()) {
+        return;
+    }
+    bool good = WriteNewFile(path + ".new", kept, &error);
+    if (good && std::rename((path + ".new").c_str(), path.c_str()) != 0) {
+        error = errno;
+        good = false;
+    }
+    if (!good) {
         throw Error(ErrorKind::kPlatform,
                     path + ": cannot be cleared: " + std::strerror(error) + ".");
     }
@@ -185,7 +205,7 @@ std::vector<TraceEvent> Tv::ReadTrace() const {
     std::map<std::tuple<uint32_t, uint32_t, uint32_t>, Location> locations;
     std::vector<TraceEvent> events;
     const std::string content = ReadFile(TraceFile());
-    ForEachRecord(content,
+    ForEachRecord(TraceFile(), content,
                   [&](const TraceRecordHeader& header, std::string_view body, std::string_view) {
                       const auto site = std::make_tuple(header.pid, header.session, header.siteId);
                       if (header.kind == TraceRecordKind::kLocation) {
@@ -214,7 +234,7 @@ std::vector<TraceEvent> Tv::ReadTrace() const {
     return events;
 }
 
-void Tv::ExportTrace(const std::string& file) const {
+std::string Tv::ExportTrace() const {
     Json::Value root;
     root["displayTimeUnit"] = "ms";
     Json::Value& list = root["traceEvents"] = Json::Value(Json::arrayValue);
@@ -236,14 +256,7 @@ void Tv::ExportTrace(const std::string& file) const {
         }
         list.append(json);
     }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = " ";
-    builder["emitUTF8"] = true;
-    int error = 0;
-    if (!WriteNewFile(file, Json::writeString(builder, root) + "\n", &error)) {
-        throw Error(ErrorKind::kPlatform,
-                    file + ": cannot be written: " + std::strerror(error) + ".");
-    }
+    return PrettyJson(root) + "\n";
 }
 
 }  // namespace vtv

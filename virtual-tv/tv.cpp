@@ -14,7 +14,12 @@
 
 #include "running_apps.h"
 #include "serve.h"
+#include "staged_changes.h"
+#include "store_files.h"
+#include "texts.h"
 #include "tv_impl.h"
+#include "virtual-tv/model/text_file.h"
+#include "whole_folder.h"
 
 namespace vtv {
 
@@ -23,16 +28,24 @@ namespace fs = std::filesystem;
 namespace {
 
 Tv* current = nullptr;
+std::string unread;  // see Tv::Unread()
 std::vector<Watcher::Id> ownWatches;
+
+void FollowLanguage(Tv& tv) {
+    BindTexts(tv.Language());
+    for (const std::string& problem : ProblemsOfTexts(tv.Language())) {
+        tv.impl().LogLine(kError, problem);
+    }
+}
 
 // What other processes change and this one has to follow while it only waits.
 void FollowOthers(Tv& tv) {
     Tv::Impl& impl = tv.impl();
     try {
         Watcher& watcher = impl.GetWatcher();
-        ownWatches.push_back(
-            watcher.Watch(impl.settings.Dir(), kStoreEvents, Store::EncodeKey(kLanguageKey),
-                          [&tv](const std::string&) { BindTexts(tv.Language()); }));
+        ownWatches.push_back(watcher.Watch(impl.settings.Dir(), kStoreEvents,
+                                           Store::EncodeKey(kLanguageKey),
+                                           [&tv](const std::string&) { FollowLanguage(tv); }));
         ownWatches.push_back(watcher.Watch(impl.state.Dir(), kStoreEvents,
                                            Store::EncodeKey(kTraceSwitch),
                                            [&impl](const std::string&) { impl.FollowSwitches(); }));
@@ -40,6 +53,59 @@ void FollowOthers(Tv& tv) {
         impl.LogLine(kError, error.what());  // the page opens all the same
     }
 }
+
+// What "memory/" holds is gone after the machine was restarted, as after a power cycle.
+void ForgetLastBoot(const std::string& dir, Store& memory) {
+    const std::string file = dir + "/memory/.boot";
+    const std::string boot = BootId();
+    std::error_code error;
+    if (fs::exists(file, error) && ReadTextFile(file) == boot) {
+        return;
+    }
+    const FileLock lock(dir + "/.lock");
+    if (fs::exists(file, error) && ReadTextFile(file) == boot) {
+        return;  // another process was sooner
+    }
+    if (fs::exists(file, error)) {
+        memory.RemoveAll();
+    }
+    int ignored = 0;
+    WriteNewFile(file, boot, &ignored);
+}
+
+void RequireKnownVersions(const std::string& dir) {
+    for (const char* name : {"/settings", "/memory", "/state", "/faults"}) {
+        const Store store(dir + name, Store::Durability::kVolatile);
+        if (store.IsOfUnknownVersion()) {
+            throw Error(ErrorKind::kPlatform, store.Problem());
+        }
+    }
+}
+
+// Writes the model's initial state into a new TV's folder.
+void ApplyModel(const Model& model, Tv::Impl& tv) {
+    for (const auto& [key, value] : model.settings) {
+        tv.StoreOf(key).Write(key, value);
+    }
+    tv.state.Write("model", model.name);
+    tv.state.Write(kSignedInState, model.signedIn);
+    for (const auto& [item, agreed] : model.consents) {
+        tv.state.Write(kConsentState + item, agreed);
+    }
+    tv.state.Write(kNetworkState, ToText(model.network));
+    tv.state.Write("applications", ToText(model.applications));
+    for (const std::string& file : model.ownerFiles) {
+        const std::string path = tv.dir + "/owner/" + file;
+        EnsureDir(fs::path(path).parent_path().string());
+        int error = 0;
+        if (!WriteNewFile(path, "", &error)) {
+            throw Error(ErrorKind::kPlatform,
+                        path + ": cannot be made: " + std::strerror(error) + ".");
+        }
+    }
+}
+
+}  // namespace
 
 std::string Absolute(const std::string& dir) {
     std::error_code error;
@@ -51,41 +117,15 @@ std::string Absolute(const std::string& dir) {
     return text;
 }
 
-std::string ReadText(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    if (!stream) {
-        throw Error(ErrorKind::kPlatform, file + ": cannot be read: " + std::strerror(errno) + ".");
+void MakeFolders(const std::string& dir) {
+    for (const char* folder : {"/owner/share/.voice", "/log", "/trace", "/apps", "/speech"}) {
+        EnsureDir(dir + folder);
     }
-    return text.str();
+    for (const char* store : {"/settings", "/memory", "/state", "/faults"}) {
+        Store::Create(dir + store);
+    }
+    const FileLock made(dir + "/.lock");  // so that nobody who only reads has to make it
 }
-
-[[noreturn]] void FailAsTaken(const std::string& path) {
-    throw Error(ErrorKind::kUsage,
-                path + ": there is something already. Name a folder that does not exist yet.");
-}
-
-// What "memory/" holds is gone after the machine was restarted, as after a power cycle.
-void ForgetLastBoot(const std::string& dir, Store& memory) {
-    const std::string file = dir + "/memory/.boot";
-    const std::string boot = BootId();
-    std::error_code error;
-    if (boot.empty() || (fs::exists(file, error) && ReadText(file) == boot)) {
-        return;
-    }
-    const FileLock lock(dir + "/.lock");
-    if (fs::exists(file, error) && ReadText(file) == boot) {
-        return;  // another process was sooner
-    }
-    if (fs::exists(file, error)) {
-        memory.RemoveAll();
-    }
-    int ignored = 0;
-    WriteNewFile(file, boot, &ignored);
-}
-
-}  // namespace
 
 Tv::Impl::Impl(const std::string& tvDir)
     : dir(tvDir),
@@ -109,54 +149,42 @@ void Tv::Impl::LogLine(int priority, const std::string& text) {
 
 Watcher& Tv::Impl::GetWatcher() {
     if (watcher == nullptr) {
-        watcher = std::make_unique<Watcher>();
+        auto made = std::make_unique<Watcher>();
+        made->Watch(dir, IN_DELETE | IN_MOVED_FROM | IN_MOVE_SELF | IN_DELETE_SELF, "",
+                    [this](const std::string&) { gone = !Tv::IsTv(dir); });
+        watcher = std::move(made);  // one that does not hear of the TV's end is none
     }
     return *watcher;
 }
 
 void Tv::Create(const std::string& dir, const std::string& modelFile) {
-    const std::string path = Absolute(dir);
-    const Model model = LoadModel(modelFile);  // before anything is made
-    const std::string text = ReadText(modelFile);
+    Create(dir, ReadTextFile(modelFile), modelFile, [](Tv&) {});
+}
 
-    std::error_code error;
-    if (fs::exists(path, error) && !(fs::is_directory(path, error) && fs::is_empty(path, error))) {
-        FailAsTaken(path);
+void Tv::Create(const std::string& dir, const std::string& modelText, const std::string& modelFile,
+                const std::function<void(Tv& made)>& furnish) {
+    const std::string path = Absolute(dir);
+    const Model model = ParseModel(modelText, modelFile);  // before anything is made
+
+    NewFolder folder(path);
+    const std::string& aside = folder.Aside();
+    MakeFolders(aside);
+    int code = 0;
+    if (!WriteNewFile(aside + "/tv.toml", modelText, &code) ||
+        !WriteNewFile(aside + "/switches", std::string(4, '\0'), &code) ||
+        !WriteNewFile(aside + "/memory/.boot", BootId(), &code)) {
+        throw Error(ErrorKind::kPlatform,
+                    aside + ": cannot be written: " + std::strerror(code) + ".");
     }
-    EnsureDir(fs::path(path).parent_path().string());
-    // Made aside and put in place whole: whoever sees the folder sees a TV.
-    const std::string aside = path + ".new-" + std::to_string(getpid());
-    try {
-        fs::remove_all(aside, error);
-        for (const char* folder :
-             {"", "/owner/share/.voice", "/log", "/trace", "/apps", "/speech"}) {
-            EnsureDir(aside + folder);
-        }
-        for (const char* store : {"/settings", "/memory", "/state", "/faults"}) {
-            Store::Create(aside + store);
-        }
-        int code = 0;
-        if (!WriteNewFile(aside + "/tv.toml", text, &code) ||
-            !WriteNewFile(aside + "/switches", std::string(4, '\0'), &code) ||
-            !WriteNewFile(aside + "/memory/.boot", BootId(), &code)) {
-            throw Error(ErrorKind::kPlatform,
-                        aside + ": cannot be written: " + std::strerror(code) + ".");
-        }
-        {
-            Impl tv(aside);
-            ApplyModel(model, tv);
-        }
-        fs::rename(aside, path, error);
-        if (error == std::errc::directory_not_empty || error == std::errc::file_exists) {
-            FailAsTaken(path);  // another process has made one meanwhile
-        }
-        if (error) {
-            throw Error(ErrorKind::kPlatform, path + ": cannot be made: " + error.message() + ".");
-        }
-    } catch (...) {
-        fs::remove_all(aside, error);
-        throw;
+    {
+        Impl tv(aside);
+        ApplyModel(model, tv);
     }
+    {
+        Tv made(aside);
+        furnish(made);
+    }
+    folder.PutInPlace();
 }
 
 bool Tv::IsTv(const std::string& dir) {
@@ -165,13 +193,20 @@ bool Tv::IsTv(const std::string& dir) {
            stat((dir + "/settings").c_str(), &info) == 0;
 }
 
-Tv::Tv(const std::string& dir) {
-    const std::string path = Absolute(dir);
-    if (!IsTv(path)) {
+void RequireTv(const std::string& path) {
+    if (!Tv::IsTv(path)) {
         throw Error(ErrorKind::kNoSuch,
                     path + ": this is no virtual TV. Make one with \"vtv new\".");
     }
+    RequireTrustedFolders(path);
     RequirePlainFiles(path);
+    RequireKnownVersions(path);
+}
+
+Tv::Tv(const std::string& dir) {
+    const std::string path = Absolute(dir);
+    RequireTv(path);
+    CompleteChanges(path);
     impl_ = std::make_unique<Impl>(path);
     ForgetLastBoot(path, impl_->memory);
     for (Store* store : {&impl_->settings, &impl_->memory, &impl_->state, &impl_->faults}) {
@@ -202,11 +237,18 @@ std::vector<std::string> Tv::Problems() const {
         }
     }
     ListRunning(impl_->dir, &problems);
+    for (std::string& problem : ProblemsOfTexts(Language())) {
+        problems.push_back(std::move(problem));
+    }
     return problems;
 }
 
 std::vector<std::string> Tv::TakeFailures() {
     return std::exchange(impl_->failures, {});
+}
+
+const std::string& Tv::Unread() {
+    return unread;
 }
 
 const Model& Tv::GetModel() const {
@@ -224,12 +266,16 @@ std::string Tv::TraceFile() const {
 
 void Tv::PowerCycle() {
     impl_->LogLine(kInfo, "power off");
-    EndRunningApplications(*impl_);
+    EndRunningApplications(impl_->dir);
     impl_->memory.RemoveAll();
     impl_->faults.RemoveAll();
     impl_->switches.Announce();
     impl_->FollowSwitches();
     impl_->LogLine(kInfo, "power on");
+}
+
+void SyncNothing() {
+    store_file_calls.fsync = [](int) { return 0; };
 }
 
 void PowerOn(Tv& tv) {
@@ -276,9 +322,12 @@ void NoteFailure(Tv::Impl& tv, const std::string& text) {
     }
 }
 
-void ReportException(Tv::Impl& tv, const char* function, const char* message) {
-    tv.LogLine(kError, std::string(function) + ": " + message);
-    NoteFailure(tv, message);
+void ReportException(Tv::Impl& tv, const char* function, const std::exception& exception) {
+    if (dynamic_cast<const Unreadable*>(&exception) != nullptr && unread.empty()) {
+        unread = exception.what();
+    }
+    tv.LogLine(kError, std::string(function) + ": " + exception.what());
+    NoteFailure(tv, exception.what());
 }
 
 }  // namespace vtv

@@ -13,21 +13,11 @@
 #include <vector>
 
 #include "store.h"
+#include "virtual-tv/model/keys.h"
 #include "virtual_tv.h"
 #include "watcher.h"
 
 namespace vtv {
-
-// Keys of the settings store that the virtual TV itself uses.
-inline constexpr char kLanguageKey[] = "db/menu_widget/language";
-inline constexpr char kCountryKey[] = "db/comss/countrycode";
-inline constexpr char kCurrentAssistantKey[] = "db/multi-assistant/default_assistant_appid";
-inline constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
-inline constexpr char kWakeUpKey[] = "db/menu/voice/assistant_farfield";
-inline constexpr char kHintKey[] = "db/multi-assistant/situational_hint_supported";
-inline constexpr char kFirstTimeKey[] = "db/voice-app/activate_first_time";
-inline constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
-inline constexpr char kVoiceGuideKey[] = "db/setting/accessibility/tts";
 
 // Key of the TV's state that is followed while it runs.
 inline constexpr char kTraceSwitch[] = "trace/enabled";
@@ -40,8 +30,9 @@ inline constexpr int kInfo = 4;
 inline constexpr int kWarning = 5;
 inline constexpr int kError = 6;
 
-// An advisory lock on a file, held while the object lives. Where the file cannot be made (a
-// read-only folder) nothing is locked: nothing can be written there either.
+// An advisory lock on a file, held while the object lives. Where the file must not be made (a
+// read-only folder) nothing is locked: nothing can be written there either. Throws kPlatform for
+// every other lock that cannot be had.
 class FileLock {
   public:
     explicit FileLock(const std::string& file);
@@ -122,6 +113,7 @@ struct Tv::Impl {
     LogWriter log;
     std::unique_ptr<Watcher> watcher;  // made when first needed
     std::map<WatchId, std::vector<Watcher::Id>> watches;
+    bool gone = false;  // removed or moved away, as far as the watcher has heard
     WatchId nextWatch = 1;
     std::vector<std::shared_ptr<KeyCallback>> keyCallbacks;
     std::vector<std::string> failures;           // see Tv::TakeFailures()
@@ -148,29 +140,38 @@ struct Tv::Impl {
     void FollowSwitches();
 };
 
+// Whatever the umask, nobody else writes into a TV.
+inline constexpr mode_t kFolderMode = 0755;
+inline constexpr mode_t kFileMode = 0644;
 void EnsureDir(const std::string& dir);  // with its parents
-// Throws kUsage for a link, a pipe or a device in a TV's folder: the TV writes into its files.
+// Throws kPlatform when the folder of a TV, or the one that it lies in, belongs to another user but
+// root, or can be written by others.
+void RequireTrustedFolders(const std::string& dir);
+std::string Absolute(const std::string& dir);
+// What the folder of a TV without a model and any value holds.
+void MakeFolders(const std::string& dir);
+// Throws kUsage for a link, a pipe or a device in a TV's folder, because the TV writes into its
+// files, and for one that is too large to be a TV's, because the TV reads them.
 void RequirePlainFiles(const std::string& dir);
+// Throws what opening a TV would: kNoSuch, kUsage, kPlatform.
+void RequireTv(const std::string& path);
 bool WriteNewFile(const std::string& file, std::string_view content, int* error);
 TimePoint Now();
 
-// Writes the model's initial state into a new TV's folder.
-void ApplyModel(const Model& model, Tv::Impl& tv);
+// The path in its shortest form. Throws kUsage for what is no file below /home/owner.
+std::string RequireOwnerFile(const std::string& path);
 // "share/x" of "/home/owner/share/x"; false for a path that is not the owner's.
 bool OwnerPath(std::string_view path, std::string* relative);
-
-// The applications that the virtual TV plays itself, on every TV.
-bool IsSimulated(const Model& model, const std::string& appId);
-const Package* FindPackage(const Model& model, const std::string& appId);
 
 void BindTexts(const std::string& language);
 void UseTraceOf(Tv::Impl* tv);
 void FollowTraceSwitch(Tv::Impl& tv);
 void ForgetKeyCallbacks(Tv::Impl& tv);
-// Whether the call is there to change something on the TV, or to start or end an application.
-bool ChangesTheTv(std::string_view function);
-void EndRunningApplications(Tv::Impl& tv);
-std::string BootId();
+// As platform/calls.h says of each call.
+enum class CallKind { ASKS, CHANGES, ENDS, RECORDS };
+CallKind KindOf(std::string_view function);
+void EndRunningApplications(const std::string& tvDir);
+std::string BootId();  // of the machine; another one after each start. Throws kPlatform.
 void CompactTrace(const std::string& path);  // keeps the call sites, drops the events
 
 }  // namespace vtv

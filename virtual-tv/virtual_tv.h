@@ -11,137 +11,32 @@
 //
 // The library exports every platform call that a provider imports (platform/*.h), and access(),
 // which finds "/home/owner/..." in the TV's folder. A process uses it from one thread, the one of
-// its main loop. There is no thread, no daemon and no polling behind it: watch EventFd() in your
-// main loop and call Dispatch() when it is readable.
+// its main loop. There is no thread and no daemon behind it: watch EventFd() in your main loop and
+// call Dispatch() when it is readable.
 //
 // Whatever goes wrong is thrown as vtv::Error, with a text for people. The platform calls
 // themselves never throw; they return what the TV's platform would return.
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
-#include <variant>
+#include <utility>
 #include <vector>
 
-#define VTV_EXPORT __attribute__((visibility("default")))
+#include "records.h"
+#include "virtual-tv/model/launch.h"
+#include "virtual-tv/model/tv_model.h"
 
 namespace vtv {
 
 // ---------------------------------------------------------------------------------------------
-// Errors
+// Commands of models
 // ---------------------------------------------------------------------------------------------
-
-// The numbers are the exit codes of the command line.
-enum class ErrorKind {
-    kUsage = 2,     // what was asked for makes no sense: a broken model, a key that is no key, ...
-    kNoSuch = 3,    // no such TV, model, key, application, ...
-    kPlatform = 4,  // the machine failed: a full disk, a missing permission, a damaged file, ...
-};
-
-// what() is one or more sentences for people: what was wrong, where (file and line, or key), and
-// what to do. It has no trailing newline.
-class VTV_EXPORT Error : public std::runtime_error {
-  public:
-    Error(ErrorKind kind, const std::string& text) : std::runtime_error(text), kind_(kind) {}
-    ~Error() override;
-
-    ErrorKind kind() const { return kind_; }
-
-  private:
-    ErrorKind kind_;
-};
-
-// ---------------------------------------------------------------------------------------------
-// Values
-// ---------------------------------------------------------------------------------------------
-
-using Value = std::variant<bool, int, std::string>;
-
-// "bool", "int" or "string".
-VTV_EXPORT const char* TypeName(const Value& value);
-// "true", "false", a decimal number, or the text as it is.
-VTV_EXPORT std::string ToText(const Value& value);
-// The reverse. Throws kUsage for a type that is none of the three ("str" also means "string", and 1
-// and 0 also mean true and false), and for a text that is no value of the type.
-VTV_EXPORT Value ParseValue(const std::string& type, const std::string& text);
-
-using TimePoint = std::chrono::time_point<std::chrono::system_clock, std::chrono::microseconds>;
-// "2026-03-29T07:15:02.123456Z".
-VTV_EXPORT std::string ToText(TimePoint time);
-
-// ---------------------------------------------------------------------------------------------
-// Models
-// ---------------------------------------------------------------------------------------------
-
-// What starting an application does.
-enum class ApplicationMode {
-    kRecord,   // the launch is only recorded
-    kProcess,  // a process is started; it waits to be finished or cancelled
-    kAuto,     // a process is started and finishes its work by itself
-};
-VTV_EXPORT const char* ToText(ApplicationMode mode);  // "record", "process", "auto"
-VTV_EXPORT ApplicationMode ParseApplicationMode(const std::string& text);  // throws kUsage
-
-enum class Network { kConnected, kDisconnected, kHost /* as this machine's default route */ };
-VTV_EXPORT const char* ToText(Network network);            // "connected", "disconnected", "host"
-VTV_EXPORT Network ParseNetwork(const std::string& text);  // throws kUsage
-
-struct Package {
-    std::string appId;
-    std::string name;     // for people; may be empty
-    std::string command;  // what to run in place of the simulated application; usually empty
-    // A value that is absent is a metadata item without a value.
-    std::map<std::string, std::optional<std::string>> metadata;
-};
-
-struct Voice {
-    std::string language;  // "en_US"
-    int type = 0;          // 0 unspecified, 1 male, 2 female
-};
-
-// One assistant of the policy.
-struct Assistant {
-    int order = 0;
-    std::string id;
-    std::string appId;
-    std::string name;
-    bool farField = false;
-};
-
-// A TV model as data: what CreateTv() starts from. docs/virtual-tv.md describes the file.
-struct Model {
-    std::string file;                       // where it was read from
-    std::string name;                       // the file's name without ".toml"
-    std::string title;                      // one line for people
-    std::string description;                // why this model exists; may be empty
-    std::map<std::string, Value> features;  // by full feature key
-    std::vector<Assistant> assistants;      // as the initial policy lists them
-    std::map<std::string, Value> settings;  // initial values, by settings key
-    std::vector<std::string> ownerFiles;    // files that exist below /home/owner, relative to it
-    std::map<std::string, bool> consents;   // "tnc", "pp"
-    bool signedIn = false;
-    std::string accountUi;  // application id of the sign-in screen; may be empty
-    Network network = Network::kConnected;
-    ApplicationMode applications = ApplicationMode::kProcess;
-    std::vector<Package> packages;
-    std::optional<std::vector<Voice>> voices;  // absent: those of the installed speech engine
-    std::string speechOutput;                  // "sound", "file" or "none"
-};
-
-// Reads and checks a model. The text of the error has the file, the line and what to write instead.
-VTV_EXPORT Model LoadModel(const std::string& file);
-// The file of a model: a path, or the name of a model that comes with the virtual TV. Throws
-// kNoSuch.
-VTV_EXPORT std::string FindModel(const std::string& nameOrFile);
-// The files of the models that come with the virtual TV, sorted by name.
-VTV_EXPORT std::vector<std::string> ModelFiles();
 
 // A package's command comes with its model, from whoever wrote that. It runs only where the user
 // has allowed this very text, on whatever TV; the list is kept outside of every TV. Each throws
@@ -153,79 +48,9 @@ VTV_EXPORT void AllowCommand(const std::string& command);
 // False when it was not allowed.
 VTV_EXPORT bool ForbidCommand(const std::string& command);
 
-struct FeatureKey {
-    std::string key;   // full key
-    std::string type;  // "bool", "int" or "string"
-    std::string meaning;
-};
-// The feature keys that the page knows; models may use no others outside [other-features].
-VTV_EXPORT const std::vector<FeatureKey>& KnownFeatures();
-
 // ---------------------------------------------------------------------------------------------
-// Records
+// Faults and changes
 // ---------------------------------------------------------------------------------------------
-
-struct Setting {
-    std::string key;
-    std::optional<Value> value;  // absent when the stored value is damaged
-    std::string problem;         // why it is absent
-};
-
-using Extras = std::vector<std::pair<std::string, std::string>>;  // in the order they were added
-
-// One request to start an application.
-struct Launch {
-    TimePoint time;
-    std::string appId;
-    std::string via;        // "aul" or "app-control"
-    std::string operation;  // app control only
-    Extras extras;
-    // "started", "resumed" (it was running), "recorded" (no process wanted), or "failed: " and why.
-    std::string outcome;
-    int pid = 0;  // 0 when there is no process
-};
-
-struct RunningApplication {
-    std::string appId;
-    int pid = 0;
-    TimePoint since;
-    Extras extras;
-};
-
-struct LogRecord {
-    TimePoint time;
-    int pid = 0;
-    int priority = 0;  // 4 is info, 6 is error
-    std::string tag;   // "SI-MENU" for the provider, "VTV" for the virtual TV itself
-    // From the message's prefix "file: function(line) > "; empty and 0 without one.
-    std::string file;
-    std::string function;
-    int line = 0;
-    std::string message;  // without that prefix; may hold newlines
-};
-
-struct LogFilter {
-    std::string function;  // exact; empty takes all
-    std::string tag;       // exact; empty takes all
-    int minPriority = 0;
-};
-
-struct TraceArgument {
-    std::string type;
-    std::string value;
-};
-
-struct TraceEvent {
-    TimePoint time;
-    int pid = 0;
-    int thread = 0;
-    std::string file;
-    int line = 0;
-    std::string function;
-    std::string format;
-    std::vector<TraceArgument> arguments;
-    std::string message;  // the format with the arguments put in
-};
 
 // How a platform call is made to fail.
 struct Fault {
@@ -257,11 +82,12 @@ struct Change {
 // what to write instead, for what the TV would refuse.
 VTV_EXPORT void CheckSettingKey(const std::string& key);
 VTV_EXPORT void CheckOwnerFile(const std::string& path);
-VTV_EXPORT void CheckFeature(const std::string& key, const Value& value);  // of another type
 // An entry of Tv::State(), as snapshots hold them.
 VTV_EXPORT void CheckState(const std::string& name, const Value& value);
-// The applications that can be started on a TV of the model, sorted.
-VTV_EXPORT std::vector<std::string> InstalledApplications(const Model& model);
+
+// Makes the features of some state these and no others.
+VTV_EXPORT void BringFeatures(const Model& model, const std::map<std::string, Value>& wanted,
+                              std::map<std::string, Value>* state);
 
 // Everything that a viewer or an application can change on a TV.
 struct Snapshot {
@@ -279,19 +105,23 @@ class VTV_EXPORT Tv {
     // Makes the folder from a model file. Throws kUsage when the folder is not empty or the model
     // is wrong; nothing is left behind then.
     static void Create(const std::string& dir, const std::string& modelFile);
+    // The same from a model's text, which the name of a file stands for in errors. What `furnish`
+    // does to the TV belongs to its making; what it throws leaves nothing behind, either.
+    static void Create(const std::string& dir, const std::string& modelText,
+                       const std::string& modelFile, const std::function<void(Tv& made)>& furnish);
     // Whether the folder is a TV. Throws nothing.
     static bool IsTv(const std::string& dir);
 
     // Opens a TV; many processes may. Throws kNoSuch when the folder is no TV, and kUsage when it
-    // holds anything but plain files and folders. A damaged part does not keep the TV from opening:
-    // see Problems().
+    // holds anything but plain files and folders, kPlatform when it is of a version that this
+    // program does not know. A damaged part does not keep it from opening: see Problems().
     explicit Tv(const std::string& dir);
     ~Tv();
     Tv(const Tv&) = delete;
     Tv& operator=(const Tv&) = delete;
 
-    // What is wrong with the TV's files, one text each; empty on a healthy TV. A settings store of
-    // another version, for one, makes every read and write fail, and the page shows neutral values.
+    // What is wrong with the TV's files, one text each; empty on a healthy TV. A settings store
+    // that has lost its version makes every read and write fail, and the page shows neutral values.
     std::vector<std::string> Problems() const;
 
     // What platform calls of this process could not do since the last time, one text each: a write
@@ -299,6 +129,10 @@ class VTV_EXPORT Tv {
     // was told to fail. A caller of such a call learns only that it failed. A read that was told to
     // fail is not among them: the page shows what comes of it.
     std::vector<std::string> TakeFailures();
+
+    // Why something that a platform call of this process asked for could not be read, although it
+    // is there; empty when nothing was. The page that was made without it is no TV's page.
+    static const std::string& Unread();
 
     const Model& GetModel() const;
 
@@ -316,6 +150,11 @@ class VTV_EXPORT Tv {
     void Set(const std::string& key, const Value& value);
     // False when there was no such key. Watchers are called for this too.
     bool Unset(const std::string& key);
+    // Writes several, and unsets those without a value: all of them or, as Restore(), none. Each is
+    // a write, also one that leaves a value as it was.
+    void SetTogether(const std::map<std::string, std::optional<Value>>& values);
+    // When and by whom the value was written that the key has now; absent when it has none.
+    std::optional<Writing> LastWriting(const std::string& key) const;
     // All of them, sorted by key.
     std::vector<Setting> Settings() const;
 
@@ -328,11 +167,15 @@ class VTV_EXPORT Tv {
     WatchId WatchAll(std::function<void(const Change&)> callback);
     // Called when the log has grown.
     WatchId WatchLog(std::function<void()> callback);
+    // Called when the trace has grown, or was cleared.
+    WatchId WatchTrace(std::function<void()> callback);
+    // Called when an application has started or ended, and now and then when none has.
+    WatchId WatchApplications(std::function<void()> callback);
     void Unwatch(WatchId id);
     // Readable (poll, Ecore, GLib) when Dispatch() has something to do. Belongs to the TV.
     int EventFd() const;
     // Calls back for everything that has happened so far, without waiting. Returns how many
-    // callbacks ran. Also serves vconf_notify_key_changed.
+    // callbacks ran. Also serves vconf_notify_key_changed. Throws kPlatform when the TV is gone.
     int Dispatch();
 
     // Empties "memory/", ends the running applications and forgets the faults, as pulling the plug
@@ -375,7 +218,9 @@ class VTV_EXPORT Tv {
     std::optional<std::pair<int, int>> SoundFeedback() const;
 
     Snapshot TakeSnapshot() const;
-    // Writes what differs, so that watchers hear of exactly that.
+    // Writes what differs, so that watchers hear of exactly that. All or nothing: when it throws,
+    // or the process ends, the TV is as it was, or it is as it shall be for all who open it from
+    // then on.
     void Restore(const Snapshot& snapshot);
 
     // --- Applications ---
@@ -383,20 +228,25 @@ class VTV_EXPORT Tv {
     void SetApplications(ApplicationMode mode);
     std::vector<RunningApplication> RunningApplications() const;
     bool IsRunning(const std::string& appId) const;
+    // For one that was asked to end. False when it runs on all that time.
+    bool WaitForEnd(const RunningApplication& running, std::chrono::milliseconds most) const;
     // Starts an application as the TV's own launcher would; returns how it went, recorded or not.
     Launch LaunchApplication(const std::string& appId, const Extras& extras);
     // The application does its work (the wizard agrees to the terms, ...) and ends; the call
     // returns when it has ended. Throws kNoSuch when it does not run, kPlatform when it does not
-    // end in time or could not do its work.
+    // end in time or what it did failed, and kNo when it cannot do its work now: it runs on then.
     void FinishApplication(const std::string& appId);
     // It ends without having done anything.
     void CancelApplication(const std::string& appId);
     // For a program that plays an application: this process is it, from here to LeaveApplication().
-    // failure: why it could not do its work; empty when it did, or was cancelled.
     void EnterApplication(const std::string& appId, const Extras& extras);
-    void LeaveApplication(const std::string& failure = {});
-    // Every launch since the TV was made (or the list cleared), oldest first.
-    std::vector<Launch> Launches() const;
+    void LeaveApplication();
+    // Tells whoever called FinishApplication() why this application cannot do its work.
+    void ReportFailure(const Error& failure);
+    // Where the list of launches ends now.
+    std::uint64_t LaunchMark() const;
+    // Every launch behind the mark, or since the TV was made (or the list cleared), oldest first.
+    std::vector<Launch> Launches(std::uint64_t mark = 0) const;
     void ClearLaunches();
 
     // --- Log ---
@@ -411,8 +261,8 @@ class VTV_EXPORT Tv {
                                          // Dispatch() in others
     std::vector<TraceEvent> ReadTrace() const;
     void ClearTrace();
-    // Writes the Chrome trace event format (JSON), which chrome://tracing and Perfetto open.
-    void ExportTrace(const std::string& file) const;
+    // In the Chrome trace event format (JSON), which chrome://tracing and Perfetto open.
+    std::string ExportTrace() const;
 
     // --- Faults; they last until cleared or until a power cycle, in all processes ---
     void SetFault(const Fault& fault);  // throws kNoSuch for an unknown function
@@ -452,6 +302,9 @@ class VTV_EXPORT LogReader {
 // ---------------------------------------------------------------------------------------------
 // The TV of this process
 // ---------------------------------------------------------------------------------------------
+
+// What this process writes from now on may be lost with the power: its TVs are thrown away.
+VTV_EXPORT void SyncNothing();
 
 // Makes the TV answer this process's platform calls, binds the texts of "si-ready" to its menu
 // language, and follows its trace switch. The TV must outlive PowerOff(). A platform call without a
@@ -499,16 +352,9 @@ class VTV_EXPORT Experiment {
     const std::vector<Read>* outer_;
 };
 
-// What somebody who mistyped a word may have meant, best first: candidates that hold the word, or
-// differ from it in few letters.
-VTV_EXPORT std::vector<std::string> Similar(std::string_view word,
-                                            const std::vector<std::string>& candidates);
-
 // Where TVs live unless told otherwise: $VTV_HOME, else $XDG_DATA_HOME/vtv, else
 // ~/.local/share/vtv.
 VTV_EXPORT std::string HomeDir();
-// Catalogues and models: $VTV_DATA, else found from where this library lies.
-VTV_EXPORT std::string DataDir();
 // The program that plays the simulated applications: $VTV_APP, else next to the library's programs.
 VTV_EXPORT std::string AppProgram();
 

@@ -9,20 +9,27 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <exception>
+#include <fstream>
 
-#include "virtual_tv.h"
+#include "virtual-tv/model/error.h"
 
 namespace vtv {
 
 namespace {
 
-[[noreturn]] void FailToWatch(const std::string& what) {
-    const int error = errno;
+std::string SettingOf(const std::string& name) {
+    std::string value;
+    std::getline(std::ifstream("/proc/sys/fs/inotify/" + name), value);
+    return "fs.inotify." + name + (value.empty() ? "" : " (" + value + " now)");
+}
+
+[[noreturn]] void FailToWatch(const std::string& what, int error) {
     std::string text = what + ": changes cannot be watched: " + std::strerror(error) + ".";
     if (error == EMFILE || error == ENOSPC) {
-        text +=
-            " Raise fs.inotify.max_user_instances or fs.inotify.max_user_watches, or end some "
-            "programs.";
+        const char* const name = error == EMFILE ? "max_user_instances" : "max_user_watches";
+        text += " Other programs of yours watch as much as " + SettingOf(name) +
+                " allows: end some, or raise it: sysctl -w fs.inotify." + name + "=N";
     }
     throw Error(ErrorKind::kPlatform, text);
 }
@@ -32,7 +39,7 @@ void AddToEpoll(int epoll, int fd) {
     event.events = EPOLLIN;
     event.data.fd = fd;
     if (epoll_ctl(epoll, EPOLL_CTL_ADD, fd, &event) != 0) {
-        FailToWatch("epoll");
+        FailToWatch("epoll", errno);
     }
 }
 
@@ -40,10 +47,13 @@ void AddToEpoll(int epoll, int fd) {
 
 Watcher::Watcher() {
     inotify_ = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (inotify_ < 0) {
+        FailToWatch("inotify", errno);
+    }
     wake_ = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     epoll_ = epoll_create1(EPOLL_CLOEXEC);
-    if (inotify_ < 0 || wake_ < 0 || epoll_ < 0) {
-        FailToWatch("inotify");
+    if (wake_ < 0 || epoll_ < 0) {
+        FailToWatch("epoll", errno);
     }
     AddToEpoll(epoll_, inotify_);
     AddToEpoll(epoll_, wake_);
@@ -67,7 +77,7 @@ Watcher::Id Watcher::Watch(const std::string& dir, uint32_t mask, const std::str
     const int wd =
         inotify_add_watch(inotify_, dir.c_str(), mask | apart | IN_ONLYDIR | IN_MASK_ADD);
     if (wd < 0) {
-        FailToWatch(dir);
+        FailToWatch(dir, errno);
     }
     folders_[wd] = dir;
     // What has happened so far gets its numbers before this subscription gets its own.
@@ -118,7 +128,7 @@ void Watcher::Drain() {
             const char* name = event.len > 0 ? buffer + at + sizeof event : "";
             if ((event.mask & IN_Q_OVERFLOW) != 0) {
                 pending_.push_back({nextEvent_++, -1, 0, ""});
-            } else if ((event.mask & IN_IGNORED) == 0) {
+            } else {
                 pending_.push_back({nextEvent_++, event.wd, event.mask, name});
             }
             at += static_cast<ssize_t>(sizeof event + event.len);
@@ -160,20 +170,44 @@ int Watcher::Dispatch() {
 }
 
 int Watcher::Deliver(const Event& event) {
+    if ((event.mask & IN_IGNORED) != 0) {  // the folder is gone
+        folders_.erase(event.wd);
+        std::erase_if(subscriptions_, [&](const auto& s) { return s->wd == event.wd; });
+        return 0;
+    }
     int calls = 0;
+    std::exception_ptr failure;
     const auto subscriptions = subscriptions_;  // a callback may add and remove some
     for (const auto& subscription : subscriptions) {
         if (!subscription->alive || event.number < subscription->since) {
             continue;
         }
-        if (event.wd == -1) {
-            calls += Rescan(subscription);
-        } else if (event.wd == subscription->wd && (event.mask & subscription->mask) != 0 &&
-                   (subscription->fileName.empty() || subscription->fileName == event.name)) {
-            calls += Call(*subscription, event.name);
+        try {
+            calls += event.wd == -1                   ? Rescan(subscription)
+                     : Concerns(event, *subscription) ? Call(*subscription, event.name)
+                                                      : 0;
+        } catch (...) {  // it is the others' event as well
+            failure = failure ? failure : std::current_exception();
         }
     }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
     return calls;
+}
+
+bool Watcher::Concerns(const Event& event, const Subscription& subscription) const {
+    if (event.wd != subscription.wd || (event.mask & subscription.mask) == 0 ||
+        (!subscription.fileName.empty() && subscription.fileName != event.name)) {
+        return false;
+    }
+    if (event.number >= subscription.rescanned) {
+        return true;
+    }
+    // It stood behind the overflow in the queue, and what it tells may be told already.
+    const auto told = subscription.told.find(event.name);
+    return told == subscription.told.end() ||
+           told->second != StampOf(folders_.at(subscription.wd) + "/" + event.name);
 }
 
 int Watcher::Call(Subscription& subscription, const std::string& name) {
@@ -190,14 +224,25 @@ int Watcher::Call(Subscription& subscription, const std::string& name) {
 int Watcher::Rescan(const std::shared_ptr<Subscription>& subscription) {
     int calls = 0;
     std::map<std::string, Stamp> now = Stamps(*subscription);
+    Drain();
+    subscription->rescanned = nextEvent_;
+    std::exception_ptr failure;
     for (const auto& [name, stamp] : subscription->told) {
         now.try_emplace(name, Stamp());  // gone since
     }
     for (const auto& [name, stamp] : now) {
         const auto told = subscription->told.find(name);
-        if (subscription->alive && (told == subscription->told.end() || told->second != stamp)) {
-            calls += Call(*subscription, name);
+        if (!subscription->alive || (told != subscription->told.end() && told->second == stamp)) {
+            continue;
         }
+        try {
+            calls += Call(*subscription, name);
+        } catch (...) {
+            failure = failure ? failure : std::current_exception();
+        }
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
     }
     return calls;
 }

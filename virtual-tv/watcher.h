@@ -26,7 +26,8 @@ class Watcher {
     Watcher& operator=(const Watcher&) = delete;
 
     // mask: inotify's. fileName empty: every file of the folder. A callback hears of what happens
-    // after it was registered, and of nothing before.
+    // after it was registered, and of nothing before. What it throws leaves Dispatch() once the
+    // others have heard of the same. The folder's end ends the watch.
     Id Watch(const std::string& dir, uint32_t mask, const std::string& fileName, Callback callback);
     void Unwatch(Id id);
 
@@ -52,6 +53,7 @@ class Watcher {
         Callback callback;
         uint64_t since;  // number of the first event that it hears of
         std::map<std::string, Stamp> told;
+        uint64_t rescanned = 0;  // what the kernel told before that may be told already
         bool alive = true;
     };
     struct Event {
@@ -64,6 +66,7 @@ class Watcher {
     void Drain();
     void Wake(bool pending);
     int Deliver(const Event& event);
+    bool Concerns(const Event& event, const Subscription& subscription) const;
     int Rescan(const std::shared_ptr<Subscription>& subscription);
     int Call(Subscription& subscription, const std::string& name);
     std::map<std::string, Stamp> Stamps(const Subscription& subscription) const;

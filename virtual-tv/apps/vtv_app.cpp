@@ -1,12 +1,12 @@
 // The applications that the Voice page starts, played: each does to the TV what the real one would
 // have done by the time its viewer is through with it.
 //
-//     vtv-app [--tv DIR] [--auto] [--] APPID [KEY=VALUE...]
+//     vtv-app [--tv TV] [--auto] [--] APPID [KEY=VALUE...]
 //
 // It shows what the viewer would see and waits to be finished (SIGUSR1, "vtv app finish"),
 // cancelled (SIGUSR2, "vtv app cancel") or ended (SIGTERM, as the TV's application manager does).
-// With --auto it finishes by itself. On a terminal Enter finishes and Ctrl-C cancels.
-#include <json/json.h>
+// With --auto it finishes by itself. On a terminal Enter finishes and Ctrl-C cancels. What cannot
+// do its work, as without a network, says so and waits on.
 #include <poll.h>
 #include <signal.h>
 #include <sys/signalfd.h>
@@ -15,21 +15,18 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdio>
-#include <functional>
 #include <iostream>
 #include <map>
 
+#include "program/help.h"
 #include "program/options.h"
 #include "program/standard_output.h"
+#include "virtual-tv/model/applications.h"
+#include "virtual-tv/model/keys.h"
 #include "virtual-tv/virtual_tv.h"
+#include "virtual-tv/whole_tvs.h"
 
 namespace {
-
-constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
-constexpr char kCurrentKey[] = "db/multi-assistant/default_assistant_appid";
-constexpr char kFirstTimeKey[] = "db/voice-app/activate_first_time";
-constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
-constexpr char kChinaFeature[] = "com.vantelo/featureconf/cn_ai_service_supported";
 
 // What an application was started with.
 struct Request {
@@ -37,109 +34,38 @@ struct Request {
     std::map<std::string, std::string> extras;
 };
 
-// One kind of application: what its screen says, and what finishing it does to the TV.
-struct Application {
-    std::string screen;
-    std::function<void(vtv::Tv&)> finish;
-};
-
-void RequireNetwork(vtv::Tv& tv) {
-    if (!tv.Online()) {
-        throw vtv::Error(
-            vtv::ErrorKind::kPlatform,
-            "There is no network. Connect the TV (\"vtv network connected\") and try again.");
-    }
-}
-
-void AgreeToTerms(vtv::Tv& tv) {
-    tv.SetConsent("tnc", true);
-    tv.SetConsent("pp", true);
-}
-
-bool ParseJson(const std::string& text, Json::Value* json) {
-    const Json::CharReaderBuilder builder;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    std::string errors;
-    return reader->parse(text.data(), text.data() + text.size(), json, &errors);
-}
-
 std::string StringSetting(const vtv::Tv& tv, const std::string& key) {
     const std::optional<vtv::Value> value = tv.Get(key);
     return value && std::holds_alternative<std::string>(*value) ? std::get<std::string>(*value)
                                                                 : "";
 }
 
-void CompleteTencent(vtv::Tv& tv) {
-    Json::Value json;
-    if (!ParseJson(StringSetting(tv, kTencentKey), &json) || !json.isObject()) {
-        json = Json::Value(Json::objectValue);
-    }
-    json["onboarding_completed"] = true;
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    tv.Set(kTencentKey, Json::writeString(builder, json));
-}
-
-void CompleteOrvik(vtv::Tv& tv) {
-    tv.Set(kFirstTimeKey, false);
-}
-
-// The setup of each kind of assistant, by its id in the policy.
-void SetUpAssistant(vtv::Tv& tv, const std::string& id) {
-    static const std::map<std::string, std::function<void(vtv::Tv&)>> setups = {
-        {"ALEXA", [](vtv::Tv& t) { t.AddOwnerFile("share/.voice/alexa_login_success"); }},
-        {"GVA", [](vtv::Tv& t) { t.AddOwnerFile("share/.voice/ga_login_success"); }},
-        {"SBER", [](vtv::Tv& t) { t.AddOwnerFile("share/.voice/salute_login_success"); }},
-        {"ORVIK2", CompleteOrvik},
-        {"SVA", CompleteOrvik},
-        {"TENCENT", CompleteTencent},
-    };
-    const auto setup = setups.find(id);
-    if (setup == setups.end()) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform,
-                         "The current assistant is none that could be set up.");
-    }
-    setup->second(tv);
-}
-
-// The policy's assistants; none when it is no list.
-Json::Value Assistants(const vtv::Tv& tv) {
-    Json::Value policy;
-    const bool isList = ParseJson(StringSetting(tv, kPolicyKey), &policy) && policy.isArray();
-    return isList ? policy : Json::Value(Json::arrayValue);
-}
-
-std::string CurrentAssistantId(const vtv::Tv& tv) {
-    for (const Json::Value& assistant : Assistants(tv)) {
-        if (assistant.isObject() && assistant["VAAppId"] == StringSetting(tv, kCurrentKey)) {
-            return assistant["VAId"].asString();
+// What the application does to the TV; also what it did before it could not go on.
+void Finish(vtv::Tv& tv, const Request& request) {
+    const vtv::Outcome outcome = vtv::Finish(
+        request.appId, !request.extras.empty(),
+        {tv.GetModel().accountUi, tv.Online(), tv.Feature(vtv::kChinaFeature) == vtv::Value(true),
+         StringSetting(tv, vtv::kPolicyKey), StringSetting(tv, vtv::kCurrentAssistantKey),
+         StringSetting(tv, vtv::kTencentKey)});
+    for (const vtv::Deed& deed : outcome.deeds) {
+        switch (deed.kind) {
+            case vtv::Deed::Kind::kSetting:
+                tv.Set(deed.name, deed.value);
+                break;
+            case vtv::Deed::Kind::kConsent:
+                tv.SetConsent(deed.name, true);
+                break;
+            case vtv::Deed::Kind::kSignIn:
+                tv.SetSignedIn(true);
+                break;
+            case vtv::Deed::Kind::kOwnerFile:
+                tv.AddOwnerFile(deed.name);
+                break;
         }
     }
-    return "";
-}
-
-// The setup also lets its viewer choose an assistant, where none is chosen yet. This viewer takes
-// the first.
-void FinishWizard(vtv::Tv& tv) {
-    AgreeToTerms(tv);
-    const Json::Value assistants = Assistants(tv);
-    if (StringSetting(tv, kCurrentKey).empty() && !assistants.empty() && assistants[0].isObject() &&
-        assistants[0]["VAAppId"].isString()) {
-        tv.Set(kCurrentKey, assistants[0]["VAAppId"].asString());
+    if (!outcome.failure.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kNo, outcome.failure);
     }
-}
-
-// The one that stands in where an assistant's own application cannot: it asks for whatever is
-// missing and then sets up the current assistant.
-void FinishOnboarding(vtv::Tv& tv) {
-    RequireNetwork(tv);
-    AgreeToTerms(tv);
-    const std::string id = CurrentAssistantId(tv);
-    const bool china = tv.Feature(kChinaFeature) == vtv::Value(true);
-    if (id == "ORVIK2" && !china) {
-        tv.SetSignedIn(true);
-    }
-    SetUpAssistant(tv, id);
 }
 
 std::string Extra(const Request& request, const std::string& key) {
@@ -147,49 +73,17 @@ std::string Extra(const Request& request, const std::string& key) {
     return extra != request.extras.end() ? extra->second : "";
 }
 
-Application Setup(const std::string& screen, const std::string& id) {
-    return {screen, [id](vtv::Tv& tv) {
-                RequireNetwork(tv);
-                SetUpAssistant(tv, id);
-            }};
-}
-
-Application Find(const vtv::Tv& tv, const Request& request) {
-    if (request.appId == "org.nemra.alert-syspopup") {
-        return {Extra(request, "text"), [](vtv::Tv&) {}};
-    }
-    if (request.appId == "org.nemra.wizard") {
-        return {"Setup: terms and conditions, privacy policy. Agree to both?", FinishWizard};
-    }
-    if (request.appId == tv.GetModel().accountUi) {
-        return {"Sign in to your account.", [](vtv::Tv& t) {
-                    RequireNetwork(t);
-                    t.SetSignedIn(true);
-                }};
-    }
-    if (request.appId == "org.nemra.voice-onboarding") {
-        return {"Set up your voice assistant.", FinishOnboarding};
-    }
-    const bool onboarding = !request.extras.empty();
-    if (request.appId == "com.vantelo.tv.voice-instant-app" && onboarding) {
-        return Setup("Welcome to Orvik.", "ORVIK2");
-    }
-    if (request.appId == "com.vantelo.tv.google-assistant" && onboarding) {
-        return Setup("Sign in to Google.", "GVA");
-    }
-    if (request.appId == "com.vantelo.tv.salute-assistant" && onboarding) {
-        return Setup("Sign in to Salute.", "SBER");
-    }
-    if (request.appId == "com.vantelo.tv.tencent-voice-chrome" && onboarding) {
-        return Setup("Set up Tencent Cloud Xiaowei.", "TENCENT");
-    }
-    return {"(" + request.appId + ")", [](vtv::Tv&) {}};  // just an application that runs
+std::string ScreenOf(const vtv::Tv& tv, const Request& request) {
+    return request.appId == vtv::kNotification
+               ? Extra(request, "text")
+               : vtv::ScreenOf(request.appId, !request.extras.empty(), tv.GetModel().accountUi);
 }
 
 enum class End { kFinish, kCancel };
 
-// Waits for a signal, for Enter on a terminal, or for the time to be up (0: no limit).
-End WaitForEnd(int signals, int seconds) {
+// Waits for a signal, for Enter on a terminal, or for the time to be up (0: no limit). Throws
+// kPlatform when the TV is gone.
+End WaitForEnd(vtv::Tv& tv, int signals, int seconds) {
     const bool terminal = isatty(STDIN_FILENO) != 0;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
     for (;;) {
@@ -202,8 +96,9 @@ End WaitForEnd(int signals, int seconds) {
             }
             timeout = static_cast<int>(left.count());
         }
-        pollfd sources[2] = {{signals, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
-        if (poll(sources, terminal ? 2 : 1, timeout) <= 0) {
+        pollfd sources[3] = {
+            {signals, POLLIN, 0}, {tv.EventFd(), POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
+        if (poll(sources, terminal ? 3 : 2, timeout) <= 0) {
             continue;
         }
         if ((sources[0].revents & POLLIN) != 0) {
@@ -212,7 +107,10 @@ End WaitForEnd(int signals, int seconds) {
                 return info.ssi_signo == SIGUSR1 ? End::kFinish : End::kCancel;
             }
         }
-        if (terminal && sources[1].revents != 0) {
+        if (sources[1].revents != 0) {
+            tv.Dispatch();
+        }
+        if (terminal && sources[2].revents != 0) {
             return std::cin.get() == '\n' ? End::kFinish : End::kCancel;
         }
     }
@@ -229,46 +127,77 @@ int BlockSignals() {
     return signalfd(-1, &set, SFD_CLOEXEC);
 }
 
+int Report(vtv::Tv& tv, const Request& request, const vtv::Error& failure) {
+    tv.Log(6, request.appId + ": " + failure.what());
+    tv.ReportFailure(failure);
+    return static_cast<int>(failure.kind());
+}
+
+// Returns the exit code; kNo when the viewer can try again.
+int TryToFinish(vtv::Tv& tv, const Request& request) {
+    try {
+        Finish(tv, request);
+        tv.Log(4, request.appId + " finished");
+        return 0;
+    } catch (const vtv::Error& error) {
+        std::fprintf(stderr, "%s\n", program::OneLine(request.appId + ": " + error.what()).c_str());
+        return Report(tv, request, error);
+    }
+}
+
 int Play(const std::string& dir, const Request& request, bool automatic, int signals) {
     vtv::Tv tv(dir);
     tv.EnterApplication(request.appId, {request.extras.begin(), request.extras.end()});
-    const Application application = Find(tv, request);
-    std::printf("%s: %s\n", request.appId.c_str(), application.screen.c_str());
-    std::string failure = program::OutputProblem();
-    tv.Log(4, request.appId + " shows: " + application.screen);
+    const std::string screen = ScreenOf(tv, request);
+    std::printf("%s\n", program::OneLine(request.appId + ": " + screen).c_str());
+    const std::string unseen = program::OutputProblem();
+    tv.Log(4, request.appId + " shows: " + screen);
 
-    const bool popup = request.appId == "org.nemra.alert-syspopup";
+    const bool popup = request.appId == vtv::kNotification;
     const int timeout = popup ? std::max(1, std::atoi(Extra(request, "timeout").c_str())) : 0;
-    if (!failure.empty()) {
-        tv.Log(6, request.appId + ": " + failure);  // nobody sees what this would wait for
-    } else if ((automatic && !popup) || WaitForEnd(signals, timeout) == End::kFinish) {
-        try {
-            application.finish(tv);
-            tv.Log(4, request.appId + " finished");
-        } catch (const vtv::Error& error) {
-            failure = error.what();
-            tv.Log(6, request.appId + ": " + failure);
-            std::fprintf(stderr, "%s: %s\n", request.appId.c_str(), failure.c_str());
-        }
+    int code = 0;
+    if (!unseen.empty()) {  // nobody sees what this would wait for
+        code = Report(tv, request, vtv::Error(vtv::ErrorKind::kPlatform, unseen));
+    } else if (automatic && !popup) {
+        code = TryToFinish(tv, request);
     } else {
-        tv.Log(4, request.appId + " cancelled");
+        constexpr int kNotYet = static_cast<int>(vtv::ErrorKind::kNo);
+        code = kNotYet;
+        while (code == kNotYet && WaitForEnd(tv, signals, timeout) == End::kFinish) {
+            code = TryToFinish(tv, request);
+        }
+        if (code == kNotYet) {
+            tv.Log(4, request.appId + " cancelled");
+            code = 0;
+        }
     }
-    tv.LeaveApplication(failure);
-    return failure.empty() ? 0 : static_cast<int>(vtv::ErrorKind::kPlatform);
+    tv.LeaveApplication();
+    return code;
 }
 
 int Run(int argc, char** argv, int signals) {
-    CLI::App cli("Plays an application of a virtual TV.", "vtv-app");
+    CLI::App cli("Plays an application of a virtual TV", "vtv-app");
+    cli.formatter(std::make_shared<program::HelpFormatter>());
+    cli.footer("Examples:\n  vtv-app --tv kitchen --auto org.nemra.wizard\n\nExit codes: " +
+               program::ExitCodes());
     const char* environment = std::getenv("VTV_TV");
-    std::string dir = environment != nullptr ? environment : vtv::HomeDir() + "/default";
+    std::string tv = environment != nullptr && *environment != '\0' ? environment : "default";
     bool automatic = false;
     std::string appId;
     std::vector<std::string> extras;
-    cli.add_option("--tv", dir, "The TV's folder")->capture_default_str();
+    cli.add_option("--tv", tv,
+                   "The TV: its folder, or its name as vtv list shows it [default: $VTV_TV, else "
+                   "the TV \"default\"]")
+        ->type_name("TV");
     cli.add_flag("--auto", automatic, "Finish at once, without waiting for anybody");
     cli.add_option("APPID", appId, "The application, for example org.nemra.wizard")->required();
     cli.add_option("KEY=VALUE", extras, "What the application is started with");
     program::RefuseEmptyWords(cli);
+    if (argc == 3 && std::string(argv[1]) == "__man") {
+        const std::string problem = program::AppendToManPage(cli, argv[2]);
+        std::fputs(problem.c_str(), stderr);
+        return problem.empty() ? 0 : static_cast<int>(vtv::ErrorKind::kPlatform);
+    }
     try {
         cli.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -283,12 +212,12 @@ int Run(int argc, char** argv, int signals) {
             equals == std::string::npos ? "" : extra.substr(equals + 1);
     }
     try {
-        return Play(dir, request, automatic, signals);
+        return Play(vtv::TvPath(tv), request, automatic, signals);
     } catch (const vtv::Error& error) {
-        std::fprintf(stderr, "vtv-app: %s\n", error.what());
+        std::fprintf(stderr, "vtv-app: %s\n", program::OneLine(error.what()).c_str());
         return static_cast<int>(error.kind());
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "vtv-app: %s\n", error.what());
+        std::fprintf(stderr, "vtv-app: %s\n", program::OneLine(error.what()).c_str());
         return static_cast<int>(vtv::ErrorKind::kPlatform);
     }
 }

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "virtual_tv.h"
+#include "values.h"
 
 namespace vtv {
 

@@ -1,4 +1,4 @@
-// What somebody who mistyped a word may have meant; the public face has Similar().
+// What somebody who mistyped a word may have meant.
 #pragma once
 
 #include <string>
@@ -7,6 +7,8 @@
 
 namespace vtv {
 
+// Best first: candidates that hold the word, or differ from it in few letters.
+std::vector<std::string> Similar(std::string_view word, const std::vector<std::string>& candidates);
 // " Did you mean \"a\"?" for the candidate that comes closest; "" when none comes close.
 std::string DidYouMean(std::string_view word, const std::vector<std::string>& candidates);
 // "a, b, c".

@@ -4,8 +4,6 @@
 #include <cctype>
 #include <utility>
 
-#include "virtual_tv.h"
-
 namespace vtv {
 
 namespace {

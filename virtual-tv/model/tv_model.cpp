@@ -1,13 +1,17 @@
-// TV models: read and checked.
-#include <json/json.h>
+#include "tv_model.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <set>
 
+#include "applications.h"
+#include "format_version.h"
+#include "json_text.h"
+#include "known_settings.h"
+#include "limits.h"
+#include "policy.h"
 #include "spelling.h"
+#include "text_file.h"
 #include "toml_reader.h"
-#include "tv_impl.h"
 
 namespace vtv {
 
@@ -15,34 +19,20 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char kFeaturePrefix[] = "com.vantelo/featureconf/";
 constexpr char kDefaultAccountUi[] = "com.vantelo.account-ui";
-
-// What tells that an assistant is set up.
-struct AssistantKind {
-    const char* id;
-    const char* marker;  // a file below /home/owner, or null
-};
-constexpr AssistantKind kAssistantKinds[] = {
-    {"ALEXA", "share/.voice/alexa_login_success"},
-    {"GVA", "share/.voice/ga_login_success"},
-    {"SBER", "share/.voice/salute_login_success"},
-    {"ORVIK2", nullptr},   // db/voice-app/activate_first_time
-    {"SVA", nullptr},      // the same
-    {"TENCENT", nullptr},  // db/tencent-voice-assistant/voice-setting
-};
-const std::set<std::string> kHints = {"on_user", "on_default", "off_user", "off_default", "null"};
 
 // Reads one model.
 class ModelReader : private TomlReader {
   public:
     explicit ModelReader(const std::string& file) : TomlReader(file) {}
 
-    Model Read();
+    Model Read(const std::string& text);
 
   private:
     void ReadFeatures(const toml::table& root);
     void ReadAssistants(const toml::table& root);
+    void ReadMember(const toml::table& table, const char* key, const char* setting,
+                    const std::string& appId, Json::Value* members);
     void ReadAssistant(const toml::table& table);
     void ReadSettings(const toml::table& root);
     void CheckPolicy(const toml::node& node, const Value& value) const;
@@ -50,25 +40,30 @@ class ModelReader : private TomlReader {
     void ReadPackages(const toml::table& root);
     void ReadSpeech(const toml::table& root);
     void SetUp(const std::string& id, bool done);
+    void CheckCount(const toml::node& node, const char* what, size_t count, size_t most) const;
+    void ReadOwnerFiles(const toml::table& root);
+    template <typename Parse>
+    auto ReadWord(const toml::table& root, const char* key, const char* otherwise,
+                  Parse parse) const;
+    void ReadState(const toml::table& root);
 
     Model model_;
     // JSON-valued settings that the assistants' tables describe.
-    Json::Value policy_{Json::arrayValue};
     Json::Value wakeUp_{Json::objectValue};
     Json::Value hints_{Json::objectValue};
 };
 
-std::string Compact(const Json::Value& json) {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["emitUTF8"] = true;
-    return Json::writeString(builder, json);
+void ModelReader::CheckCount(const toml::node& node, const char* what, size_t count,
+                             size_t most) const {
+    if (const std::string problem = TooMany(what, count, most); !problem.empty()) {
+        Fail(node, problem);
+    }
 }
 
 void ModelReader::ReadFeatures(const toml::table& root) {
     std::vector<std::string> names;
-    for (const FeatureKey& known : KnownFeatures()) {
-        names.push_back(known.key.substr(sizeof kFeaturePrefix - 1));
+    for (const KnownFeature& known : KnownFeatures()) {
+        names.push_back(known.Name());
     }
     if (const toml::table* features = Table(root, "features")) {
         for (const auto& [key, node] : *features) {
@@ -80,22 +75,27 @@ void ModelReader::ReadFeatures(const toml::table& root) {
                          ". Features that the Voice page does not read go into [other-features], "
                          "under their full key.");
             }
-            const FeatureKey& feature = KnownFeatures()[static_cast<size_t>(known - names.begin())];
+            const KnownFeature& feature =
+                KnownFeatures()[static_cast<size_t>(known - names.begin())];
             const Value value = Scalar(node, std::string(key.str()));
             if (feature.type != TypeName(value)) {
-                const std::string example = feature.type == "bool" ? "true or false"
-                                            : feature.type == "int"
-                                                ? "a whole number, for example 1"
-                                                : "a text in quotes";
                 Fail(node, "the feature \"" + std::string(key.str()) + "\" (" + feature.meaning +
-                               ") is of type " + feature.type + ": write " + example + ".");
+                               ") is of type " + feature.type + ": write " +
+                               ExampleOf(feature.type) + ".");
             }
             model_.features[feature.key] = value;
         }
     }
     if (const toml::table* features = Table(root, "other-features")) {
         for (const auto& [key, node] : *features) {
-            model_.features[std::string(key.str())] = Scalar(node, std::string(key.str()));
+            const std::string name(key.str());
+            const Value value = Scalar(node, name);
+            try {
+                CheckFeature(name, value);
+            } catch (const Error& error) {
+                Fail(node, error.what());
+            }
+            model_.features[name] = value;
         }
     }
 }
@@ -120,38 +120,45 @@ void ModelReader::CheckOrder(const toml::node& where, const std::vector<int>& or
 void ModelReader::CheckPolicy(const toml::node& node, const Value& value) const {
     const std::string* text = std::get_if<std::string>(&value);
     Json::Value root;
-    std::string errors;
-    Json::CharReaderBuilder builder;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    if (text == nullptr ||
-        !reader->parse(text->data(), text->data() + text->size(), &root, &errors) ||
-        !root.isArray()) {
+    if (text == nullptr || !ParseJson(*text, &root) || !root.isArray()) {
         Fail(node, "\"" + std::string(kPolicyKey) +
                        "\" must be a list of assistants, or its JSON text: write "
                        "[{VAOrder = 1, VAId = \"ORVIK2\", ...}].");
     }
     std::vector<int> orders;
     for (const Json::Value& element : root) {
-        if (!element.isObject() || !element["VAOrder"].isInt()) {
+        if (!element.isObject() || !element[policy::kOrder].isInt()) {
             Fail(node, "each assistant of \"" + std::string(kPolicyKey) +
                            "\" needs a whole number as VAOrder.");
         }
-        orders.push_back(element["VAOrder"].asInt());
+        orders.push_back(element[policy::kOrder].asInt());
     }
     CheckOrder(node, orders);
 }
 
 void ModelReader::SetUp(const std::string& id, bool done) {
-    for (const AssistantKind& kind : kAssistantKinds) {
-        if (id == kind.id && kind.marker != nullptr && done) {
-            model_.ownerFiles.push_back(kind.marker);
+    for (const Deed& deed : SetUpDeeds(id, done, "")) {
+        if (deed.kind == Deed::Kind::kOwnerFile) {
+            model_.ownerFiles.push_back(deed.name);
+        } else {
+            model_.settings[deed.name] = deed.value;
         }
     }
-    if (id == "ORVIK2" || id == "SVA") {
-        model_.settings[kFirstTimeKey] = !done;
-    } else if (id == "TENCENT") {
-        model_.settings[kTencentKey] = std::string(done ? "{\"onboarding_completed\":true}" : "{}");
+}
+
+// What a setting with a member for each assistant says of one.
+void ModelReader::ReadMember(const toml::table& table, const char* key, const char* setting,
+                             const std::string& appId, Json::Value* members) {
+    const std::string text = String(table, key, "");
+    const std::vector<const char*>& known = FindKnownSetting(setting)->values;
+    if (text.empty()) {
+        return;
     }
+    if (std::find(known.begin(), known.end(), text) == known.end()) {
+        Fail(*table.get(key), std::string(key) + " must be one of " +
+                                  Join({known.begin(), known.end()}) + ", in quotes.");
+    }
+    (*members)[appId] = text;
 }
 
 void ModelReader::ReadAssistant(const toml::table& table) {
@@ -169,29 +176,16 @@ void ModelReader::ReadAssistant(const toml::table& table) {
     assistant.name = RequiredString(table, "name", "an assistant");
     assistant.farField = Bool(table, "far_field", false);
 
-    std::vector<std::string> ids;
-    for (const AssistantKind& kind : kAssistantKinds) {
-        ids.push_back(kind.id);
-    }
-    if (std::find(ids.begin(), ids.end(), assistant.id) == ids.end()) {
+    if (FindKnownAssistant(assistant.id) == nullptr) {
+        std::vector<std::string> ids;
+        for (const KnownAssistant& known : KnownAssistants()) {
+            ids.emplace_back(known.id);
+        }
         Fail(*table.get("id"), "there is no assistant \"" + assistant.id + "\"." +
                                    DidYouMean(assistant.id, ids) + " Known: " + Join(ids) + ".");
     }
-    const std::string wakeUp = String(table, "wake_up", "");
-    if (!wakeUp.empty() && wakeUp != "on" && wakeUp != "off") {
-        Fail(*table.get("wake_up"), "wake_up must be \"on\" or \"off\".");
-    }
-    if (!wakeUp.empty()) {
-        wakeUp_[assistant.appId] = wakeUp;
-    }
-    const std::string hint = String(table, "hint", "");
-    if (!hint.empty() && kHints.count(hint) == 0) {
-        Fail(*table.get("hint"),
-             "hint must be one of " + Join({kHints.begin(), kHints.end()}) + ", in quotes.");
-    }
-    if (!hint.empty()) {
-        hints_[assistant.appId] = hint;
-    }
+    ReadMember(table, "wake_up", kWakeUpKey, assistant.appId, &wakeUp_);
+    ReadMember(table, "hint", kHintKey, assistant.appId, &hints_);
     SetUp(assistant.id, Bool(table, "set_up", false));
     if (Bool(table, "current", false)) {
         if (model_.settings.count(kCurrentAssistantKey) != 0) {
@@ -199,13 +193,6 @@ void ModelReader::ReadAssistant(const toml::table& table) {
         }
         model_.settings[kCurrentAssistantKey] = assistant.appId;
     }
-    Json::Value element;
-    element["VAOrder"] = assistant.order;
-    element["VAId"] = assistant.id;
-    element["VAAppId"] = assistant.appId;
-    element["VAName"] = assistant.name;
-    element["VAFFSupport"] = assistant.farField;
-    policy_.append(element);
     model_.assistants.push_back(assistant);
 }
 
@@ -214,16 +201,18 @@ void ModelReader::ReadAssistants(const toml::table& root) {
     if (node == nullptr) {
         return;
     }
+    const std::vector<const toml::table*> tables = Tables(root, "assistants");
+    CheckCount(*node, "assistants", tables.size(), kMostAssistants);
     std::vector<int> orders;
-    for (const toml::table* table : Tables(root, "assistants")) {
+    for (const toml::table* table : tables) {
         ReadAssistant(*table);
         orders.push_back(model_.assistants.back().order);
     }
     CheckOrder(*node, orders);
     // An empty list is a policy too: one that offers no assistant at all.
-    model_.settings[kPolicyKey] = Compact(policy_);
-    model_.settings[kWakeUpKey] = Compact(wakeUp_);
-    model_.settings[kHintKey] = Compact(hints_);
+    model_.settings[kPolicyKey] = WritePolicy(model_.assistants);
+    model_.settings[kWakeUpKey] = CompactJson(wakeUp_);
+    model_.settings[kHintKey] = CompactJson(hints_);
 }
 
 void ModelReader::ReadSettings(const toml::table& root) {
@@ -231,6 +220,7 @@ void ModelReader::ReadSettings(const toml::table& root) {
     if (settings == nullptr) {
         return;
     }
+    CheckCount(*settings, "settings", settings->size(), kMostEntries);
     for (const auto& [name, node] : *settings) {
         const std::string key(name.str());
         if (key.rfind("db/", 0) != 0 && key.rfind("memory/", 0) != 0) {
@@ -245,9 +235,12 @@ void ModelReader::ReadSettings(const toml::table& root) {
                      "in one of the two places.");
         }
         const bool json = node.is_table() || node.is_array();
-        const Value value = json ? Value(Compact(ToJson(node))) : Scalar(node, key);
+        const Value value = json ? Value(CompactJson(ToJson(node))) : Scalar(node, key);
         if (key == kPolicyKey) {
             CheckPolicy(node, value);
+        } else if (const std::string problem = TypeProblem(key, TypeName(value));
+                   !problem.empty()) {
+            Fail(node, problem);
         }
         model_.settings[key] = value;
     }
@@ -306,19 +299,71 @@ void ModelReader::ReadSpeech(const toml::table& root) {
     }
 }
 
-Model ModelReader::Read() {
+void ModelReader::ReadOwnerFiles(const toml::table& root) {
+    const toml::node* files = root.get("owner_files");
+    if (files == nullptr) {
+        return;
+    }
+    if (!files->is_array()) {
+        Fail(*files, "owner_files must be a list of paths below /home/owner.");
+    }
+    for (const toml::node& file : *files->as_array()) {
+        const std::string path = file.is_string() ? file.as_string()->get() : "";
+        if (path.empty() || path.front() == '/' ||
+            *fs::path(path).lexically_normal().begin() == "..") {
+            Fail(file,
+                 "a file must be a path below /home/owner, in quotes and without a leading slash.");
+        }
+        model_.ownerFiles.push_back(path);
+    }
+}
+
+// A word that stands for one of a few things.
+template <typename Parse>
+auto ModelReader::ReadWord(const toml::table& root, const char* key, const char* otherwise,
+                           Parse parse) const {
+    const std::string word = String(root, key, otherwise);
+    try {
+        return parse(word);
+    } catch (const Error& error) {
+        Fail(*root.get(key), error.what());
+    }
+}
+
+void ModelReader::ReadState(const toml::table& root) {
+    model_.network = ReadWord(root, "network", "connected", ParseNetwork);
+    model_.applications = ReadWord(root, "applications", "process", ParseApplicationMode);
+    const toml::table* consents = Table(root, "consents");
+    if (consents != nullptr) {
+        CheckKeys(*consents, "in [consents]", {std::begin(kConsents), std::end(kConsents)});
+    }
+    for (const char* item : kConsents) {
+        model_.consents[item] = consents != nullptr && Bool(*consents, item, false);
+    }
+    model_.accountUi = kDefaultAccountUi;
+    if (const toml::table* account = Table(root, "account")) {
+        CheckKeys(*account, "in [account]", {"signed_in", "ui"});
+        model_.signedIn = Bool(*account, "signed_in", false);
+        model_.accountUi = String(*account, "ui", kDefaultAccountUi);
+    }
+}
+
+Model ModelReader::Read(const std::string& text) {
     toml::table root;
     try {
-        root = toml::parse_file(File());
+        root = toml::parse(text, File());
     } catch (const toml::parse_error& error) {
-        std::error_code code;
-        if (!fs::is_regular_file(File(), code)) {
-            throw Error(ErrorKind::kNoSuch, File() + ": there is no such model file.");
-        }
         Fail(error.source(), "this is no TOML: " + std::string(error.description()) + ".");
     }
+    if (const toml::node* version = root.get("version")) {
+        const std::string problem =
+            VersionProblem("a model", version->value_exact<int64_t>(), kModelVersion);
+        if (!problem.empty()) {
+            Fail(*version, problem);
+        }
+    }
     CheckKeys(root, "in a model",
-              {"title", "description", "country", "language", "network", "applications",
+              {"version", "title", "description", "country", "language", "network", "applications",
                "owner_files", "features", "other-features", "settings", "assistants", "consents",
                "account", "packages", "speech"});
     model_.file = File();
@@ -336,53 +381,19 @@ Model ModelReader::Read() {
     ReadSettings(root);
     ReadPackages(root);
     ReadSpeech(root);
-    const std::string network = String(root, "network", "connected");
-    try {
-        model_.network = ParseNetwork(network);
-    } catch (const Error& error) {
-        Fail(*root.get("network"), error.what());
-    }
-    const std::string applications = String(root, "applications", "process");
-    try {
-        model_.applications = ParseApplicationMode(applications);
-    } catch (const Error& error) {
-        Fail(*root.get("applications"), error.what());
-    }
-    model_.consents = {{"tnc", false}, {"pp", false}};
-    if (const toml::table* consents = Table(root, "consents")) {
-        CheckKeys(*consents, "in [consents]", {"tnc", "pp"});
-        for (auto& [item, agreed] : model_.consents) {
-            agreed = Bool(*consents, item.c_str(), false);
-        }
-    }
-    model_.accountUi = kDefaultAccountUi;
-    if (const toml::table* account = Table(root, "account")) {
-        CheckKeys(*account, "in [account]", {"signed_in", "ui"});
-        model_.signedIn = Bool(*account, "signed_in", false);
-        model_.accountUi = String(*account, "ui", kDefaultAccountUi);
-    }
-    if (const toml::node* files = root.get("owner_files")) {
-        if (!files->is_array()) {
-            Fail(*files, "owner_files must be a list of paths below /home/owner.");
-        }
-        for (const toml::node& file : *files->as_array()) {
-            const std::string path = file.is_string() ? file.as_string()->get() : "";
-            if (path.empty() || path.front() == '/' ||
-                *fs::path(path).lexically_normal().begin() == "..") {
-                Fail(file,
-                     "a file must be a path below /home/owner, in quotes and without a "
-                     "leading slash.");
-            }
-            model_.ownerFiles.push_back(path);
-        }
-    }
+    ReadState(root);
+    ReadOwnerFiles(root);
     return model_;
 }
 
 }  // namespace
 
 Model LoadModel(const std::string& file) {
-    return ModelReader(file).Read();
+    return ParseModel(ReadTextFile(file), file);
+}
+
+Model ParseModel(const std::string& text, const std::string& file) {
+    return ModelReader(file).Read(text);
 }
 
 }  // namespace vtv

@@ -1,8 +1,8 @@
+#include "values.h"
+
 #include <charconv>
 #include <cstdio>
 #include <ctime>
-
-#include "virtual_tv.h"
 
 namespace vtv {
 
@@ -11,6 +11,14 @@ Error::~Error() = default;
 const char* TypeName(const Value& value) {
     static const char* const names[] = {"bool", "int", "string"};
     return names[value.index()];
+}
+
+std::string WithArticle(std::string_view type) {
+    return (type == "int" ? "an " : "a ") + std::string(type);
+}
+
+const char* ExampleOf(std::string_view type) {
+    return type == "bool" ? "true or false" : type == "int" ? "a whole number" : "a text in quotes";
 }
 
 std::string ToText(const Value& value) {
@@ -51,14 +59,14 @@ Value ParseValue(const std::string& type, const std::string& text) {
 }
 
 std::string ToText(TimePoint time) {
-    const auto micros = time.time_since_epoch().count();
-    const std::time_t seconds = static_cast<std::time_t>(micros / 1000000);
+    const auto whole = std::chrono::floor<std::chrono::seconds>(time);
+    const auto micros = (time - whole).count();
+    const std::time_t seconds = whole.time_since_epoch().count();
     std::tm parts{};
     gmtime_r(&seconds, &parts);
     char text[40];
     const size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &parts);
-    std::snprintf(text + length, sizeof text - length, ".%06dZ",
-                  static_cast<int>(micros % 1000000));
+    std::snprintf(text + length, sizeof text - length, ".%06dZ", static_cast<int>(micros));
     return text;
 }
 

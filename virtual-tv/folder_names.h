@@ -1,0 +1,13 @@
+// What lies in a folder that others write to.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vtv {
+
+// The names in a folder; none where there is no such folder. One that is there all the time is
+// listed, also when its file is replaced meanwhile. Throws Unreadable.
+std::vector<std::string> NamesIn(const std::string& folder);
+
+}  // namespace vtv

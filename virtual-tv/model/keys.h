@@ -1,0 +1,57 @@
+// Names on a TV: settings, features, consents, files.
+#pragma once
+
+namespace vtv {
+
+// Settings. Those below "db/" are kept, those below "memory/" end with the power.
+inline constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
+inline constexpr char kCurrentAssistantKey[] = "db/multi-assistant/default_assistant_appid";
+inline constexpr char kWakeUpKey[] = "db/menu/voice/assistant_farfield";
+inline constexpr char kHintKey[] = "db/multi-assistant/situational_hint_supported";
+inline constexpr char kFirstTimeKey[] = "db/voice-app/activate_first_time";
+inline constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
+inline constexpr char kLegacyVoiceKey[] = "db/menu/voice/is_k_voice";
+inline constexpr char kBlockKey[] = "db/comss/cisblock";
+inline constexpr char kCountryKey[] = "db/comss/countrycode";
+inline constexpr char kLanguageKey[] = "db/menu_widget/language";
+inline constexpr char kMicrophoneKey[] = "db/aisound-app/soundsensorflag_prev";
+inline constexpr char kPassThroughKey[] = "db/menu/voice/passthru";
+inline constexpr char kPassThroughStateKey[] = "db/menu/voice/passthru/state";
+inline constexpr char kPassThroughMicrophoneKey[] = "db/passthru/mic_state";
+inline constexpr char kPassThroughConnectedKey[] = "memory/passthru/connected";
+inline constexpr char kVoiceGuideKey[] = "db/setting/accessibility/tts";
+inline constexpr char kRefreshKey[] = "db/menu/refresh_menu";
+inline constexpr char kWizardModeKey[] = "memory/wizard/wizard_mode";
+
+// Features.
+#define FEATURES "com.vantelo/featureconf/"
+inline constexpr char kFeaturePrefix[] = FEATURES;  // of every feature that the page knows
+inline constexpr char kChinaFeature[] = FEATURES "cn_ai_service_supported";
+inline constexpr char kDeviceNameFeature[] = FEATURES "product.device_sid";
+inline constexpr char kProductTypeFeature[] = FEATURES "product.product_type";
+inline constexpr char kMonitorFeature[] = FEATURES "product.tessa_monitor_feature_support";
+inline constexpr char kProjectorFeature[] = FEATURES "projector_feature_support";
+inline constexpr char kMicrophoneFeature[] = FEATURES "recorder.microphone_type";
+inline constexpr char kModularFeature[] = FEATURES "the_skeld_version";
+inline constexpr char kNeuralSpeechFeature[] = FEATURES "ttsengine.neural_tts_support";
+inline constexpr char kPassThroughFeature[] = FEATURES "voice.farfield_passthru_support";
+inline constexpr char kFarFieldFeature[] = FEATURES "voice.voice_recognition_far_field_type";
+inline constexpr char kOrvikFeature[] = FEATURES "voice.voice_recognition_orvik_support";
+inline constexpr char kVoiceFeature[] = FEATURES "voice.voice_recognition_support";
+#undef FEATURES
+
+// Consents: terms and conditions, privacy policy.
+inline constexpr const char* kConsents[] = {"tnc", "pp"};
+
+// What else a TV keeps, by name; one that ends with '/' begins the names of several.
+inline constexpr char kSignedInState[] = "account/signed_in";
+inline constexpr char kConsentState[] = "consent/";       // and one of kConsents
+inline constexpr char kModeState[] = "always_on_voice/";  // and an assistant's application id
+inline constexpr char kNetworkState[] = "network";
+inline constexpr char kFeatureState[] = "feature/";           // and a feature's key
+inline constexpr char kAbsentFeatureState[] = "no-feature/";  // and a feature's key
+
+// The folder of the TV's owner, in which applications leave their marks.
+inline constexpr char kOwnerFolder[] = "/home/owner/";
+
+}  // namespace vtv

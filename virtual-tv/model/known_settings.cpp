@@ -1,0 +1,120 @@
+#include "known_settings.h"
+
+namespace vtv {
+
+namespace {
+
+template <typename Known>
+const Known* FindByKey(const std::vector<Known>& all, std::string_view key) {
+    for (const Known& one : all) {
+        if (key == one.key) {
+            return &one;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+const std::vector<KnownSetting>& KnownSettings() {
+    static const std::vector<KnownSetting> settings = {
+        {kCurrentAssistantKey, "string", "application id of the current assistant"},
+        {kPolicyKey, "string", "the assistant policy: a JSON array"},
+        {kWakeUpKey,
+         "string",
+         "hands-free wake-up of each assistant, \"on\" or \"off\"",
+         {"on", "off"},
+         true},
+        {kHintKey,
+         "string",
+         "hint state of each assistant",
+         {"on_default", "off_default", "on_user", "off_user", "null"},
+         true},
+        {kFirstTimeKey, "bool", "true until Orvik has been set up", {"false", "true"}},
+        {kTencentKey,
+         "string",
+         "Tencent's own settings: a JSON object",
+         {R"({"onboarding_completed":true})", "{}"}},
+        {kLegacyVoiceKey, "bool", "the legacy voice assistant is in use", {"false", "true"}},
+        {kBlockKey, "int", "2 while the content hub is blocked", {"0", "2"}},
+        {kCountryKey, "string", "country of the set"},
+        {kLanguageKey, "string", "menu language, such as en_US"},
+        {kMicrophoneKey, "int", "built-in microphone: 0 is off", {"1", "0"}},
+        {kPassThroughKey, "bool", "voice is forwarded to a connected device", {"true", "false"}},
+        {kPassThroughStateKey,
+         "string",
+         "JSON object: \"state\" and \"text\" of pass-through",
+         {R"({"state":"active"})", R"({"state":"dim"})"}},
+        {kPassThroughMicrophoneKey,
+         "bool",
+         "the connected device's microphone is on",
+         {"true", "false"}},
+        {kPassThroughConnectedKey, "bool", "a pass-through device is connected", {"true", "false"}},
+        {kVoiceGuideKey, "bool", "the voice guide speaks", {"true", "false"}},
+        {kRefreshKey, "int", "written 1 to have the menu redrawn"},
+        {kWizardModeKey, "string", "mode of the first-time setup wizard"},
+    };
+    return settings;
+}
+
+const KnownSetting* FindKnownSetting(std::string_view key) {
+    return FindByKey(KnownSettings(), key);
+}
+
+std::string TypeProblem(std::string_view key, std::string_view type) {
+    const KnownSetting* known = FindKnownSetting(key);
+    if (known == nullptr || type == known->type) {
+        return "";
+    }
+    return "\"" + std::string(key) + "\" is " + WithArticle(known->type) + " on a TV (" +
+           known->meaning + "), not " + WithArticle(type) + ": write " + ExampleOf(known->type) +
+           ".";
+}
+
+const std::vector<KnownFeature>& KnownFeatures() {
+    static const std::vector<KnownFeature> features = {
+        {kChinaFeature, "bool", "a China model", {"false", "true"}},
+        {kDeviceNameFeature,
+         "string",
+         "string id that names this kind of device",
+         {"REP.DEVICE.TV", "REP.DEVICE.SCREEN"}},
+        {kProductTypeFeature, "int", "4 is signage", {"0", "4"}},
+        {kMonitorFeature, "bool", "a monitor", {"false", "true"}},
+        {kProjectorFeature, "bool", "a projector", {"false", "true"}},
+        {kMicrophoneFeature, "int", "above 0: a built-in microphone", {"1", "0"}},
+        {kModularFeature, "int", "1 or 2: a modular display", {"0", "1", "2"}},
+        {kNeuralSpeechFeature, "bool", "the neural speech engine is fitted", {"true", "false"}},
+        {kPassThroughFeature,
+         "bool",
+         "far-field voice through a connected device",
+         {"true", "false"}},
+        {kFarFieldFeature, "int", "above 0: far-field microphones", {"1", "0"}},
+        {kOrvikFeature, "bool", "the maker's own assistant", {"true", "false"}},
+        {kVoiceFeature, "bool", "voice recognition at all", {"true", "false"}},
+    };
+    return features;
+}
+
+const KnownFeature* FindKnownFeature(std::string_view key) {
+    return FindByKey(KnownFeatures(), key);
+}
+
+std::string FullFeatureKey(const std::string& name) {
+    return FindKnownFeature(name) == nullptr && name.find('/') == std::string::npos
+               ? kFeaturePrefix + name
+               : name;
+}
+
+std::string ShortFeatureName(const std::string& key) {
+    return key.rfind(kFeaturePrefix, 0) == 0 ? key.substr(sizeof kFeaturePrefix - 1) : key;
+}
+
+void CheckFeature(const std::string& key, const Value& value) {
+    const KnownFeature* known = FindKnownFeature(key);
+    if (known != nullptr && known->type != TypeName(value)) {
+        throw Error(ErrorKind::kUsage, "The feature \"" + key + "\" is of type " + known->type +
+                                           ", not " + TypeName(value) + ".");
+    }
+}
+
+}  // namespace vtv

@@ -1,0 +1,146 @@
+#include "whole_tvs.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <optional>
+
+#include "applications.h"
+#include "folder_names.h"
+#include "running_apps.h"
+#include "tv_impl.h"
+#include "whole_folder.h"
+
+namespace vtv {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// All that a TV's folder holds; what else lies there is somebody's own.
+constexpr std::array kParts = {
+    "tv.toml", "settings", "memory", "state",    "faults", "owner",          "apps",
+    "log",     "trace",    "speech", "switches", ".lock",  "launches.jsonl", ".changes", "recording"};
+
+// The folder of a TV that is to go from where it is.
+std::string RequireOwnFolder(const std::string& dir) {
+    std::string path = Absolute(dir);
+    if (!Tv::IsTv(path)) {
+        throw Error(ErrorKind::kNoSuch, path +
+                                            ": there is no TV here. vtv list shows those that "
+                                            "there are.");
+    }
+    std::error_code error;
+    if (!fs::is_directory(fs::symlink_status(path, error))) {
+        throw Error(ErrorKind::kUsage, path +
+                                           ": this is a link. Name the folder that it leads to: " +
+                                           fs::canonical(path, error).string() + ".");
+    }
+    return path;
+}
+
+// What runs on a TV of whoever made it: a folder "apps" that leads elsewhere tells nothing.
+bool HasApps(const std::string& path) {
+    std::error_code error;
+    return fs::is_directory(fs::symlink_status(path + "/apps", error));
+}
+
+std::vector<RunningApplication> RunningOn(const std::string& path) {
+    return HasApps(path) ? ListRunning(path) : std::vector<RunningApplication>();
+}
+
+// Keeps what changes many things at once, and what starts applications, from a TV.
+class Standstill {
+  public:
+    explicit Standstill(const std::string& path) : changes_(path + "/.lock") {
+        if (HasApps(path)) {
+            starts_.emplace(path + "/apps/.lock");
+        }
+    }
+
+  private:
+    FileLock changes_;
+    std::optional<FileLock> starts_;
+};
+
+void RequireNothingForeign(const std::string& path) {
+    for (const std::string& name : NamesIn(path)) {
+        if (std::find(kParts.begin(), kParts.end(), name) == kParts.end()) {
+            throw Error(ErrorKind::kNo, path + "/" + name +
+                                            ": this is no part of the TV and would be removed "
+                                            "with it. Put it elsewhere, or add --force.");
+        }
+    }
+}
+
+[[noreturn]] void RefuseFor(const std::string& path, const std::vector<RunningApplication>& running,
+                            bool asked) {
+    std::string list;
+    for (const RunningApplication& application : running) {
+        list += (list.empty() ? "" : ", ") + application.appId + " (process " +
+                std::to_string(application.pid) + ")";
+    }
+    throw asked ? Error(ErrorKind::kPlatform,
+                        path + ": applications do not end: " + list + ". End them with kill.")
+                : Error(ErrorKind::kNo, path + ": applications run on this TV: " + list +
+                                            ". End them with vtv app cancel, or add --force.");
+}
+
+}  // namespace
+
+std::string TvPath(const std::string& nameOrDir) {
+    if (nameOrDir.find('/') != std::string::npos || nameOrDir == "." || nameOrDir == ".." ||
+        Tv::IsTv(nameOrDir)) {
+        return fs::absolute(nameOrDir).lexically_normal().string();
+    }
+    return HomeDir() + "/" + nameOrDir;
+}
+
+std::vector<std::string> TvsIn(const std::string& folder) {
+    RemoveLeftFolders(folder);
+    std::vector<std::string> dirs;
+    for (const std::string& name : NamesIn(folder)) {
+        const std::string dir = (fs::path(folder) / name).string();
+        if (Tv::IsTv(dir) && !IsAsideName(name)) {
+            dirs.push_back(dir);
+        }
+    }
+    std::sort(dirs.begin(), dirs.end());
+    return dirs;
+}
+
+std::vector<RunningApplication> RenameTv(const std::string& from, const std::string& to) {
+    const std::string path = RequireOwnFolder(from);
+    const std::string place = Absolute(to);
+    if (place.rfind(path + "/", 0) == 0) {
+        throw Error(ErrorKind::kUsage,
+                    place +
+                        ": this is inside of the TV that is to be renamed. Name another "
+                        "place.");
+    }
+    const Standstill standstill(path);
+    std::vector<RunningApplication> running = RunningOn(path);
+    MoveFolder(path, place);
+    return running;
+}
+
+std::vector<RunningApplication> RemoveTv(const std::string& dir, bool byForce) {
+    const std::string path = RequireOwnFolder(dir);
+    if (!byForce) {
+        RequireNothingForeign(path);
+    }
+    std::vector<RunningApplication> ended = RunningOn(path);
+    if (!ended.empty() && byForce) {
+        EndRunningApplications(path);
+    }
+    {
+        const Standstill standstill(path);
+        if (const std::vector<RunningApplication> running = RunningOn(path); !running.empty()) {
+            RefuseFor(path, running, byForce);
+        }
+        RemoveFolder(path);
+    }
+    return ended;
+}
+
+}  // namespace vtv
