@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "json_views.h"
+#include "program/visible_text.h"
 #include "verbs.h"
 
 namespace cli {
@@ -32,10 +33,10 @@ void List(const Common& common, bool launches) {
     }
     for (const Json::Value& entry : json) {
         std::cout << Paint(Look::kDim,
-                           entry[launches ? "time" : "since"].asString().substr(11, 8) + " ")
+                           TimeOfDay(entry[launches ? "time" : "since"].asString(), 8) + " ")
                   << Paint(Look::kBold, entry["app"].asString());
         for (const std::string& name : entry["extras"].getMemberNames()) {
-            std::cout << "  " << name << '=' << entry["extras"][name].asString();
+            std::cout << "  " << program::OneLine(name + '=' + entry["extras"][name].asString());
         }
         if (launches) {
             std::cout << Paint(Look::kNote, "  " + entry["outcome"].asString());
@@ -139,7 +140,8 @@ void TellAllowed(const Common& common, const std::string& command, bool allowed)
         json["allowed"] = allowed;
         PrintJson(json);
     } else {
-        std::cout << (allowed ? "Allowed on every TV: " : "No longer allowed: ") << command << '\n';
+        std::cout << (allowed ? "Allowed on every TV: " : "No longer allowed: ")
+                  << program::OneLine(command) << '\n';
     }
 }
 
@@ -182,7 +184,7 @@ void AddAllowed(CLI::App& verb, Common& common) {
             std::cout << "No command is allowed.\n";
         }
         for (const std::string& command : commands) {
-            std::cout << command << '\n';
+            std::cout << program::OneLine(command) << '\n';
         }
     });
 }

@@ -5,22 +5,20 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <charconv>
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
-#include <sstream>
 
-#include "help.h"
 #include "host/core/similar_items.h"
+#include "program/help.h"
 #include "program/standard_output.h"
+#include "program/terminal.h"
 #include "program/write_file.h"
+#include "virtual-tv/model/json_text.h"
+#include "virtual-tv/model/text_file.h"
+#include "virtual-tv/whole_tvs.h"
 
 namespace fs = std::filesystem;
 
@@ -31,12 +29,8 @@ namespace {
 constexpr char kDefaultTv[] = "default";
 constexpr char kDefaultModel[] = "farfield-eu";
 
-fs::path ProgramDir() {
-    std::error_code ignored;
-    return fs::read_symlink("/proc/self/exe", ignored).parent_path();
-}
-
 volatile sig_atomic_t interrupted = 0;
+bool isQuiet = false;
 
 void RequireOutput() {
     if (program::IsOutputLost()) {
@@ -44,8 +38,8 @@ void RequireOutput() {
     }
 }
 
-void OnSignal(int) {
-    interrupted = 1;
+void OnSignal(int signal) {
+    interrupted = signal;
 }
 
 }  // namespace
@@ -58,6 +52,28 @@ bool IsGivenBefore(const CLI::App& verb, const std::string& option) {
         }
     }
     return false;
+}
+
+void AddLookOptions(CLI::App& verb, const std::string& group) {
+    const std::map<std::string, program::Colour> words = {{"auto", program::Colour::kAuto},
+                                                          {"always", program::Colour::kAlways},
+                                                          {"never", program::Colour::kNever}};
+    verb.add_option_function<std::string>(
+            "--color",
+            [words](const std::string& word) {
+                const auto found = words.find(word);
+                if (found == words.end()) {
+                    throw CLI::ValidationError("--color",
+                                               "write auto, always or never, not \"" + word + "\"");
+                }
+                program::SetColour(found->second);
+            },
+            "auto: on a terminal, unless NO_COLOR is set; always; never")
+        ->type_name("WHEN")
+        ->group(group);
+    verb.add_flag_callback(
+            "-q,--quiet", [] { isQuiet = true; }, "Only what was asked for, and errors")
+        ->group(group);
 }
 
 CLI::Option* AddProviderOption(CLI::App& verb, Common& common, const std::string& help) {
@@ -78,7 +94,7 @@ CLI::Option* AddProviderOption(CLI::App& verb, Common& common, const std::string
     return verb.add_option("--provider", common.provider, help)
         ->check(exists)
         ->type_name("FILE")
-        ->group(kCommonOptions);
+        ->group(program::kCommonOptions);
 }
 
 CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const std::string& does,
@@ -92,7 +108,7 @@ CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const 
                 return IsGivenBefore(*verb, "--tv") ? "is given twice" : "";
             })
             ->type_name("TV")
-            ->group(kCommonOptions);
+            ->group(program::kCommonOptions);
     } else {
         verb->preparse_callback([verb](size_t) {
             if (IsGivenBefore(*verb, "--tv")) {
@@ -108,14 +124,16 @@ CLI::App* AddVerb(CLI::App& app, Common& common, const std::string& name, const 
         provider->group("");  // taken, so that it can stand in an alias, but of no use here
     }
     if ((takes & kJson) != 0) {
-        verb->add_flag("--json", common.json, "Print JSON for programs")->group(kCommonOptions);
+        verb->add_flag("--json", common.json, "Print JSON for programs")
+            ->group(program::kCommonOptions);
     }
     if ((takes & kRecord) != 0) {
         verb->add_option("--record", common.record,
                          "Add this to a scenario for vtv run, which is begun if it is not there")
             ->type_name("FILE")
-            ->group(kCommonOptions);
+            ->group(program::kCommonOptions);
     }
+    AddLookOptions(*verb, program::kCommonOptions);
     if (!examples.empty()) {
         verb->footer("Examples:\n" + examples);
     }
@@ -139,27 +157,27 @@ void PrintsWithout(CLI::App& verb, const std::vector<CLI::Option*>& changing) {
     }
 }
 
-std::string TvPath(const std::string& nameOrDir) {
-    if (nameOrDir.find('/') != std::string::npos || nameOrDir == "." || nameOrDir == ".." ||
-        vtv::Tv::IsTv(nameOrDir)) {
-        return fs::absolute(nameOrDir).lexically_normal().string();
+std::string TvDir(const std::string& name) {
+    const std::string dir = TvPath(name);
+    vtv::RemoveLeftFolders(fs::path(dir).parent_path().string());
+    if (!vtv::Tv::IsTv(dir)) {
+        throw vtv::Error(vtv::ErrorKind::kNoSuch,
+                         dir + ": there is no TV here. Make one with: vtv new " + name);
     }
-    return vtv::HomeDir() + "/" + nameOrDir;
+    return dir;
 }
 
 std::string TvDir(const Common& common) {
-    std::string name = common.tv;
-    if (name.empty()) {
-        const char* environment = std::getenv("VTV_TV");
-        name = environment != nullptr ? environment : "";
-    }
-    const std::string dir = TvPath(name.empty() ? kDefaultTv : name);
-    if (vtv::Tv::IsTv(dir)) {
-        return dir;
-    }
+    const char* environment = std::getenv("VTV_TV");
+    const std::string name = !common.tv.empty()       ? common.tv
+                             : environment != nullptr ? environment
+                                                      : "";
     if (!name.empty()) {
-        throw vtv::Error(vtv::ErrorKind::kNoSuch,
-                         dir + ": there is no TV here. Make one with: vtv new " + name);
+        return TvDir(name);
+    }
+    std::string dir = TvPath(kDefaultTv);
+    if (vtv::Tv::IsTv(dir)) {
+        return TvDir(kDefaultTv);
     }
     try {
         vtv::Tv::Create(dir, vtv::FindModel(kDefaultModel));
@@ -169,75 +187,72 @@ std::string TvDir(const Common& common) {
         }
         throw;
     }
-    std::cerr << "Made the TV " << dir << " of the model " << kDefaultModel
-              << ". For other models: vtv list --models\n";
+    Note("Made the TV " + dir + " of the model " + kDefaultModel +
+         ". For other models: vtv list --models");
     return dir;
+}
+
+void TellOfNewTv(const std::string& dir, const std::string& name) {
+    if (!isQuiet) {
+        std::cout << program::OneLine("Made " + dir + ". Look at it: vtv show --tv " + name)
+                  << '\n';
+    }
 }
 
 std::string ProviderFile(const Common& common) {
     if (!common.provider.empty()) {
         return common.provider;
     }
-    if (const char* environment = std::getenv("VTV_PROVIDER")) {
-        return environment;
+    const std::string file = host::DefaultProvider();
+    if (std::error_code ignored; !fs::exists(file, ignored)) {
+        throw host::ProviderError(
+            host::ProviderError::Kind::kNoSuchFile,
+            file + ": there is no such provider library. Name one with --provider FILE.so.");
     }
-    constexpr char kName[] = "libsi-ready.so";
-    const fs::path program = ProgramDir();
-    for (const fs::path& candidate :
-         {program / kName, program / "../lib" / kName, program / "../lib/vtv" / kName}) {
-        if (fs::exists(candidate)) {
-            return candidate.lexically_normal().string();
-        }
-    }
-    throw host::ProviderError(host::ProviderError::Kind::kNoSuchFile,
-                              std::string("The provider ") + kName + " is not beside " +
-                                  program.string() + "/vtv. Name one with --provider FILE.so.");
+    return file;
 }
 
-Recorder::Recorder(const Common& common, const vtv::Tv& tv, const host::Recording::Step& step) {
-    if (!common.record.empty()) {
-        recording_.emplace(common.record, tv, step);
+bool IsQuiet() {
+    return isQuiet;
+}
+
+void Note(const std::string& text) {
+    if (!isQuiet) {
+        std::cerr << program::OneLine(text) << '\n';
     }
 }
 
-void Recorder::Done() {
-    if (recording_) {
-        recording_->Done();
-    }
-}
-
-void Recorder::Done(const host::PressResult& result) {
-    if (recording_) {
-        recording_->Done(result);
-    }
+void Warn(const std::string& text) {
+    Note("vtv: warning: " + text);
 }
 
 void WarnOfProblems(const vtv::Tv& tv) {
     for (const std::string& problem : tv.Problems()) {
-        std::cerr << "vtv: warning: " << problem << '\n';
+        Warn(problem);
     }
 }
 
-PoweredTv::PoweredTv(const std::string& dir) : tv(dir) {
+void PrintTried(const With& with) {
+    std::string text;
+    for (const std::string& one : with) {
+        text += (text.empty() ? "" : ", ") + one;
+    }
+    if (!text.empty()) {
+        std::cout << Paint(Look::kDim, "(tried with " + text + "; nothing was written)") << '\n';
+    }
+}
+
+PoweredTv::PoweredTv(const std::string& dir, const With& with)
+    : dir_(dir),
+      trial_(with.empty() ? nullptr : std::make_unique<host::TrialTv>(dir)),
+      tv(trial_ ? trial_->Dir() : dir) {
     WarnOfProblems(tv);
+    host::TryOut(tv, with);
     vtv::PowerOn(tv);
 }
 
 PoweredTv::~PoweredTv() {
     vtv::PowerOff();
-}
-
-CLI::Validator WholeNumber(int atLeast) {
-    const auto problem = [atLeast](const std::string& text) -> std::string {
-        int number = 0;
-        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-        if (error == std::errc() && end == text.data() + text.size() && number >= atLeast) {
-            return "";
-        }
-        return "\"" + text + "\" is no whole number" +
-               (atLeast == INT_MIN ? "" : " from " + std::to_string(atLeast) + " up") + ".";
-    };
-    return {problem, ""};
 }
 
 const host::Item& RequireItem(const std::string& nameOrKey) {
@@ -253,20 +268,18 @@ const host::Item& RequireItem(const std::string& nameOrKey) {
     throw vtv::Error(vtv::ErrorKind::kNoSuch, text);
 }
 
-bool ParseSwitch(const std::string& text) {
-    if (text == "on" || text == "true" || text == "1") {
-        return true;
-    }
-    if (text == "off" || text == "false" || text == "0") {
-        return false;
-    }
-    throw vtv::Error(vtv::ErrorKind::kUsage, "\"" + text + "\": write on or off.");
+void TellOfSignal(Common& common, int signal, const std::string& after) {
+    constexpr int kSignalled = 128;
+    std::cout.flush();
+    std::cerr << "vtv: ended by a signal (" << strsignal(signal) << ") after " << after << '\n';
+    common.exitCode = kSignalled + signal;
 }
 
-bool WaitForTv(const vtv::Tv& tv) {
-    RequireOutput();
-    // The signals are let in only while waiting, so that none is lost between the test and the
-    // wait.
+namespace {
+
+// The signals are let in only while waiting, so that none is lost between the test and the wait.
+Woken WaitFor(std::vector<pollfd> sources,
+              std::optional<std::chrono::steady_clock::time_point> deadline) {
     sigset_t blocked;
     sigset_t old;
     sigemptyset(&blocked);
@@ -277,64 +290,54 @@ bool WaitForTv(const vtv::Tv& tv) {
     action.sa_handler = OnSignal;
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
-    // Whoever waits shows what comes; a pipe without a reader wakes it up as well.
-    pollfd sources[2] = {{tv.EventFd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+    timespec rest{};
+    if (deadline) {
+        const auto nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(
+            *deadline - std::chrono::steady_clock::now());
+        const auto left = std::max(nanoseconds, std::chrono::nanoseconds(0)).count();
+        rest = {static_cast<time_t>(left / 1000000000), static_cast<long>(left % 1000000000)};
+    }
+    int ready = 1;
     if (interrupted == 0) {
-        ppoll(sources, 2, nullptr, &old);
+        ready = ppoll(sources.data(), sources.size(), deadline ? &rest : nullptr, &old);
     }
     sigprocmask(SIG_SETMASK, &old, nullptr);
-    RequireOutput();
-    return interrupted == 0;
-}
-
-namespace {
-
-std::string WriteJson(const Json::Value& value, const char* indentation) {
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = indentation;
-    builder["emitUTF8"] = true;
-    return Json::writeString(builder, value);
+    return interrupted != 0 ? Woken::kBySignal : ready == 0 ? Woken::kByTime : Woken::kByTv;
 }
 
 }  // namespace
 
+Woken WaitForAny(const vtv::Tv& tv, const std::vector<int>& others,
+                 std::optional<std::chrono::steady_clock::time_point> deadline) {
+    std::vector<pollfd> sources = {{tv.EventFd(), POLLIN, 0}};
+    for (const int fd : others) {
+        sources.push_back({fd, POLLIN, 0});
+    }
+    return WaitFor(std::move(sources), deadline);
+}
+
+int EndingSignal() {
+    return interrupted;
+}
+
+bool WaitForTv(const vtv::Tv& tv) {
+    RequireOutput();
+    // Whoever waits shows what comes; a pipe without a reader wakes it up as well.
+    const Woken woken = WaitFor({{tv.EventFd(), POLLIN, 0}, {STDOUT_FILENO, 0, 0}}, std::nullopt);
+    RequireOutput();
+    return woken != Woken::kBySignal;
+}
+
 void PrintJson(const Json::Value& value) {
-    std::cout << WriteJson(value, "  ") << '\n';
+    program::Print(vtv::PrettyJson(value) + "\n", program::Form::kJson);
 }
 
 void PrintJsonLine(const Json::Value& value) {
-    std::cout << WriteJson(value, "") << std::endl;
+    program::Print(vtv::CompactJson(value) + "\n", program::Form::kJson);
 }
 
 Json::Value ToJson(const vtv::Value& value) {
     return std::visit([](const auto& v) { return Json::Value(v); }, value);
-}
-
-std::string ReadFile(const std::string& file) {
-    std::ostringstream text;
-    if (file == "-") {
-        std::copy(std::istreambuf_iterator<char>(std::cin), {},
-                  std::ostreambuf_iterator<char>(text));
-        if (std::ferror(stdin) != 0) {
-            throw vtv::Error(
-                vtv::ErrorKind::kPlatform,
-                std::string("the standard input cannot be read: ") + std::strerror(errno));
-        }
-        return text.str();
-    }
-    if (fs::is_directory(file)) {
-        throw vtv::Error(vtv::ErrorKind::kUsage, file + ": this is a folder; name a file.");
-    }
-    std::ifstream stream(file, std::ios::binary);
-    if (stream && stream.peek() != std::ifstream::traits_type::eof()) {
-        text << stream.rdbuf();
-    }
-    if (!stream.is_open() || stream.bad()) {
-        const bool isMissing = errno == ENOENT || errno == ENOTDIR;
-        throw vtv::Error(isMissing ? vtv::ErrorKind::kNoSuch : vtv::ErrorKind::kPlatform,
-                         file + ": cannot be read: " + std::strerror(errno));
-    }
-    return text.str();
 }
 
 void WriteFile(const std::string& file, const std::string& text) {
@@ -344,19 +347,26 @@ void WriteFile(const std::string& file, const std::string& text) {
     }
 }
 
-host::JsonText ReadJsonFile(const std::string& file) {
-    return {file, ReadFile(file)};
+vtv::JsonText ReadJsonFile(const std::string& file) {
+    return {file, vtv::ReadTextFile(file)};
+}
+
+std::string TimeOfDay(const std::string& time, size_t length) {
+    const size_t date = time.find('T');
+    return date == std::string::npos ? time : time.substr(date + 1, length);
 }
 
 std::string Paint(Look look, const std::string& text) {
-    static const bool colour = isatty(STDOUT_FILENO) == 1 && std::getenv("NO_COLOR") == nullptr;
     const char* code = look == Look::kBold   ? "1"
                        : look == Look::kDim  ? "2"
                        : look == Look::kGood ? "32"
                        : look == Look::kBad  ? "31"
                        : look == Look::kNote ? "36"
                                              : "";
-    return !colour || *code == '\0' ? text : std::string("\033[") + code + "m" + text + "\033[0m";
+    const std::string line = program::OneLine(text);
+    return *code == '\0' || !program::IsColoured()
+               ? line
+               : program::Control(std::string("[") + code + "m") + line + program::Control("[0m");
 }
 
 std::string PaintPlace(const std::string& file, int line, const std::string& function) {

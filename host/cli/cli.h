@@ -5,16 +5,22 @@
 #include <json/json.h>
 #include <CLI/CLI.hpp>
 
+#include <chrono>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "host/core/json_text.h"
-#include "host/core/page.h"
-#include "host/core/provider.h"
-#include "host/core/recording.h"
+#include "host/core/recorder.h"
+#include "host/core/trial.h"
+#include "host/page/page.h"
+#include "host/page/provider.h"
+#include "program/options.h"
+#include "virtual-tv/model/json_text.h"
 #include "virtual-tv/virtual_tv.h"
+#include "virtual-tv/whole_tvs.h"
 
 namespace cli {
 
@@ -49,6 +55,8 @@ struct Common {
 enum Takes : unsigned { kTv = 1, kProvider = 2, kJson = 4, kRecord = 8 };
 // Whether an option was given to the program, or to a group of verbs, before this verb.
 bool IsGivenBefore(const CLI::App& verb, const std::string& option);
+// --color and --quiet, which hold for the program and each verb alike.
+void AddLookOptions(CLI::App& verb, const std::string& group);
 // --provider FILE; a file that is not there ends the program at once.
 CLI::Option* AddProviderOption(CLI::App& verb, Common& common, const std::string& help);
 // Adds a verb with its help. `examples` is shown below the options.
@@ -62,65 +70,101 @@ void PrintsWithout(CLI::App& verb, const std::vector<CLI::Option*>& changing);
 // The folder of the TV that --tv names: made from the default model when none is named and there is
 // none yet. Throws kNoSuch.
 std::string TvDir(const Common& common);
-// The folder that a name or path stands for, whether or not there is a TV.
-std::string TvPath(const std::string& nameOrDir);
+// The folder of the TV of a name or path. Throws kNoSuch.
+std::string TvDir(const std::string& nameOrDir);
+// Says so after a TV was made.
+void TellOfNewTv(const std::string& dir, const std::string& name);
+using vtv::TvPath;
 std::string ProviderFile(const Common& common);
 
+// On the standard error; nothing of it with --quiet.
+void Note(const std::string& text);
+void Warn(const std::string& text);
+bool IsQuiet();
 // Prints a warning for each damaged file.
 void WarnOfProblems(const vtv::Tv& tv);
 
-// Adds what a verb does to the scenario that --record names, if it names one. Make it before the
-// thing is done, which is not to be done when this throws; tell it when it is done.
-class Recorder {
+// Adds what a verb does to the scenario that --record names, and to the one that the TV is being
+// recorded into.
+class Recorder : public host::Recorder {
   public:
-    Recorder(const Common& common, const vtv::Tv& tv, const host::Recording::Step& step);
-    void Done();
-    void Done(const host::PressResult& result);
-
-  private:
-    std::optional<host::Recording> recording_;
+    Recorder(const Common& common, const vtv::Tv& tv, const host::Recording::Step& step)
+        : Recorder(common, tv, [&step] { return step; }) {}
+    Recorder(const Common& common, const vtv::Tv& tv,
+             const std::function<host::Recording::Step()>& step)
+        : host::Recorder(common.record, tv, step) {}
 };
 
-// A TV that is on for as long as this lives.
+// What is tried on a copy of the TV, which is as it was before: NAME=VALUE.
+using With = std::vector<std::string>;
+using program::AddWith;
+// Below what was printed: what it holds for.
+void PrintTried(const With& with);
+
+// A TV that is on for as long as this lives; a copy of it where something is tried.
 class PoweredTv {
   public:
-    explicit PoweredTv(const Common& common) : PoweredTv(TvDir(common)) {}
-    explicit PoweredTv(const std::string& dir);
+    explicit PoweredTv(const Common& common, const With& with = {})
+        : PoweredTv(TvDir(common), with) {}
+    explicit PoweredTv(const std::string& dir, const With& with = {});
     ~PoweredTv();
     PoweredTv(const PoweredTv&) = delete;
     PoweredTv& operator=(const PoweredTv&) = delete;
 
+    // The folder of the TV that was meant, also while something is tried.
+    const std::string& Dir() const { return dir_; }
+
+  private:
+    std::string dir_;
+    std::unique_ptr<host::TrialTv> trial_;
+
+  public:
     vtv::Tv tv;
 };
 
 // A TV that is on, with the provider that answers for its page.
 class Session : public PoweredTv {
   public:
-    explicit Session(const Common& common) : PoweredTv(common), provider(ProviderFile(common)) {}
+    explicit Session(const Common& common, const With& with = {})
+        : PoweredTv(common, with), provider(ProviderFile(common)) {}
 
     host::Provider provider;
 };
 
-// A check for options that take a number.
-CLI::Validator WholeNumber(int atLeast);
+using program::WholeNumber;
 // Throws kNoSuch with the names that come close.
 const host::Item& RequireItem(const std::string& nameOrKey);
-bool ParseSwitch(const std::string& text);  // on, off; throws kUsage
+
+// For a verb that was ended by a signal and keeps what it has found: says after what, and exits as
+// shells say it.
+void TellOfSignal(Common& common, int signal, const std::string& after);
 
 // Waits until the TV has something to tell, or until SIGINT or SIGTERM; false for the latter.
 // Throws OutputLost.
 bool WaitForTv(const vtv::Tv& tv);
 
+// What ended a wait.
+enum class Woken { kByTv /* or one of the others */, kBySignal, kByTime };
+// The same for a verb that prints nothing meanwhile, also until one of the other descriptors is
+// readable, or until the deadline.
+Woken WaitForAny(const vtv::Tv& tv, const std::vector<int>& others,
+                 std::optional<std::chrono::steady_clock::time_point> deadline);
+// The signal of Woken::kBySignal.
+int EndingSignal();
+
+// Always JSON in UTF-8: a byte of a value that is none becomes U+FFFD.
 void PrintJson(const Json::Value& value);
-// One line; for streams of documents.
+// One line, written at once; for streams of documents.
 void PrintJsonLine(const Json::Value& value);
 Json::Value ToJson(const vtv::Value& value);
-std::string ReadFile(const std::string& file);  // "-" is the standard input
-host::JsonText ReadJsonFile(const std::string& file);
+vtv::JsonText ReadJsonFile(const std::string& file);  // "-" is the standard input
 // The whole file or none of it.
 void WriteFile(const std::string& file, const std::string& text);
 
-// Words in colour where the standard output is a terminal and NO_COLOR is not set.
+// The first of "hh:mm:ss.uuuuuu" in a time as JSON has it, of whatever year.
+std::string TimeOfDay(const std::string& time, size_t length);
+
+// Words on one line, in colour where program::IsColoured().
 enum class Look { kPlain, kBold, kDim, kGood, kBad, kNote };
 std::string Paint(Look look, const std::string& text);
 // "file.cpp:12 function ", where something was recorded; empty without a function.

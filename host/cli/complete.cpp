@@ -1,12 +1,16 @@
 // vtv __complete: what may come next on the command line, for the shells' glue scripts in
 // packaging/.
-#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
-#include <iostream>
+#include <iterator>
 
-#include "help.h"
-#include "host/core/known_settings.h"
+#include "host/core/tv_names.h"
+#include "program/complete.h"
+#include "program/findings.h"
+#include "program/help.h"
 #include "verbs.h"
+#include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/whole_tvs.h"
 
 namespace fs = std::filesystem;
 
@@ -26,9 +30,8 @@ Words Items() {
 
 Words Tvs() {
     Words words;
-    std::error_code error;
-    for (const fs::directory_entry& entry : fs::directory_iterator(vtv::HomeDir(), error)) {
-        words.push_back(entry.path().filename().string());
+    for (const std::string& dir : vtv::TvsIn(vtv::HomeDir())) {
+        words.push_back(fs::path(dir).filename().string());
     }
     return words;
 }
@@ -41,45 +44,137 @@ Words Models() {
     return words;
 }
 
-// The settings that the named TV has, and those that the page knows. Never makes a TV.
-Words Settings(const Words& line) {
-    Words words;
-    for (const host::KnownSetting& known : host::KnownSettings()) {
-        words.emplace_back(known.key);
-    }
-    std::string tv = "default";
+// The folder of the TV that a line is about, whether there is one or not.
+std::string NamedTv(const Words& line) {
+    const char* environment = std::getenv("VTV_TV");
+    std::string tv = environment != nullptr && *environment != '\0' ? environment : "default";
     for (size_t i = 0; i + 1 < line.size(); ++i) {
         tv = line[i] == "--tv" ? line[i + 1] : tv;
     }
-    if (vtv::Tv::IsTv(TvPath(tv))) {
-        for (const vtv::Setting& setting : vtv::Tv(TvPath(tv)).Settings()) {
+    return TvPath(tv);
+}
+
+// The settings that the named TV has, and those that the page knows. Never makes a TV.
+Words Settings(const Words& line) {
+    Words words;
+    for (const vtv::KnownSetting& known : vtv::KnownSettings()) {
+        words.emplace_back(known.key);
+    }
+    if (vtv::Tv::IsTv(NamedTv(line))) {
+        for (const vtv::Setting& setting : vtv::Tv(NamedTv(line)).Settings()) {
             words.push_back(setting.key);
         }
     }
     return words;
 }
 
-Words Features() {
-    Words words;
-    for (const vtv::FeatureKey& feature : vtv::KnownFeatures()) {
+Words Features(Words words = {}) {
+    for (const vtv::KnownFeature& feature : vtv::KnownFeatures()) {
         words.push_back(feature.key.substr(feature.key.rfind('/') + 1));
     }
     return words;
 }
 
-const CLI::App* Find(const CLI::App& app, const std::string& name) {
-    const auto found =
-        app.get_subcommands([&](const CLI::App* verb) { return verb->get_name() == name; });
-    return found.empty() ? nullptr : found.front();
+// What --with can try.
+Words TriedNames(const Words& line) {
+    Words words = Features(Settings(line));
+    for (const host::StateName& known : host::StateNames()) {
+        words.emplace_back(known.name);
+    }
+    return words;
+}
+
+// The names that conditions begin with, and of items all that can be waited for.
+Words Conditions(const Words& line) {
+    Words words;
+    for (const std::string& name : TriedNames(line)) {
+        words.push_back(name + "=");
+    }
+    for (const host::Item& item : host::PageItems()) {
+        for (const char* state : {"enabled", "disabled", "shown", "hidden"}) {
+            words.push_back(std::string(item.name) + "=" + state);
+        }
+    }
+    return words;
+}
+
+Words Languages() {
+    Words words = vtv::Tv::Languages();
+    for (const std::string& file : vtv::ModelFiles()) {
+        try {
+            const vtv::Model model = vtv::LoadModel(file);
+            const auto language = model.settings.find(vtv::kLanguageKey);
+            if (language != model.settings.end()) {
+                words.push_back(vtv::ToText(language->second));
+            }
+        } catch (const vtv::Error&) {
+            continue;  // a broken model has none
+        }
+    }
+    return words;
+}
+
+// The applications that run on the named TV. Never makes a TV.
+Words RunningApplications(const Words& line) {
+    Words words;
+    if (vtv::Tv::IsTv(NamedTv(line))) {
+        for (const vtv::RunningApplication& running :
+             vtv::Tv(NamedTv(line)).RunningApplications()) {
+            words.push_back(running.appId);
+        }
+    }
+    return words;
+}
+
+// Those of the named TV's model that have a command, which may be allowed.
+Words Commands(const Words& line) {
+    Words words;
+    if (vtv::Tv::IsTv(NamedTv(line))) {
+        for (const vtv::Package& package : vtv::Tv(NamedTv(line)).GetModel().packages) {
+            if (!package.command.empty()) {
+                words.push_back(package.appId);
+            }
+        }
+    }
+    return words;
+}
+
+// What a verb that looks at one thing of the TV, or changes it, sets it to.
+Words States(const std::string& verb, const Words& line) {
+    if (verb == "vtv language") {
+        return Languages();
+    }
+    if (verb == "vtv account") {
+        return {"signed-in", "signed-out"};
+    }
+    if (verb == "vtv network") {
+        return {"connected", "disconnected", "host"};
+    }
+    if (verb == "vtv voice-guide" || verb == "vtv consent") {
+        return {"on", "off"};
+    }
+    for (const std::string& word : line) {
+        const host::Item* item = verb == "vtv choose" ? host::FindItem(word) : nullptr;
+        if (item != nullptr && item->kind == host::ItemKind::kSwitch) {
+            return {"on", "off"};
+        }
+        for (const vtv::KnownFeature& known : vtv::KnownFeatures()) {
+            if (verb == "vtv feature" && (word == known.key || word == known.Name())) {
+                return {known.values.begin(), known.values.end()};
+            }
+        }
+    }
+    return {};
 }
 
 // What an option or a positional argument takes; empty where only the user knows, or a file is
 // meant.
-Words Values(const std::string& what, const Words& line) {
+Words WordsFor(const CLI::App& app, const std::string& what, const Words& line) {
+    const std::string verb = program::FullName(app);
     if (what == "EXPLORATION") {
         return {"table", "check", "sequences", "diff", "depends", "impact"};
     }
-    if (what == "--tv" && line.front() == "impact") {
+    if (what == "--tv" && verb == "vtv impact") {
         return Models();
     }
     if (what == "--tv" || what == "TV" || what == "OTHER") {
@@ -92,7 +187,10 @@ Words Values(const std::string& what, const Words& line) {
         return Items();
     }
     if (what == "KEY") {
-        return Settings(line);
+        return verb == "vtv describe" ? Features(Settings(line)) : Settings(line);
+    }
+    if (what == "--with") {
+        return TriedNames(line);
     }
     if (what == "TYPE") {
         return {"bool", "int", "string"};
@@ -106,67 +204,47 @@ Words Values(const std::string& what, const Words& line) {
     if (what == "--priority") {
         return {"debug", "info", "warning", "error"};
     }
-    return {};
-}
-
-Words Candidates(const CLI::App& app, const Words& line) {
-    const CLI::App* verb = &app;
-    size_t begin = 0;
-    while (begin + 1 < line.size()) {
-        if (line[begin].rfind("--", 0) == 0 && verb->get_require_subcommand_min() > 0) {
-            begin += 2;  // an option before the verb, and its value
-        } else if (const CLI::App* next = Find(*verb, line[begin])) {
-            verb = next;
-            ++begin;
-        } else {
-            break;
-        }
+    if (what == "--language") {
+        return vtv::Tv::Languages();
     }
-    const std::string& last = line.back();
-    if (last.rfind("-", 0) == 0) {
-        return OptionNames(*verb);
+    if (what == "--color") {
+        return {"auto", "always", "never"};
     }
-    if (verb->get_require_subcommand_min() > 0) {
-        return VerbNames(*verb);
+    if (what == "--format") {
+        return program::kFindingsFormats;
     }
-    if (line.size() >= 2 && line[line.size() - 2].rfind("--", 0) == 0) {
-        const Words values = Values(line[line.size() - 2], line);
-        if (!values.empty()) {
-            return values;
-        }
+    if (what == "CONDITION") {
+        return Conditions(line);
     }
-    size_t positional = 0;
-    for (size_t i = begin; i + 1 < line.size(); ++i) {
-        const bool option = line[i].rfind("-", 0) == 0;
-        const bool value =
-            i > begin && line[i - 1].rfind("--", 0) == 0 && !Values(line[i - 1], line).empty();
-        positional += option || value ? 0 : 1;
+    if (what == "CONSENT") {
+        return {std::begin(vtv::kConsents), std::end(vtv::kConsents)};
     }
-    size_t at = 0;
-    for (const CLI::Option* option : verb->get_options()) {
-        if (option->get_positional() && at++ == positional) {
-            return Values(option->get_name(true, false), line);
-        }
+    if (what == "MODE") {
+        return {"process", "auto", "record"};
     }
-    const bool isOfItems =
-        begin < line.size() && (line[begin] == "table" || line[begin] == "depends");
-    return verb->get_name() == "explore" && isOfItems ? Items() : Words();
+    if (what == "APP") {
+        return verb == "vtv app finish" || verb == "vtv app cancel" ? RunningApplications(line)
+                                                                    : Commands(line);
+    }
+    return what == "VALUE" ? States(verb, line) : Words();
 }
 
 }  // namespace
 
-void Complete(const CLI::App& app, Words line) {
-    if (line.empty()) {
-        line.emplace_back();
-    }
-    Words candidates = Candidates(app, line);
-    std::sort(candidates.begin(), candidates.end());
-    candidates.erase(std::unique(candidates.begin(), candidates.end()), candidates.end());
-    for (const std::string& candidate : candidates) {
-        if (candidate.rfind(line.back(), 0) == 0) {
-            std::cout << candidate << '\n';
+void Complete(const CLI::App& app, const std::vector<std::string>& line) {
+    // "help app f" goes on as "app f", as far as verbs go.
+    if (line.size() > 1 && line.front() == "help") {
+        const Words rest(line.begin() + 1, line.end());
+        if (program::VerbOf(app, rest).verb->get_require_subcommand_min() > 0) {
+            Complete(app, rest);
         }
+        return;
     }
+    const auto [verb, begin] = program::VerbOf(app, line);
+    if (verb->get_prefix_command() && CompleteExploration({line.begin() + begin, line.end()})) {
+        return;
+    }
+    program::Complete(app, line, WordsFor);
 }
 
 }  // namespace cli

@@ -5,7 +5,8 @@
 #include <memory>
 
 #include "json_views.h"
-#include "text_width.h"
+#include "program/text_width.h"
+#include "program/visible_text.h"
 #include "verbs.h"
 
 namespace cli {
@@ -28,21 +29,16 @@ void PrintReads(const std::vector<vtv::Read>& reads, const vtv::Tv& tv) {
             read.function == reads[i - 1].function && read.value == reads[i - 1].value) {
             continue;
         }
-        std::cout << "  " << Pad(read.subject.empty() ? read.function : read.subject, 52) << ' '
-                  << Cut(Quoted(read), 60) << '\n'
+        std::cout << "  " << program::Pad(read.subject.empty() ? read.function : read.subject, 52)
+                  << ' ' << program::Cut(Quoted(read), 60) << '\n'
                   << Paint(Look::kDim, "      " + host::Describe(read, tv)) << '\n';
     }
 }
 
 void Print(const host::Reasons& reasons, const std::string& about, const vtv::Tv& tv) {
-    std::string title = about + reasons.answer;
-    if (reasons.question == "value") {
-        title = "reads " + reasons.answer;
-    } else if (reasons.question == "reason") {
-        title = "tells the viewer " +
-                (reasons.answer.empty() ? std::string("nothing") : '"' + reasons.answer + '"');
-    }
-    std::cout << '\n' << Paint(Look::kNote, title) << ": " << reasons.because << '\n';
+    std::cout << '\n'
+              << Paint(Look::kNote, about + host::Heading(reasons)) << ": "
+              << program::OneLine(reasons.because) << '\n';
     if (reasons.rule.function != nullptr) {
         std::cout << Paint(Look::kDim, std::string("  rule: ") + reasons.rule.function + " in " +
                                            reasons.rule.source)
@@ -50,7 +46,7 @@ void Print(const host::Reasons& reasons, const std::string& about, const vtv::Tv
     }
     for (const host::Difference& difference : reasons.differences.found) {
         const std::string other = difference.answer.empty() ? "nothing" : difference.answer;
-        std::cout << "  " << other << " with " << host::ToText(difference) << '\n';
+        std::cout << "  " << program::OneLine(other + " with " + host::ToText(difference)) << '\n';
     }
     PrintReads(reasons.reads, tv);
 }
@@ -70,9 +66,11 @@ void Print(const host::Explanation& explanation, const vtv::Tv& tv) {
 
 void AddExplain(CLI::App& app, Common& common) {
     const auto name = std::make_shared<std::string>();
+    const auto with = std::make_shared<With>();
     CLI::App* verb =
         AddVerb(app, common, "explain", "Tell why an item is hidden, dimmed, or reads as it does",
                 "  vtv explain voice-wake-up\n"
+                "  vtv explain voice-wake-up --with account=signed-out     what if?\n"
                 "  vtv explain voice-settings-google --json\n\n"
                 "Each answer is followed by its reason, the rule in the provider's source, what\n"
                 "would change the answer, and what was read for it, in order. Reasons are found\n"
@@ -80,14 +78,16 @@ void AddExplain(CLI::App& app, Common& common) {
                 "nothing reaches the TV.",
                 kTv | kProvider | kJson);
     verb->add_option("ITEM", *name, "The item, by name or key")->required();
-    verb->callback([&common, name] {
+    AddWith(*verb, *with);
+    verb->callback([&common, name, with] {
         const host::Item& item = RequireItem(*name);
-        const Session session(common);
+        const Session session(common, *with);
         const host::Explanation explanation = host::Explain(session.provider, session.tv, item);
         if (common.json) {
             PrintJson(ToJson(explanation, session.tv));
         } else {
             Print(explanation, session.tv);
+            PrintTried(*with);
         }
     });
 }

@@ -1,15 +1,10 @@
 // vtv explore and vtv impact: run vtv-explore, the program that is beside this one.
-#include <unistd.h>
-
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <iostream>
 #include <memory>
 
+#include "other_program.h"
+#include "program/impact_options.h"
 #include "verbs.h"
-
-namespace fs = std::filesystem;
 
 namespace cli {
 
@@ -19,53 +14,22 @@ using Words = std::vector<std::string>;
 
 constexpr char kExplorations[] = "table, check, sequences, diff, depends or impact";
 
-struct ImpactOptions {
-    std::string before;
-    std::string after;
-    Words models;
-    bool json = false;
-    bool html = false;
-    bool quiet = false;
-    int jobs = 0;
-};
-
-std::string Explorer() {
-    std::error_code ignored;
-    const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
-    const fs::path program = folder / "vtv-explore";
-    if (!fs::exists(program, ignored)) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform,
-                         "This needs the program vtv-explore, which is not in " + folder.string() +
-                             ". Install it there, or build it: cmake --build BUILD-FOLDER "
-                             "--target vtv-explore");
-    }
-    return program.string();
-}
-
-// Goes on as that program, so that its exit code, signals and terminal are this one's.
 [[noreturn]] void BecomeExplorer(const Common& common, const Words& arguments) {
-    const std::string program = Explorer();
+    const std::string program =
+        ProgramBeside("vtv-explore",
+                      "Install it there, or build it: cmake --build BUILD-FOLDER --target "
+                      "vtv-explore");
     if (!common.provider.empty()) {
         setenv("VTV_PROVIDER", common.provider.c_str(), 1);
     }
-    Words words = {program};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
-    std::cout.flush();
-    execv(program.c_str(), argv.data());
-    throw vtv::Error(vtv::ErrorKind::kPlatform,
-                     program + ": cannot be started: " + std::strerror(errno) + ".");
+    Become(program, arguments);
 }
 
 void Explore(const Common& common, const CLI::App& verb, const std::string& exploration) {
     Words words = verb.remaining();
     if (exploration.empty() && words.empty()) {
         throw vtv::Error(vtv::ErrorKind::kUsage, std::string("Say which exploration: ") +
-                                                     kExplorations + ".\nSee: vtv explore --help");
+                                                     kExplorations + ". See: vtv explore --help");
     }
     if (exploration.empty() && (words.front() == "--help" || words.front() == "-h")) {
         throw CLI::CallForHelp();
@@ -80,11 +44,12 @@ void Explore(const Common& common, const CLI::App& verb, const std::string& expl
     BecomeExplorer(common, words);
 }
 
-void Impact(const Common& common, const ImpactOptions& options) {
+void Impact(const Common& common, const program::ImpactOptions& options) {
     Words words = {"impact", options.before, options.after};
     for (const std::string& model : options.models) {
         words.insert(words.end(), {"--tv", model});
     }
+    words.insert(words.end(), {"--format", options.format});
     if (options.json) {
         words.emplace_back("--json");
     }
@@ -101,6 +66,15 @@ void Impact(const Common& common, const ImpactOptions& options) {
 }
 
 }  // namespace
+
+bool CompleteExploration(std::vector<std::string> words) {
+    words.insert(words.begin(), "__complete");
+    try {
+        BecomeExplorer({}, words);
+    } catch (const vtv::Error&) {
+        return false;
+    }
+}
 
 void AddExplore(CLI::App& app, Common& common) {
     const auto exploration = std::make_shared<std::string>();
@@ -121,7 +95,7 @@ void AddExplore(CLI::App& app, Common& common) {
     explore->add_option("EXPLORATION", *exploration, kExplorations);
     explore->callback([&common, explore, exploration] { Explore(common, *explore, *exploration); });
 
-    const auto comparing = std::make_shared<ImpactOptions>();
+    const auto comparing = std::make_shared<program::ImpactOptions>();
     CLI::App* impact = AddVerb(
         app, common, "impact", "Show what a new assistant policy changes, and for whom",
         "  vtv policy show --json > old.json\n"
@@ -133,19 +107,8 @@ void AddExplore(CLI::App& app, Common& common) {
         "a policy is malformed; what a TV would do with it is told. It is the program vtv-explore\n"
         "that does the work; it must be installed beside vtv.",
         kProvider);
-    impact->add_option("OLD", comparing->before, "The policy that TVs have, a JSON file")
-        ->required();
-    impact->add_option("NEW", comparing->after, "The policy that is to be published")->required();
-    impact->add_option("--tv", comparing->models, "A TV model, by name or file; again for more")
-        ->type_name("MODEL")
-        ->take_all()
-        ->expected(1);
-    CLI::Option* json = impact->add_flag("--json", comparing->json, "Print JSON for programs");
-    impact->add_flag("--html", comparing->html, "Print an HTML page")->excludes(json);
-    impact->add_flag("--quiet,-q", comparing->quiet, "No progress and no rate");
-    impact->add_option("--jobs,-j", comparing->jobs, "Worker processes; 0: one a processor")
-        ->type_name("N")
-        ->check(WholeNumber(0));
+    impact->remove_option(impact->get_option("--quiet"));  // the other program has its own
+    program::AddImpactOptions(*impact, *comparing);
     impact->callback([&common, comparing] { Impact(common, *comparing); });
 }
 

@@ -132,11 +132,11 @@ Json::Value ToJson(const host::PressResult& result, const host::Item& item) {
 
 namespace {
 
-Json::Value ToJson(const std::optional<vtv::Value>& value) {
-    return value ? cli::ToJson(*value) : Json::Value();
+Json::Value ValueToJson(const std::optional<vtv::Value>& value) {
+    return value ? ToJson(*value) : Json::Value();
 }
 
-Json::Value ToJson(const host::Differences& differences) {
+Json::Value DifferencesToJson(const host::Differences& differences) {
     Json::Value json(Json::arrayValue);
     for (const host::Difference& difference : differences.found) {
         Json::Value way;
@@ -147,8 +147,8 @@ Json::Value ToJson(const host::Differences& differences) {
             Json::Value change;
             change["function"] = supposition.read.function;
             change["subject"] = supposition.read.subject;
-            change["from"] = ToJson(supposition.was.value);
-            change["to"] = ToJson(supposition.read.value);
+            change["from"] = ValueToJson(supposition.was.value);
+            change["to"] = ValueToJson(supposition.read.value);
             change["now"] = supposition.now;
             way["changes"].append(change);
         }
@@ -157,7 +157,7 @@ Json::Value ToJson(const host::Differences& differences) {
     return json;
 }
 
-Json::Value ToJson(const host::Reasons& reasons, const vtv::Tv& tv) {
+Json::Value ReasonsToJson(const host::Reasons& reasons, const vtv::Tv& tv) {
     Json::Value json;
     json["question"] = reasons.question;
     json["answer"] = reasons.answer;
@@ -167,13 +167,13 @@ Json::Value ToJson(const host::Reasons& reasons, const vtv::Tv& tv) {
         json["rule"]["function"] = reasons.rule.function;
         json["rule"]["source"] = reasons.rule.source;
     }
-    json["otherwise"] = ToJson(reasons.differences);
+    json["otherwise"] = DifferencesToJson(reasons.differences);
     json["reads"] = Json::Value(Json::arrayValue);
     for (const vtv::Read& read : reasons.reads) {
         Json::Value one;
         one["function"] = read.function;
         one["subject"] = read.subject;
-        one["value"] = ToJson(read.value);
+        one["value"] = ValueToJson(read.value);
         one["text"] = host::Describe(read, tv);
         json["reads"].append(one);
     }
@@ -189,12 +189,12 @@ Json::Value ToJson(const host::Explanation& explanation, const vtv::Tv& tv) {
     json["reachable"] = explanation.reachable;
     json["barrier"] = Json::Value();
     if (explanation.barrier != nullptr) {
-        json["barrier"] = ToJson(explanation.barrierReasons, tv);
+        json["barrier"] = ReasonsToJson(explanation.barrierReasons, tv);
         json["barrier"]["item"] = explanation.barrier->name;
     }
     json["questions"] = Json::Value(Json::arrayValue);
     for (const host::Reasons& reasons : explanation.reasons) {
-        json["questions"].append(ToJson(reasons, tv));
+        json["questions"].append(ReasonsToJson(reasons, tv));
     }
     return json;
 }
@@ -276,6 +276,7 @@ Json::Value ToJson(const host::ScenarioResult& result) {
         entry["played"] = step.played;
         entry["seconds"] = step.seconds;
         entry["failures"] = TextsToJson(step.failures);
+        entry["beside"] = TextsToJson(step.beside);
         json["steps"].append(entry);
     }
     return json;

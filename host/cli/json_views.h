@@ -4,9 +4,9 @@
 #include <json/json.h>
 
 #include "host/core/explain.h"
-#include "host/core/page.h"
 #include "host/core/scenario.h"
-#include "host/core/viewer.h"
+#include "host/page/page.h"
+#include "host/page/viewer.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace cli {

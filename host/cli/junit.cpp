@@ -56,11 +56,35 @@ std::string Seconds(double seconds) {
     return text;
 }
 
+// Over all of them, as the head of the file has it.
+std::string Totals(const std::vector<host::ScenarioResult>& results) {
+    size_t tests = 0;
+    size_t failures = 0;
+    size_t errors = 0;
+    size_t skipped = 0;
+    double seconds = 0;
+    for (const host::ScenarioResult& result : results) {
+        const bool isBroken = !result.problems.empty();
+        errors += isBroken ? 1 : 0;
+        tests += isBroken ? 1 : result.steps.size();
+        for (const host::StepResult& step : result.steps) {
+            failures += isBroken || step.failures.empty() ? 0 : 1;
+            skipped += isBroken || step.played ? 0 : 1;
+            seconds += step.seconds;
+        }
+    }
+    return Attribute("tests", std::to_string(tests)) +
+           Attribute("failures", std::to_string(failures)) +
+           Attribute("errors", std::to_string(errors)) +
+           Attribute("skipped", std::to_string(skipped)) + Attribute("time", Seconds(seconds));
+}
+
 }  // namespace
 
 std::string JUnit(const std::vector<host::ScenarioResult>& results) {
     std::ostringstream xml;
-    xml << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n";
+    xml << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" << Attribute("name", "vtv run")
+        << Totals(results) << ">\n";
     for (const host::ScenarioResult& result : results) {
         if (!result.problems.empty()) {
             xml << BrokenSuite(result);

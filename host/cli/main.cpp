@@ -1,37 +1,50 @@
 // vtv: a virtual TV's Voice page on the command line.
+#include <algorithm>
 #include <iostream>
+#include <new>
 
-#include "help.h"
+#include "program/help.h"
 #include "program/options.h"
 #include "program/standard_output.h"
+#include "program/terminal.h"
 #include "verbs.h"
+#include "virtual-tv/model/spelling.h"
 
 namespace cli {
 namespace {
 
 constexpr char kExamples[] =
     "Examples:\n"
-    "  vtv show                         the Voice page of the default TV\n"
-    "  vtv press voice-assistant        what a viewer sees who presses an item\n"
-    "  vtv explain voice-wake-up        why an item is hidden, dimmed or on\n"
-    "  vtv new kitchen --model ptt-passthrough-us && vtv show --tv kitchen\n"
+    "  vtv show          the Voice page of the default TV\n"
+    "  vtv help press    all of a verb, with its options and examples\n"
     "\n"
-    "Each verb has a help of its own: vtv VERB --help. Exit codes: ";
+    "Exit codes: ";
 
 // The help lists the verbs in these groups.
 const std::pair<const char*, std::vector<std::string>> kGroups[] = {
-    {"The page", {"show", "press", "choose", "explain", "search"}},
-    {"TVs", {"new", "list", "import", "dump", "load", "snapshot", "restore", "diff"}},
-    {"What the page is made of", {"get", "set", "unset", "watch", "feature", "policy", "app"}},
+    {"The page",
+     {"show", "window", "picture", "gallery", "press", "choose", "explain", "search", "texts"}},
+    {"TVs",
+     {"new", "list", "copy", "rename", "remove", "import", "dump", "load", "snapshot", "restore",
+      "diff"}},
+    {"What the page is made of",
+     {"keys", "describe", "get", "set", "unset", "reset", "watch", "wait", "feature", "policy",
+      "app"}},
     {"The TV around it",
      {"language", "voice-guide", "account", "consent", "network", "file", "power-cycle"}},
-    {"Proving", {"run", "validate", "explore", "impact", "log", "trace", "fault"}},
+    {"Proving", {"record", "run", "validate", "explore", "impact", "log", "trace", "fault"}},
 };
 
 int Report(const std::string& text, int code) {
     std::cout.flush();
-    std::cerr << (text.rfind("vtv ", 0) == 0 ? "" : "vtv: ") << text << '\n';
+    std::cerr << (text.rfind("vtv ", 0) == 0 ? "" : "vtv: ") << program::OneLine(text) << '\n';
     return code;
+}
+
+// What was found by looking at a TV that could not be read is neither a yes nor a no.
+int Verdict(int code) {
+    const std::string& unread = vtv::Tv::Unread();
+    return unread.empty() ? code : Report(unread, kPlatform);
 }
 
 // The verb that the arguments name, as far as they were understood: the last one, or the first that
@@ -48,13 +61,13 @@ std::string DidYouMean(const std::string& prefix, const std::string& word,
 }
 
 std::string WhatIsWrong(const CLI::App& verb, const CLI::ParseError& error) {
-    const std::string name = FullName(verb);
-    const std::vector<std::string> verbs = VerbNames(verb);
+    const std::string name = program::FullName(verb);
+    const std::vector<std::string> verbs = program::VerbNames(verb);
     const std::vector<std::string> unknown = verb.remaining();
     if (!unknown.empty() && unknown.front()[0] == '-') {
         const std::string option = unknown.front().substr(0, unknown.front().find('='));
         return name + ": there is no option " + option + "." +
-               DidYouMean("", option, OptionNames(verb));
+               DidYouMean("", option, program::OptionNames(verb));
     }
     if (!unknown.empty() && !verbs.empty()) {
         const std::string group = verb.get_parent() != nullptr ? verb.get_name() + " " : "";
@@ -76,29 +89,36 @@ std::string WhatIsWrong(const CLI::App& verb, const CLI::ParseError& error) {
 
 int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
     const CLI::App& verb = LastVerb(app);
-    return Report(WhatIsWrong(verb, error) + "\nSee: " + FullName(verb) + " --help", kUsage);
+    Report(WhatIsWrong(verb, error), kUsage);
+    std::cerr << "See: " << program::FullName(verb) << " --help\n";
+    return kUsage;
 }
 
-int Run(int argc, char** argv) {
-    CLI::App app{"A virtual TV: open the Voice page of any TV, press its items, see what happens",
-                 "vtv"};
-    Common common;
+// All verbs and options.
+void Describe(CLI::App& app, Common& common) {
     app.require_subcommand(1);
     app.set_version_flag("--version", "vtv " VTV_VERSION);
-    app.footer(kExamples + ExitCodes());
-    app.formatter(std::make_shared<HelpFormatter>());
+    app.footer(kExamples + program::ExitCodes());
+    app.formatter(std::make_shared<program::HelpFormatter>());
     // Before the verb they hold for any verb, so that a shell alias can carry them.
     app.add_option("--tv", common.tv, "The TV, for every verb that is about one")->type_name("TV");
     AddProviderOption(app, common, "The provider library, for every verb")->group("Options");
+    AddLookOptions(app, "Options");
     AddShow(app, common);
+    AddWindowVerbs(app, common);
     AddPressVerbs(app, common);
     AddExplain(app, common);
     AddTvVerbs(app, common);
     AddSettingVerbs(app, common);
+    AddKeyVerbs(app, common);
+    AddWatch(app, common);
+    AddWait(app, common);
     AddPolicy(app, common);
     AddApp(app, common);
     AddStateVerbs(app, common);
+    AddTexts(app, common);
     AddTransferVerbs(app, common);
+    AddRecord(app, common);
     AddRun(app, common);
     AddValidate(app, common);
     AddExplore(app, common);
@@ -112,22 +132,58 @@ int Run(int argc, char** argv) {
     }
 
     program::RefuseEmptyWords(app);
+}
 
-    if (argc == 1) {
-        std::cout << app.help();
-        return kUsage;
+// "help app list" is "app list --help".
+std::vector<std::string> AsOption(const CLI::App& app, std::vector<std::string> words) {
+    words.erase(words.begin());
+    const CLI::App* verb = &app;
+    for (const std::string& word : words) {
+        if (verb->get_prefix_command()) {
+            break;  // the rest belongs to another program
+        }
+        const auto found = verb->get_subcommands(
+            [&](const CLI::App* candidate) { return candidate->get_name() == word; });
+        if (found.empty()) {
+            throw vtv::Error(vtv::ErrorKind::kUsage,
+                             "There is no verb \"" + word +
+                                 "\" to help with. See: " + program::FullName(*verb) + " --help" +
+                                 DidYouMean("", word, program::VerbNames(*verb)));
+        }
+        verb = found.front();
     }
+    words.emplace_back("--help");
+    return words;
+}
+
+void Parse(CLI::App& app, std::vector<std::string> words) {
+    if (!words.empty() && words.front() == "help") {
+        words = AsOption(app, std::move(words));
+    }
+    std::reverse(words.begin(), words.end());  // as CLI11 takes them
+    app.parse(std::move(words));
+}
+
+int Run(int argc, char** argv) {
+    CLI::App app{"A virtual TV: open the Voice page of any TV, press its items, see what happens",
+                 "vtv"};
+    Common common;
     try {
+        Describe(app, common);
+        if (argc == 1) {
+            std::cout << app.help();
+            return kUsage;
+        }
         if (std::string(argv[1]) == "__complete") {
             Complete(app, {argv + 2, argv + argc});
             return kOk;
         }
         if (std::string(argv[1]) == "__man" && argc == 3) {
-            WriteManPages(app, argv[2]);
-            return kOk;
+            const std::string problem = program::WriteManPages(app, argv[2]);
+            return problem.empty() ? kOk : Report(problem, kPlatform);
         }
-        app.parse(argc, argv);
-        return common.exitCode;
+        Parse(app, {argv + 1, argv + argc});
+        return Verdict(common.exitCode);
     } catch (const CLI::Success& done) {
         return app.exit(done);
     } catch (const CLI::ParseError& error) {
@@ -135,12 +191,29 @@ int Run(int argc, char** argv) {
     } catch (const OutputLost&) {
         return kPlatform;
     } catch (const Refusal& refusal) {
-        return Report(refusal.what(), kNo);
+        return Verdict(Report(refusal.what(), kNo));
     } catch (const vtv::Error& error) {
         return Report(error.what(), static_cast<int>(error.kind()));
+    } catch (const host::MeaninglessPress& error) {
+        return Verdict(Report(error.what(), kUsage));
     } catch (const host::ProviderError& error) {
         return Report(error.what(),
                       error.kind() == host::ProviderError::Kind::kNoSuchFile ? kNoSuch : kPlatform);
+    } catch (const std::bad_alloc&) {
+        return Report("out of memory", kPlatform);
+    } catch (const std::exception& error) {
+        return Report(std::string("unexpected failure: ") + error.what(), kPlatform);
+    }
+}
+
+// Once all is printed.
+int TellOfLostLetters(int code) {
+    try {
+        std::cout.flush();
+        if (const std::string lost = program::LettersLost(); !lost.empty()) {
+            Warn(lost);
+        }
+        return code;
     } catch (const std::exception& error) {
         return Report(std::string("unexpected failure: ") + error.what(), kPlatform);
     }
@@ -151,5 +224,5 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     program::Begin();
-    return program::End("vtv", cli::Run(argc, argv));
+    return program::End("vtv", cli::TellOfLostLetters(cli::Run(argc, argv)));
 }

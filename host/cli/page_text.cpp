@@ -1,13 +1,11 @@
 #include "page_text.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 
 #include "cli.h"
-#include "text_width.h"
+#include "program/terminal.h"
+#include "program/text_width.h"
 
 namespace cli {
 
@@ -34,23 +32,30 @@ class Picture {
         text_ += Paint(Look::kDim, left + Repeat("─", inner_ + 2) + right) + "\n";
     }
 
-    void Line(const std::string& left, Look leftLook, const std::string& right = "",
+    // The left text goes on in the next line where it is too long; the right one stands in the
+    // first.
+    void Line(size_t indent, const std::string& left, Look leftLook, const std::string& right = "",
               Look rightLook = Look::kPlain) {
-        const std::string cutRight = Cut(right, inner_ / 2);
-        const size_t rightWidth = Width(cutRight);
-        const std::string cutLeft = Cut(left, inner_ - rightWidth - (rightWidth > 0 ? 2 : 0));
-        const std::string gap(inner_ - rightWidth - Width(cutLeft), ' ');
-        text_ += Paint(Look::kDim, "│") + " " + Paint(leftLook, cutLeft) + gap +
-                 Paint(rightLook, cutRight) + " " + Paint(Look::kDim, "│") + "\n";
-    }
-
-    void Wrapped(const std::string& text, size_t indent, Look look) {
-        for (const std::string& line : Wrap(text, inner_ - indent)) {
-            Line(std::string(indent, ' ') + line, look);
+        std::string cutRight = program::Cut(right, inner_ / 2);
+        const size_t rightWidth = program::Width(cutRight);
+        const size_t room = inner_ - indent - rightWidth - (rightWidth > 0 ? 2 : 0);
+        for (const std::string& line : program::Wrap(left, room)) {
+            const std::string gap(inner_ - indent - program::Width(line) - program::Width(cutRight),
+                                  ' ');
+            text_ += Paint(Look::kDim, "│") + " " + std::string(indent, ' ') +
+                     Paint(leftLook, line) + gap + Paint(rightLook, cutRight) + " " +
+                     Paint(Look::kDim, "│") + "\n";
+            cutRight.clear();
         }
     }
 
-    void Outside(const std::string& text) { text_ += text + "\n"; }
+    void Wrapped(const std::string& text, size_t indent, Look look) { Line(indent, text, look); }
+
+    void Outside(const std::string& text) {
+        for (const std::string& line : program::Wrap(text, inner_ + 2)) {
+            text_ += Paint(Look::kDim, " " + line) + "\n";
+        }
+    }
     const std::string& Text() const { return text_; }
 
   private:
@@ -98,31 +103,30 @@ void DrawReason(Picture& picture, const ItemView& view, size_t indent) {
 
 void DrawItem(Picture& picture, const ItemView& view) {
     const size_t indent = 2 * DepthOf(*view.item);
-    const std::string margin(indent, ' ');
     const bool lit = view.visible && view.enabled;
     const std::string state = !view.visible ? "  (hidden)" : !view.enabled ? "  (dimmed)" : "";
-    picture.Line(margin + view.Label() + state, lit ? Look::kBold : Look::kDim, ValueMark(view),
+    picture.Line(indent, view.Label() + state, lit ? Look::kBold : Look::kDim, ValueMark(view),
                  lit ? Look::kGood : Look::kDim);
     if (view.help && !view.help->empty() && *view.help != view.Label()) {
         picture.Wrapped(*view.help, indent + 2, Look::kPlain);
     }
     for (const host::Choice& choice : view.choices) {
         const bool current = view.value == choice.value;
-        picture.Line(
-            margin + (current ? "  ▸ " : "    ") + std::to_string(choice.value) + " " + choice.text,
-            current ? Look::kGood : Look::kPlain);
+        const std::string text = std::to_string(choice.value) + " " + choice.text;
+        picture.Line(indent + (current ? 2 : 4), (current ? "▸ " : "") + text,
+                     current ? Look::kGood : Look::kPlain);
     }
     if (view.visible && !view.enabled) {
         DrawReason(picture, view, indent + 2);
     }
     for (const std::string& missing : view.MissingTexts()) {
-        picture.Line(margin + "  ! not translated: " + missing, Look::kBad);
+        picture.Line(indent + 2, "! not translated: " + missing, Look::kBad);
     }
-    picture.Line(margin + "  " + view.item->name, Look::kDim);
+    picture.Line(indent + 2, view.item->name, Look::kDim);
 }
 
 void DrawHeading(Picture& picture, const ItemView& heading) {
-    picture.Line(heading.Label() + (heading.enabled ? "" : "  (dimmed)"),
+    picture.Line(0, heading.Label() + (heading.enabled ? "" : "  (dimmed)"),
                  heading.enabled ? Look::kBold : Look::kDim, heading.item->name, Look::kDim);
     if (heading.help && *heading.help != heading.Label()) {
         picture.Wrapped(*heading.help, 0, Look::kPlain);
@@ -139,15 +143,14 @@ std::string DrawPage(const host::Page& page, const vtv::Tv& tv, const PictureOpt
     const ItemView& root = page["voice"];
     const ItemView& setup = page["onboarding"];
     const std::string name = std::filesystem::path(tv.Dir()).filename().string();
-    picture.Outside(
-        Paint(Look::kDim, " " + Cut(name + " · " + tv.GetModel().title + " · " + tv.Language(),
-                                    options.columns - 2)));
+    const std::string texts = options.po.empty() ? tv.Language() : options.po;
+    picture.Outside(name + " · " + tv.GetModel().title + " · " + texts);
     picture.Edge("╭", "╮");
     if (root.visible) {
         DrawHeading(picture, root);
     } else if (!setup.visible) {
-        picture.Line("This TV's menu has no Voice page now.", Look::kBold);
-        picture.Line("See: vtv explain voice", Look::kDim);
+        picture.Line(0, "This TV's menu has no Voice page now.", Look::kBold);
+        picture.Line(0, "See: vtv explain voice", Look::kDim);
     }
     if (setup.visible) {
         DrawItem(picture, setup);
@@ -166,27 +169,21 @@ std::string DrawPage(const host::Page& page, const vtv::Tv& tv, const PictureOpt
         if (first) {
             picture.Edge("├", "┤");
         } else {
-            picture.Line("", Look::kPlain);
+            picture.Line(0, "", Look::kPlain);
         }
         first = false;
         DrawItem(picture, view);
     }
     picture.Edge("╰", "╯");
     if (!hidden.empty()) {
-        for (const std::string& line : Wrap("Hidden: " + hidden, options.columns - 2)) {
-            picture.Outside(Paint(Look::kDim, " " + line));
-        }
+        picture.Outside("Hidden: " + hidden);
     }
     return picture.Text();
 }
 
 size_t PictureColumns() {
-    winsize size = {};
-    if (isatty(STDOUT_FILENO) != 1 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 ||
-        size.ws_col == 0) {
-        return 78;
-    }
-    return std::clamp<size_t>(size.ws_col, 50, 100);
+    const size_t columns = program::Columns();
+    return columns == 0 ? 78 : std::clamp<size_t>(columns, 30, 100);
 }
 
 }  // namespace cli

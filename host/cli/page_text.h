@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/core/page.h"
+#include "host/page/page.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace cli {
@@ -11,10 +11,11 @@ namespace cli {
 struct PictureOptions {
     bool all = false;     // hidden items, too
     size_t columns = 78;  // the width of the whole picture
+    std::string po;       // the file that its texts come from; empty: the TV's catalogue
 };
 
 std::string DrawPage(const host::Page& page, const vtv::Tv& tv, const PictureOptions& options);
-// The width to draw for: the terminal's, within reason; 78 where there is none.
+// The width to draw for: from 30 to 100 as $COLUMNS or the terminal has it; 78 where there is none.
 size_t PictureColumns();
 
 }  // namespace cli

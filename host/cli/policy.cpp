@@ -2,56 +2,48 @@
 #include <iostream>
 #include <memory>
 
-#include "host/core/known_settings.h"
-#include "host/core/policy_fault.h"
+#include "program/visible_text.h"
 #include "verbs.h"
+#include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/model/policy.h"
+#include "virtual-tv/model/policy_fault.h"
+#include "virtual-tv/model/text_file.h"
 
 namespace cli {
 
 namespace {
 
-// As a TV reads it, which takes more than JSON.
-Json::Value Parse(const std::string& text) {
-    Json::Value policy;
-    return Json::Reader().parse(text, policy) ? policy : Json::Value();
-}
-
 void Show(const Common& common) {
     const vtv::Tv tv(TvDir(common));
-    const std::optional<vtv::Value> value = tv.Get(host::kPolicyKey);
+    const std::optional<vtv::Value> value = tv.Get(vtv::kPolicyKey);
     if (!value) {
         throw vtv::Error(
             vtv::ErrorKind::kNoSuch,
-            "The TV has no assistant policy: " + std::string(host::kPolicyKey) + " is not set.");
+            "The TV has no assistant policy: " + std::string(vtv::kPolicyKey) + " is not set.");
     }
-    const Json::Value policy = Parse(vtv::ToText(*value));
+    Json::Value policy;
+    vtv::ParseJson(vtv::ToText(*value), &policy);
     if (common.json) {
         PrintJson(policy);
         return;
     }
-    const std::string problem =
-        host::FaultOf(host::JsonText(host::kPolicyKey, vtv::ToText(*value)));
+    const std::string problem = vtv::FaultOf(vtv::JsonText(vtv::kPolicyKey, vtv::ToText(*value)));
     if (!policy.isArray()) {
-        std::cout << vtv::ToText(*value) << '\n';
+        std::cout << program::OneLine(vtv::ToText(*value)) << '\n';
     } else if (policy.empty()) {
         std::cout << "The policy offers no assistant.\n";
     } else {
-        const std::string current = vtv::ToText(
-            tv.Get("db/multi-assistant/default_assistant_appid").value_or(std::string()));
-        for (const Json::Value& assistant : policy) {
-            const auto text = [&](const char* name) {
-                return assistant.isObject() && assistant[name].isConvertibleTo(Json::stringValue)
-                           ? assistant[name].asString()
-                           : "?";
-            };
-            std::cout << (text("VAAppId") == current ? "▸ " : "  ") << text("VAOrder") << "  "
-                      << Paint(Look::kBold, text("VAName")) << "  " << text("VAId") << "  "
-                      << text("VAAppId") << (text("VAFFSupport") == "true" ? "  far-field" : "")
-                      << '\n';
+        const std::string current =
+            vtv::ToText(tv.Get(vtv::kCurrentAssistantKey).value_or(std::string()));
+        for (const vtv::PolicyEntry& entry : vtv::PolicyEntries(vtv::ToText(*value))) {
+            std::cout << (entry.appId == current ? "▸ " : "  ") << program::OneLine(entry.order)
+                      << "  " << Paint(Look::kBold, entry.name) << "  "
+                      << program::OneLine(entry.id + "  " + entry.appId)
+                      << (entry.farField ? "  far-field" : "") << '\n';
         }
     }
     if (!problem.empty()) {
-        std::cerr << "vtv: warning: " << problem << '\n';
+        Warn(problem);
     }
 }
 
@@ -61,12 +53,12 @@ struct PublishOptions {
 };
 
 void Publish(const Common& common, const PublishOptions& options) {
-    std::string text = ReadFile(options.file);
+    std::string text = vtv::ReadTextFile(options.file);
     while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) {
         text.pop_back();
     }
     if (!options.force) {
-        const std::string problem = host::FaultOf(host::JsonText(options.file, text));
+        const std::string problem = vtv::FaultOf(vtv::JsonText(options.file, text));
         if (!problem.empty()) {
             throw vtv::Error(vtv::ErrorKind::kUsage,
                              problem + ". To see what the TV makes of it, add --force.");
@@ -74,7 +66,7 @@ void Publish(const Common& common, const PublishOptions& options) {
     }
     vtv::Tv tv(TvDir(common));
     Recorder recorder(common, tv, {{"policy", text}});
-    tv.Set(host::kPolicyKey, text);
+    tv.Set(vtv::kPolicyKey, text);
     recorder.Done();
 }
 

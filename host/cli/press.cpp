@@ -3,8 +3,10 @@
 #include <memory>
 #include <optional>
 
-#include "host/core/viewer.h"
+#include "host/core/virtual_tv_events.h"
+#include "host/page/viewer.h"
 #include "json_views.h"
+#include "program/visible_text.h"
 #include "verbs.h"
 
 namespace cli {
@@ -18,6 +20,7 @@ struct PressOptions {
     std::optional<std::string> value;
     bool ok = false;
     bool cancel = false;
+    With with;
 };
 
 const char* Heading(host::Sight::Kind kind) {
@@ -46,8 +49,8 @@ const char* Heading(host::Sight::Kind kind) {
 
 void Print(const host::PressResult& result) {
     for (const host::Sight& sight : result.sights) {
-        std::cout << Paint(Look::kNote, Heading(sight.kind)) << sight.text;
-        if (sight.kind == host::Sight::Kind::kNothing) {
+        std::cout << Paint(Look::kNote, Heading(sight.kind)) << program::OneLine(sight.text);
+        if (sight.kind == host::Sight::Kind::kNothing && !IsQuiet()) {
             std::cout << Paint(Look::kDim, " (what was done: vtv log)");
         }
         std::cout << '\n';
@@ -56,7 +59,7 @@ void Print(const host::PressResult& result) {
 
 // Waiting for an answer that was not given is no refusal, but the viewer has to be told of it.
 void PrintNextStep(const host::PressResult& result, const PressOptions& options) {
-    if (options.ok || options.cancel || result.sights.empty()) {
+    if (options.ok || options.cancel || result.sights.empty() || IsQuiet()) {
         return;
     }
     for (const host::Sight& sight : result.sights) {
@@ -75,17 +78,6 @@ void RequireNoFailure(const host::PressResult& result) {
     if (!result.failures.empty()) {
         throw vtv::Error(vtv::ErrorKind::kPlatform, result.failures.front());
     }
-}
-
-host::Recording::Step ToStep(const host::Press& press) {
-    host::Recording::Step step = {{"press", std::string(press.item->name)}};
-    if (press.choose) {
-        step["choose"] = *press.choose;
-    }
-    if (press.answer != host::Answer::kNone) {
-        step["answer"] = std::string(press.answer == host::Answer::kOk ? "ok" : "cancel");
-    }
-    return step;
 }
 
 // What the options mean for the item; nothing has happened when they mean nothing.
@@ -109,16 +101,18 @@ host::Press Meant(const host::Provider& provider, const host::Item& item,
 
 void Press(Common& common, const PressOptions& options) {
     const host::Item& item = RequireItem(options.item);
-    Session session(common);
+    Session session(common, options.with);
     const host::Press press = Meant(session.provider, item, options);
-    Recorder recorder(common, session.tv, ToStep(press));
-    const host::PressResult result = host::Viewer(session.provider, session.tv).PressItem(press);
+    Recorder recorder(common, session.tv, host::StepOf(press));
+    host::VirtualTvEvents events(session.tv);
+    const host::PressResult result = host::Viewer(session.provider, events).PressItem(press);
     recorder.Done(result);
     if (common.json) {
         PrintJson(ToJson(result, item));
     } else {
         Print(result);
         PrintNextStep(result, options);
+        PrintTried(options.with);
     }
     RequireNoFailure(result);
     if (!result.done) {
@@ -135,8 +129,8 @@ void Choose(Common& common, const PressOptions& options) {
     }
     const int value = host::ParseChoice(view, options.value.value_or(""));
     Recorder recorder(common, session.tv, {{"hand", Values{{item.name, value}}}});
-    const host::PressResult result =
-        host::Viewer(session.provider, session.tv).SetValue(item, value);
+    host::VirtualTvEvents events(session.tv);
+    const host::PressResult result = host::Viewer(session.provider, events).SetValue(item, value);
     if (result.done) {
         recorder.Done(result);
     }
@@ -167,7 +161,10 @@ void AddPressVerbs(CLI::App& app, Common& common) {
         "  vtv press voice-assistant                      what is there to choose?\n"
         "  vtv press voice-assistant --choose 2           the confirmation box\n"
         "  vtv press voice-assistant --choose 2 --ok      and its OK button\n"
-        "  vtv press voice-settings-orvik --ok            the button of a dimmed item's popup",
+        "  vtv press voice-settings-orvik --ok            the button of a dimmed item's popup\n"
+        "  vtv press voice-wake-up --with network=disconnected     what if?\n\n"
+        "What is tried with --with happens on a copy of the TV, where starting an application\n"
+        "is only noted.",
         kTv | kProvider | kJson | kRecord);
     press->add_option("ITEM", options->item, "The item, by name or key")->required();
     press
@@ -177,6 +174,7 @@ void AddPressVerbs(CLI::App& app, Common& common) {
     CLI::Option* ok =
         press->add_flag("--ok", options->ok, "Press the first button of the box or popup");
     press->add_flag("--cancel", options->cancel, "Press its second button")->excludes(ok);
+    AddWith(*press, options->with)->excludes(press->get_option("--record"));
     press->callback([&common, options] { Press(common, *options); });
 
     const auto choice = std::make_shared<PressOptions>();

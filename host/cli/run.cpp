@@ -1,15 +1,24 @@
 // vtv run: plays scenarios.
-#include <stdlib.h>
+#include <fcntl.h>
+#include <sys/mman.h>
 
-#include <cerrno>
-#include <cstring>
+#include <algorithm>
+#include <atomic>
+#include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <thread>
 
 #include "host/core/scenario.h"
+#include "host/core/scenario_processes.h"
+#include "host/core/temporary_folder.h"
 #include "json_views.h"
 #include "junit.h"
+#include "other_program.h"
+#include "program/counted.h"
+#include "program/visible_text.h"
 #include "verbs.h"
 
 namespace fs = std::filesystem;
@@ -22,72 +31,108 @@ struct RunOptions {
     std::vector<std::string> files;
     std::string junit;
     std::string keep;
+    int jobs = 0;
     bool check = false;
+    bool window = false;
 };
 
 // Gone when the scenarios are through, unless it is wanted.
 class Folder {
   public:
-    explicit Folder(const std::string& kept) : kept_(!kept.empty()) {
-        if (kept_) {
+    explicit Folder(const std::string& kept) {
+        if (kept.empty()) {
+            path_ = temporary_.emplace("vtv-run").Path();
+            vtv::SyncNothing();
+        } else {
             path_ = fs::absolute(kept).string();
             fs::create_directories(path_);
-            return;
-        }
-        path_ = (fs::temp_directory_path() / "vtv-run-XXXXXX").string();
-        if (mkdtemp(path_.data()) == nullptr) {
-            throw vtv::Error(vtv::ErrorKind::kPlatform,
-                             path_ + ": cannot be made: " + std::strerror(errno));
         }
     }
-    ~Folder() {
-        std::error_code ignored;
-        if (!kept_) {
-            fs::remove_all(path_, ignored);
-        }
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
 
     const std::string& Path() const { return path_; }
+    // What is not wanted makes room as soon as its scenario is through.
+    void DoneWith(const std::string& tv) const {
+        if (temporary_) {
+            std::error_code ignored;
+            fs::remove_all(tv, ignored);
+        }
+    }
 
   private:
-    bool kept_;
     std::string path_;
+    std::optional<host::TemporaryFolder> temporary_;
 };
+
+// Shared with the processes that play, which a signal to this one does not reach.
+std::atomic<int>* endingSignal = nullptr;
+
+bool GoOn() {
+    return *endingSignal == 0;
+}
+
+void OnEndingSignal(int signal) {
+    *endingSignal = signal;
+}
+
+// What would end the program is noted, so that it goes only to the end of a scenario's step; who
+// cannot wait for that sends it again.
+void NoteEndingSignals() {
+    void* const shared = mmap(nullptr, sizeof *endingSignal, PROT_READ | PROT_WRITE,
+                              MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (shared == MAP_FAILED) {
+        throw std::bad_alloc();
+    }
+    endingSignal = new (shared) std::atomic<int>(0);
+    struct sigaction action = {};
+    action.sa_handler = OnEndingSignal;
+    action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before = {};
+        sigaction(signal, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) {  // as nohup wants it
+            sigaction(signal, &action, nullptr);
+        }
+    }
+}
 
 // Where they are looked for after a run that ends with 2, whatever else is printed.
 void PrintProblems(const std::vector<std::string>& problems) {
     std::cout.flush();
     for (const std::string& problem : problems) {
-        std::cerr << problem << '\n';
+        std::cerr << program::OneLine(problem) << '\n';
     }
 }
 
 void PrintHeading(Look look, const char* verdict, const std::string& title,
                   const std::string& file) {
-    std::cout << Paint(look, verdict) << title << Paint(Look::kDim, "  " + file) << '\n';
+    std::cout << Paint(look, verdict) << program::OneLine(title) << Paint(Look::kDim, "  " + file)
+              << '\n';
 }
 
 void Print(const host::ScenarioResult& result) {
     PrintHeading(result.Passed() ? Look::kGood : Look::kBad,
-                 result.Passed()           ? "passed  "
-                 : result.problems.empty() ? "FAILED  "
-                                           : "BROKEN  ",
+                 result.Passed()            ? "passed  "
+                 : !result.problems.empty() ? "BROKEN  "
+                 : result.Failed()          ? "FAILED  "
+                                            : "stopped ",
                  result.title, result.file);
     for (const host::StepResult& step : result.steps) {
-        if (step.failures.empty()) {
+        if (step.failures.empty() && step.beside.empty()) {
             continue;
         }
-        std::cout << "  " << step.name << '\n';
+        std::cout << "  " << program::OneLine(step.name) << '\n';
+        for (const std::string& beside : step.beside) {
+            std::cout << Paint(Look::kDim, "    beside the window: " + program::OneLine(beside))
+                      << '\n';
+        }
         for (const std::string& failure : step.failures) {
-            std::cout << "    " << failure << '\n';
+            std::cout << "    " << program::OneLine(failure) << '\n';
         }
     }
 }
 
 std::string Count(size_t count) {
-    return std::to_string(count) + (count == 1 ? " scenario" : " scenarios");
+    return program::Counted(count, "scenario");
 }
 
 std::vector<host::Scenario> Read(const std::vector<std::string>& files) {
@@ -129,13 +174,78 @@ void Check(Common& common, const std::vector<host::Scenario>& scenarios) {
 host::ScenarioResult Play(const host::Scenario& scenario, const std::string& provider,
                           const std::string& dir) {
     if (scenario.problems.empty()) {
-        return host::PlayScenario(scenario, provider, dir);
+        return host::PlayScenario(scenario, provider, dir, GoOn);
     }
     host::ScenarioResult result;
     result.file = scenario.file;
     result.title = scenario.title;
     result.problems = scenario.problems;
     return result;
+}
+
+// What came of the scenarios so far, told as it comes.
+class Results {
+  public:
+    explicit Results(const Common& common) : common_(common) {}
+
+    void Add(const host::ScenarioResult& result) {
+        results_.push_back(result);
+        broken_ += result.problems.empty() ? 0 : 1;
+        failed_ += result.Failed() ? 1 : 0;
+        if (!common_.json) {
+            Print(result);
+        }
+        PrintProblems(result.problems);
+        std::cout.flush();
+    }
+
+    void Conclude(const RunOptions& options) const {
+        if (!options.junit.empty()) {
+            WriteFile(options.junit, JUnit(results_));
+        }
+        if (common_.json) {
+            Json::Value json(Json::arrayValue);
+            for (const host::ScenarioResult& result : results_) {
+                json.append(ToJson(result));
+            }
+            PrintJson(json);
+        } else {
+            std::cout << Count(results_.size()) << ", " << failed_ << " failed"
+                      << (broken_ == 0 ? "" : ", " + std::to_string(broken_) + " broken") << '\n';
+        }
+    }
+
+    int ExitCode() const { return broken_ != 0 ? kUsage : failed_ != 0 ? kNo : kOk; }
+
+    // That were played to their end.
+    std::string Whole() const {
+        const auto isWhole = [](const host::ScenarioResult& result) {
+            return result.Passed() || result.Failed() || !result.problems.empty();
+        };
+        return std::to_string(std::count_if(results_.begin(), results_.end(), isWhole));
+    }
+
+  private:
+    const Common& common_;
+    std::vector<host::ScenarioResult> results_;
+    size_t failed_ = 0;
+    size_t broken_ = 0;
+};
+
+// In a process of its own: it becomes the program that has the window. What would end this one goes
+// to the end of the scenario there.
+[[noreturn]] void PlayInWindow(const std::string& program, const host::Scenario& scenario,
+                               const std::string& provider, const std::string& dir, int answer) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        std::signal(signal, SIG_IGN);
+    }
+    fcntl(answer, F_SETFD, 0);
+    Become(program, {"play", "--provider", provider, "--tv", dir, "--answer",
+                     std::to_string(answer), "--", scenario.file});
+}
+
+size_t Processes(int jobs) {
+    return jobs > 0 ? static_cast<size_t>(jobs) : std::max(1U, std::thread::hardware_concurrency());
 }
 
 void Run(Common& common, const RunOptions& options) {
@@ -145,34 +255,35 @@ void Run(Common& common, const RunOptions& options) {
         return;
     }
     const std::string provider = ProviderFile(common);
+    NoteEndingSignals();
     const Folder folder(options.keep);
-    std::vector<host::ScenarioResult> results;
-    Json::Value json(Json::arrayValue);
-    size_t failed = 0;
-    size_t broken = 0;
-    for (const host::Scenario& scenario : scenarios) {
-        const std::string dir = folder.Path() + "/" + std::to_string(results.size() + 1) + "-" +
-                                fs::path(scenario.file).stem().string();
-        results.push_back(Play(scenario, provider, dir));
-        const host::ScenarioResult& result = results.back();
-        broken += result.problems.empty() ? 0 : 1;
-        failed += result.Passed() || !result.problems.empty() ? 0 : 1;
-        json.append(ToJson(result));
-        if (!common.json) {
-            Print(result);
+    Results results(common);
+    const std::string window = options.window ? WindowProgram() : "";
+    const auto dirOf = [&](size_t i) {
+        return folder.Path() + "/" + std::to_string(i + 1) + "-" +
+               fs::path(scenarios[i].file).stem().string();
+    };
+    const auto play = [&](size_t i, int answer) {
+        if (options.window && scenarios[i].problems.empty()) {
+            PlayInWindow(window, scenarios[i], provider, dirOf(i), answer);
         }
-        PrintProblems(result.problems);
+        host::TellResult(answer, [&] { return Play(scenarios[i], provider, dirOf(i)); });
+    };
+    size_t told = 0;
+    const auto tell = [&](const host::ScenarioResult& result) {
+        results.Add(result);
+        folder.DoneWith(dirOf(told++));
+    };
+    const std::string unread =
+        host::PlayInProcesses(scenarios, Processes(options.jobs), play, GoOn, tell);
+    results.Conclude(options);
+    common.exitCode = results.ExitCode();
+    if (!GoOn()) {
+        TellOfSignal(common, *endingSignal, results.Whole() + " of " + Count(scenarios.size()));
     }
-    if (!options.junit.empty()) {
-        WriteFile(options.junit, JUnit(results));
+    if (!unread.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kPlatform, unread);
     }
-    if (common.json) {
-        PrintJson(json);
-    } else {
-        std::cout << Count(results.size()) << ", " << failed << " failed"
-                  << (broken == 0 ? "" : ", " + std::to_string(broken) + " broken") << '\n';
-    }
-    common.exitCode = broken != 0 ? kUsage : failed != 0 ? kNo : kOk;
 }
 
 }  // namespace
@@ -183,6 +294,8 @@ void AddRun(CLI::App& app, Common& common) {
         AddVerb(app, common, "run", "Play scenarios, each on a new TV of its own",
                 "  vtv run setup-google.toml\n"
                 "  vtv run scenarios --junit results.xml          all scenarios of a folder\n"
+                "  vtv run scenarios --jobs 1                     one after the other\n"
+                "  vtv run scenarios --window                     by the keys of the window\n"
                 "  vtv run --check setup-google.toml              only: is it written right?\n"
                 "  vtv press voice-wake-up --record mine.toml && vtv run mine.toml\n\n"
                 "docs/scenarios.md describes the file. Ends with 1 when a scenario failed, with 2 "
@@ -194,6 +307,10 @@ void AddRun(CLI::App& app, Common& common) {
             ->excludes(verb->get_option("--provider"));
     verb->add_option("--junit", options->junit, "Write the results as JUnit XML")
         ->type_name("FILE")
+        ->excludes(check);
+    program::AddJobs(*verb, options->jobs)->excludes(check);
+    verb->add_flag("--window", options->window,
+                   "Play them in the window of vtv window, by its keys and without a display")
         ->excludes(check);
     verb->add_option("--keep", options->keep, "Keep the TVs, in this folder")
         ->type_name("FOLDER")

@@ -1,53 +1,31 @@
-// vtv get, set, unset, watch, search: the TV's settings by key.
-#include <algorithm>
-#include <cctype>
+// vtv get, set, unset, reset: the TV's settings by key.
+#include <unistd.h>
+
 #include <iostream>
 #include <memory>
-#include <set>
+#include <optional>
 
-#include "host/core/known_settings.h"
+#include "host/core/setting_changes.h"
+#include "program/standard_output.h"
+#include "setting_text.h"
 #include "verbs.h"
+#include "virtual-tv/model/known_settings.h"
 
 namespace cli {
 
 namespace {
 
-bool Contains(const std::string& text, const std::string& part) {
-    return std::search(text.begin(), text.end(), part.begin(), part.end(), [](char a, char b) {
-               return std::tolower(static_cast<unsigned char>(a)) ==
-                      std::tolower(static_cast<unsigned char>(b));
-           }) != text.end();
+bool IsType(const std::string& text) {
+    return text == "bool" || text == "int" || text == "string" || text == "str";
 }
 
-[[noreturn]] void ThrowNoSuchKey(const vtv::Tv& tv, const std::string& key) {
-    std::string text = key + ": the TV has no such setting.";
-    if (host::FindItem(key) != nullptr) {
-        text += " It is an item of the page: vtv show " + key;
-    } else if (const host::KnownSetting* known = host::FindKnownSetting(key)) {
-        text += std::string(" It would be a ") + known->type + ": " + known->meaning + ".";
-    } else {
-        const std::string last = key.substr(key.rfind('/') + 1);
-        for (const vtv::Setting& setting : tv.Settings()) {
-            if (last.size() >= 3 && Contains(setting.key, last)) {
-                text += " Did you mean " + setting.key + "?";
-                break;
-            }
-        }
+std::optional<vtv::Value> ValueOf(const vtv::Tv& tv, const std::string& name) {
+    if (host::FindItem(name) != nullptr) {
+        return std::nullopt;
     }
-    throw vtv::Error(vtv::ErrorKind::kNoSuch, text);
-}
-
-Json::Value SettingToJson(const std::string& key, const vtv::Value& value) {
-    Json::Value json;
-    json["key"] = key;
-    json["type"] = vtv::TypeName(value);
-    json["value"] = ToJson(value);
-    return json;
-}
-
-std::string Shown(const vtv::Value& value) {
-    return std::holds_alternative<std::string>(value) ? "\"" + vtv::ToText(value) + "\""
-                                                      : vtv::ToText(value);
+    const host::SettingName setting = host::ParseSettingName(tv, name);
+    const std::optional<vtv::Value> value = tv.Get(setting.key);
+    return value && !setting.member.empty() ? host::MemberOf(*value, setting.member) : value;
 }
 
 void AddGet(CLI::App& app, Common& common) {
@@ -55,22 +33,22 @@ void AddGet(CLI::App& app, Common& common) {
     CLI::App* verb = AddVerb(app, common, "get", "Print a setting of the TV",
                              "  vtv get db/menu_widget/language\n"
                              "  vtv get db/menu/voice/mva_list | jq\n"
-                             "  vtv search voice               which keys are there?",
+                             "  vtv get db/menu/voice/mva_list.0.VAName    a member of JSON\n"
+                             "  vtv keys voice                             which keys are there?",
                              kTv | kJson);
     verb->add_option("KEY", *key, "A settings key; begins with db/ or memory/")->required();
     verb->callback([&common, key] {
         const vtv::Tv tv(TvDir(common));
-        std::optional<vtv::Value> value;
-        if (host::FindItem(*key) == nullptr) {
-            value = tv.Get(*key);
-        }
+        const std::optional<vtv::Value> value = ValueOf(tv, *key);
         if (!value) {
             ThrowNoSuchKey(tv, *key);
         }
         if (common.json) {
             PrintJson(SettingToJson(*key, *value));
         } else {
-            std::cout << vtv::ToText(*value) << '\n';
+            const std::string text = vtv::ToText(*value);
+            const bool isSeen = isatty(STDOUT_FILENO) == 1;
+            program::Print((isSeen ? program::OneLine(text) : text) + "\n", program::Form::kExact);
         }
     });
 }
@@ -79,17 +57,29 @@ struct SetOptions {
     std::string key;
     std::string type;
     std::string value;
+    std::vector<std::string> more;
     bool force = false;
+
+    std::vector<std::string> Words() const {
+        std::vector<std::string> words = {key};
+        for (const std::string* word : {&type, &value}) {
+            if (given > words.size()) {
+                words.push_back(*word);
+            }
+        }
+        words.insert(words.end(), more.begin(), more.end());
+        return words;
+    }
+    size_t given = 0;  // of the three
 };
 
-void Set(const Common& common, const SetOptions& options) {
+// KEY TYPE VALUE: any type that the key may have, or by force any at all.
+void SetTyped(const Common& common, const SetOptions& options) {
     const vtv::Value value = vtv::ParseValue(options.type, options.value);
-    const host::KnownSetting* known = host::FindKnownSetting(options.key);
-    if (known != nullptr && !options.force && std::string(known->type) != vtv::TypeName(value)) {
-        throw Refusal(options.key + " is a " + known->type + " on a TV (" + known->meaning +
-                      "); as " + (std::holds_alternative<int>(value) ? "an " : "a ") +
-                      vtv::TypeName(value) +
-                      " it could not be read. To see what happens then, add --force.");
+    const std::string problem =
+        options.force ? "" : vtv::TypeProblem(options.key, vtv::TypeName(value));
+    if (!problem.empty()) {
+        throw Refusal(problem + " To see what happens otherwise, add --force.");
     }
     vtv::Tv tv(TvDir(common));
     host::Recording::Step step = {{"set", std::map<std::string, vtv::Value>{{options.key, value}}}};
@@ -101,20 +91,166 @@ void Set(const Common& common, const SetOptions& options) {
     recorder.Done();
 }
 
+// The names and values that were given without a type: KEY VALUE, or NAME=VALUE as often as wanted.
+std::vector<std::pair<std::string, std::string>> Assignments(
+    const std::vector<std::string>& words) {
+    const auto assigns = [](const std::string& word) { return word.find('=') != word.npos; };
+    if (words.size() == 2 && !assigns(words[0])) {
+        return {{words[0], words[1]}};
+    }
+    std::vector<std::pair<std::string, std::string>> assignments;
+    for (const std::string& word : words) {
+        if (!assigns(word)) {
+            if (words.size() == 1) {
+                throw CLI::RequiredError("TYPE");
+            }
+            throw vtv::Error(vtv::ErrorKind::kUsage,
+                             "vtv set: \"" + word +
+                                 "\" is no NAME=VALUE. Write KEY TYPE VALUE, KEY VALUE, or "
+                                 "NAME=VALUE as often as you want.");
+        }
+        assignments.emplace_back(word.substr(0, word.find('=')), word.substr(word.find('=') + 1));
+    }
+    return assignments;
+}
+
+void Set(const Common& common, const SetOptions& options) {
+    const std::vector<std::string> words = options.Words();
+    if (words.size() == 3 && (words[0].find('=') == std::string::npos || IsType(words[1]))) {
+        SetTyped(common, options);
+        return;
+    }
+    const auto assignments = Assignments(words);
+    if (options.force) {
+        throw vtv::Error(vtv::ErrorKind::kUsage,
+                         "vtv set: --force has no effect here: it needs a TYPE to force.");
+    }
+    vtv::Tv tv(TvDir(common));
+    host::SettingChanges changes(tv);
+    for (const auto& [name, text] : assignments) {
+        changes.Set(name, text);
+    }
+    Recorder recorder(common, tv, {{"set", changes.Values()}});
+    changes.Write(tv);
+    recorder.Done();
+}
+
 void AddSet(CLI::App& app, Common& common) {
     const auto options = std::make_shared<SetOptions>();
-    CLI::App* verb =
-        AddVerb(app, common, "set", "Write a setting of the TV, as any of its programs might",
-                "  vtv set db/menu/voice/passthru bool true\n"
-                "  vtv set db/comss/cisblock int 2\n"
-                "  vtv set db/menu_widget/language string de_DE\n\n"
-                "Keys under memory/ last until the next power cycle.",
-                kTv | kRecord);
-    verb->add_option("KEY", options->key, "A settings key; begins with db/ or memory/")->required();
-    verb->add_option("TYPE", options->type, "bool, int or string")->required();
-    verb->add_option("VALUE", options->value, "true, false, a whole number, or a text")->required();
+    CLI::App* verb = AddVerb(
+        app, common, "set", "Write settings of the TV, as any of its programs might",
+        "  vtv set db/menu/voice/passthru bool true\n"
+        "  vtv set db/comss/cisblock 2                  the type is known\n"
+        "  vtv set db/comss/cisblock=2 db/comss/countrycode=DE\n"
+        "  vtv set db/menu/voice/mva_list.0.VAName Orvik   a member of JSON\n\n"
+        "Several are written all or not at all, and none before all are found right.\n"
+        "A member of a setting that holds JSON is named behind a dot, a place in a list by\n"
+        "its number from 0. Keys under memory/ last until the next power cycle.",
+        kTv | kRecord);
+    verb->add_option("KEY", options->key,
+                     "A settings key; begins with db/ or memory/. Or NAME=VALUE, as often as "
+                     "wanted; NAME is a KEY or KEY.MEMBER")
+        ->required();
+    CLI::Option* type = verb->add_option(
+        "TYPE", options->type, "bool, int or string; may be left out where the type is known");
+    CLI::Option* value =
+        verb->add_option("VALUE", options->value, "true, false, a whole number, or a text");
+    verb->add_option("MORE", options->more, "Further NAME=VALUE");
     verb->add_flag("--force", options->force, "Write a key that the TV knows with another type");
-    verb->callback([&common, options] { Set(common, *options); });
+    verb->callback([&common, options, type, value] {
+        options->given = 1 + type->count() + value->count();
+        Set(common, *options);
+    });
+}
+
+struct ResetOptions {
+    std::vector<std::string> keys;
+    bool all = false;
+};
+
+// What has to be written, or (absent) to go, so that the settings are the model's.
+std::map<std::string, std::optional<vtv::Value>> ToModel(const vtv::Tv& tv,
+                                                         const std::vector<std::string>& keys) {
+    std::map<std::string, std::optional<vtv::Value>> changes;
+    std::map<std::string, std::optional<vtv::Value>> present;
+    for (const vtv::Setting& setting : tv.Settings()) {
+        present[setting.key] = setting.value;
+    }
+    const std::map<std::string, vtv::Value>& model = tv.GetModel().settings;
+    for (const std::string& key : keys) {
+        const auto wanted = model.find(key);
+        const auto now = present.find(key);
+        if (wanted == model.end() && now == present.end()) {
+            if (vtv::FindKnownSetting(key) == nullptr) {
+                ThrowNoSuchKey(tv, key);
+            }
+        } else if (wanted == model.end()) {
+            changes[key] = std::nullopt;
+        } else if (now == present.end() || now->second != wanted->second) {
+            changes[key] = wanted->second;
+        }
+    }
+    return changes;
+}
+
+host::Recording::Step ResetStep(const std::map<std::string, std::optional<vtv::Value>>& changes) {
+    std::map<std::string, vtv::Value> set;
+    std::vector<std::string> unset;
+    for (const auto& [key, value] : changes) {
+        if (value) {
+            set[key] = *value;
+        } else {
+            unset.push_back(key);
+        }
+    }
+    host::Recording::Step step;
+    if (!set.empty()) {
+        step["set"] = set;
+    }
+    if (!unset.empty()) {
+        step["unset"] = unset;
+    }
+    return step;
+}
+
+void Reset(const Common& common, const ResetOptions& options) {
+    if (options.all == !options.keys.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kUsage, "vtv reset: name settings, or write --all.");
+    }
+    vtv::Tv tv(TvDir(common));
+    std::vector<std::string> keys = options.keys;
+    if (options.all) {
+        for (const vtv::Setting& setting : tv.Settings()) {
+            keys.push_back(setting.key);
+        }
+        for (const auto& [key, value] : tv.GetModel().settings) {
+            keys.push_back(key);
+        }
+    }
+    for (const std::string& key : keys) {
+        vtv::CheckSettingKey(key);
+    }
+    const auto changes = ToModel(tv, keys);
+    if (changes.empty()) {
+        return;
+    }
+    Recorder recorder(common, tv, ResetStep(changes));
+    tv.SetTogether(changes);
+    recorder.Done();
+}
+
+void AddReset(CLI::App& app, Common& common) {
+    const auto options = std::make_shared<ResetOptions>();
+    CLI::App* verb =
+        AddVerb(app, common, "reset", "Bring settings back to what the TV's model has",
+                "  vtv reset db/comss/cisblock db/menu/voice/mva_list\n"
+                "  vtv reset --all\n\n"
+                "A setting that the model does not have is removed. All are reset or none; one\n"
+                "that is as the model has it is not written. Features: vtv feature X --reset.",
+                kTv | kRecord);
+    CLI::Option* keys = verb->add_option("KEY", options->keys, "Settings keys");
+    verb->add_flag("--all", options->all, "Every setting of the TV")->excludes(keys);
+    verb->callback([&common, options] { Reset(common, *options); });
 }
 
 void AddUnset(CLI::App& app, Common& common) {
@@ -132,143 +268,13 @@ void AddUnset(CLI::App& app, Common& common) {
     });
 }
 
-struct WatchOptions {
-    std::vector<std::string> keys;
-    int count = 0;
-};
-
-void Watch(const Common& common, const WatchOptions& options) {
-    vtv::Tv tv(TvDir(common));
-    int seen = 0;
-    const auto tell = [&](const std::string& key) {
-        const std::optional<vtv::Value> value = tv.Get(key);
-        ++seen;
-        if (common.json) {
-            Json::Value json = value ? SettingToJson(key, *value) : Json::Value();
-            json["key"] = key;
-            json["removed"] = !value.has_value();
-            PrintJsonLine(json);
-        } else {
-            std::cout << key << " = " << (value ? Shown(*value) : "(removed)") << std::endl;
-        }
-    };
-    for (const std::string& key : options.keys) {
-        tv.Watch(key, [&tell, &key] { tell(key); });
-    }
-    if (options.keys.empty()) {
-        tv.WatchAll([&tell](const vtv::Change& change) {
-            if (change.what == vtv::Change::What::kSetting) {
-                tell(change.name);
-            }
-        });
-    }
-    std::cerr << "Watching" << (options.keys.empty() ? " every key" : "") << "; end with Ctrl-C.\n";
-    while ((options.count == 0 || seen < options.count) && WaitForTv(tv)) {
-        tv.Dispatch();
-    }
-}
-
-void AddWatch(CLI::App& app, Common& common) {
-    const auto options = std::make_shared<WatchOptions>();
-    CLI::App* verb =
-        AddVerb(app, common, "watch", "Print a setting each time that something writes it",
-                "  vtv watch db/menu/voice/mva_list\n"
-                "  vtv watch                        every setting of the TV\n\n"
-                "A write is told of also when the value stays the same.",
-                kTv | kJson);
-    verb->add_option("KEY", options->keys, "Settings keys; all of them when none is named");
-    verb->add_option("--count", options->count, "End after so many writes")
-        ->type_name("N")
-        ->check(WholeNumber(1));
-    verb->callback([&common, options] { Watch(common, *options); });
-}
-
-struct Hit {
-    std::string where;  // "setting", "feature", "item", "known setting"
-    std::string name;
-    std::string text;
-};
-
-std::vector<Hit> Search(const Session& session, const std::string& text) {
-    std::vector<Hit> hits;
-    const auto add = [&](const char* where, const std::string& name, const std::string& shown) {
-        if (Contains(name, text) || Contains(shown, text)) {
-            hits.push_back({where, name, shown});
-        }
-    };
-    for (const host::ItemView& view : host::LookAtPage(session.provider).items) {
-        const std::string name = view.item->name;
-        add("item", name, view.title.value_or(""));
-        for (const auto& [what, shown] : std::initializer_list<std::pair<const char*, std::string>>{
-                 {"help", view.help.value_or("")}, {"reason", view.disableText.value_or("")}}) {
-            if (Contains(shown, text)) {
-                hits.push_back({what, name, shown});
-            }
-        }
-        for (const host::Choice& choice : view.choices) {
-            if (Contains(choice.text, text)) {
-                hits.push_back({"choice", name, std::to_string(choice.value) + " " + choice.text});
-            }
-        }
-    }
-    std::set<std::string> present;
-    for (const vtv::Setting& setting : session.tv.Settings()) {
-        add("setting", setting.key, setting.value ? vtv::ToText(*setting.value) : setting.problem);
-        present.insert(setting.key);
-    }
-    for (const auto& [key, value] : session.tv.Features()) {
-        add("feature", key, vtv::ToText(value));
-    }
-    for (const host::KnownSetting& known : host::KnownSettings()) {
-        if (present.count(known.key) == 0) {
-            add("unset", known.key, std::string(known.type) + ": " + known.meaning);
-        }
-    }
-    return hits;
-}
-
-void AddSearch(CLI::App& app, Common& common) {
-    const auto text = std::make_shared<std::string>();
-    CLI::App* verb =
-        AddVerb(app, common, "search", "Find settings, features and items by key or shown text",
-                "  vtv search wake\n"
-                "  vtv search \"hands-free\"",
-                kTv | kProvider | kJson);
-    verb->add_option("TEXT", *text,
-                     "A part of a key, a value or a shown text; case does not matter")
-        ->required();
-    verb->callback([&common, text] {
-        const Session session(common);
-        const std::vector<Hit> hits = Search(session, *text);
-        Json::Value json(Json::arrayValue);
-        for (const Hit& hit : hits) {
-            Json::Value entry;
-            entry["where"] = hit.where;
-            entry["name"] = hit.name;
-            entry["text"] = hit.text;
-            json.append(entry);
-            if (!common.json) {
-                std::cout << Paint(Look::kDim, hit.where + " ") << hit.name << "  " << hit.text
-                          << '\n';
-            }
-        }
-        if (common.json) {
-            PrintJson(json);
-        }
-        if (hits.empty()) {
-            throw Refusal("nothing on this TV holds \"" + *text + "\".");
-        }
-    });
-}
-
 }  // namespace
 
 void AddSettingVerbs(CLI::App& app, Common& common) {
     AddGet(app, common);
     AddSet(app, common);
     AddUnset(app, common);
-    AddWatch(app, common);
-    AddSearch(app, common);
+    AddReset(app, common);
 }
 
 }  // namespace cli

@@ -3,60 +3,55 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
-#include <regex>
 
+#include "host/core/tv_names.h"
+#include "host/core/voice_guide.h"
+#include "program/visible_text.h"
 #include "verbs.h"
+#include "virtual-tv/model/known_settings.h"
 
 namespace cli {
 
 namespace {
 
-constexpr char kFeaturePrefix[] = "com.vantelo/featureconf/";
+using Features = std::map<std::string, vtv::Value>;
 
-const vtv::FeatureKey* FindKnownFeature(const std::string& key) {
-    for (const vtv::FeatureKey& feature : vtv::KnownFeatures()) {
-        if (feature.key == key) {
-            return &feature;
-        }
-    }
-    return nullptr;
-}
-
-// A feature's full key, also from its short name.
-std::string FeatureKeyOf(const std::string& name) {
-    return FindKnownFeature(name) == nullptr && name.find('/') == std::string::npos
-               ? kFeaturePrefix + name
-               : name;
-}
-
-std::string ShortName(const std::string& key) {
-    return key.rfind(kFeaturePrefix, 0) == 0 ? key.substr(sizeof kFeaturePrefix - 1) : key;
+std::string TextOr(const Features& features, Features::const_iterator found) {
+    return found != features.end() ? vtv::ToText(found->second) : "(missing)";
 }
 
 void ListFeatures(const Common& common) {
     const vtv::Tv tv(TvDir(common));
     const std::map<std::string, vtv::Value> features = tv.Features();
+    const std::map<std::string, vtv::Value>& model = tv.GetModel().features;
     Json::Value json(Json::arrayValue);
     const auto add = [&](const std::string& key, const std::string& type,
                          const std::string& meaning) {
         const auto found = features.find(key);
+        const auto models = model.find(key);
+        const std::string now = TextOr(features, found);
+        const std::string tried =
+            now == TextOr(model, models) ? "" : "   tried; the model: " + TextOr(model, models);
         Json::Value entry;
         entry["key"] = key;
         entry["type"] = type;
         entry["value"] = found != features.end() ? ToJson(found->second) : Json::Value();
+        entry["model"] = models != model.end() ? ToJson(models->second) : Json::Value();
         entry["meaning"] = meaning;
         json.append(entry);
         if (!common.json) {
-            std::cout << ShortName(key) << " = "
-                      << (found != features.end() ? vtv::ToText(found->second) : "(missing)")
+            std::cout << program::OneLine(vtv::ShortFeatureName(key)) << " = "
+                      << program::OneLine(now) << Paint(Look::kNote, tried)
                       << Paint(Look::kDim, meaning.empty() ? "" : "   " + meaning) << '\n';
         }
     };
-    for (const vtv::FeatureKey& known : vtv::KnownFeatures()) {
+    for (const vtv::KnownFeature& known : vtv::KnownFeatures()) {
         add(known.key, known.type, known.meaning);
     }
-    for (const auto& [key, value] : features) {
-        if (FindKnownFeature(key) == nullptr) {
+    std::map<std::string, vtv::Value> others = features;
+    others.insert(model.begin(), model.end());
+    for (const auto& [key, value] : others) {
+        if (vtv::FindKnownFeature(key) == nullptr) {
             add(key, vtv::TypeName(value), "");
         }
     }
@@ -74,7 +69,7 @@ struct FeatureOptions {
 };
 
 vtv::Value ParseFeature(const vtv::Tv& tv, const std::string& key, const std::string& text) {
-    if (const vtv::FeatureKey* known = FindKnownFeature(key)) {
+    if (const vtv::KnownFeature* known = vtv::FindKnownFeature(key)) {
         return vtv::ParseValue(known->type, text);
     }
     if (const std::optional<vtv::Value> value = tv.Feature(key)) {
@@ -90,9 +85,9 @@ void Feature(const Common& common, const FeatureOptions& options) {
         return;
     }
     vtv::Tv tv(TvDir(common));
-    const std::string key = FeatureKeyOf(options.name);
+    const std::string key = vtv::FullFeatureKey(options.name);
     if (options.reset) {
-        if (FindKnownFeature(key) == nullptr && tv.GetModel().features.count(key) == 0 &&
+        if (vtv::FindKnownFeature(key) == nullptr && tv.GetModel().features.count(key) == 0 &&
             !tv.Feature(key)) {
             throw vtv::Error(vtv::ErrorKind::kNoSuch, key + ": the TV has no such feature.");
         }
@@ -100,7 +95,7 @@ void Feature(const Common& common, const FeatureOptions& options) {
         tv.ResetFeature(key);
         recorder.Done();
     } else if (options.missing) {
-        if (FindKnownFeature(key) == nullptr && !tv.Feature(key)) {
+        if (vtv::FindKnownFeature(key) == nullptr && !tv.Feature(key)) {
             throw vtv::Error(vtv::ErrorKind::kNoSuch, key + ": the TV has no such feature anyway.");
         }
         Recorder recorder(common, tv, {{"feature-missing", key}});
@@ -124,7 +119,7 @@ void Feature(const Common& common, const FeatureOptions& options) {
             json["value"] = ToJson(*value);
             PrintJson(json);
         } else {
-            std::cout << vtv::ToText(*value) << '\n';
+            std::cout << program::OneLine(vtv::ToText(*value)) << '\n';
         }
     }
 }
@@ -156,48 +151,7 @@ void AddFeature(CLI::App& app, Common& common) {
     });
 }
 
-// A verb that prints what is without an argument and changes it with one.
-using StateVerb = std::function<void(vtv::Tv& tv, const std::string& value)>;
-using StatePrint = std::function<std::string(vtv::Tv& tv)>;
-// The value as a scenario has it; throws kUsage for what is none.
-using StateParse = std::function<std::string(const std::string& value)>;
-
-void AddState(CLI::App& app, Common& common, const char* name, const char* does,
-              const char* examples, const char* takes, StatePrint print, StateParse parse,
-              StateVerb change) {
-    const auto value = std::make_shared<std::string>();
-    CLI::App* verb = AddVerb(app, common, name, does, examples, kTv | kJson | kRecord);
-    CLI::Option* given = verb->add_option("VALUE", *value, takes);
-    PrintsWithout(*verb, {given});
-    verb->callback([&common, value, given, print = std::move(print), parse = std::move(parse),
-                    change = std::move(change), name] {
-        vtv::Tv tv(TvDir(common));
-        if (given->count() > 0) {
-            const std::string wanted = parse(*value);
-            Recorder recorder(common, tv, {{name, wanted}});
-            change(tv, wanted);
-            recorder.Done();
-        } else if (common.json) {
-            Json::Value json;
-            json[name] = print(tv);
-            PrintJson(json);
-        } else {
-            std::cout << print(tv) << '\n';
-        }
-    });
-}
-
-// "de", "de_AT", "zh_CN.UTF-8", ...
-std::string ParseLanguage(const std::string& name) {
-    static const std::regex form("[a-z]{2,3}(_[A-Z]{2})?([.@][A-Za-z0-9.@-]+)?");
-    if (!std::regex_match(name, form)) {
-        throw vtv::Error(name.empty() ? vtv::ErrorKind::kUsage : vtv::ErrorKind::kNoSuch,
-                         "There is no language \"" + name + "\": write a locale, such as ko_KR.");
-    }
-    return name;
-}
-
-void SetLanguage(vtv::Tv& tv, const std::string& language) {
+void WarnOfLanguage(const std::string& language) {
     // A TV can be set to a language that nobody has translated; people who do so should know.
     const std::vector<std::string> languages = vtv::Tv::Languages();
     const std::string stem = language.substr(0, language.find('_'));
@@ -207,18 +161,68 @@ void SetLanguage(vtv::Tv& tv, const std::string& language) {
         for (const std::string& one : languages) {
             offered += " " + one;
         }
-        std::cerr << "vtv: warning: there is no catalogue for " << language
-                  << "; there are:" << offered << '\n';
+        Warn("there is no catalogue for " + language + "; there are:" + offered);
     }
-    tv.SetLanguage(language);
 }
 
-std::string ParseAccount(const std::string& value) {
-    if (value != "signed-in" && value != "signed-out") {
-        throw vtv::Error(vtv::ErrorKind::kUsage,
-                         "\"" + value + "\": write signed-in or signed-out.");
+// A TV that is on for as long as this lives.
+struct PowerSwitch {
+    explicit PowerSwitch(vtv::Tv& tv) { vtv::PowerOn(tv); }
+    ~PowerSwitch() { vtv::PowerOff(); }
+    PowerSwitch(const PowerSwitch&) = delete;
+    PowerSwitch& operator=(const PowerSwitch&) = delete;
+};
+
+// Through the provider, which also tells the toolkit and the sound.
+void SwitchVoiceGuide(const Common& common, vtv::Tv& tv, bool on) {
+    const PowerSwitch power(tv);
+    const host::Provider provider(ProviderFile(common));
+    if (const std::optional<std::string> why = host::WhyNoVoiceGuide(provider)) {
+        throw Refusal(*why + " The setting by itself: vtv set " + vtv::kVoiceGuideKey + " bool " +
+                      (on ? "true" : "false"));
     }
-    return value;
+    host::SwitchVoiceGuide(provider, on);
+    const std::vector<std::string> failures = tv.TakeFailures();
+    if (!failures.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kPlatform, failures.front());
+    }
+}
+
+void Put(const Common& common, const host::StateName& state, vtv::Tv& tv,
+         const std::string& value) {
+    const std::string name = state.name;
+    if (name == "voice-guide") {
+        SwitchVoiceGuide(common, tv, value == "on");
+        return;
+    }
+    if (name == "language") {
+        WarnOfLanguage(value);
+    }
+    state.put(tv, value);
+}
+
+// A verb that prints what is without an argument and changes it with one.
+void AddState(CLI::App& app, Common& common, const char* name, const char* does,
+              const char* examples, const char* takes, unsigned alsoTakes = 0) {
+    const auto value = std::make_shared<std::string>();
+    CLI::App* verb = AddVerb(app, common, name, does, examples, kTv | kJson | kRecord | alsoTakes);
+    CLI::Option* given = verb->add_option("VALUE", *value, takes);
+    PrintsWithout(*verb, {given});
+    verb->callback([&common, value, given, state = host::FindStateName(name)] {
+        vtv::Tv tv(TvDir(common));
+        if (given->count() > 0) {
+            const std::string wanted = state->parse(*value);
+            Recorder recorder(common, tv, {{state->name, wanted}});
+            Put(common, *state, tv, wanted);
+            recorder.Done();
+        } else if (common.json) {
+            Json::Value json;
+            json[state->name] = state->get(tv);
+            PrintJson(json);
+        } else {
+            std::cout << program::OneLine(state->get(tv)) << '\n';
+        }
+    });
 }
 
 struct ConsentOptions {
@@ -243,7 +247,7 @@ void AddConsent(CLI::App& app, Common& common) {
         }
         vtv::Tv tv(TvDir(common));
         if (!options->item.empty()) {
-            const bool isAgreed = ParseSwitch(options->value);
+            const bool isAgreed = host::ParseSwitch(options->value);
             Recorder recorder(
                 common, tv,
                 {{"consent", std::map<std::string, vtv::Value>{{options->item, isAgreed}}}});
@@ -252,10 +256,10 @@ void AddConsent(CLI::App& app, Common& common) {
             return;
         }
         Json::Value json;
-        for (const char* item : {"tnc", "pp"}) {
+        for (const char* item : vtv::kConsents) {
             json[item] = tv.Consent(item);
             if (!common.json) {
-                std::cout << item << (tv.Consent(item) ? " on" : " off") << '\n';
+                std::cout << program::OneLine(item) << (tv.Consent(item) ? " on" : " off") << '\n';
             }
         }
         if (common.json) {
@@ -317,7 +321,7 @@ void AddFile(CLI::App& app, Common& common) {
             for (const std::string& file : tv.OwnerFiles()) {
                 json.append(file);
                 if (!common.json) {
-                    std::cout << file << '\n';
+                    std::cout << program::OneLine(file) << '\n';
                 }
             }
             if (common.json) {
@@ -331,30 +335,15 @@ void AddFile(CLI::App& app, Common& common) {
 
 void AddStateVerbs(CLI::App& app, Common& common) {
     AddFeature(app, common);
-    AddState(
-        app, common, "language", "Look at the menu language, or change it", "  vtv language de_DE",
-        "A locale, such as ko_KR", [](vtv::Tv& tv) { return tv.Language(); }, ParseLanguage,
-        SetLanguage);
-    AddState(
-        app, common, "voice-guide", "Look at the voice guide, or switch it", "  vtv voice-guide on",
-        "on or off", [](vtv::Tv& tv) { return std::string(tv.VoiceGuide() ? "on" : "off"); },
-        [](const std::string& value) { return std::string(ParseSwitch(value) ? "on" : "off"); },
-        [](vtv::Tv& tv, const std::string& value) {
-            tv.Set("db/setting/accessibility/tts", value == "on");
-        });
-    AddState(
-        app, common, "account", "Look at the maker's account, or sign in and out",
-        "  vtv account signed-in", "signed-in or signed-out",
-        [](vtv::Tv& tv) { return std::string(tv.SignedIn() ? "signed-in" : "signed-out"); },
-        ParseAccount,
-        [](vtv::Tv& tv, const std::string& value) { tv.SetSignedIn(value == "signed-in"); });
-    AddState(
-        app, common, "network", "Look at the network, or plug it in and out",
-        "  vtv network disconnected\n  vtv network host               as this machine's own",
-        "connected, disconnected or host",
-        [](vtv::Tv& tv) { return std::string(vtv::ToText(tv.GetNetwork())); },
-        [](const std::string& value) { return std::string(vtv::ToText(vtv::ParseNetwork(value))); },
-        [](vtv::Tv& tv, const std::string& value) { tv.SetNetwork(vtv::ParseNetwork(value)); });
+    AddState(app, common, "language", "Look at the menu language, or change it",
+             "  vtv language de_DE", "A locale, such as ko_KR");
+    AddState(app, common, "voice-guide", "Look at the voice guide, or switch it as the TV does",
+             "  vtv voice-guide on", "on or off", kProvider);
+    AddState(app, common, "account", "Look at the maker's account, or sign in and out",
+             "  vtv account signed-in", "signed-in or signed-out");
+    AddState(app, common, "network", "Look at the network, or plug it in and out",
+             "  vtv network disconnected\n  vtv network host               as this machine's own",
+             "connected, disconnected or host");
     AddConsent(app, common);
     AddFile(app, common);
     AddPowerCycle(app, common);

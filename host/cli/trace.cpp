@@ -3,7 +3,10 @@
 #include <iostream>
 #include <memory>
 
+#include "host/core/tv_names.h"
 #include "json_views.h"
+#include "program/visible_text.h"
+#include "record_filter.h"
 #include "verbs.h"
 
 namespace cli {
@@ -14,26 +17,88 @@ struct TraceOptions {
     std::string onOff;
     std::string file;
     bool clear = false;
+    bool follow = false;
+    std::string function;
+    std::string grep;
 };
+
+void Print(const vtv::TraceEvent& event) {
+    std::cout << Paint(Look::kDim, TimeOfDay(vtv::ToText(event.time), 15) + " ")
+              << PaintPlace(event.file, event.line, event.function)
+              << program::OneLine(event.message);
+    for (const vtv::TraceArgument& argument : event.arguments) {
+        std::cout << Paint(Look::kDim, "  " + argument.type + " ")
+                  << program::OneLine(argument.value);
+    }
+    std::cout << '\n';
+}
+
+// An event names its function as the compiler does: "void f(int)".
+bool IsOf(const vtv::TraceEvent& event, const std::string& function) {
+    const std::string text = " " + event.function;
+    for (const char* before : {" ", "::"}) {
+        if (text.find(before + function + "(") != std::string::npos) {
+            return true;
+        }
+    }
+    return event.function == function;
+}
+
+// Those that are wanted.
+std::vector<vtv::TraceEvent> Wanted(std::vector<vtv::TraceEvent> events,
+                                    const TraceOptions& options, const TextSearch& search) {
+    std::erase_if(events, [&](const vtv::TraceEvent& event) {
+        return (!options.function.empty() && !IsOf(event, options.function)) ||
+               !search.Finds(event.message);
+    });
+    return events;
+}
+
+void Follow(const Common& common, vtv::Tv& tv, const TraceOptions& options,
+            const TextSearch& search) {
+    if (!tv.TraceEnabled()) {
+        std::cerr << "Recording is off. Switch it on: vtv trace on\n";
+    }
+    tv.WatchTrace([] {});
+    size_t told = 0;
+    do {
+        tv.Dispatch();
+        const std::vector<vtv::TraceEvent> events = Wanted(tv.ReadTrace(), options, search);
+        told = events.size() < told ? 0 : told;  // it was cleared
+        for (; told < events.size(); ++told) {
+            if (common.json) {
+                PrintJsonLine(ToJson(events[told]));
+            } else {
+                Print(events[told]);
+            }
+        }
+        std::cout.flush();
+    } while (WaitForTv(tv));
+}
 
 void Trace(const Common& common, const TraceOptions& options) {
     vtv::Tv tv(TvDir(common));
     if (!options.onOff.empty()) {
-        const bool isOn = ParseSwitch(options.onOff);
+        const bool isOn = host::ParseSwitch(options.onOff);
         Recorder recorder(common, tv, {{"trace", isOn}});
         tv.SetTraceEnabled(isOn);
         recorder.Done();
         return;
     }
     if (!options.file.empty()) {
-        tv.ExportTrace(options.file);
+        WriteFile(options.file, tv.ExportTrace());
         return;
     }
     if (options.clear) {
         tv.ClearTrace();
         return;
     }
-    const std::vector<vtv::TraceEvent> events = tv.ReadTrace();
+    const TextSearch search(options.grep);
+    if (options.follow) {
+        Follow(common, tv, options, search);
+        return;
+    }
+    const std::vector<vtv::TraceEvent> events = Wanted(tv.ReadTrace(), options, search);
     if (common.json) {
         Json::Value json;
         json["enabled"] = tv.TraceEnabled();
@@ -45,27 +110,25 @@ void Trace(const Common& common, const TraceOptions& options) {
         return;
     }
     for (const vtv::TraceEvent& event : events) {
-        std::cout << Paint(Look::kDim, vtv::ToText(event.time).substr(11, 15) + " ")
-                  << PaintPlace(event.file, event.line, event.function) << event.message;
-        for (const vtv::TraceArgument& argument : event.arguments) {
-            std::cout << Paint(Look::kDim, "  " + argument.type + " ") << argument.value;
-        }
-        std::cout << '\n';
+        Print(event);
     }
     if (events.empty()) {
-        std::cout << (tv.TraceEnabled() ? "Nothing has been recorded yet.\n"
-                                        : "Recording is off. Switch it on: vtv trace on\n");
+        const bool isFiltered = !options.function.empty() || !options.grep.empty();
+        std::cout << (isFiltered          ? "No such event has been recorded.\n"
+                      : tv.TraceEnabled() ? "Nothing has been recorded yet.\n"
+                                          : "Recording is off. Switch it on: vtv trace on\n");
     }
 }
 
 void AddTraceVerb(CLI::App& app, Common& common) {
     const auto options = std::make_shared<TraceOptions>();
-    CLI::App* verb =
-        AddVerb(app, common, "trace", "Record and print the provider's trace events",
-                "  vtv trace on\n"
-                "  vtv press voice-wake-up && vtv trace\n"
-                "  vtv trace --export trace.json    open it in ui.perfetto.dev or chrome://tracing",
-                kTv | kJson | kRecord);
+    CLI::App* verb = AddVerb(
+        app, common, "trace", "Record and print the provider's trace events",
+        "  vtv trace on\n"
+        "  vtv press voice-wake-up && vtv trace\n"
+        "  vtv trace --follow --grep wake   as it happens; with --json one document a line\n"
+        "  vtv trace --export trace.json    open it in ui.perfetto.dev or chrome://tracing",
+        kTv | kJson | kRecord);
     CLI::Option* onOff = verb->add_option("SWITCH", options->onOff, "on or off");
     CLI::Option* file =
         verb->add_option("--export", options->file, "Write a file for a trace viewer")
@@ -76,6 +139,23 @@ void AddTraceVerb(CLI::App& app, Common& common) {
                              ->excludes(file);
     PrintsWithout(*verb, {onOff, clear});
     verb->get_option("--json")->excludes(file);
+    verb->add_flag("-f,--follow", options->follow, "Stay, and print what is added")
+        ->excludes(onOff)
+        ->excludes(file)
+        ->excludes(clear);
+    const auto addFilter = [&](const char* name, std::string& filter, const char* what,
+                               const char* type) {
+        verb->add_option(name, filter, what)
+            ->type_name(type)
+            ->excludes(onOff)
+            ->excludes(file)
+            ->excludes(clear);
+    };
+    addFilter("--function", options->function, "Only events of this function", "NAME");
+    addFilter("-g,--grep", options->grep,
+              "Only messages that this regular expression (as of grep -E) finds something in; in "
+              "any case when it has no capital letter",
+              "EXPRESSION");
     verb->callback([&common, options] { Trace(common, *options); });
 }
 
@@ -119,7 +199,7 @@ void ListFaults(const Common& common, const vtv::Tv& tv) {
         entry["delay_ms"] = fault.delayMs;
         json.append(entry);
         if (!common.json) {
-            std::cout << fault.function << "  " << KindName(fault.kind)
+            std::cout << program::OneLine(fault.function) << "  " << KindName(fault.kind)
                       << (fault.kind == vtv::Fault::Kind::kSlow
                               ? " " + std::to_string(fault.delayMs) + " ms"
                               : " returns " + std::to_string(fault.result))

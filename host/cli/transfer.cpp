@@ -1,15 +1,14 @@
 // vtv dump, load, import, snapshot, restore, diff: whole TVs in and out of files.
-#include <stdlib.h>
-
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 
 #include "host/core/compare_tvs.h"
 #include "host/core/dump.h"
+#include "host/core/step_to.h"
+#include "program/visible_text.h"
 #include "verbs.h"
+#include "virtual-tv/model/json_text.h"
 
 namespace fs = std::filesystem;
 
@@ -18,14 +17,7 @@ namespace cli {
 namespace {
 
 void WriteJsonTo(const std::string& file, const Json::Value& json) {
-    if (file.empty() || file == "-") {
-        PrintJson(json);
-        return;
-    }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "  ";
-    builder["emitUTF8"] = true;
-    WriteFile(file, Json::writeString(builder, json) + "\n");
+    WriteFile(file.empty() ? "-" : file, vtv::PrettyJson(json) + "\n");
 }
 
 void AddOut(CLI::App& app, Common& common, const char* name, const char* does, const char* examples,
@@ -41,25 +33,29 @@ void AddOut(CLI::App& app, Common& common, const char* name, const char* does, c
 }
 
 void AddIn(CLI::App& app, Common& common, const char* name, const char* does, const char* examples,
-           void (*put)(const host::JsonText& document, const std::string& file, vtv::Tv& tv)) {
+           vtv::Snapshot (*wanted)(const vtv::JsonText& document, const std::string& file,
+                                   const vtv::Tv& tv)) {
     const auto file = std::make_shared<std::string>();
-    CLI::App* verb = AddVerb(app, common, name, does, examples, kTv);
+    CLI::App* verb = AddVerb(app, common, name, does, examples, kTv | kRecord);
     verb->add_option("FILE", *file, "A JSON file; - is the standard input")->required();
-    verb->callback([&common, file, put] {
-        const host::JsonText document = ReadJsonFile(*file);
+    verb->callback([&common, file, wanted] {
+        const vtv::JsonText document = ReadJsonFile(*file);
         vtv::Tv tv(TvDir(common));
-        put(document, *file, tv);
+        const vtv::Snapshot snapshot = wanted(document, *file, tv);
+        Recorder recorder(common, tv, [&] { return host::StepTo(snapshot, tv); });
+        tv.Restore(snapshot);
+        recorder.Done();
     });
 }
 
-void Load(const host::JsonText& document, const std::string& file, vtv::Tv& tv) {
+vtv::Snapshot Load(const vtv::JsonText& document, const std::string& file, const vtv::Tv& tv) {
     const host::Dump dump = host::ParseDump(document);
-    host::PutDump(dump, tv);
     if (dump.packages && !dump.packages->empty()) {
-        std::cerr << "vtv: the packages of " << file
-                  << " are left out: they belong to a TV's model. To have them: vtv import " << file
-                  << " NAME\n";
+        Warn("the packages of " + file +
+             " are left out: they belong to a TV's model. To have them: vtv import " + file +
+             " NAME");
     }
+    return host::SnapshotWith(dump, tv);
 }
 
 struct ImportOptions {
@@ -74,24 +70,9 @@ void Import(const ImportOptions& options) {
         throw Refusal(dir + ": there is a TV already. To change it: vtv load " + options.file +
                       " --tv " + options.name);
     }
-    // The model is read from a file; the TV keeps a copy of its own.
-    std::string temporary = (fs::temp_directory_path() / "vtv-import-XXXXXX").string();
-    if (mkdtemp(temporary.data()) == nullptr) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform,
-                         temporary + ": cannot be made: " + std::strerror(errno));
-    }
-    try {
-        const std::string model = temporary + "/" + fs::path(dir).filename().string() + ".toml";
-        WriteFile(model, host::ModelText(dump));
-        vtv::Tv::Create(dir, model);
-    } catch (...) {
-        fs::remove_all(temporary);
-        throw;
-    }
-    fs::remove_all(temporary);
-    vtv::Tv tv(dir);
-    host::PutDump(dump, tv);
-    std::cout << "Made " << dir << ". Look at it: vtv show --tv " << options.name << '\n';
+    vtv::Tv::Create(dir, host::ModelText(dump), fs::path(dir).filename().string() + ".toml",
+                    [&](vtv::Tv& tv) { tv.Restore(host::SnapshotWith(dump, tv)); });
+    TellOfNewTv(dir, options.name);
 }
 
 void AddImport(CLI::App& app, Common& common) {
@@ -173,8 +154,8 @@ void AddTransferVerbs(CLI::App& app, Common& common) {
            "  vtv snapshot before.json\n  vtv restore before.json",
            [](const vtv::Tv& tv) { return host::ToJson(tv.TakeSnapshot()); });
     AddIn(app, common, "restore", "Bring a TV back to a snapshot", "  vtv restore before.json",
-          [](const host::JsonText& document, const std::string& /*file*/, vtv::Tv& tv) {
-              tv.Restore(host::ParseSnapshot(document));
+          [](const vtv::JsonText& document, const std::string& /*file*/, const vtv::Tv& /*tv*/) {
+              return host::ParseSnapshot(document);
           });
     AddDiff(app, common);
 }

@@ -1,17 +1,28 @@
-// vtv new and vtv list: the TVs and the models that they are made from.
+// vtv new, list, copy, rename, remove: the TVs, and the models that they are made from.
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 
-#include "text_width.h"
+#include "program/text_width.h"
+#include "program/visible_text.h"
 #include "verbs.h"
+#include "virtual-tv/whole_tvs.h"
 
 namespace fs = std::filesystem;
 
 namespace cli {
 
 namespace {
+
+// The folder of a TV that is yet to be.
+std::string PlaceForTv(const std::string& name) {
+    std::string dir = TvPath(name);
+    if (vtv::Tv::IsTv(dir)) {
+        throw Refusal(dir + ": there is a TV already.");
+    }
+    return dir;
+}
 
 struct NewOptions {
     std::string name;
@@ -32,10 +43,7 @@ void AddNew(CLI::App& app, Common& common) {
         ->type_name("MODEL")
         ->capture_default_str();
     verb->callback([&common, options] {
-        const std::string dir = TvPath(options->name);
-        if (vtv::Tv::IsTv(dir)) {
-            throw Refusal(dir + ": there is a TV already.");
-        }
+        const std::string dir = PlaceForTv(options->name);
         vtv::Tv::Create(dir, vtv::FindModel(options->model));
         if (common.json) {
             Json::Value json;
@@ -43,22 +51,14 @@ void AddNew(CLI::App& app, Common& common) {
             json["model"] = options->model;
             PrintJson(json);
         } else {
-            std::cout << "Made " << dir << ". Look at it: vtv show --tv " << options->name << '\n';
+            TellOfNewTv(dir, options->name);
         }
     });
 }
 
 Json::Value ListTvs() {
     Json::Value list(Json::arrayValue);
-    std::error_code error;
-    std::vector<std::string> dirs;
-    for (const fs::directory_entry& entry : fs::directory_iterator(vtv::HomeDir(), error)) {
-        if (vtv::Tv::IsTv(entry.path().string())) {
-            dirs.push_back(entry.path().string());
-        }
-    }
-    std::sort(dirs.begin(), dirs.end());
-    for (const std::string& dir : dirs) {
+    for (const std::string& dir : vtv::TvsIn(vtv::HomeDir())) {
         Json::Value entry;
         entry["name"] = fs::path(dir).filename().string();
         entry["dir"] = dir;
@@ -96,12 +96,12 @@ Json::Value ListModels() {
 void PrintList(const Json::Value& list) {
     size_t width = 0;
     for (const Json::Value& entry : list) {
-        width = std::max(width, Width(entry["name"].asString()));
+        width = std::max(width, program::Width(entry["name"].asString()));
     }
     for (const Json::Value& entry : list) {
-        std::cout << Paint(Look::kBold, Pad(entry["name"].asString(), width)) << "  "
-                  << (entry.isMember("problem") ? entry["problem"].asString()
-                                                : entry["title"].asString());
+        std::cout << Paint(Look::kBold, program::Pad(entry["name"].asString(), width)) << "  "
+                  << program::OneLine(
+                         entry[entry.isMember("problem") ? "problem" : "title"].asString());
         if (entry.isMember("model")) {
             std::cout << Paint(
                 Look::kDim, "  " + entry["model"].asString() + ", " + entry["language"].asString());
@@ -122,10 +122,118 @@ void AddList(CLI::App& app, Common& common) {
         if (common.json) {
             PrintJson(list);
         } else if (list.empty()) {
-            std::cout << "There are no TVs in " << vtv::HomeDir()
+            std::cout << "There are no TVs in " << program::OneLine(vtv::HomeDir())
                       << " yet. vtv show makes the first.\n";
         } else {
             PrintList(list);
+        }
+    });
+}
+
+struct FromTo {
+    std::string from;
+    std::string to;
+};
+
+std::shared_ptr<FromTo> AddFromTo(CLI::App& verb, const char* from, const char* to) {
+    auto options = std::make_shared<FromTo>();
+    verb.add_option("TV", options->from, from)->required();
+    verb.add_option("NEW", options->to, to)->required();
+    return options;
+}
+
+void AddCopy(CLI::App& app, Common& common) {
+    CLI::App* verb = AddVerb(
+        app, common, "copy", "Make a TV that is as another one is now",
+        "  vtv copy kitchen kitchen-before\n\n"
+        "Others may go on writing meanwhile. What happened stays with the other TV: its log,\n"
+        "its trace, what was launched, and the applications that run on it.",
+        kJson);
+    const auto options =
+        AddFromTo(*verb, "The TV that is copied", "Name or folder of the copy, as for vtv new");
+    verb->callback([&common, options] {
+        const std::string from = TvDir(options->from);
+        const std::string dir = PlaceForTv(options->to);
+        vtv::CopyTv(from, dir);
+        if (common.json) {
+            Json::Value json;
+            json["from"] = from;
+            json["dir"] = dir;
+            PrintJson(json);
+        } else {
+            TellOfNewTv(dir, options->to);
+        }
+    });
+}
+
+// Which applications a TV went away from.
+Json::Value Names(const std::vector<vtv::RunningApplication>& applications) {
+    Json::Value names(Json::arrayValue);
+    for (const vtv::RunningApplication& application : applications) {
+        names.append(application.appId);
+    }
+    return names;
+}
+
+void TellOfApplications(const Json::Value& names, const char* what) {
+    for (const Json::Value& name : names) {
+        std::cout << program::OneLine(what + name.asString()) << '\n';
+    }
+}
+
+void AddRename(CLI::App& app, Common& common) {
+    CLI::App* verb = AddVerb(
+        app, common, "rename", "Give a TV another name, or move it to another folder",
+        "  vtv rename kitchen bedroom\n\n"
+        "What watches the TV ends with 4, as when its folder is moved by hand, and so do the\n"
+        "simulated applications that run on it.",
+        kJson);
+    const auto options = AddFromTo(*verb, "The TV", "Its new name or folder, as for vtv new");
+    verb->callback([&common, options] {
+        const std::string from = TvDir(options->from);
+        const std::string dir = PlaceForTv(options->to);
+        const Json::Value running = Names(vtv::RenameTv(from, dir));
+        if (common.json) {
+            Json::Value json;
+            json["from"] = from;
+            json["dir"] = dir;
+            json["running"] = running;
+            PrintJson(json);
+        } else if (!IsQuiet()) {
+            std::cout << program::OneLine("Moved " + from + " to " + dir + ".") << '\n';
+            TellOfApplications(running, "It was running on it and is told that its TV is gone: ");
+        }
+    });
+}
+
+struct RemoveOptions {
+    std::string name;
+    bool force = false;
+};
+
+void AddRemove(CLI::App& app, Common& common) {
+    const auto options = std::make_shared<RemoveOptions>();
+    CLI::App* verb = AddVerb(
+        app, common, "remove", "Remove a TV with all that it holds",
+        "  vtv remove kitchen\n"
+        "  vtv remove kitchen --force       end the applications that run on it first\n\n"
+        "Ends with 1, and nothing is removed, while applications run on the TV, and when its\n"
+        "folder holds files that are no part of a TV.",
+        kJson);
+    verb->add_option("TV", options->name, "The TV")->required();
+    verb->add_flag("--force", options->force,
+                   "End its applications, and remove files of others in its folder as well");
+    verb->callback([&common, options] {
+        const std::string dir = TvDir(options->name);
+        const Json::Value ended = Names(vtv::RemoveTv(dir, options->force));
+        if (common.json) {
+            Json::Value json;
+            json["dir"] = dir;
+            json["ended"] = ended;
+            PrintJson(json);
+        } else if (!IsQuiet()) {
+            TellOfApplications(ended, "Ended ");
+            std::cout << program::OneLine("Removed " + dir + ".") << '\n';
         }
     });
 }
@@ -135,6 +243,9 @@ void AddList(CLI::App& app, Common& common) {
 void AddTvVerbs(CLI::App& app, Common& common) {
     AddNew(app, common);
     AddList(app, common);
+    AddCopy(app, common);
+    AddRename(app, common);
+    AddRemove(app, common);
 }
 
 }  // namespace cli

@@ -1,11 +1,14 @@
 // vtv validate: checks a provider against the host contract.
-#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 
 #include "host/core/contract_checks.h"
 #include "host/core/supervised.h"
+#include "program/counted.h"
+#include "program/findings.h"
+#include "program/standard_output.h"
+#include "program/visible_text.h"
 #include "verbs.h"
 
 namespace fs = std::filesystem;
@@ -15,11 +18,11 @@ namespace cli {
 namespace {
 
 constexpr char kModel[] = "farfield-eu";
-constexpr int kSignalled = 128;  // plus the signal's number, as shells do
 
 struct ValidateOptions {
     std::string file;
     std::string filter;
+    std::string format = "text";
     bool list = false;
     int timeout = 20;  // seconds, for each check
 };
@@ -46,7 +49,7 @@ std::vector<host::ContractCheck> ChecksNamed(const std::string& filter) {
     return checks;
 }
 
-Json::Value ToJson(const host::ContractCheck& check, const host::Verdict& verdict) {
+Json::Value CheckAsJson(const host::ContractCheck& check, const host::Verdict& verdict) {
     Json::Value json;
     json["name"] = check.name;
     json["description"] = check.description;
@@ -61,7 +64,7 @@ void Print(const host::ContractCheck& check, const host::Verdict& verdict) {
     std::cout << (passed ? Paint(Look::kGood, "passed  ") : Paint(Look::kBad, "FAILED  "))
               << check.name << Paint(Look::kDim, std::string("  ") + check.description) << '\n';
     if (!passed) {
-        std::cout << "        " << verdict.why << '\n';
+        std::cout << "        " << program::OneLine(verdict.why) << '\n';
     }
 }
 
@@ -76,7 +79,7 @@ void RequireRun(const host::Verdict& verdict) {
 int TryToLoad(const std::string& file, std::chrono::seconds limit, host::Verdict* verdict) {
     const host::SupervisedTask load = [&file](const std::string& folder) {
         TurnOnTv(folder);
-        const host::ProviderLibrary library(file);
+        host::ProviderLibrary(file).Entry();
     };
     const int signal = host::RunSupervised(
         {load}, limit, [verdict](size_t, const host::Verdict& told) { *verdict = told; });
@@ -128,6 +131,66 @@ void List(const Common& common) {
     }
 }
 
+// What the checks have shown so far, in the form that was asked for.
+class Report {
+  public:
+    Report(std::string format, std::string file)
+        : format_(std::move(format)), file_(std::move(file)) {}
+
+    void Add(const host::ContractCheck& check, const host::Verdict& verdict) {
+        ++checks_;
+        if (verdict.outcome != host::Outcome::kPassed) {
+            findings_.list.push_back({check.name, check.description, verdict.why, file_});
+        }
+        json_.append(CheckAsJson(check, verdict));
+        if (format_ == "text") {
+            Print(check, verdict);
+        }
+    }
+    size_t Checks() const { return checks_; }
+    size_t Failed() const { return findings_.list.size(); }
+
+    // Also where the checks were ended before they were through.
+    void Close(const std::string& trouble) {
+        if (!trouble.empty()) {
+            findings_.troubles.push_back(trouble);
+        }
+        if (format_ == "text") {
+            std::cout << program::Counted(checks_, "check") << ", " << Failed() << " failed\n";
+        } else if (format_ == "json") {
+            PrintJson(json_);
+        } else {
+            PrintFindings();
+        }
+    }
+    // Where there is nothing to check.
+    void CloseWithError(const std::string& error) {
+        findings_.troubles.push_back(error);
+        if (format_ == "json") {
+            Json::Value document;
+            document["error"] = error;
+            PrintJson(document);
+        } else if (format_ != "text") {
+            PrintFindings();
+        }
+    }
+
+  private:
+    void PrintFindings() const {
+        if (format_ == "sarif") {
+            PrintJson(program::Sarif(findings_));
+        } else {
+            program::Print(program::Annotations(findings_), program::Form::kText);
+        }
+    }
+
+    const std::string format_;
+    const std::string file_;
+    size_t checks_ = 0;
+    Json::Value json_ = Json::arrayValue;
+    program::Findings findings_{"vtv validate", {}, {}};
+};
+
 void Validate(Common& common, const ValidateOptions& options) {
     if (options.list) {
         List(common);
@@ -139,38 +202,24 @@ void Validate(Common& common, const ValidateOptions& options) {
     }
     const std::string file = fs::absolute(named).string();
     const std::vector<host::ContractCheck> checks = ChecksNamed(options.filter);
-    Json::Value json(Json::arrayValue);
-    size_t failed = 0;
+    Report report(common.json ? "json" : options.format, file);
     const auto tell = [&](size_t i, const host::Verdict& verdict) {
         RequireRun(verdict);
-        failed += verdict.outcome == host::Outcome::kPassed ? 0 : 1;
-        json.append(ToJson(checks[i], verdict));
-        if (!common.json) {
-            Print(checks[i], verdict);
-        }
+        report.Add(checks[i], verdict);
     };
     int signal = 0;
     try {
         signal = RunChecks(checks, file, std::chrono::seconds(options.timeout), tell);
     } catch (const host::ProviderError& error) {
-        if (common.json) {
-            Json::Value document;
-            document["error"] = error.what();
-            PrintJson(document);
-        }
+        report.CloseWithError(error.what());
         throw;
     }
-    if (common.json) {
-        PrintJson(json);
-    } else {
-        std::cout << json.size() << " checks, " << failed << " failed\n";
-    }
-    common.exitCode = failed == 0 ? kOk : kNo;
+    const std::string done =
+        std::to_string(report.Checks()) + " of " + program::Counted(checks.size(), "check");
+    report.Close(signal == 0 ? "" : "ended by a signal after " + done);
+    common.exitCode = report.Failed() == 0 ? kOk : kNo;
     if (signal != 0) {
-        std::cout.flush();
-        std::cerr << "vtv: ended by a signal (" << strsignal(signal) << ") after " << json.size()
-                  << " of " << checks.size() << " checks\n";
-        common.exitCode = kSignalled + signal;
+        TellOfSignal(common, signal, done);
     }
 }
 
@@ -183,6 +232,7 @@ void AddValidate(CLI::App& app, Common& common) {
                 "  vtv validate                          the one that vtv uses\n"
                 "  vtv validate my-provider.so\n"
                 "  vtv validate my-provider.so --filter list\n"
+                "  vtv validate my-provider.so --format sarif > validate.sarif\n"
                 "  vtv validate --list\n\n"
                 "Each check has a process and a TV of its own, so that a crash fails only itself;\n"
                 "as many run at once as there are processors. It is no sandbox: run only\n"
@@ -201,8 +251,10 @@ void AddValidate(CLI::App& app, Common& common) {
             ->type_name("SECONDS")
             ->check(WholeNumber(1))
             ->capture_default_str();
+    CLI::Option* format = program::AddFindingsFormat(*verb, options->format);
+    format->excludes(verb->get_option("--json"));
     CLI::Option* provider = verb->get_option("--provider");
-    list->excludes(file)->excludes(filter)->excludes(timeout)->excludes(provider);
+    list->excludes(file)->excludes(filter)->excludes(timeout)->excludes(format)->excludes(provider);
     file->excludes(provider);
     verb->callback([&common, options] { Validate(common, *options); });
 }

@@ -3,21 +3,15 @@
 // that is on, and a temporary folder of its own in TMPDIR.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace host {
 
-class CheckFailed : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
-
 struct ContractCheck {
     const char* name;         // "unknown-keys-are-hidden"
     const char* description;  // one sentence
-    // Throws CheckFailed, or ProviderError for a library that cannot be loaded.
+    // Ends with FailTask(), or throws ProviderError for a library that cannot be loaded.
     void (*run)(const std::string& providerFile);
 };
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "contract_subject.h"
+#include "virtual-tv/model/keys.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {
@@ -11,7 +12,7 @@ namespace {
 
 // The page has something to say: its microphone is off.
 void SwitchMicrophoneOff() {
-    vtv::Current()->Set("db/aisound-app/soundsensorflag_prev", 0);
+    vtv::Current()->Set(vtv::kMicrophoneKey, 0);
     vtv::Current()->Dispatch();
 }
 

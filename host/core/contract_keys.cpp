@@ -12,7 +12,7 @@ namespace {
 
 void NullKeys(const std::string& file) {
     const Subject subject(file);
-    const Provider::EntryPoints& entry = subject.loaded.Entry();
+    const ProviderLibrary::EntryPoints& entry = subject.loaded.Entry();
     Doing("the check functions with a null key");
     Require(entry.visibleInt(nullptr, 0) == 0, "a null key is visible");
     Require(entry.enabledInt(nullptr, 0) == 0, "a null key is enabled");
@@ -171,7 +171,7 @@ void NullOutPointers(const std::string& file) {
 
 void TypedChecksSayYes(const std::string& file) {
     const Subject subject(file);
-    const Provider::EntryPoints& entry = subject.loaded.Entry();
+    const ProviderLibrary::EntryPoints& entry = subject.loaded.Entry();
     for (const char* key : {kVoiceKey, "x", "", static_cast<const char*>(nullptr)}) {
         const std::string name = " of " + (key == nullptr ? "a null key" : QuotedKey(key));
         Require(entry.visibleBool(key, false) == 1 && entry.visibleDouble(key, 0) == 1 &&
@@ -197,7 +197,7 @@ void AnswersAreZeroOrOne(const std::string& file) {
 
 void ValuesDoNotSwayRules(const std::string& file) {
     const Subject subject(file);
-    const Provider::EntryPoints& entry = subject.loaded.Entry();
+    const ProviderLibrary::EntryPoints& entry = subject.loaded.Entry();
     for (const std::string& key : PageKeys()) {
         const int visible = entry.visibleInt(key.c_str(), 0);
         const int enabled = entry.enabledInt(key.c_str(), 0);

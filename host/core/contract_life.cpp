@@ -5,8 +5,8 @@
 #include <set>
 
 #include "contract_subject.h"
-#include "known_settings.h"
 #include "supervised.h"
+#include "virtual-tv/model/known_settings.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {
@@ -165,7 +165,7 @@ void ForgetsTheTv(const std::string& file) {
         const Subject subject(file);
     }
     Doing("the policy changes after the provider was deleted and unloaded");
-    vtv::Current()->Set(kPolicyKey, std::string("[]"));
+    vtv::Current()->Set(vtv::kPolicyKey, std::string("[]"));
     vtv::Current()->Dispatch();
 }
 

@@ -5,13 +5,19 @@
 #include <set>
 
 #include "contract_subject.h"
-#include "known_settings.h"
+#include "program/counted.h"
 #include "supervised.h"
+#include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/model/policy.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {
 
 namespace {
+
+std::string Entries(int count) {
+    return program::Counted(std::to_string(count), "entry", "entries");
+}
 
 // A list of the host's, given back at the end.
 class OpenList {
@@ -32,11 +38,10 @@ class OpenList {
         if (items == nullptr) {
             return;
         }
-        Require(count > 0, name_ + ": a list of " + std::to_string(count) + " entries");
+        Require(count > 0, name_ + ": a list of " + Entries(count));
         const size_t room = malloc_usable_size(items) / sizeof(ListItem*);
-        Require(room >= static_cast<size_t>(count),
-                name_ + ": the list has " + std::to_string(count) + " entries in an array for " +
-                    std::to_string(room));
+        Require(room >= static_cast<size_t>(count), name_ + ": the list has " + Entries(count) +
+                                                        " in an array for " + std::to_string(room));
     }
     std::string Where(int i) const { return name_ + ", entry " + std::to_string(i); }
     std::string Text(int i) const {
@@ -74,13 +79,8 @@ void ListSlotsReturnZero(const std::string& file) {
 void ListsHaveRoom(const std::string& file) {
     const Subject subject(file);
     for (const Item& item : PageItems()) {
-        OpenList list(subject, item.key);
-        try {
-            list.RequireRoom();
-        } catch (const CheckFailed&) {
-            list.items = nullptr;  // giving it back would lead out of the array as well
-            throw;
-        }
+        const OpenList list(subject, item.key);
+        list.RequireRoom();
     }
 }
 
@@ -175,7 +175,7 @@ void ListsAreFreedWhole(const std::string& file) {
 void EmptyListsAreFreed(const std::string& file) {
     const Subject subject(file);
     for (const int count : {0, -1}) {
-        Doing("freeing a list of " + std::to_string(count) + " entries");
+        Doing("freeing a list of " + Entries(count));
         auto** none = static_cast<ListItem**>(std::calloc(1, sizeof(ListItem*)));
         subject.table->free_list_items(none, count);
     }
@@ -193,13 +193,15 @@ void ListsOutliveAPolicy(const std::string& file) {
     for (int i = 0; i < list.count; ++i) {
         texts.push_back(list.Text(i));
     }
-    for (const char* policy : {"[]", R"([{"VAOrder":1,"VAId":"GVA","VAAppId":"a","VAName":"Other"},
-                                         {"VAOrder":2,"VAId":"SVA","VAAppId":"b","VAName":"More"}])",
-                               "{"}) {
-        Doing(std::string("a list is open while this policy is published: ") + policy);
-        vtv::Current()->Set(kPolicyKey, std::string(policy));
+    const std::string others =
+        vtv::WritePolicy({{1, "GVA", "a", "Other", false}, {2, "SVA", "b", "More", false}});
+    for (const std::string& policy : {std::string("[]"), others, std::string("{")}) {
+        Doing("a list is open while this policy is published: " + policy);
+        vtv::Current()->Set(vtv::kPolicyKey, policy);
         vtv::Current()->Dispatch();
-        OpenList(subject, kAssistantKey);
+        {
+            const OpenList another(subject, kAssistantKey);
+        }
         for (int i = 0; i < list.count; ++i) {
             Require(list.Text(i) == texts[static_cast<size_t>(i)],
                     list.Where(i) + " of an open list changes when a policy is published");

@@ -5,8 +5,10 @@
 #include <functional>
 
 #include "contract_subject.h"
-#include "known_settings.h"
 #include "supervised.h"
+#include "virtual-tv/model/json_text.h"
+#include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/model/policy.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {
@@ -75,9 +77,9 @@ void Guarded(const std::string& slot, const std::function<void()>& call) {
     try {
         call();
     } catch (const std::exception& error) {
-        throw CheckFailed("an exception leaves " + slot + ": " + error.what());
+        FailTask("an exception leaves " + slot + ": " + error.what());
     } catch (...) {
-        throw CheckFailed("an exception leaves " + slot);
+        FailTask("an exception leaves " + slot);
     }
 }
 
@@ -106,7 +108,7 @@ void GuardEverySlot(const Subject& subject, const char* key) {
 // Signed out with all else done: a popup's action then asks the platform for the sign-in screen.
 void WaitForSignIn(vtv::Tv& tv) {
     tv.SetSignedIn(false);
-    tv.Set("db/voice-app/activate_first_time", false);
+    tv.Set(vtv::kFirstTimeKey, false);
 }
 
 void ExceptionsStayInside(const std::string& file) {
@@ -130,7 +132,12 @@ void ExceptionsStayInside(const std::string& file) {
 }
 
 std::vector<std::string> StrangePolicies() {
-    const std::string one = R"({"VAOrder":1,"VAId":"GVA","VAAppId":"a","VAName":"A"})";
+    const std::string one = vtv::CompactJson(vtv::ToJson({1, "GVA", "a", "A", false}));
+    Json::Value strange;
+    strange[vtv::policy::kOrder] = "one";
+    strange[vtv::policy::kId] = 1;
+    strange[vtv::policy::kAppId] = Json::Value(Json::arrayValue);
+    strange[vtv::policy::kName] = Json::Value(Json::objectValue);
     return {"",
             "{",
             "null",
@@ -145,7 +152,7 @@ std::vector<std::string> StrangePolicies() {
             "[{}]",
             "[{},{}]",
             "[" + one + "," + one + "]",
-            R"([{"VAOrder":"one","VAId":1,"VAAppId":[],"VAName":{}},{}])",
+            "[" + vtv::CompactJson(strange) + ",{}]",
             R"([{"VAOrder":0},{"VAOrder":-1}])",
             R"([{"VAOrder":2147483647},{"VAOrder":-2147483648}])",
             R"([{"VAOrder":99999999999999999999},{"VAOrder":1e300}])",
@@ -160,7 +167,7 @@ void SurvivesStrangePolicies(const std::string& file) {
     const Provider provider(file);
     for (const std::string& policy : StrangePolicies()) {
         Doing("with the policy " + QuotedKey(policy));
-        tv.Set(kPolicyKey, policy);
+        tv.Set(vtv::kPolicyKey, policy);
         tv.Dispatch();
         UsePage(provider);
         const Provider another(file);
@@ -180,7 +187,7 @@ void SurvivesStrangeSettings(const std::string& file) {
                                              std::string(R"({"state":[],"text":{}})"),
                                              std::string("%s%n\xff"),
                                              std::string(100000, 's')};
-    for (const KnownSetting& setting : KnownSettings()) {
+    for (const vtv::KnownSetting& setting : vtv::KnownSettings()) {
         const std::optional<vtv::Value> before = tv.Get(setting.key);
         for (const vtv::Value& value : strange) {
             Doing(std::string("with ") + setting.key + " = " + QuotedKey(vtv::ToText(value)));

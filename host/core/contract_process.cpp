@@ -13,6 +13,7 @@
 
 #include "contract_subject.h"
 #include "process_tree.h"
+#include "program/counted.h"
 #include "virtual-tv/virtual_tv.h"
 
 extern char** environ;
@@ -41,8 +42,9 @@ void PrintsNothing(const std::string& file) {
     std::fflush(nullptr);
     struct stat info = {};
     fstat(printed, &info);
-    Require(info.st_size == 0,
-            std::to_string(info.st_size) + " bytes are printed to the host's output");
+    Require(info.st_size == 0, program::Counted(static_cast<size_t>(info.st_size), "byte") +
+                                   (info.st_size == 1 ? " is" : " are") +
+                                   " printed to the host's output");
 }
 
 bool SameAction(const struct sigaction& a, const struct sigaction& b) {

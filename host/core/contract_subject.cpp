@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "program/counted.h"
+
 // The sanitizers bring a heap of their own.
 extern "C" size_t __sanitizer_get_current_allocated_bytes() __attribute__((weak));
 
@@ -114,7 +116,7 @@ void BoxBuffers::RequireNothingBehindTexts(const std::string& what) const {
                                         [](char c) { return c != '#'; });
         Require(wrong == text[i].end(),
                 what + " writes byte " + std::to_string(wrong - text[i].begin()) +
-                    " of a buffer for a text of " + std::to_string(end) + " bytes");
+                    " of a buffer for a text of " + program::Counted(end, "byte"));
     }
 }
 

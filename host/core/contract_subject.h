@@ -6,19 +6,20 @@
 #include <vector>
 
 #include "contract_checks.h"
-#include "page.h"
-#include "provider.h"
+#include "host/page/page.h"
+#include "host/page/provider.h"
+#include "supervised.h"
 
 namespace host {
 
-inline constexpr char kVoiceKey[] = "menu/system/general-voice";
-inline constexpr char kAssistantKey[] = "menu/system/general-voice-voice-assistant";
-inline constexpr char kWakeUpKey[] = "menu/system/general-voice-voice-wake-up";
+inline const char* const kVoiceKey = FindItem("voice")->key;
+inline const char* const kAssistantKey = FindItem("voice-assistant")->key;
+inline const char* const kWakeUpKey = FindItem("voice-wake-up")->key;
 inline constexpr size_t kBoxBufferSize = size_t{64} * 1024;
 
 inline void Require(bool holds, const std::string& otherwise) {
     if (!holds) {
-        throw CheckFailed(otherwise);
+        FailTask(otherwise);
     }
 }
 

@@ -1,11 +1,11 @@
 #include "dump.h"
 
-#include <toml++/toml.h>
-
 #include <algorithm>
 #include <set>
 
-#include "toml_writer.h"
+#include "virtual-tv/model/format_version.h"
+#include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/model/limits.h"
 
 namespace host {
 
@@ -13,10 +13,9 @@ namespace {
 
 constexpr char kDumpFormat[] = "vtv-dump";
 constexpr char kSnapshotFormat[] = "vtv-snapshot";
-constexpr char kModePrefix[] = "always_on_voice/";
-constexpr char kModelPrefix[] = "com.vantelo/featureconf/";
 
-[[noreturn]] void Fail(const JsonText& document, const Json::Value& part, const std::string& text) {
+[[noreturn]] void Fail(const vtv::JsonText& document, const Json::Value& part,
+                       const std::string& text) {
     throw vtv::Error(vtv::ErrorKind::kUsage, document.At(part, text));
 }
 
@@ -26,7 +25,7 @@ Json::Value ValueToJson(const vtv::Value& value) {
 
 // Runs a check of the virtual TV's own, whose complaint gets the place in the document.
 template <typename Check>
-auto At(const JsonText& document, const Json::Value& part, Check check) {
+auto At(const vtv::JsonText& document, const Json::Value& part, Check check) {
     try {
         return check();
     } catch (const vtv::Error& error) {
@@ -34,7 +33,7 @@ auto At(const JsonText& document, const Json::Value& part, Check check) {
     }
 }
 
-vtv::Value ParseJsonValue(const JsonText& document, const Json::Value& json,
+vtv::Value ParseJsonValue(const vtv::JsonText& document, const Json::Value& json,
                           const std::string& name) {
     if (json.isBool()) {
         return json.asBool();
@@ -57,28 +56,37 @@ Json::Value MapToJson(const std::map<std::string, vtv::Value>& values) {
     return json;
 }
 
-const Json::Value& RequireObject(const JsonText& document, const Json::Value& json,
-                                 const std::string& name) {
+void RequireObject(const vtv::JsonText& document, const Json::Value& json,
+                   const std::string& name) {
     if (!json.isObject()) {
         Fail(document, json, "\"" + name + "\" must be an object: {\"...\": ...}.");
     }
-    return json;
+}
+
+// Of an object or a list.
+void RequireFew(const vtv::JsonText& document, const Json::Value& json, const std::string& name) {
+    const std::string problem = vtv::TooMany(name, json.size(), vtv::kMostEntries);
+    if (!problem.empty()) {
+        Fail(document, json, problem);
+    }
 }
 
 // Calls back with each member of an object; the object may be left out.
 template <typename Each>
-void ForEachMember(const JsonText& document, const Json::Value& parent, const char* name,
+void ForEachMember(const vtv::JsonText& document, const Json::Value& parent, const char* name,
                    Each each) {
     if (!parent.isMember(name)) {
         return;
     }
-    const Json::Value& json = RequireObject(document, parent[name], name);
+    const Json::Value& json = parent[name];
+    RequireObject(document, json, name);
+    RequireFew(document, json, name);
     for (const std::string& key : json.getMemberNames()) {
         each(key, json[key]);
     }
 }
 
-std::map<std::string, vtv::Value> ParseMap(const JsonText& document, const char* name) {
+std::map<std::string, vtv::Value> ParseMap(const vtv::JsonText& document, const char* name) {
     std::map<std::string, vtv::Value> values;
     ForEachMember(document, document.Root(), name,
                   [&](const std::string& key, const Json::Value& value) {
@@ -87,27 +95,42 @@ std::map<std::string, vtv::Value> ParseMap(const JsonText& document, const char*
     return values;
 }
 
-std::map<std::string, vtv::Value> ParseSettings(const JsonText& document) {
+std::map<std::string, vtv::Value> ParseSettings(const vtv::JsonText& document) {
     const std::map<std::string, vtv::Value> settings = ParseMap(document, "settings");
     for (const auto& [key, value] : settings) {
-        At(document, document.Root()["settings"][key], [&] { vtv::CheckSettingKey(key); });
+        const Json::Value& part = document.Root()["settings"][key];
+        At(document, part, [&] { vtv::CheckSettingKey(key); });
+        const std::string problem = vtv::TypeProblem(key, vtv::TypeName(value));
+        if (!problem.empty()) {
+            Fail(document, part, problem);
+        }
     }
     return settings;
 }
 
-std::map<std::string, vtv::Value> ParseFeatures(const JsonText& document) {
+std::map<std::string, vtv::Value> ParseFeatures(const vtv::JsonText& document) {
     const std::map<std::string, vtv::Value> features = ParseMap(document, "features");
     for (const auto& [key, value] : features) {
-        At(document, document.Root()["features"][key], [&] { vtv::CheckFeature(key, value); });
+        const Json::Value& part = document.Root()["features"][key];
+        At(document, part, [&] {
+            vtv::CheckFeature(key, value);
+            vtv::CheckState(vtv::kAbsentFeatureState + key, true);
+        });
+        if (vtv::FindKnownFeature(vtv::kFeaturePrefix + key) != nullptr) {
+            Fail(document, part,
+                 "\"" + key + "\" is short for \"" + vtv::kFeaturePrefix + key +
+                     "\": a dump names features in full.");
+        }
     }
     return features;
 }
 
-std::vector<std::string> ParseFiles(const JsonText& document) {
+std::vector<std::string> ParseFiles(const vtv::JsonText& document) {
     const Json::Value& json = document.Root()["files"];
     if (!json.isArray()) {
         Fail(document, json, "\"files\" must be a list of texts.");
     }
+    RequireFew(document, json, "files");
     std::vector<std::string> files;
     for (const Json::Value& entry : json) {
         if (!entry.isString()) {
@@ -119,7 +142,7 @@ std::vector<std::string> ParseFiles(const JsonText& document) {
     return files;
 }
 
-vtv::Package ParsePackage(const JsonText& document, const Json::Value& json) {
+vtv::Package ParsePackage(const vtv::JsonText& document, const Json::Value& json) {
     if (!json.isObject() || !json["app"].isString() || json["app"].asString().empty()) {
         Fail(document, json, "each of \"packages\" needs an \"app\", its application id.");
     }
@@ -139,11 +162,12 @@ vtv::Package ParsePackage(const JsonText& document, const Json::Value& json) {
     return package;
 }
 
-std::vector<vtv::Package> ParsePackages(const JsonText& document) {
+std::vector<vtv::Package> ParsePackages(const vtv::JsonText& document) {
     const Json::Value& json = document.Root()["packages"];
     if (!json.isArray()) {
         Fail(document, json, "\"packages\" must be a list of objects.");
     }
+    RequireFew(document, json, "packages");
     std::vector<vtv::Package> packages;
     for (const Json::Value& entry : json) {
         packages.push_back(ParsePackage(document, entry));
@@ -151,20 +175,24 @@ std::vector<vtv::Package> ParsePackages(const JsonText& document) {
     return packages;
 }
 
-void CheckMembers(const JsonText& document, const char* format,
+void CheckMembers(const vtv::JsonText& document, const char* format, const char* kind, int version,
                   const std::set<std::string>& known) {
     if (!document.Problem().empty()) {
         throw vtv::Error(vtv::ErrorKind::kUsage, document.Problem());
     }
-    const Json::Value& json = RequireObject(document, document.Root(), "the document");
+    const Json::Value& json = document.Root();
+    RequireObject(document, json, "the document");
     if (json.get("format", format) != format) {
         Fail(document, json["format"],
              "\"format\" is " + json["format"].toStyledString().substr(0, 40) + "but must be \"" +
                  format + "\".");
     }
-    if (json.get("version", 1) != 1) {
-        Fail(document, json["version"],
-             "\"version\" must be 1; the file was written by a newer vtv.");
+    if (json.isMember("version")) {
+        const std::string problem =
+            vtv::VersionProblem(kind, vtv::VersionOf(json["version"]), version);
+        if (!problem.empty()) {
+            Fail(document, json["version"], problem);
+        }
     }
     for (const std::string& name : json.getMemberNames()) {
         if (known.count(name) == 0) {
@@ -177,17 +205,6 @@ void CheckMembers(const JsonText& document, const char* format,
     }
 }
 
-bool IsKnownFeature(const std::string& key) {
-    const auto& known = vtv::KnownFeatures();
-    return std::any_of(known.begin(), known.end(),
-                       [&](const vtv::FeatureKey& one) { return one.key == key; });
-}
-
-template <typename Table>
-void Insert(Table& table, const std::string& key, const vtv::Value& value) {
-    std::visit([&](const auto& v) { table.insert_or_assign(key, v); }, value);
-}
-
 }  // namespace
 
 Dump TakeDump(const vtv::Tv& tv) {
@@ -196,14 +213,14 @@ Dump TakeDump(const vtv::Tv& tv) {
     dump.settings = tv.TakeSnapshot().settings;
     dump.features = tv.Features();
     dump.packages = tv.GetModel().packages;
-    for (const char* item : {"tnc", "pp"}) {
+    for (const char* item : vtv::kConsents) {
         dump.consents[item] = tv.Consent(item);
     }
     dump.signedIn = tv.SignedIn();
     dump.network = tv.GetNetwork();
     for (const auto& [key, value] : tv.State()) {
-        if (key.rfind(kModePrefix, 0) == 0 && std::holds_alternative<int>(value)) {
-            dump.alwaysOnVoice[key.substr(sizeof kModePrefix - 1)] = std::get<int>(value);
+        if (key.rfind(vtv::kModeState, 0) == 0 && std::holds_alternative<int>(value)) {
+            dump.alwaysOnVoice[key.substr(sizeof vtv::kModeState - 1)] = std::get<int>(value);
         }
     }
     dump.files = tv.OwnerFiles();
@@ -213,7 +230,7 @@ Dump TakeDump(const vtv::Tv& tv) {
 Json::Value ToJson(const Dump& dump) {
     Json::Value json;
     json["format"] = kDumpFormat;
-    json["version"] = 1;
+    json["version"] = vtv::kDumpVersion;
     json["title"] = dump.title.value_or("");
     json["settings"] = MapToJson(dump.settings.value_or(std::map<std::string, vtv::Value>()));
     json["features"] = MapToJson(dump.features.value_or(std::map<std::string, vtv::Value>()));
@@ -245,8 +262,8 @@ Json::Value ToJson(const Dump& dump) {
     return json;
 }
 
-Dump ParseDump(const JsonText& document) {
-    CheckMembers(document, kDumpFormat,
+Dump ParseDump(const vtv::JsonText& document) {
+    CheckMembers(document, kDumpFormat, "a dump", vtv::kDumpVersion,
                  {"format", "version", "title", "settings", "features", "packages", "consents",
                   "signed_in", "network", "always_on_voice", "files"});
     const Json::Value& json = document.Root();
@@ -265,7 +282,9 @@ Dump ParseDump(const JsonText& document) {
     }
     ForEachMember(
         document, json, "consents", [&](const std::string& item, const Json::Value& value) {
-            if ((item != "tnc" && item != "pp") || !value.isBool()) {
+            if (std::find(std::begin(vtv::kConsents), std::end(vtv::kConsents), item) ==
+                    std::end(vtv::kConsents) ||
+                !value.isBool()) {
                 Fail(document, value, "\"consents\" has true or false for \"tnc\" and \"pp\".");
             }
             dump.consents[item] = value.asBool();
@@ -282,21 +301,22 @@ Dump ParseDump(const JsonText& document) {
             return vtv::ParseNetwork(vtv::ToText(ParseJsonValue(document, network, "network")));
         });
     }
-    ForEachMember(document, json, "always_on_voice",
-                  [&](const std::string& app, const Json::Value& value) {
-                      if (!value.isInt()) {
-                          Fail(document, value,
-                               "\"always_on_voice\" has a whole number for each application id.");
-                      }
-                      dump.alwaysOnVoice[app] = value.asInt();
-                  });
+    ForEachMember(
+        document, json, "always_on_voice", [&](const std::string& app, const Json::Value& value) {
+            if (!value.isInt()) {
+                Fail(document, value,
+                     "\"always_on_voice\" has a whole number for each application id.");
+            }
+            dump.alwaysOnVoice[app] = value.asInt();
+            At(document, value, [&] { vtv::CheckState(vtv::kModeState + app, value.asInt()); });
+        });
     if (json.isMember("files")) {
         dump.files = ParseFiles(document);
     }
     return dump;
 }
 
-void PutDump(const Dump& dump, vtv::Tv& tv) {
+vtv::Snapshot SnapshotWith(const Dump& dump, const vtv::Tv& tv) {
     vtv::Snapshot snapshot = tv.TakeSnapshot();
     if (dump.settings) {
         snapshot.settings = *dump.settings;
@@ -305,73 +325,27 @@ void PutDump(const Dump& dump, vtv::Tv& tv) {
         snapshot.ownerFiles = *dump.files;
     }
     for (const auto& [app, mode] : dump.alwaysOnVoice) {
-        snapshot.state[kModePrefix + app] = mode;
+        snapshot.state[vtv::kModeState + app] = mode;
     }
-    tv.Restore(snapshot);
     if (dump.features) {
-        for (const auto& [key, value] : tv.Features()) {
-            if (dump.features->count(key) == 0) {
-                tv.SetFeature(key, std::nullopt);
-            }
-        }
-        for (const auto& [key, value] : *dump.features) {
-            if (tv.Feature(key) != std::optional<vtv::Value>(value)) {
-                tv.SetFeature(key, value);
-            }
-        }
+        vtv::BringFeatures(tv.GetModel(), *dump.features, &snapshot.state);
     }
     for (const auto& [item, agreed] : dump.consents) {
-        tv.SetConsent(item, agreed);
+        snapshot.state[vtv::kConsentState + item] = agreed;
     }
     if (dump.signedIn) {
-        tv.SetSignedIn(*dump.signedIn);
+        snapshot.state[vtv::kSignedInState] = *dump.signedIn;
     }
     if (dump.network) {
-        tv.SetNetwork(*dump.network);
+        snapshot.state[vtv::kNetworkState] = vtv::ToText(*dump.network);
     }
-}
-
-std::string ModelText(const Dump& dump) {
-    toml::table root;
-    root.insert("title", dump.title.value_or("Imported TV"));
-    toml::table features;
-    toml::table others;
-    for (const auto& [key, value] : dump.features.value_or(std::map<std::string, vtv::Value>())) {
-        if (IsKnownFeature(key)) {
-            Insert(features, key.substr(sizeof kModelPrefix - 1), value);
-        } else {
-            Insert(others, key, value);
-        }
-    }
-    root.insert("features", features);
-    root.insert("other-features", others);
-    toml::array packages;
-    for (const vtv::Package& package : dump.packages.value_or(std::vector<vtv::Package>())) {
-        toml::table metadata;
-        for (const auto& [key, value] : package.metadata) {
-            if (value) {
-                metadata.insert_or_assign(key, *value);
-            } else {
-                metadata.insert_or_assign(key, false);
-            }
-        }
-        packages.push_back(
-            toml::table{{"app", package.appId}, {"name", package.name}, {"metadata", metadata}});
-    }
-    if (!packages.empty()) {
-        root.insert("packages", packages);
-    }
-    try {
-        return "# Made from a dump.\n" + ToToml(root);
-    } catch (const std::runtime_error& error) {
-        throw vtv::Error(vtv::ErrorKind::kUsage, std::string("the dump: ") + error.what());
-    }
+    return snapshot;
 }
 
 Json::Value ToJson(const vtv::Snapshot& snapshot) {
     Json::Value json;
     json["format"] = kSnapshotFormat;
-    json["version"] = 1;
+    json["version"] = vtv::kSnapshotVersion;
     json["settings"] = MapToJson(snapshot.settings);
     json["state"] = MapToJson(snapshot.state);
     json["files"] = Json::Value(Json::arrayValue);
@@ -381,8 +355,9 @@ Json::Value ToJson(const vtv::Snapshot& snapshot) {
     return json;
 }
 
-vtv::Snapshot ParseSnapshot(const JsonText& document) {
-    CheckMembers(document, kSnapshotFormat, {"format", "version", "settings", "state", "files"});
+vtv::Snapshot ParseSnapshot(const vtv::JsonText& document) {
+    CheckMembers(document, kSnapshotFormat, "a snapshot", vtv::kSnapshotVersion,
+                 {"format", "version", "settings", "state", "files"});
     for (const char* name : {"format", "settings", "state", "files"}) {
         if (!document.Root().isMember(name)) {
             Fail(document, document.Root(),

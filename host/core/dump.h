@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "json_text.h"
+#include "virtual-tv/model/json_text.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {
@@ -30,16 +30,16 @@ struct Dump {
 Dump TakeDump(const vtv::Tv& tv);
 Json::Value ToJson(const Dump& dump);
 // Throws vtv::Error (kUsage) with the place of what is wrong, before anything is done.
-Dump ParseDump(const JsonText& document);
-// Puts everything but the packages, which belong to the model. Settings and files that the document
-// does not list are removed when it has a list of them.
-void PutDump(const Dump& dump, vtv::Tv& tv);
+Dump ParseDump(const vtv::JsonText& document);
+// The TV with everything of the document but the packages, which belong to the model. Settings and
+// files that the document does not list are gone when it has a list of them.
+vtv::Snapshot SnapshotWith(const Dump& dump, const vtv::Tv& tv);
 // The text of a model (TOML) with the features and packages of the document; the rest is for
-// PutDump().
+// SnapshotWith().
 std::string ModelText(const Dump& dump);
 
 // The state that vtv::Tv::Restore() takes, as a document.
 Json::Value ToJson(const vtv::Snapshot& snapshot);
-vtv::Snapshot ParseSnapshot(const JsonText& document);
+vtv::Snapshot ParseSnapshot(const vtv::JsonText& document);
 
 }  // namespace host

@@ -1,4 +1,5 @@
 #include "explain.h"
+#include "program/counted.h"
 
 #include <algorithm>
 
@@ -67,7 +68,7 @@ std::string WhatItWouldTake(const Reasons& reasons) {
         return "";
     }
     return "; " + would + Joined(ways, ", or with ") +
-           (more > 0 ? ", or in " + std::to_string(more) + " other ways" : "");
+           (more > 0 ? ", or in " + program::Counted(more, "other way") : "");
 }
 
 std::string NothingFound(const Reasons& reasons) {
@@ -183,6 +184,17 @@ std::string SentenceOf(const Page& page, const Explanation& explanation) {
 }
 
 }  // namespace
+
+std::string Heading(const Reasons& reasons) {
+    if (reasons.question == "value") {
+        return "reads " + reasons.answer;
+    }
+    if (reasons.question == "reason") {
+        return "tells the viewer " +
+               (reasons.answer.empty() ? std::string("nothing") : '"' + reasons.answer + '"');
+    }
+    return reasons.answer;
+}
 
 std::string ToText(const Difference& difference) {
     static const std::string kConsent = "consent ";

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "page.h"
+#include "host/page/page.h"
 #include "rules.h"
 #include "virtual-tv/virtual_tv.h"
 #include "what_if.h"
@@ -40,6 +40,8 @@ struct Explanation {
 // The provider's own TV must be on. Nothing on the TV is changed.
 Explanation Explain(const Provider& provider, const vtv::Tv& tv, const Item& item);
 
+// What the answer says: "dimmed", "reads on", "tells the viewer "..."".
+std::string Heading(const Reasons& reasons);
 // "consent tnc and pp".
 std::string ToText(const Difference& difference);
 

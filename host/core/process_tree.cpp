@@ -15,6 +15,8 @@
 #include <thread>
 #include <vector>
 
+#include "virtual-tv/model/error.h"
+
 namespace fs = std::filesystem;
 
 namespace host {
@@ -40,9 +42,9 @@ bool ParseStat(const std::string& stat, Process* process, pid_t* parent) {
     return static_cast<bool>(rest >> process->state >> *parent);
 }
 
-ProcessesByParent AllProcesses() {
+// With an error when they cannot be told: what was found until then is not all.
+ProcessesByParent AllProcesses(std::error_code& error) {
     ProcessesByParent all;
-    std::error_code error;
     for (fs::directory_iterator entry("/proc", error), end; !error && entry != end;
          entry.increment(error)) {
         const std::string name = entry->path().filename().string();
@@ -61,8 +63,8 @@ ProcessesByParent AllProcesses() {
     return all;
 }
 
-std::vector<Process> Descendants(const std::set<pid_t>& spare) {
-    const ProcessesByParent all = AllProcesses();
+std::vector<Process> Descendants(const std::set<pid_t>& spare, std::error_code& error) {
+    const ProcessesByParent all = AllProcesses(error);
     std::vector<Process> found;
     std::vector<pid_t> parents = {getpid()};
     while (!parents.empty()) {
@@ -86,7 +88,12 @@ void AdoptOrphans() {
 
 size_t RunningDescendants() {
     size_t running = 0;
-    for (const Process& process : Descendants({})) {
+    std::error_code error;
+    const std::vector<Process> descendants = Descendants({}, error);
+    if (error) {  // nobody may take it for "none"
+        throw vtv::Error(vtv::ErrorKind::kPlatform, "/proc: cannot be read: " + error.message());
+    }
+    for (const Process& process : descendants) {
         running += process.state != 'Z' && process.state != 'X' ? 1 : 0;
     }
     return running;
@@ -94,7 +101,8 @@ size_t RunningDescendants() {
 
 void EndDescendants(const std::set<pid_t>& spare) {
     const auto giveUp = std::chrono::steady_clock::now() + kGiveUp;
-    std::vector<Process> left = Descendants(spare);
+    std::error_code unknown;  // then those that were found are ended
+    std::vector<Process> left = Descendants(spare, unknown);
     while (!left.empty() && std::chrono::steady_clock::now() < giveUp) {
         for (const Process& process : left) {
             kill(process.pid, SIGKILL);
@@ -104,7 +112,7 @@ void EndDescendants(const std::set<pid_t>& spare) {
         for (const Process& process : left) {
             waitpid(process.pid, nullptr, WNOHANG);
         }
-        left = Descendants(spare);
+        left = Descendants(spare, unknown);
     }
 }
 

@@ -12,6 +12,7 @@ namespace host {
 void AdoptOrphans();
 
 // How many processes below this one are running; one that has ended and was not waited for is none.
+// Throws vtv::Error (kPlatform) when that cannot be told.
 size_t RunningDescendants();
 
 // Ends every process below this one, but those of `spare` with all that is below them. Gives up

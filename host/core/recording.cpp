@@ -1,31 +1,25 @@
 #include "recording.h"
 
-#include <fcntl.h>
-#include <stdlib.h>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <toml++/toml.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
-#include "known_settings.h"
+#include "record_file.h"
 #include "scenario.h"
+#include "step_to.h"
+#include "temporary_folder.h"
 #include "toml_writer.h"
+#include "virtual-tv/model/applications.h"
+#include "virtual-tv/model/format_version.h"
+#include "virtual-tv/model/text_file.h"
 
 namespace host {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr char kToastApplication[] = "org.nemra.alert-syspopup";
 
 // ---------------------------------------------------------------------------------------------
 // TOML
@@ -60,11 +54,21 @@ toml::table Values(const std::map<std::string, vtv::Value>& wanted,
     return table;
 }
 
+toml::array List(const std::vector<std::string>& texts) {
+    toml::array list;
+    for (const std::string& text : texts) {
+        list.push_back(text);
+    }
+    return list;
+}
+
 toml::table ToToml(const Recording::Step& step) {
     toml::table table;
     for (const auto& [name, member] : step) {
         if (const auto* value = std::get_if<vtv::Value>(&member)) {
             Insert(table, name, *value);
+        } else if (const auto* texts = std::get_if<std::vector<std::string>>(&member)) {
+            table.insert(name, List(*texts));
         } else {
             table.insert(name, Values(std::get<std::map<std::string, vtv::Value>>(member), {}));
         }
@@ -76,14 +80,8 @@ toml::table ToToml(const Recording::Step& step) {
 // The beginning: the model, and what the TV had become
 // ---------------------------------------------------------------------------------------------
 
-std::string ReadText(const std::string& file) {
-    std::ostringstream text;
-    text << std::ifstream(file, std::ios::binary).rdbuf();
-    return text.str();
-}
-
 bool IsModelOf(const std::string& modelFile, const vtv::Tv& tv) {
-    return ReadText(modelFile) == ReadText(tv.GetModel().file);
+    return vtv::ReadTextFile(modelFile) == vtv::ReadTextFile(tv.GetModel().file);
 }
 
 // A model that comes with the virtual TV is named; any other is the TV's own copy.
@@ -97,47 +95,9 @@ std::string ModelOf(const vtv::Tv& tv) {
 }
 
 vtv::Snapshot FreshSnapshot(const vtv::Tv& tv) {
-    std::string folder = (fs::temp_directory_path() / "vtv-record-XXXXXX").string();
-    if (mkdtemp(folder.data()) == nullptr) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform,
-                         folder + ": cannot be made: " + std::strerror(errno));
-    }
-    vtv::Snapshot snapshot;
-    try {
-        vtv::Tv::Create(folder + "/tv", tv.GetModel().file);
-        snapshot = vtv::Tv(folder + "/tv").TakeSnapshot();
-    } catch (...) {
-        fs::remove_all(folder);
-        throw;
-    }
-    fs::remove_all(folder);
-    return snapshot;
-}
-
-toml::array Missing(const std::vector<std::string>& all, const std::vector<std::string>& some) {
-    toml::array missing;
-    for (const std::string& one : all) {
-        if (std::find(some.begin(), some.end(), one) == some.end()) {
-            missing.push_back(one);
-        }
-    }
-    return missing;
-}
-
-std::vector<std::string> KeysOf(const std::map<std::string, vtv::Value>& values) {
-    std::vector<std::string> keys;
-    for (const auto& [key, value] : values) {
-        keys.push_back(key);
-    }
-    return keys;
-}
-
-// Settings that programs have written with another type than they are known to have.
-bool HasForced(const std::map<std::string, vtv::Value>& settings) {
-    return std::any_of(settings.begin(), settings.end(), [](const auto& setting) {
-        const KnownSetting* known = FindKnownSetting(setting.first);
-        return known != nullptr && std::string(known->type) != vtv::TypeName(setting.second);
-    });
+    const TemporaryFolder folder("vtv-record");
+    vtv::Tv::Create(folder.Path() + "/tv", tv.GetModel().file);
+    return vtv::Tv(folder.Path() + "/tv").TakeSnapshot();
 }
 
 toml::table FaultTable(const vtv::Fault& fault) {
@@ -155,7 +115,7 @@ toml::table FaultTable(const vtv::Fault& fault) {
 toml::array Running(const vtv::Tv& tv) {
     toml::array launches;
     for (const vtv::RunningApplication& running : tv.RunningApplications()) {
-        if (running.appId == kToastApplication) {
+        if (running.appId == vtv::kNotification) {
             continue;
         }
         toml::table launch{{"app", running.appId}};
@@ -169,6 +129,12 @@ toml::array Running(const vtv::Tv& tv) {
         launches.push_back(launch);
     }
     return launches;
+}
+
+std::string Heading(const vtv::Tv& tv) {
+    return RecordFile::kMark + Written(toml::table{{"version", vtv::kScenarioVersion},
+                                                   {"title", "Recorded on " + tv.GetModel().title},
+                                                   {"model", ModelOf(tv)}});
 }
 
 // The steps that bring a new TV of the model to where this one is.
@@ -185,9 +151,9 @@ std::string FirstSteps(const vtv::Tv& tv) {
     state.erase("model");  // the name under which the TV knows it
     add("set", Values(now.settings, fresh.settings));
     add("state", Values(state, fresh.state));
-    add("unset", Missing(KeysOf(fresh.settings), KeysOf(now.settings)));
-    add("file-add", Missing(now.ownerFiles, fresh.ownerFiles));
-    add("file-remove", Missing(fresh.ownerFiles, now.ownerFiles));
+    add("unset", List(Missing(KeysOf(fresh.settings), KeysOf(now.settings))));
+    add("file-add", List(Missing(now.ownerFiles, fresh.ownerFiles)));
+    add("file-remove", List(Missing(fresh.ownerFiles, now.ownerFiles)));
     toml::array faults;
     for (const vtv::Fault& fault : tv.Faults()) {
         faults.push_back(FaultTable(fault));
@@ -257,81 +223,6 @@ toml::table Expected(const PressResult& result, bool isPress) {
     return expect;
 }
 
-// ---------------------------------------------------------------------------------------------
-// The file
-// ---------------------------------------------------------------------------------------------
-
-// Enough for any step: a disk that is full is found out before anything is done.
-constexpr off_t kReserve = off_t{256} * 1024;
-
-[[noreturn]] void FailToWrite(const std::string& file, const std::string& after = "") {
-    const std::string reason = std::strerror(errno);
-    throw vtv::Error(vtv::ErrorKind::kPlatform,
-                     file + ": the recording cannot be written: " + reason + "." + after);
-}
-
-}  // namespace
-
-// Open, and nobody else's until it is closed. One that was made for this and got nothing goes away.
-class RecordFile {
-  public:
-    explicit RecordFile(const std::string& file) : file_(file) {
-        std::error_code error;
-        const fs::file_status status = fs::status(file, error);
-        isNew_ = status.type() == fs::file_type::not_found;
-        if (fs::exists(status) && !fs::is_regular_file(status)) {
-            throw vtv::Error(vtv::ErrorKind::kUsage,
-                             file + ": this is no file that a scenario could be written to.");
-        }
-        fd_ = open(file.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-        if (fd_ < 0 || flock(fd_, LOCK_EX) != 0) {
-            FailToWrite(file, " Nothing was done.");
-        }
-        text_ = ReadText(file);
-        // Where a file system cannot reserve, the write itself tells.
-        const auto size = static_cast<off_t>(text_.size());
-        if (fallocate(fd_, FALLOC_FL_KEEP_SIZE, size, kReserve) != 0 && errno == ENOSPC) {
-            Close();
-            errno = ENOSPC;
-            FailToWrite(file, " Nothing was done.");
-        }
-    }
-    ~RecordFile() { Close(); }
-    RecordFile(const RecordFile&) = delete;
-    RecordFile& operator=(const RecordFile&) = delete;
-
-    const std::string& Name() const { return file_; }
-    const std::string& Text() const { return text_; }
-
-    // All of it or nothing.
-    void Append(const std::string& text) {
-        if (write(fd_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-            const int reason = errno;
-            [[maybe_unused]] const int cut = ftruncate(fd_, static_cast<off_t>(text_.size()));
-            errno = reason;
-            FailToWrite(file_, " It was done all the same.");
-        }
-        text_ += text;
-    }
-
-  private:
-    void Close() {
-        // The reserve is given back.
-        [[maybe_unused]] const int cut = ftruncate(fd_, static_cast<off_t>(text_.size()));
-        if (isNew_ && text_.empty()) {
-            unlink(file_.c_str());
-        }
-        close(fd_);
-    }
-
-    std::string file_;
-    std::string text_;
-    bool isNew_ = false;
-    int fd_ = -1;
-};
-
-namespace {
-
 void RequireScenario(const RecordFile& file, const vtv::Tv& tv) {
     const Scenario scenario = ParseScenario(file.Text(), file.Name());
     if (!scenario.problems.empty()) {
@@ -362,15 +253,31 @@ struct Recording::Pending {
     }
 };
 
+void Recording::Begin(const std::string& file, const vtv::Tv& tv) {
+    RecordFile record(file);
+    if (!record.Text().empty()) {
+        RequireScenario(record, tv);
+        return;
+    }
+    const std::string first = FirstSteps(tv);
+    const std::string text =
+        Heading(tv) +
+        (first.empty() ? StepText(toml::table{{"say", "the TV is as it was made"}}) : first);
+    const Scenario begun = ParseScenario(text, file);
+    if (!begun.problems.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kUsage,
+                         begun.problems.front() + " Nothing was done: no scenario could begin so.");
+    }
+    record.Append(text);
+}
+
 Recording::Recording(const std::string& file, const vtv::Tv& tv, const Step& step)
     : pending_(std::make_unique<Pending>(file)) {
     const std::string& text = pending_->file.Text();
-    if (text.find_first_not_of(" \t\r\n") != std::string::npos) {
+    if (!text.empty()) {
         RequireScenario(pending_->file, tv);
     } else {
-        pending_->before = Written(toml::table{{"title", "Recorded on " + tv.GetModel().title},
-                                               {"model", ModelOf(tv)}}) +
-                           FirstSteps(tv);
+        pending_->before = Heading(tv) + FirstSteps(tv);
     }
     pending_->step = ToToml(step);
     const Scenario after = ParseScenario(text + pending_->before + StepText(pending_->step), file);

@@ -5,16 +5,23 @@
 #include <memory>
 #include <string>
 #include <variant>
+#include <vector>
 
-#include "viewer.h"
+#include "host/page/viewer.h"
+#include "virtual-tv/virtual_tv.h"
 
 namespace host {
 
 class Recording {
   public:
-    // The members of a step, as docs/scenarios.md has them; some of them are tables.
-    using Member = std::variant<vtv::Value, std::map<std::string, vtv::Value>>;
+    // The members of a step, as docs/scenarios.md has them; some of them are tables or lists.
+    using Member =
+        std::variant<vtv::Value, std::map<std::string, vtv::Value>, std::vector<std::string>>;
     using Step = std::map<std::string, Member>;
+
+    // Begins the scenario in a file that is not there, as it would be begun for the first step; one
+    // that is there must be a recording of the TV's model. Throws as the constructor.
+    static void Begin(const std::string& file, const vtv::Tv& tv);
 
     // Makes sure that the step can be added to the scenario in the file, which is begun if it is
     // not there: with the TV's model, and with what the TV has by now become. Make this before the

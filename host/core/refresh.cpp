@@ -7,14 +7,12 @@
 #include "build_id.h"
 #include "page_dependencies.h"
 #include "provider_build.h"
+#include "virtual-tv/model/keys.h"
 
 namespace host {
 
 namespace {
 
-constexpr std::string_view kLanguage = "db/menu_widget/language";
-constexpr std::string_view kCurrentAssistant = "db/multi-assistant/default_assistant_appid";
-constexpr std::string_view kOwner = "/home/owner/";
 constexpr std::string_view kMode = "call AOVSystemDataGetAOVMode";
 
 // A key of the TV's state and the input that it is behind. A prefix ends in a slash; what follows
@@ -25,10 +23,10 @@ struct StateInput {
     bool isWhole;
 };
 constexpr StateInput kStateInputs[] = {
-    {"account/signed_in", "call sso_get_login_state", true},
-    {"network", "call connection_profile_check_default_gateway", true},
-    {"always_on_voice/", kMode, true},
-    {"consent/", "consent ", false},
+    {vtv::kSignedInState, "call sso_get_login_state", true},
+    {vtv::kNetworkState, "call connection_profile_check_default_gateway", true},
+    {vtv::kModeState, kMode, true},
+    {vtv::kConsentState, "consent ", false},
     {"feature/", "feature ", false},
     {"no-feature/", "feature ", false},
 };
@@ -50,7 +48,7 @@ const StateInput* FindStateInput(std::string_view state) {
 bool ChangesEverything(const vtv::Change& change) {
     switch (change.what) {
         case vtv::Change::What::kSetting:
-            return change.name == kLanguage;
+            return change.name == vtv::kLanguageKey;
         case vtv::Change::What::kState:
             return FindStateInput(change.name) == nullptr;
         case vtv::Change::What::kFile:
@@ -65,7 +63,8 @@ bool IsOf(const vtv::Change& change, std::string_view input) {
     switch (change.what) {
         case vtv::Change::What::kSetting:
             // The mode is kept for each assistant and answered for the current one.
-            return input == "setting " + name || (name == kCurrentAssistant && input == kMode);
+            return input == "setting " + name ||
+                   (name == vtv::kCurrentAssistantKey && input == kMode);
         case vtv::Change::What::kState: {
             const StateInput* known = FindStateInput(name);
             return known != nullptr &&
@@ -75,7 +74,7 @@ bool IsOf(const vtv::Change& change, std::string_view input) {
         }
         case vtv::Change::What::kFile: {
             // With a folder comes and goes all that is in it.
-            const std::string path = "file " + std::string(kOwner) + name;
+            const std::string path = "file " + std::string(vtv::kOwnerFolder) + name;
             return input == path || StartsWith(input, path + "/");
         }
     }

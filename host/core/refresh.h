@@ -3,7 +3,8 @@
 
 #include <vector>
 
-#include "page.h"
+#include "host/page/page.h"
+#include "host/page/provider.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {

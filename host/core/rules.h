@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "page.h"
+#include "virtual-tv/model/items.h"
 
 namespace host {
 
@@ -12,15 +12,7 @@ struct Rule {
     const char* source;
 };
 
-struct ItemRules {
-    const char* item;  // its name
-    Rule visible;
-    Rule enabled;
-    Rule value;
-};
-
-const ItemRules& RulesOf(const Item& item);
 // What answers a question of Explanation: "visible", "enabled", "value", "reason".
-Rule RuleOf(const Item& item, std::string_view question);
+Rule RuleOf(const vtv::Item& item, std::string_view question);
 
 }  // namespace host

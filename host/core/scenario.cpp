@@ -1,14 +1,13 @@
 #include "scenario.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <set>
-#include <sstream>
 
 #include "scenario_steps.h"
+#include "virtual-tv/model/format_version.h"
+#include "virtual-tv/model/limits.h"
+#include "virtual-tv/model/text_file.h"
 
 namespace host {
 
@@ -58,6 +57,9 @@ void ReadModel(ScenarioReader& reader, const toml::node& node, Scenario* scenari
     try {
         reader.model = vtv::LoadModel(scenario->model);
     } catch (const vtv::Error& error) {
+        if (error.kind() == vtv::ErrorKind::kPlatform) {
+            throw;  // nothing is known to be wrong with the scenario
+        }
         reader.ForeignProblem(node, error.what());
     }
 }
@@ -66,6 +68,11 @@ void ReadSteps(ScenarioReader& reader, const toml::node& node, Scenario* scenari
     const toml::array* list = node.as_array();
     if (list == nullptr || list->empty()) {
         reader.Problem(node, "a scenario needs steps: begin each with [[step]].");
+        return;
+    }
+    const std::string problem = vtv::TooMany("steps", list->size(), vtv::kMostSteps);
+    if (!problem.empty()) {
+        reader.Problem(node, problem);
         return;
     }
     auto steps = std::make_shared<std::vector<ScenarioStep>>();
@@ -81,13 +88,30 @@ void ReadSteps(ScenarioReader& reader, const toml::node& node, Scenario* scenari
 
 // The model before the steps, which depend on it.
 constexpr TopMember kTopMembers[] = {
+    {"version", [](ScenarioReader&, const toml::node&, Scenario*) {}},  // read before all others
     {"title", [](ScenarioReader& reader, const toml::node& node,
                  Scenario* scenario) { scenario->title = reader.Text(node, "title"); }},
     {"model", ReadModel},
     {"step", ReadSteps},
 };
 
+// False for one that has to be read by another program: nothing else that is wrong counts then.
+bool ReadVersion(ScenarioReader& reader, const toml::table& root) {
+    const toml::node* version = root.get("version");
+    const std::string problem =
+        version == nullptr ? ""
+                           : vtv::VersionProblem("a scenario", version->value_exact<int64_t>(),
+                                                 vtv::kScenarioVersion);
+    if (!problem.empty()) {
+        reader.Problem(*version, problem);
+    }
+    return problem.empty();
+}
+
 void ReadDocument(ScenarioReader& reader, toml::table& root, Scenario* scenario) {
+    if (!ReadVersion(reader, root)) {
+        return;
+    }
     if (!root.contains("model")) {
         root.insert("model", kDefaultModel);
     }
@@ -100,29 +124,14 @@ void ReadDocument(ScenarioReader& reader, toml::table& root, Scenario* scenario)
     }
 }
 
-std::string ReadScenarioText(const std::string& file) {
-    std::error_code error;
-    const fs::file_status status = fs::status(file, error);
-    if (status.type() == fs::file_type::not_found) {
-        throw vtv::Error(vtv::ErrorKind::kNoSuch, file + ": there is no such scenario.");
-    }
-    if (fs::exists(status) && status.type() != fs::file_type::regular) {
-        throw vtv::Error(vtv::ErrorKind::kUsage, file + ": this is no file; name a scenario.");
-    }
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    if (!stream.is_open() || stream.bad()) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform,
-                         file + ": cannot be read: " + std::strerror(errno) + ".");
-    }
-    return text.str();
-}
-
 }  // namespace
 
 Scenario ReadScenario(const std::string& file) {
-    return ParseScenario(ReadScenarioText(file), file);
+    std::error_code error;
+    if (fs::status(file, error).type() == fs::file_type::not_found) {
+        throw vtv::Error(vtv::ErrorKind::kNoSuch, file + ": there is no such scenario.");
+    }
+    return ParseScenario(vtv::ReadTextFile(file), file);
 }
 
 Scenario ParseScenario(const std::string& text, const std::string& file) {
@@ -182,6 +191,11 @@ std::vector<Scenario> ReadScenarios(const std::string& folder) {
                          folder + ": there is no scenario (*.toml) in this folder.");
     }
     return scenarios;
+}
+
+bool ScenarioResult::Failed() const {
+    return std::any_of(steps.begin(), steps.end(),
+                       [](const StepResult& step) { return !step.failures.empty(); });
 }
 
 bool ScenarioResult::Passed() const {

@@ -2,11 +2,12 @@
 // docs/scenarios.md describes the file, which is TOML.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "virtual-tv/virtual_tv.h"
+#include "page_user.h"
 
 namespace host {
 
@@ -36,6 +37,7 @@ struct StepResult {
     std::string name;  // "step 3: the viewer presses OK"
     int line = 0;
     std::vector<std::string> failures;  // "FILE:LINE: what was expected and what was there"
+    std::vector<std::string> beside;    // what was done for the user of the page, who could not
     bool played = false;
     double seconds = 0;
 };
@@ -46,10 +48,13 @@ struct ScenarioResult {
     std::vector<std::string> problems;  // of a scenario that could not be played
     std::vector<StepResult> steps;      // those after a failed one are not played
     bool Passed() const;
+    bool Failed() const;  // neither, when it could not be played, or not to its end
 };
 
-// Plays a scenario on a new TV in that folder, which must not exist yet.
-ScenarioResult PlayScenario(const Scenario& scenario, const std::string& providerFile,
-                            const std::string& tvDir);
+// Plays a scenario on a new TV in that folder, which must not exist yet. Before each step it asks
+// whether to go on. The page is used by whoever `hire` makes: else by a Viewer.
+ScenarioResult PlayScenario(
+    const Scenario& scenario, const std::string& providerFile, const std::string& tvDir,
+    const std::function<bool()>& goOn = [] { return true; }, const HirePageUser& hire = {});
 
 }  // namespace host

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "known_settings.h"
 #include "scenario_members.h"
+#include "virtual-tv/model/known_settings.h"
 
 namespace host {
 
@@ -144,9 +144,8 @@ Expectation ReadRefused(const Reading& reading, const toml::node& node) {
 
 Texts Launched(const StepOutcome& outcome, Sight::Kind kind) {
     Texts texts;
-    const std::vector<vtv::Launch> launches = outcome.tv->Launches();
-    for (size_t i = outcome.launchesBefore; i < launches.size(); ++i) {
-        const Sight sight = SightOf(launches[i]);
+    for (const vtv::Launch& launch : outcome.tv->Launches(outcome.launchMark)) {
+        const Sight sight = SightOf(launch);
         if (sight.kind == kind) {
             texts.push_back(sight.text);
         }
@@ -171,20 +170,27 @@ Expectation ReadToast(const Reading& reading, const toml::node& node) {
     };
 }
 
+constexpr std::chrono::seconds kEndOfApplication(2);
+
 Expectation ReadRunning(const Reading& reading, const toml::node& node) {
     Texts wanted = reading.reader.Texts(node, reading.name);
     std::sort(wanted.begin(), wanted.end());
     return [wanted, line = LineOf(node)](Judge& judge) {
+        // An application that was asked to end takes its time.
+        const vtv::Tv& tv = *judge.Outcome().tv;
+        for (const vtv::RunningApplication& one : tv.RunningApplications()) {
+            if (std::find(wanted.begin(), wanted.end(), one.appId) == wanted.end()) {
+                tv.WaitForEnd(one, kEndOfApplication);
+            }
+        }
         Texts running;
-        for (const vtv::RunningApplication& one : judge.Outcome().tv->RunningApplications()) {
+        for (const vtv::RunningApplication& one : tv.RunningApplications()) {
             running.push_back(one.appId);
         }
         std::sort(running.begin(), running.end());
         judge.SameList(line, "running", wanted, running);
     };
 }
-
-constexpr char kMissing[] = "(missing)";
 
 std::string OrMissing(const std::optional<vtv::Value>& value) {
     return value ? vtv::ToText(*value) : kMissing;
@@ -193,7 +199,7 @@ std::string OrMissing(const std::optional<vtv::Value>& value) {
 // The type that the wanted value stands for: a text may also tell a value of another type, or that
 // there is none.
 std::string TypeOfWanted(const std::string& key, const vtv::Value& wanted) {
-    const KnownSetting* known = FindKnownSetting(key);
+    const vtv::KnownSetting* known = vtv::FindKnownSetting(key);
     if (known != nullptr && std::holds_alternative<std::string>(wanted)) {
         const std::string& text = std::get<std::string>(wanted);
         try {
@@ -307,7 +313,7 @@ Expectation ReadLogRun(const Reading& reading, const toml::node& node) {
     };
 }
 
-Expectation ReadTrace(const Reading& reading, const toml::node& node) {
+Expectation ReadExpectedTrace(const Reading& reading, const toml::node& node) {
     return [wanted = reading.reader.Some(node, reading.name), line = LineOf(node)](Judge& judge) {
         Texts messages;
         const std::vector<vtv::TraceEvent> events = judge.Outcome().tv->ReadTrace();
@@ -346,7 +352,7 @@ constexpr ExpectMember kMembers[] = {
     {"log", ReadLog},
     {"log-run", ReadLogRun},
     {"no-log", ReadNoLog},
-    {"trace", ReadTrace},
+    {"trace", ReadExpectedTrace},
 };
 
 // A press that comes to nothing is told unless the step says itself whether it does.

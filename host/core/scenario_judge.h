@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "viewer.h"
+#include "host/page/provider.h"
+#include "host/page/viewer.h"
+#include "virtual-tv/virtual_tv.h"
 
 namespace host {
 
@@ -16,7 +18,7 @@ struct StepOutcome {
     std::optional<PressResult> press;
     int pressLine = 0;
     Page page;
-    size_t launchesBefore = 0;
+    std::uint64_t launchMark = 0;
     size_t logBefore = 0;
     size_t traceBefore = 0;
 };

@@ -10,6 +10,9 @@
 
 namespace host {
 
+// Stands for what is not there.
+inline constexpr char kMissing[] = "(missing)";
+
 using Play = std::function<void(const StepScene&)>;
 
 struct Reading {

@@ -2,22 +2,39 @@
 #include <chrono>
 
 #include "scenario_steps.h"
+#include "virtual_tv_events.h"
 
 namespace host {
 
 namespace {
 
+// Asks the provider itself.
+class AskingUser : public PageUser {
+  public:
+    AskingUser(vtv::Tv& tv, const Provider& provider) : provider_(provider), events_(tv) {}
+
+    PressResult Press(const host::Press& press) override {
+        return Viewer(provider_, events_).PressItem(press);
+    }
+    void Hand(const Item& item, int value) override { provider_.SetInt(item.key, value); }
+    Page Look() override { return LookAtPage(provider_); }
+
+  private:
+    const Provider& provider_;
+    VirtualTvEvents events_;
+};
+
 class Player {
   public:
-    Player(std::string file, vtv::Tv& tv, const Provider& provider)
-        : file_(std::move(file)), tv_(tv), provider_(provider) {}
+    Player(std::string file, vtv::Tv& tv, const Provider& provider, PageUser& user)
+        : file_(std::move(file)), tv_(tv), provider_(provider), user_(user) {}
 
     // What went wrong or is not met: "FILE:LINE: ...".
     std::vector<std::string> Play(const ScenarioStep& step) {
         StepOutcome outcome;
         outcome.provider = &provider_;
         outcome.tv = &tv_;
-        outcome.launchesBefore = tv_.Launches().size();
+        outcome.launchMark = tv_.LaunchMark();
         outcome.logBefore = tv_.ReadLog().size();
         outcome.traceBefore = tv_.ReadTrace().size();
         line_ = step.line;
@@ -25,22 +42,28 @@ class Player {
             Play(step.changes, &outcome);
             Play(step.uses, &outcome);
             line_ = step.line;
-            outcome.page = LookAtPage(provider_);
+            outcome.page = user_.Look();
             Judge judge(file_, outcome);
             for (const Expectation& expectation : step.expectations) {
                 expectation(judge);
             }
             return judge.Failures();
         } catch (const vtv::Error& error) {
-            return {file_ + ":" + std::to_string(line_) + ": " + error.what()};
+            return {Told(error)};
+        } catch (const MeaninglessPress& error) {
+            return {Told(error)};
         }
     }
 
   private:
+    std::string Told(const std::exception& error) const {
+        return file_ + ":" + std::to_string(line_) + ": " + error.what();
+    }
+
     void Play(const std::vector<Action>& actions, StepOutcome* outcome) {
         for (const Action& action : actions) {
             line_ = action.line;
-            action.play({tv_, provider_, *outcome});
+            action.play({tv_, provider_, user_, *outcome});
         }
         while (tv_.Dispatch() > 0) {
         }
@@ -49,6 +72,7 @@ class Player {
     std::string file_;
     vtv::Tv& tv_;
     const Provider& provider_;
+    PageUser& user_;
     int line_ = 0;  // of what is under way
 };
 
@@ -86,21 +110,26 @@ void EndApplications(vtv::Tv& tv) {
 }  // namespace
 
 ScenarioResult PlayScenario(const Scenario& scenario, const std::string& providerFile,
-                            const std::string& tvDir) {
+                            const std::string& tvDir, const std::function<bool()>& goOn,
+                            const HirePageUser& hire) {
     ScenarioResult result;
     result.file = scenario.file;
     result.title = scenario.title;
     for (const ScenarioStep& step : *scenario.steps) {
-        result.steps.push_back({step.name, step.line, {}, false, 0});
+        result.steps.push_back({step.name, step.line, {}, {}, false, 0});
     }
     vtv::Tv::Create(tvDir, scenario.model);
     Stage stage(tvDir, providerFile);
-    Player player(scenario.file, stage.tv, stage.provider);
-    for (size_t i = 0; i < result.steps.size(); ++i) {
+    const std::unique_ptr<PageUser> user =
+        hire ? hire(stage.tv, stage.provider)
+             : std::make_unique<AskingUser>(stage.tv, stage.provider);
+    Player player(scenario.file, stage.tv, stage.provider, *user);
+    for (size_t i = 0; i < result.steps.size() && goOn(); ++i) {
         StepResult& step = result.steps[i];
         const auto start = std::chrono::steady_clock::now();
         step.played = true;
         step.failures = player.Play((*scenario.steps)[i]);
+        step.beside = user->TakeBeside();
         step.seconds =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         if (!step.failures.empty()) {

@@ -5,20 +5,15 @@
 #include <algorithm>
 #include <limits>
 
-#include "known_settings.h"
 #include "similar_items.h"
+#include "virtual-tv/model/applications.h"
+#include "virtual-tv/model/json_text.h"
+#include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/model/spelling.h"
 
 namespace host {
 
 namespace {
-
-std::string Joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) {
-        text += (text.empty() ? "" : ", ") + word;
-    }
-    return text;
-}
 
 const char* KindOf(const toml::node& node) {
     switch (node.type()) {
@@ -41,10 +36,6 @@ const char* KindOf(const toml::node& node) {
 
 bool Fits(int64_t number) {
     return number >= std::numeric_limits<int>::min() && number <= std::numeric_limits<int>::max();
-}
-
-const char* ExampleOf(const std::string& type) {
-    return type == "bool" ? "true or false" : type == "int" ? "a whole number" : "a text in quotes";
 }
 
 }  // namespace
@@ -186,10 +177,7 @@ vtv::Value ScenarioReader::SettingValue(const toml::node& node, const std::strin
     if (!node.is_table() && !node.is_array()) {
         return Scalar(node, name);
     }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["emitUTF8"] = true;
-    return Json::writeString(builder, ToJson(*this, node, name));
+    return vtv::CompactJson(ToJson(*this, node, name));
 }
 
 const toml::table& ScenarioReader::Table(const toml::node& node, const std::string& name) {
@@ -209,11 +197,9 @@ void ScenarioReader::CheckSetting(const toml::key& key, const toml::node& value,
                                   const std::string& type, bool anyType) {
     const std::string name(key.str());
     Noting(key.source(), [&] { vtv::CheckSettingKey(name); });
-    const KnownSetting* known = FindKnownSetting(name);
-    if (known != nullptr && !anyType && type != known->type) {
-        Problem(value, "\"" + name + "\" is a " + known->type + " on a TV (" + known->meaning +
-                           "): write " + ExampleOf(known->type) +
-                           ", or \"force = true\" in the step to see what happens otherwise.");
+    const std::string problem = anyType ? "" : vtv::TypeProblem(name, type);
+    if (!problem.empty()) {
+        Problem(value, problem + " To see what happens otherwise: \"force = true\" in the step.");
     }
 }
 
@@ -228,34 +214,33 @@ std::vector<std::string> ScenarioReader::SettingKeys(const toml::node& node,
 
 std::string ScenarioReader::Feature(const toml::source_region& where, const std::string& name) {
     std::vector<std::string> names;
-    for (const vtv::FeatureKey& known : vtv::KnownFeatures()) {
-        if (name == known.key || kFeaturePrefix + name == known.key) {
+    for (const vtv::KnownFeature& known : vtv::KnownFeatures()) {
+        if (name == known.key || vtv::kFeaturePrefix + name == known.key) {
             return known.key;
         }
-        names.push_back(known.key.substr(sizeof kFeaturePrefix - 1));
+        names.push_back(known.Name());
     }
     if (model && model->features.count(name) == 0) {
         Problem(where, "the TV has no feature \"" + name + "\"." + DidYouMean(name, names) +
-                           " Known: " + Joined(names) + ".");
+                           " Known: " + vtv::Join(names) + ".");
     }
     return name;
 }
 
 vtv::Value ScenarioReader::FeatureValue(const toml::node& node, const std::string& key) {
-    const std::string name =
-        key.rfind(kFeaturePrefix, 0) == 0 ? key.substr(sizeof kFeaturePrefix - 1) : key;
+    const std::string name = vtv::ShortFeatureName(key);
     const vtv::Value value = Scalar(node, name);
     std::string type;
     if (model && model->features.count(key) != 0) {
         type = vtv::TypeName(model->features.at(key));
     }
-    for (const vtv::FeatureKey& known : vtv::KnownFeatures()) {
-        type = known.key == key ? known.type : type;
+    if (const vtv::KnownFeature* known = vtv::FindKnownFeature(key)) {
+        type = known->type;
     }
     const bool isScalar = node.is_boolean() || node.is_integer() || node.is_string();
     if (isScalar && !type.empty() && type != vtv::TypeName(value)) {
         Problem(node, "the feature \"" + name + "\" is of type " + type + ", not " +
-                          vtv::TypeName(value) + ": write " + ExampleOf(type) + ".");
+                          vtv::TypeName(value) + ": write " + vtv::ExampleOf(type) + ".");
     }
     return value;
 }
@@ -278,7 +263,7 @@ std::vector<std::string> ScenarioReader::Applications(const toml::node& node,
         if (model && !id.empty() &&
             std::find(installed.begin(), installed.end(), id) == installed.end()) {
             Problem(node, "the TV has no application \"" + id + "\"." + DidYouMean(id, installed) +
-                              " It has: " + Joined(installed) + ".");
+                              " It has: " + vtv::Join(installed) + ".");
         }
     }
     return ids;
@@ -301,7 +286,8 @@ void ScenarioReader::NoteUnknown(const toml::table& table, const std::string& wh
         const std::string name(key.str());
         if (std::find(known.begin(), known.end(), name) == known.end()) {
             Problem(key.source(), "\"" + name + "\" is unknown in " + where + "." +
-                                      DidYouMean(name, known) + " Known: " + Joined(known) + ".");
+                                      DidYouMean(name, known) + " Known: " + vtv::Join(known) +
+                                      ".");
         }
     }
 }

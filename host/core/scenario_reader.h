@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "page.h"
+#include "host/page/page.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {

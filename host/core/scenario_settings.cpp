@@ -2,8 +2,9 @@
 #include <algorithm>
 #include <cctype>
 
-#include "known_settings.h"
 #include "scenario_members.h"
+#include "virtual-tv/model/keys.h"
+#include "virtual-tv/model/known_settings.h"
 
 namespace host {
 
@@ -13,8 +14,6 @@ bool IsForced(const toml::table& step) {
 }
 
 namespace {
-
-constexpr char kVoiceGuideKey[] = "db/setting/accessibility/tts";
 
 Play ReadSet(const Reading& reading, const toml::node& node) {
     std::map<std::string, vtv::Value> settings;
@@ -59,7 +58,7 @@ Play ReadPolicy(const Reading& reading, const toml::node& node) {
         return nullptr;
     }
     return [policy = reading.reader.SettingValue(node, reading.name)](const StepScene& scene) {
-        scene.tv.Set(kPolicyKey, policy);
+        scene.tv.Set(vtv::kPolicyKey, policy);
     };
 }
 
@@ -68,12 +67,18 @@ Play ReadState(const Reading& reading, const toml::node& node) {
     for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
         const std::string name(key.str());
         state[name] = reading.reader.Scalar(value, name);
-        reading.reader.Noting(value.source(), [&] { vtv::CheckState(name, state[name]); });
+        if (state[name] != vtv::Value(kMissing)) {
+            reading.reader.Noting(value.source(), [&] { vtv::CheckState(name, state[name]); });
+        }
     }
     return [state](const StepScene& scene) {
         vtv::Snapshot snapshot = scene.tv.TakeSnapshot();
         for (const auto& [name, value] : state) {
-            snapshot.state[name] = value;
+            if (value == vtv::Value(kMissing)) {
+                snapshot.state.erase(name);
+            } else {
+                snapshot.state[name] = value;
+            }
         }
         scene.tv.Restore(snapshot);
     };
@@ -178,7 +183,7 @@ Play ReadLanguage(const Reading& reading, const toml::node& node) {
 
 Play ReadVoiceGuide(const Reading& reading, const toml::node& node) {
     const bool isOn = reading.reader.OneOf(node, reading.name, {"on", "off"}) == "on";
-    return [isOn](const StepScene& scene) { scene.tv.Set(kVoiceGuideKey, isOn); };
+    return [isOn](const StepScene& scene) { scene.tv.Set(vtv::kVoiceGuideKey, isOn); };
 }
 
 Play ReadFileAdd(const Reading& reading, const toml::node& node) {

@@ -3,7 +3,6 @@
 #include <strings.h>
 
 #include "scenario_members.h"
-#include "viewer.h"
 
 namespace host {
 
@@ -19,7 +18,7 @@ Play ReadHand(const Reading& reading, const toml::node& node) {
     }
     return [values](const StepScene& scene) {
         for (const auto& [item, value] : values) {
-            scene.provider.SetInt(item->key, value);
+            scene.user.Hand(*item, value);
         }
     };
 }
@@ -71,7 +70,7 @@ Play ReadPress(const Reading& reading, const toml::node& node) {
             now.choose = ParseChoice(LookAt(scene.provider, *press.item), *choice);
         }
         scene.outcome.pressLine = line;
-        scene.outcome.press = Viewer(scene.provider, scene.tv).PressItem(now);
+        scene.outcome.press = scene.user.Press(now);
     };
 }
 

@@ -15,6 +15,7 @@ namespace host {
 struct StepScene {
     vtv::Tv& tv;
     const Provider& provider;
+    PageUser& user;
     StepOutcome& outcome;
 };
 

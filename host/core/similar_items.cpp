@@ -1,6 +1,7 @@
 #include "similar_items.h"
 
-#include "page.h"
+#include "host/page/page.h"
+#include "virtual-tv/model/spelling.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {

@@ -8,9 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <iostream>
 #include <map>
 #include <set>
@@ -19,8 +17,7 @@
 
 #include "process_tree.h"
 #include "supervisor.h"
-
-namespace fs = std::filesystem;
+#include "temporary_folder.h"
 
 namespace host {
 
@@ -72,31 +69,6 @@ class NotedSignals {
     static constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
     sigset_t outside_;
     struct sigaction before_[std::size(kSignals)];
-};
-
-// TVs that last for a second need no disk, whose every write would be waited for.
-fs::path FastTemporaryFolder() {
-    constexpr char kInMemory[] = "/dev/shm";
-    const bool chosen = std::getenv("TMPDIR") != nullptr;
-    return !chosen && access(kInMemory, W_OK) == 0 ? kInMemory
-                                                   : fs::absolute(fs::temp_directory_path());
-}
-
-class RunFolder {
-  public:
-    RunFolder() : path((FastTemporaryFolder() / "vtv-validate-XXXXXX").string()) {
-        if (mkdtemp(path.data()) == nullptr) {
-            ThrowErrno(path + ": no temporary folder can be made");
-        }
-    }
-    ~RunFolder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    RunFolder(const RunFolder&) = delete;
-    RunFolder& operator=(const RunFolder&) = delete;
-
-    std::string path;
 };
 
 struct Watched {
@@ -154,7 +126,7 @@ class Run {
     std::chrono::seconds limit_;
     const std::function<void(size_t, const Verdict&)>& tell_;
     NotedSignals signals_;
-    RunFolder folder_;
+    TemporaryFolder folder_{"vtv-validate"};
     int lifeline_[2] = {-1, -1};
     size_t next_ = 0;
     size_t told_ = 0;
@@ -172,7 +144,7 @@ void Run::Start(size_t task) {
     if (supervisor == 0) {
         close(report[0]);
         close(lifeline_[1]);
-        Supervise({&tasks_[task], folder_.path + "/" + std::to_string(task), limit_, lifeline_[0],
+        Supervise({&tasks_[task], folder_.Path() + "/" + std::to_string(task), limit_, lifeline_[0],
                    report[1]});
     }
     close(report[1]);
@@ -185,6 +157,7 @@ void Run::Start(size_t task) {
 
 void Run::Wait() {
     std::vector<pollfd> fds;
+    fds.reserve(running_.size());
     for (const Watched& watched : running_) {
         fds.push_back({watched.report, POLLIN, 0});
     }
@@ -224,7 +197,7 @@ Verdict Run::Collect(const Watched& watched) {
         return *verdict;
     }
     // The task has got at its supervisor: what was below that is this process's to end now.
-    std::set<pid_t> others;
+    std::set<pid_t> others = {folder_.Watcher()};
     for (const Watched& other : running_) {
         if (other.supervisor != watched.supervisor) {
             others.insert(other.supervisor);
@@ -253,7 +226,7 @@ void Run::Abandon() {
         }
     }
     running_.clear();
-    EndDescendants();
+    EndDescendants({folder_.Watcher()});
 }
 
 }  // namespace

@@ -29,8 +29,8 @@ struct Verdict {
     double seconds = 0;
 };
 
-// Is given a folder of its own, which is removed behind it. Passes when it returns; throws
-// CheckFailed, ProviderError, vtv::Error or any exception otherwise.
+// Is given a folder of its own, which is removed behind it. Passes when it returns; ends with
+// FailTask(), or throws ProviderError, vtv::Error or any exception, otherwise.
 using SupervisedTask = std::function<void(const std::string& folder)>;
 
 // Runs the tasks, as many at once as there are processors; `tell` hears the verdicts in the order
@@ -40,6 +40,10 @@ using SupervisedTask = std::function<void(const std::string& folder)>;
 // cannot.
 int RunSupervised(const std::vector<SupervisedTask>& tasks, std::chrono::seconds limit,
                   const std::function<void(size_t task, const Verdict& verdict)>& tell);
+
+// For tasks: says why it failed and ends the process at once. Nothing of what the task has loaded
+// runs any more, so that no crash on the way out takes the place of the reason.
+[[noreturn]] void FailTask(const std::string& why);
 
 // For tasks: what is being done, so that a crash or a hang can be told where it happened.
 void Doing(const std::string& what);

@@ -17,9 +17,9 @@
 #include <exception>
 #include <filesystem>
 
-#include "contract_checks.h"
+#include "host/page/provider.h"
 #include "process_tree.h"
-#include "provider.h"
+#include "program/counted.h"
 #include "verdict_frame.h"
 #include "virtual-tv/virtual_tv.h"
 
@@ -58,6 +58,16 @@ void Say(Outcome outcome, std::string why) {
     }
 }
 
+[[noreturn]] void EndTask(Outcome outcome, const std::string& why) {
+    if (getpid() == speaker.process) {
+        Say(outcome, why);
+    } else {
+        Say(Outcome::kFailed,
+            "a copy of the process, made by the library with fork(), came back to the host");
+    }
+    _exit(1);
+}
+
 // The first exit handler of the process and therefore the last to run: what the task has loaded has
 // had its say, and could still end the process without a pass.
 void SayPassedLast(int status, void*) {
@@ -69,8 +79,10 @@ void SayPassedLast(int status, void*) {
 
 void PutAside(int descriptor, int flags) {
     const int nowhere = open("/dev/null", flags);
-    dup2(nowhere, descriptor);
-    close(nowhere);
+    if (nowhere >= 0) {
+        dup2(nowhere, descriptor);
+        close(nowhere);
+    }
 }
 
 // Leaves the task nothing of the starting process's but what it needs.
@@ -88,6 +100,7 @@ void Prepare(const Supervision& supervision, int speech) {
     close_range(3, static_cast<unsigned>(speech) - 1, 0);
     close_range(static_cast<unsigned>(speech) + 1, ~0U, 0);
     setenv("TMPDIR", supervision.folder.c_str(), 1);
+    vtv::SyncNothing();
 }
 
 [[noreturn]] void RunTask(const Supervision& supervision, int speech, const std::string& token) {
@@ -105,20 +118,13 @@ void Prepare(const Supervision& supervision, int speech) {
     } catch (const vtv::Error& error) {
         outcome = Outcome::kNotRun;
         why = error.what();
-    } catch (const CheckFailed& failed) {
-        why = failed.what();
     } catch (const std::exception& error) {
         why = std::string("an exception left the provider: ") + error.what();
     } catch (...) {
         why = "an exception that is no std::exception left the provider";
     }
-    if (getpid() != speaker.process) {
-        outcome = Outcome::kFailed;
-        why = "a copy of the process, made by the library with fork(), came back to the host";
-    }
-    if (outcome != Outcome::kPassed) {
-        Say(outcome, why);
-        _exit(1);
+    if (outcome != Outcome::kPassed || getpid() != speaker.process) {
+        EndTask(outcome, why);
     }
     speaker.passed = true;
     std::exit(0);
@@ -192,7 +198,7 @@ Verdict JudgeEnding(const Ending& ending, const Supervision& supervision,
     const std::optional<Verdict> said = ParseFrames(token, ending.speech);
     if (!ending.ended) {
         return {Outcome::kEnded, "did not come to an end in " +
-                                     std::to_string(supervision.limit.count()) + " seconds" +
+                                     program::Counted(supervision.limit.count(), "second") +
                                      Noted()};
     }
     if (WIFSIGNALED(ending.status)) {
@@ -287,7 +293,8 @@ void Supervise(const Supervision& supervision) {
     }
     pollfd lifeline = {supervision.lifeline, POLLIN, 0};
     if (poll(&lifeline, 1, 0) > 0) {
-        // Nobody else removes the folder of the run; the last supervisor finds it empty.
+        // Where the task has ended the watcher of the run's folder as well, nobody else removes it;
+        // the last supervisor finds it empty.
         rmdir(fs::path(supervision.folder).parent_path().c_str());
     }
     _exit(0);
@@ -304,6 +311,10 @@ std::optional<Verdict> ParseReport(const std::string& report) {
     verdict.outcome = static_cast<Outcome>(outcome);
     verdict.why = report.substr(headEnd + 1, report.size() - headEnd - 2);
     return verdict;
+}
+
+void FailTask(const std::string& why) {
+    EndTask(Outcome::kFailed, why);
 }
 
 void Doing(const std::string& what) {

@@ -6,18 +6,16 @@
 #include <array>
 #include <filesystem>
 
-#include "known_settings.h"
-#include "policy_changes.h"
+#include "virtual-tv/model/json_text.h"
+#include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/model/policy.h"
+#include "virtual-tv/model/policy_changes.h"
 
 namespace host {
 
 namespace {
 
-constexpr char kTencentKey[] = "db/tencent-voice-assistant/voice-setting";
-constexpr char kPassThroughKey[] = "db/menu/voice/passthru/state";
-constexpr char kBlockKey[] = "db/comss/cisblock";
 constexpr char kAgreement[] = "GetDisclaimerItemAgreement";
-constexpr char kOwnersFolder[] = "/home/owner/";
 
 struct Phrase {
     const char*
@@ -26,37 +24,31 @@ struct Phrase {
     const char* no;   // false, 0, or a read that failed
 };
 
-#define FEATURE "com.vantelo/featureconf/"
 constexpr std::array kPhrases = {
     Phrase{"sso_get_login_state", "signed in", "signed out"},
     Phrase{"tnc", "the terms are agreed", "the terms are not agreed"},
     Phrase{"pp", "the privacy policy is agreed", "the privacy policy is not agreed"},
     Phrase{"connection_profile_check_default_gateway", "the network is up", "the network is down"},
     Phrase{"AOVSystemDataGetAOVMode", "always-on voice is on", "always-on voice is off"},
-    Phrase{"memory/passthru/connected", "a pass-through device is connected",
+    Phrase{vtv::kPassThroughConnectedKey, "a pass-through device is connected",
            "no pass-through device is connected"},
-    Phrase{"db/menu/voice/passthru", "pass-through is switched on", "pass-through is switched off"},
-    Phrase{"db/passthru/mic_state", "the pass-through microphone is on",
+    Phrase{vtv::kPassThroughKey, "pass-through is switched on", "pass-through is switched off"},
+    Phrase{vtv::kPassThroughMicrophoneKey, "the pass-through microphone is on",
            "the pass-through microphone is off"},
-    Phrase{"db/voice-app/activate_first_time", "Orvik has not been set up yet", "Orvik is set up"},
-    Phrase{"db/menu/voice/is_k_voice", "the legacy voice assistant is in use",
+    Phrase{vtv::kFirstTimeKey, "Orvik has not been set up yet", "Orvik is set up"},
+    Phrase{vtv::kLegacyVoiceKey, "the legacy voice assistant is in use",
            "the legacy voice assistant is not in use"},
-    Phrase{"db/aisound-app/soundsensorflag_prev", "the built-in microphone is on",
-           "the built-in microphone is off"},
-    Phrase{FEATURE "recorder.microphone_type", "the TV has a built-in microphone",
+    Phrase{vtv::kMicrophoneKey, "the built-in microphone is on", "the built-in microphone is off"},
+    Phrase{vtv::kMicrophoneFeature, "the TV has a built-in microphone",
            "the TV has no built-in microphone"},
-    Phrase{FEATURE "voice.voice_recognition_far_field_type", "the TV has far-field microphones",
+    Phrase{vtv::kFarFieldFeature, "the TV has far-field microphones",
            "the TV has no far-field microphones"},
-    Phrase{FEATURE "voice.farfield_passthru_support", "the TV supports pass-through",
+    Phrase{vtv::kPassThroughFeature, "the TV supports pass-through",
            "the TV does not support pass-through"},
-    Phrase{FEATURE "cn_ai_service_supported", "the TV is a China model",
-           "the TV is no China model"},
-    Phrase{FEATURE "voice.voice_recognition_support", "the TV has voice recognition",
-           "the TV has no voice recognition"},
-    Phrase{FEATURE "voice.voice_recognition_orvik_support", "the TV supports Orvik",
-           "the TV does not support Orvik"},
+    Phrase{vtv::kChinaFeature, "the TV is a China model", "the TV is no China model"},
+    Phrase{vtv::kVoiceFeature, "the TV has voice recognition", "the TV has no voice recognition"},
+    Phrase{vtv::kOrvikFeature, "the TV supports Orvik", "the TV does not support Orvik"},
 };
-#undef FEATURE
 
 bool IsYes(const std::optional<vtv::Value>& value) {
     if (!value) {
@@ -109,11 +101,7 @@ Document ReadDocument(const vtv::Read& read) {
         document.problem = "is missing";
         return document;
     }
-    bool parsed = false;
-    try {
-        parsed = Json::Reader().parse(TextRead(read), document.root);
-    } catch (const Json::Exception&) {  // nested deeper than the library reads
-    }
+    const bool parsed = vtv::ParseJson(TextRead(read), &document.root);
     if (!parsed || !document.root.isObject()) {
         document.problem = parsed ? "is no JSON object" : "is no JSON";
         document.root = Json::Value(Json::objectValue);
@@ -175,11 +163,6 @@ std::string WhyFailed(const vtv::Read& read, const vtv::Tv& tv) {
     }
 }
 
-std::string ShortName(const std::string& feature) {
-    const std::string prefix = kFeaturePrefix;
-    return feature.rfind(prefix, 0) == 0 ? feature.substr(prefix.size()) : feature;
-}
-
 // What it would be like "with", for a read whose values need no further words.
 std::string Then(const vtv::Read& read) {
     const bool yes = IsYes(read.value);
@@ -197,16 +180,16 @@ std::string Then(const vtv::Read& read) {
         return choose("always-on voice on", "always-on voice off");
     }
     if (read.function == "access") {
-        const bool owners = read.subject.rfind(kOwnersFolder, 0) == 0;
+        const bool owners = read.subject.rfind(vtv::kOwnerFolder, 0) == 0;
         return "the file " +
-               (owners ? read.subject.substr(sizeof kOwnersFolder - 1) : read.subject) +
+               (owners ? read.subject.substr(sizeof vtv::kOwnerFolder - 1) : read.subject) +
                choose("", " removed");
     }
-    if (read.subject == kCurrentAssistantKey) {
+    if (read.subject == vtv::kCurrentAssistantKey) {
         return yes ? TextRead(read) + " as the current assistant" : "no current assistant";
     }
     const std::string name =
-        IsFeature(read) ? "the feature " + ShortName(read.subject) : read.subject;
+        IsFeature(read) ? "the feature " + vtv::ShortFeatureName(read.subject) : read.subject;
     return name + (read.value ? "=" + TextRead(read) : " missing");
 }
 
@@ -250,8 +233,11 @@ void AddOfType(const std::string& type, Collector* found) {
 }
 
 void AddAssistants(const Circumstances& circumstances, Collector* found) {
-    std::vector<std::string> applications = OfferedApplications(circumstances.policy);
-    for (const KnownAssistant& known : KnownAssistants()) {
+    std::vector<std::string> applications;
+    for (const vtv::Assistant& offered : vtv::ReadPolicy(circumstances.policy).assistants) {
+        applications.push_back(offered.appId);
+    }
+    for (const vtv::KnownAssistant& known : vtv::KnownAssistants()) {
         if (std::find(applications.begin(), applications.end(), known.appId) ==
             applications.end()) {
             applications.emplace_back(known.appId);
@@ -263,37 +249,33 @@ void AddAssistants(const Circumstances& circumstances, Collector* found) {
     found->Add(vtv::Value(std::string()));
 }
 
-void AddMembers(const vtv::Read& read, const KnownSetting& known, const std::string& assistant,
+void AddMembers(const vtv::Read& read, const vtv::KnownSetting& known, const std::string& assistant,
                 Collector* found) {
     const Json::Value root = ReadDocument(read).root;
     const std::string now = DescribeMember(read, assistant);
-    const auto written = [](const Json::Value& document) {
-        Json::StreamWriterBuilder builder;
-        builder["indentation"] = "";
-        return vtv::Value(Json::writeString(builder, document));
-    };
     for (const char* value : known.values) {
         if (root.isMember(assistant) && root[assistant] == value) {
             continue;
         }
         Json::Value other = root;
         other[assistant] = value;
-        found->Add(written(other), now,
+        found->Add(vtv::CompactJson(other), now,
                    "\"" + std::string(value) + "\" for " + assistant + " in " + read.subject);
     }
     if (root.isMember(assistant)) {
         Json::Value other = root;
         other.removeMember(assistant);
-        found->Add(written(other), now, "nothing for " + assistant + " in " + read.subject);
+        found->Add(vtv::CompactJson(other), now,
+                   "nothing for " + assistant + " in " + read.subject);
     }
 }
 
 void AddSettings(const vtv::Read& read, const Circumstances& circumstances, Collector* found) {
-    if (read.subject == kCurrentAssistantKey) {
+    if (read.subject == vtv::kCurrentAssistantKey) {
         AddAssistants(circumstances, found);
         return;
     }
-    const KnownSetting* known = FindKnownSetting(read.subject);
+    const vtv::KnownSetting* known = vtv::FindKnownSetting(read.subject);
     if (known != nullptr && known->perAssistant) {
         AddMembers(read, *known, circumstances.assistant, found);
     } else if (known != nullptr && !known->values.empty() && TypeOf(read) == known->type) {
@@ -305,13 +287,9 @@ void AddSettings(const vtv::Read& read, const Circumstances& circumstances, Coll
 }
 
 void AddFeatures(const vtv::Read& read, Collector* found) {
-    const std::vector<const char*> known = KnownFeatureValues(read.subject);
-    const std::vector<vtv::FeatureKey>& keys = vtv::KnownFeatures();
-    const bool fits = std::any_of(keys.begin(), keys.end(), [&](const vtv::FeatureKey& key) {
-        return key.key == read.subject && key.type == TypeOf(read);
-    });
-    if (fits && !known.empty()) {
-        AddTexts(TypeOf(read), known, found);
+    const vtv::KnownFeature* known = vtv::FindKnownFeature(read.subject);
+    if (known != nullptr && known->type == TypeOf(read)) {
+        AddTexts(known->type, known->values, found);
     } else {
         AddOfType(TypeOf(read), found);
     }
@@ -333,8 +311,7 @@ std::string Describe(const vtv::Read& read, const vtv::Tv& tv, const std::string
     if (const std::string why = WhyFailed(read, tv); !why.empty()) {
         return why;
     }
-    if (read.subject == std::string(kFeaturePrefix) + "voice.voice_recognition_orvik_support" &&
-        !read.value) {
+    if (read.subject == vtv::kOrvikFeature && !read.value) {
         return "the TV does not tell whether it supports Orvik, which counts as support";
     }
     for (const Phrase& phrase : kPhrases) {
@@ -342,46 +319,47 @@ std::string Describe(const vtv::Read& read, const vtv::Tv& tv, const std::string
             return IsYes(read.value) ? phrase.yes : phrase.no;
         }
     }
-    if (read.subject == kCurrentAssistantKey) {
+    if (read.subject == vtv::kCurrentAssistantKey) {
         const std::string id = TextRead(read);
         return id.empty() ? "no assistant is chosen" : "the current assistant is " + id;
     }
-    if (read.subject == kPolicyKey) {
-        return DescribePolicy(TextRead(read));
+    if (read.subject == vtv::kPolicyKey) {
+        return vtv::DescribePolicy(TextRead(read));
     }
-    if (read.subject == kTencentKey) {
+    if (read.subject == vtv::kTencentKey) {
         return DescribeTencent(read);
     }
     if (read.function == "access") {
         return DescribeMarker(read);
     }
-    const KnownSetting* known = FindKnownSetting(read.subject);
+    const vtv::KnownSetting* known = vtv::FindKnownSetting(read.subject);
     if (known != nullptr && known->perAssistant) {
         return DescribeMember(read, assistant);
     }
-    if (read.subject == kBlockKey) {
+    if (read.subject == vtv::kBlockKey) {
         return read.value == vtv::Value(2) ? "the content hub is blocked"
                                            : "the content hub is not blocked";
     }
-    if (read.subject == kPassThroughKey && !ReadDocument(read).problem.empty()) {
+    if (read.subject == vtv::kPassThroughStateKey && !ReadDocument(read).problem.empty()) {
         return read.subject + " " + ReadDocument(read).problem;
     }
     return (read.subject.empty() ? read.function : read.subject) + " is " + Quoted(read.value);
 }
 
 std::string Describe(const vtv::Read& read, const vtv::Tv& tv) {
-    return Describe(read, tv, TextOf(tv, kCurrentAssistantKey));
+    return Describe(read, tv, TextOf(tv, vtv::kCurrentAssistantKey));
 }
 
 Circumstances CircumstancesOf(const vtv::Tv& tv) {
-    return {TextOf(tv, kCurrentAssistantKey), TextOf(tv, kPolicyKey)};
+    return {TextOf(tv, vtv::kCurrentAssistantKey), TextOf(tv, vtv::kPolicyKey)};
 }
 
 std::vector<Supposition> Suppositions(const vtv::Read& read, const vtv::Tv& tv,
                                       const Circumstances& circumstances) {
     Collector found(read, Describe(read, tv, circumstances.assistant));
-    if (read.subject == kPolicyKey) {
-        for (const PolicyChange& change : PolicyChanges(TextRead(read), tv.GetModel())) {
+    if (read.subject == vtv::kPolicyKey) {
+        for (const vtv::PolicyChange& change :
+             vtv::PolicyChanges(TextRead(read), tv.GetModel().assistants)) {
             found.Add(vtv::Value(change.text), change.now, change.then, change.quiteAnother);
         }
     } else if (IsSetting(read)) {

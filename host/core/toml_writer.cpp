@@ -152,7 +152,11 @@ std::string TomlComment(const std::string& text) {
         comment += plain ? c : ' ';
     }
     // Not even a comment may hold what is no UTF-8.
-    return IsReadBack(comment + "\n", toml::table()) ? comment + "\n" : "# (no UTF-8)\n";
+    if (!IsReadBack(comment + "\n", toml::table())) {
+        const auto isNoAscii = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
+        std::replace_if(comment.begin(), comment.end(), isNoAscii, '?');
+    }
+    return comment + "\n";
 }
 
 void RequireToml(const std::string& document) {

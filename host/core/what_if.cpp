@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "known_settings.h"
+#include "virtual-tv/model/known_settings.h"
 
 namespace host {
 
@@ -42,8 +42,8 @@ Reply Recorded(const WhatIf::Question& question, const Provider& provider) {
 }
 
 vtv::Read PolicyRead(const vtv::Tv& tv) {
-    vtv::Read read = {"vconf_get_str", kPolicyKey, std::nullopt};
-    const std::string text = TextOf(tv, kPolicyKey);
+    vtv::Read read = {"vconf_get_str", vtv::kPolicyKey, std::nullopt};
+    const std::string text = TextOf(tv, vtv::kPolicyKey);
     if (!text.empty()) {
         read.value = text;
     }
@@ -100,7 +100,7 @@ void WhatIf::Remember(const std::vector<vtv::Read>& reads) {
 
 const Provider& WhatIf::ProviderFor(const std::vector<Supposition>& suppositions) {
     for (const Supposition& supposition : suppositions) {
-        if (supposition.read.subject == kPolicyKey) {
+        if (supposition.read.subject == vtv::kPolicyKey) {
             const std::string text = vtv::ToText(*supposition.read.value);
             std::unique_ptr<Provider>& provider = providers_[text];
             if (provider == nullptr) {
@@ -149,9 +149,9 @@ Circumstances WhatIf::CircumstancesOf(const Branch& branch) const {
     for (const Supposition& supposition : branch.suppositions) {
         const vtv::Read& read = supposition.read;
         const std::string text = read.value ? vtv::ToText(*read.value) : "";
-        if (read.subject == kCurrentAssistantKey) {
+        if (read.subject == vtv::kCurrentAssistantKey) {
             circumstances.assistant = text;
-        } else if (read.subject == kPolicyKey) {
+        } else if (read.subject == vtv::kPolicyKey) {
             circumstances.policy = text;
         }
     }

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "provider.h"
+#include "host/page/provider.h"
 #include "suppositions.h"
 #include "virtual-tv/virtual_tv.h"
 

@@ -1,0 +1,52 @@
+#include "recorder.h"
+
+#include <filesystem>
+#include <set>
+
+#include "tv_recording.h"
+
+namespace fs = std::filesystem;
+
+namespace host {
+
+Recorder::Recorder(const std::string& file, const vtv::Tv& tv,
+                   const std::function<Recording::Step()>& step) {
+    std::set<std::string> files;
+    if (!file.empty()) {
+        files.insert(fs::absolute(file).lexically_normal().string());
+    }
+    if (const std::string others = RecordingOf(tv); !others.empty()) {
+        files.insert(others);
+    }
+    const Recording::Step done = files.empty() ? Recording::Step() : step();
+    for (const std::string& one : files) {
+        if (!done.empty()) {
+            recordings_.emplace_back(one, tv, done);
+        }
+    }
+}
+
+void Recorder::Done() {
+    for (Recording& recording : recordings_) {
+        recording.Done();
+    }
+}
+
+void Recorder::Done(const PressResult& result) {
+    for (Recording& recording : recordings_) {
+        recording.Done(result);
+    }
+}
+
+Recording::Step StepOf(const Press& press) {
+    Recording::Step step = {{"press", std::string(press.item->name)}};
+    if (press.choose) {
+        step["choose"] = *press.choose;
+    }
+    if (press.answer != Answer::kNone) {
+        step["answer"] = std::string(press.answer == Answer::kOk ? "ok" : "cancel");
+    }
+    return step;
+}
+
+}  // namespace host

@@ -1,0 +1,119 @@
+#include "step_to.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "scenario_members.h"
+#include "virtual-tv/model/keys.h"
+#include "virtual-tv/model/known_settings.h"
+
+namespace host {
+
+std::vector<std::string> Missing(const std::vector<std::string>& all,
+                                 const std::vector<std::string>& some) {
+    std::vector<std::string> missing;
+    for (const std::string& one : all) {
+        if (std::find(some.begin(), some.end(), one) == some.end()) {
+            missing.push_back(one);
+        }
+    }
+    return missing;
+}
+
+std::vector<std::string> KeysOf(const std::map<std::string, vtv::Value>& values) {
+    std::vector<std::string> keys;
+    keys.reserve(values.size());
+    for (const auto& [key, value] : values) {
+        keys.push_back(key);
+    }
+    return keys;
+}
+
+bool HasForced(const std::map<std::string, vtv::Value>& settings) {
+    return std::any_of(settings.begin(), settings.end(), [](const auto& setting) {
+        return !vtv::TypeProblem(setting.first, vtv::TypeName(setting.second)).empty();
+    });
+}
+
+namespace {
+
+bool IsFeature(const std::string& state, std::string_view prefix, std::string* feature) {
+    if (state.rfind(prefix, 0) != 0) {
+        return false;
+    }
+    *feature = state.substr(prefix.size());
+    return true;
+}
+
+// What changes of a TV's state; features by the steps that know how the two entries of one go
+// together.
+void AddState(const std::map<std::string, vtv::Value>& now,
+              const std::map<std::string, vtv::Value>& wanted,
+              const std::map<std::string, vtv::Value>& differing, Recording::Step* step) {
+    std::map<std::string, vtv::Value> state;
+    std::map<std::string, vtv::Value> features;
+    std::vector<std::string> missing;
+    std::vector<std::string> reset;
+    std::string feature;
+    for (const auto& [name, value] : differing) {
+        if (IsFeature(name, vtv::kFeatureState, &feature)) {
+            features[feature] = value;
+        } else if (IsFeature(name, vtv::kAbsentFeatureState, &feature)) {
+            missing.push_back(feature);
+        } else if (name != "model") {  // the name under which the TV knows it
+            state[name] = value;
+        }
+    }
+    for (const std::string& name : Missing(KeysOf(now), KeysOf(wanted))) {
+        if (!IsFeature(name, vtv::kFeatureState, &feature) &&
+            !IsFeature(name, vtv::kAbsentFeatureState, &feature)) {
+            state[name] = kMissing;
+        } else if (wanted.count(vtv::kFeatureState + feature) == 0 &&
+                   wanted.count(vtv::kAbsentFeatureState + feature) == 0) {
+            reset.push_back(feature);
+        }
+    }
+    const auto add = [step](const char* name, auto values) {
+        if (!values.empty()) {
+            (*step)[name] = std::move(values);
+        }
+    };
+    add("state", state);
+    add("feature", features);
+    add("feature-missing", missing);
+    add("feature-reset", reset);
+}
+
+}  // namespace
+
+Recording::Step StepTo(const vtv::Snapshot& wanted, const vtv::Tv& tv) {
+    const vtv::Snapshot now = tv.TakeSnapshot();
+    Recording::Step step;
+    const auto differing = [](const auto& all, const auto& present) {
+        std::map<std::string, vtv::Value> values;
+        for (const auto& [key, value] : all) {
+            const auto found = present.find(key);
+            if (found == present.end() || found->second != value) {
+                values[key] = value;
+            }
+        }
+        return values;
+    };
+    const auto add = [&step](const char* name, auto values) {
+        if (!values.empty()) {
+            step[name] = std::move(values);
+        }
+    };
+    const auto set = differing(wanted.settings, now.settings);
+    add("set", set);
+    if (HasForced(set)) {
+        step["force"] = true;
+    }
+    add("unset", Missing(KeysOf(now.settings), KeysOf(wanted.settings)));
+    AddState(now.state, wanted.state, differing(wanted.state, now.state), &step);
+    add("file-add", Missing(wanted.ownerFiles, now.ownerFiles));
+    add("file-remove", Missing(now.ownerFiles, wanted.ownerFiles));
+    return step;
+}
+
+}  // namespace host
