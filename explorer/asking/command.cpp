@@ -3,32 +3,52 @@
 #include <cstdio>
 
 #include "explorer/engine/coverage.h"
-#include "explorer/engine/workers.h"
 #include "host/core/toml_writer.h"
 #include "program/write_file.h"
+#include "virtual-tv/model/json_text.h"
+#include "virtual-tv/model/spelling.h"
 
 namespace explorer {
 
-std::vector<const Question*> QuestionsOf(const std::vector<std::string>& names) {
+std::vector<const Question*> QuestionsOf(const std::vector<std::string>& names,
+                                         const std::vector<Question>& all) {
     std::vector<const Question*> questions;
     if (names.empty()) {
-        for (const Question& question : Questions()) {
+        for (const Question& question : all) {
             questions.push_back(&question);
         }
         return questions;
     }
     for (const std::string& name : names) {
-        const std::vector<const Question*> meant = SelectQuestions(name);
+        const std::vector<const Question*> meant = SelectQuestions(name, all);
         if (meant.empty()) {
-            std::string text = "no item, function or question \"" + name + "\". Did you mean ";
-            for (const std::string& similar : SimilarNames(name)) {
-                text += '"' + similar + "\", ";
-            }
-            throw CommandError(kExitNoSuch, text + "...?");
+            throw CommandError(kExitNoSuch, "no item, function or question \"" + name + "\"." +
+                                                vtv::DidYouMean(name, QuestionNames()));
         }
         questions.insert(questions.end(), meant.begin(), meant.end());
     }
     return questions;
+}
+
+program::Form FormOf(Format format) {
+    return format == Format::kText   ? program::Form::kText
+           : format == Format::kJson ? program::Form::kJson
+                                     : program::Form::kExact;
+}
+
+Format FindingsFormat(const std::string& name) {
+    return name == "json"     ? Format::kJson
+           : name == "sarif"  ? Format::kSarif
+           : name == "github" ? Format::kGithub
+                              : Format::kText;
+}
+
+void PrintFindings(Format format, const program::Findings& findings) {
+    if (format == Format::kSarif) {
+        program::Print(vtv::PrettyJson(program::Sarif(findings)) + "\n", program::Form::kJson);
+    } else if (format == Format::kGithub) {
+        program::Print(program::Annotations(findings), program::Form::kText);
+    }
 }
 
 void WriteTextFile(const std::string& file, const std::string& text) {
@@ -47,6 +67,14 @@ void WriteScenarioFile(const std::string& file, const std::string& text) {
     WriteTextFile(file, text);
 }
 
+Json::Value JsonList(const std::vector<std::string>& texts) {
+    Json::Value array(Json::arrayValue);
+    for (const std::string& text : texts) {
+        array.append(text);
+    }
+    return array;
+}
+
 void ReportUnknownKeys(const std::set<std::string>& keys, const Inputs& inputs) {
     for (const std::string& key : keys) {
         std::fprintf(
@@ -57,16 +85,13 @@ void ReportUnknownKeys(const std::set<std::string>& keys, const Inputs& inputs) 
     }
 }
 
-void ReportRate(bool wanted) {
-    if (!wanted) {
-        return;
+void ReportRate(bool quiet, std::uint64_t count, const char* what) {
+    if (!quiet) {
+        const double rate = static_cast<double>(count) / TotalSeconds();
+        std::fprintf(stderr, "%s %s in %.1f s: %s a second\n", BigNumber(count).ToString().c_str(),
+                     what, TotalSeconds(),
+                     BigNumber(static_cast<std::uint64_t>(rate)).ToString().c_str());
     }
-    std::fprintf(
-        stderr, "%s questions in %.1f s: %s a second\n", BigNumber(TotalRuns()).ToString().c_str(),
-        TotalSeconds(),
-        BigNumber(static_cast<std::uint64_t>(static_cast<double>(TotalRuns()) / TotalSeconds()))
-            .ToString()
-            .c_str());
 }
 
 }  // namespace explorer

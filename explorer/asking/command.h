@@ -1,12 +1,17 @@
 // What the verbs of the command line share.
 #pragma once
 
+#include <json/json.h>
+
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "explorer/engine/workers.h"
 #include "explorer/tv/inputs.h"
+#include "program/findings.h"
+#include "program/standard_output.h"
 #include "question.h"
 
 namespace explorer {
@@ -29,16 +34,45 @@ class CommandError : public std::runtime_error {
     ExitCode code_;
 };
 
-// What the names mean; all questions without a name. Throws CommandError with similar names.
-std::vector<const Question*> QuestionsOf(const std::vector<std::string>& names);
+// The part of the work that this process does: part `index` of `count`.
+struct Shard {
+    int index = 0;
+    int count = 1;
+    bool Has(int unit) const { return unit % count == index; }
+};
+
+enum class Format { kText, kJson, kHtml, kMarkdown, kSarif, kGithub };
+
+// What several verbs can be told.
+struct CommonOptions {
+    std::string provider;
+    Format format = Format::kText;
+    Shard shard;
+    int workers = 0;     // 0: as many as there are processors
+    bool quiet = false;  // no progress and no rate
+};
+
+// How it is printed: documents as they stand in a file.
+program::Form FormOf(Format format);
+
+// By its name among program::kFindingsFormats.
+Format FindingsFormat(const std::string& name);
+// What a check found, in one of the formats that other programs show: kSarif, kGithub.
+void PrintFindings(Format format, const program::Findings& findings);
+
+// What the names mean; all of the questions without a name. Throws CommandError with similar names.
+std::vector<const Question*> QuestionsOf(const std::vector<std::string>& names,
+                                         const std::vector<Question>& all = Questions());
 // Throws CommandError.
 void WriteTextFile(const std::string& file, const std::string& text);
 // Only what can be read again.
 void WriteScenarioFile(const std::string& file, const std::string& text);
+Json::Value JsonList(const std::vector<std::string>& texts);
 // Keys that the provider reads and the inputs do not name, to standard error.
 void ReportUnknownKeys(const std::set<std::string>& keys, const Inputs& inputs);
-// "489,216 questions in 1.6 s: 310,053 a second", to standard error.
-void ReportRate(bool wanted);
+// "489,216 questions in 1.6 s: 310,053 a second", to standard error, unless it is to be
+// quiet.
+void ReportRate(bool quiet, std::uint64_t count = TotalRuns(), const char* what = "questions");
 
 // The command `vtv explore` and `vtv impact`, without its first word. Returns the exit code.
 int ExploreMain(int argc, char** argv);

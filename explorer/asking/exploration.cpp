@@ -5,7 +5,6 @@
 
 #include "explorer/engine/bytes.h"
 #include "explorer/engine/memory.h"
-#include "explorer/engine/workers.h"
 #include "explorer/tv/lazy_tv.h"
 
 namespace explorer {
@@ -34,11 +33,50 @@ bool QuestionResult::IsComplete() const {
                        [](const Coverage& part) { return part.IsComplete(); });
 }
 
+std::set<std::string> WorkUnderPolicies(const Inputs& inputs, const CommonOptions& options,
+                                        const PolicyWork& work) {
+    using Found = std::vector<std::pair<int, std::string>>;  // units, and what was found
+    std::vector<std::set<int>> skipped(inputs.policies.size());
+    std::set<std::string> unknown;
+    const auto task = [&](int policy, Shared& shared) {
+        tv().Use(inputs);
+        memoryBooks.poisoning = work.poison;
+        const auto index = static_cast<std::size_t>(policy);
+        const Subject subject(options.provider, inputs.policies[index]);
+        Found found;
+        for (int unit = 0; unit < work.units; ++unit) {
+            shared.step = unit;
+            if (skipped[index].count(unit) == 0 && (!work.isOurs || work.isOurs(policy, unit))) {
+                found.emplace_back(unit, work.look(subject, policy, unit, shared));
+            }
+        }
+        return ToBytes(found, tv().UnknownKeys());
+    };
+    const auto finished = [&](const WorkerResult& result) {
+        if (!result.trouble.empty()) {
+            skipped[static_cast<std::size_t>(result.task)].insert(result.step);
+            work.note(result);
+            return true;
+        }
+        BytesReader bytes(result.bytes);
+        for (const auto& [unit, part] : bytes.Next<Found>()) {
+            work.take(result.task, unit, BytesReader(part));
+        }
+        unknown.merge(bytes.Next<std::set<std::string>>());
+        return false;
+    };
+    Work(static_cast<int>(inputs.policies.size()),
+         {.workers = options.workers, .progress = !options.quiet, .what = work.what}, task,
+         finished);
+    return unknown;
+}
+
 bool ForEachPath(Choices& choices, std::atomic<std::uint64_t>& runs,
-                 const std::function<void()>& run, const std::function<void()>& visit) {
+                 const std::function<void()>& run, const std::function<void()>& visit,
+                 const std::function<bool()>& isEnough) {
     choices.Clear();
     do {
-        if (IsInterrupted()) {
+        if (IsInterrupted() || isEnough()) {
             return false;
         }
         tv().Begin(choices);
@@ -55,29 +93,65 @@ namespace {
 // In a worker: one policy, all questions
 // ---------------------------------------------------------------------------------------------
 
+// A node of a diagram on its way; the children are places in the same list.
+struct SentNode {
+    int input = -1;
+    std::string record;  // of a leaf
+    std::vector<std::size_t> children;
+
+    template <typename Bytes>
+    void Members(Bytes& bytes) {
+        bytes(input, record, children);
+    }
+};
+
 // What a worker finds out about one question under one policy.
 struct Part {
-    Diagram diagram;
-    Outcomes outcomes;
+    std::vector<SentNode> nodes;  // the last one is the root; none where it was not explored
     Coverage coverage;
-    NodeId root = NONE;
     std::vector<int> order;
     std::map<int, int> mostReads;
     std::string trouble;
     std::vector<Decision> path;
+
+    template <typename Bytes>
+    void Members(Bytes& bytes) {
+        bytes(nodes, coverage, order, mostReads, trouble, path);
+    }
 };
+
+// Only what the root reaches, children before parents.
+std::vector<SentNode> NodesOf(const Diagram& diagram, const Outcomes& outcomes, NodeId root) {
+    std::map<NodeId, std::size_t> places;
+    std::vector<SentNode> nodes;
+    const std::function<void(NodeId)> visit = [&](NodeId id) {
+        if (id == NONE || places.count(id) != 0) {
+            return;
+        }
+        const Node& node = diagram[id];
+        SentNode sent = {node.input, node.input < 0 ? outcomes[node.outcome] : "", {}};
+        for (const NodeId child : node.children) {
+            visit(child);
+            sent.children.push_back(places.at(child));
+        }
+        places[id] = nodes.size();
+        nodes.push_back(std::move(sent));
+    };
+    visit(root);
+    return nodes;
+}
 
 class PartExplorer {
   public:
     PartExplorer(const Subject& subject, const Question& question, Shared& shared)
-        : subject_(subject), question_(question), shared_(shared), builder_(part_.diagram) {}
+        : subject_(subject), question_(question), shared_(shared), builder_(diagram_) {}
 
     Part Run() {
         isKnown_.resize(tv().GetInputs().inputs.size());
         const bool whole = ForEachPath(
             shared_.choices, shared_.runs, [this] { Ask(subject_, question_); },
             [this] { Visit(); });
-        part_.root = whole ? builder_.Root() : NONE;
+        part_.nodes = NodesOf(diagram_, outcomes_, whole ? builder_.Root() : NONE);
         return std::move(part_);
     }
 
@@ -104,8 +178,8 @@ class PartExplorer {
 
     // Most runs end like the one before.
     OutcomeId Intern(std::string_view record) {
-        if (last_ < 0 || part_.outcomes[last_] != record) {
-            last_ = part_.outcomes.Intern(record);
+        if (last_ < 0 || outcomes_[last_] != record) {
+            last_ = outcomes_.Intern(record);
         }
         return last_;
     }
@@ -114,144 +188,41 @@ class PartExplorer {
     const Question& question_;
     Shared& shared_;
     Part part_;
+    Diagram diagram_;
+    Outcomes outcomes_;
     DiagramBuilder builder_;
     OutcomeId last_ = -1;
     std::vector<int> isKnown_;
 };
 
-void WritePath(BytesWriter& bytes, const std::vector<Decision>& path) {
-    bytes.Number(path.size());
-    for (const Decision& decision : path) {
-        bytes.Number(decision.input);
-        bytes.Number(decision.value);
-        bytes.Number(decision.count);
-    }
-}
-
-std::vector<Decision> ReadPath(BytesReader& bytes) {
-    std::vector<Decision> path(bytes.Number());
-    for (Decision& decision : path) {
-        decision.input = static_cast<std::uint16_t>(bytes.Number());
-        decision.value = static_cast<std::uint16_t>(bytes.Number());
-        decision.count = static_cast<std::uint16_t>(bytes.Number());
-    }
-    return path;
-}
-
-// Only what the root reaches, children before parents.
-void WriteNodes(BytesWriter& bytes, const Diagram& diagram, const Outcomes& outcomes, NodeId root) {
-    std::map<NodeId, std::uint64_t> places;
-    std::vector<NodeId> ordered;
-    const std::function<void(NodeId)> visit = [&](NodeId id) {
-        if (id == NONE || places.count(id) != 0) {
-            return;
-        }
-        for (const NodeId child : diagram[id].children) {
-            visit(child);
-        }
-        places[id] = ordered.size();
-        ordered.push_back(id);
-    };
-    visit(root);
-    bytes.Number(ordered.size());
-    for (const NodeId id : ordered) {
-        const Node& node = diagram[id];
-        bytes.Number(static_cast<std::uint64_t>(node.input + 1));
-        if (node.input < 0) {
-            bytes.Text(outcomes[node.outcome]);
-            continue;
-        }
-        bytes.Number(node.children.size());
-        for (const NodeId child : node.children) {
-            bytes.Number(places.at(child));
-        }
-    }
-}
-
-NodeId ReadNodes(BytesReader& bytes, Exploration& into) {
-    std::vector<NodeId> nodes(bytes.Number());
-    for (NodeId& id : nodes) {
-        const int input = bytes.Int() - 1;
-        if (input < 0) {
-            id = into.diagram.Leaf(into.outcomes.Intern(bytes.Text()));
-            continue;
-        }
-        std::vector<NodeId> children(bytes.Number());
-        for (NodeId& child : children) {
-            child = nodes[bytes.Number()];
-        }
-        id = into.diagram.Branch(input, children);
-    }
-    return nodes.empty() ? NONE : nodes.back();
-}
-
-void WriteCoverage(BytesWriter& bytes, const Coverage& coverage) {
-    bytes.Number(coverage.Shapes().size());
-    for (const auto& [shape, paths] : coverage.Shapes()) {
-        bytes.Text({reinterpret_cast<const char*>(shape.data()), shape.size()});
-        bytes.Number(paths);
-    }
-    bytes.Number(coverage.Inputs().size());
-    for (const auto& [input, count] : coverage.Inputs()) {
-        bytes.Number(static_cast<std::uint64_t>(input));
-        bytes.Number(static_cast<std::uint64_t>(count));
-    }
-}
-
-Coverage ReadCoverage(BytesReader& bytes) {
-    Coverage coverage;
-    for (std::uint64_t shapes = bytes.Number(); shapes > 0; --shapes) {
-        Coverage::Shape shape = {};
-        const std::string text = bytes.Text();
-        std::copy(text.begin(), text.end(), shape.begin());
-        coverage.AddShape(shape, bytes.Number());
-    }
-    for (std::uint64_t inputs = bytes.Number(); inputs > 0; --inputs) {
-        const int input = bytes.Int();
-        coverage.AddInput(input, bytes.Int());
-    }
-    return coverage;
-}
-
-void WritePart(BytesWriter& bytes, int question, const Part& part) {
-    bytes.Number(static_cast<std::uint64_t>(question));
-    WriteNodes(bytes, part.diagram, part.outcomes, part.root);
-    WriteCoverage(bytes, part.coverage);
-    bytes.Number(part.order.size());
-    for (const int input : part.order) {
-        bytes.Number(static_cast<std::uint64_t>(input));
-    }
-    bytes.Number(part.mostReads.size());
-    for (const auto& [input, reads] : part.mostReads) {
-        bytes.Number(static_cast<std::uint64_t>(input));
-        bytes.Number(static_cast<std::uint64_t>(reads));
-    }
-    bytes.Text(part.trouble);
-    WritePath(bytes, part.path);
-}
-
 // ---------------------------------------------------------------------------------------------
 // In the starting process
 // ---------------------------------------------------------------------------------------------
 
-void ReadPart(BytesReader& bytes, int policy, Exploration& into) {
-    QuestionResult& result = into.results[bytes.Number()];
+NodeId Intern(const std::vector<SentNode>& sent, Exploration& into) {
+    std::vector<NodeId> ids;
+    for (const SentNode& node : sent) {
+        std::vector<NodeId> children;
+        for (const std::size_t child : node.children) {
+            children.push_back(ids[child]);
+        }
+        ids.push_back(node.input < 0 ? into.diagram.Leaf(into.outcomes.Intern(node.record))
+                                     : into.diagram.Branch(node.input, children));
+    }
+    return ids.empty() ? NONE : ids.back();
+}
+
+void Take(Part part, int policy, QuestionResult& result, Exploration& into) {
     const auto at = static_cast<std::size_t>(policy);
-    result.roots[at] = ReadNodes(bytes, into);
-    result.coverage[at] = ReadCoverage(bytes);
-    for (std::uint64_t inputs = bytes.Number(); inputs > 0; --inputs) {
-        result.orders[at].push_back(bytes.Int());
+    result.roots[at] = Intern(part.nodes, into);
+    result.coverage[at] = std::move(part.coverage);
+    result.orders[at] = std::move(part.order);
+    for (const auto& [input, reads] : part.mostReads) {
+        int& most = result.mostReads[input];
+        most = std::max(most, reads);
     }
-    for (std::uint64_t inputs = bytes.Number(); inputs > 0; --inputs) {
-        int& most = result.mostReads[bytes.Int()];
-        most = std::max(most, bytes.Int());
-    }
-    Trouble trouble;
-    trouble.policy = policy;
-    trouble.what = bytes.Text();
-    trouble.path = ReadPath(bytes);
-    if (!trouble.what.empty()) {
-        result.troubles.push_back(trouble);
+    if (!part.trouble.empty()) {
+        result.troubles.push_back({policy, part.trouble, part.path});
     }
 }
 
@@ -270,7 +241,7 @@ void MergeOrders(QuestionResult& result) {
 
 std::unique_ptr<Exploration> Explore(const Inputs& inputs,
                                      const std::vector<const Question*>& questions,
-                                     const ExplorationOptions& options) {
+                                     const CommonOptions& options) {
     CheckSubject(options.provider);
     auto exploration = std::make_unique<Exploration>();
     for (const Question* question : questions) {
@@ -281,50 +252,21 @@ std::unique_ptr<Exploration> Explore(const Inputs& inputs,
         result.orders.resize(inputs.policies.size());
         exploration->results.push_back(result);
     }
-    // By policy: the questions that crashed there.
-    std::vector<std::set<int>> skipped(inputs.policies.size());
-
-    const auto task = [&](int policy, Shared& shared) {
-        tv().Use(inputs);
-        memoryBooks.poisoning = options.poison;
-        const Subject subject(options.provider, inputs.policies[static_cast<std::size_t>(policy)]);
-        BytesWriter bytes;
-        for (std::size_t i = 0; i < questions.size(); ++i) {
-            const int index = static_cast<int>(i);
-            shared.step = index;
-            if (skipped[static_cast<std::size_t>(policy)].count(index) == 0) {
-                WritePart(bytes, index, PartExplorer(subject, *questions[i], shared).Run());
-            }
-        }
-        BytesWriter whole;
-        whole.Text(bytes.Bytes());
-        for (const std::string& key : tv().UnknownKeys()) {
-            whole.Text(key);
-        }
-        return whole.Bytes();
+    PolicyWork work;
+    work.units = static_cast<int>(questions.size());
+    work.look = [&](const Subject& subject, int, int unit, Shared& shared) {
+        const Question& question = *questions[static_cast<std::size_t>(unit)];
+        return ToBytes(PartExplorer(subject, question, shared).Run());
     };
-    const auto finished = [&](const WorkerResult& result) {
-        if (!result.trouble.empty()) {
-            skipped[static_cast<std::size_t>(result.task)].insert(result.step);
-            exploration->results[static_cast<std::size_t>(result.step)].troubles.push_back(
-                {result.task, result.trouble, result.path});
-            return true;
-        }
-        BytesReader whole(result.bytes);
-        const std::string parts = whole.Text();
-        BytesReader bytes(parts);
-        while (!bytes.AtEnd()) {
-            ReadPart(bytes, result.task, *exploration);
-        }
-        while (!whole.AtEnd()) {
-            exploration->unknownKeys.insert(whole.Text());
-        }
-        return false;
+    work.take = [&](int policy, int unit, BytesReader bytes) {
+        Take(bytes.Next<Part>(), policy, exploration->results[static_cast<std::size_t>(unit)],
+             *exploration);
     };
-    WorkOptions work;
-    work.workers = options.workers;
-    work.progress = options.progress;
-    Work(static_cast<int>(inputs.policies.size()), work, task, finished);
+    work.note = [&](const WorkerResult& result) {
+        exploration->results[static_cast<std::size_t>(result.step)].troubles.push_back(
+            {result.task, result.trouble, result.path});
+    };
+    exploration->unknownKeys = WorkUnderPolicies(inputs, options, work);
     for (QuestionResult& result : exploration->results) {
         MergeOrders(result);
     }

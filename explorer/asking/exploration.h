@@ -8,19 +8,14 @@
 #include <string>
 #include <vector>
 
+#include "command.h"
+#include "explorer/engine/bytes.h"
 #include "explorer/engine/coverage.h"
 #include "explorer/engine/diagram.h"
+#include "explorer/engine/workers.h"
 #include "explorer/tv/inputs.h"
-#include "question.h"
 
 namespace explorer {
-
-// The part of the work that this process does: part `index` of `count`.
-struct Shard {
-    int index = 0;
-    int count = 1;
-    bool Has(int unit) const { return unit % count == index; }
-};
 
 // What a run ended in, as bytes: equal runs have equal bytes.
 class Outcomes {
@@ -68,21 +63,32 @@ struct Exploration {
     bool interrupted = false;
 };
 
-struct ExplorationOptions {
-    std::string provider;
-    int workers = 0;
-    bool progress = true;
-    bool poison = false;  // freed memory is overwritten
+// Work on many units under every policy, each policy in a worker process.
+struct PolicyWork {
+    int units = 0;
+    const char* what = "questions";
+    bool poison = false;                                         // freed memory is overwritten
+    std::function<bool(int policy, int unit)> isOurs = nullptr;  // null: all are
+    // In the worker: what is found of a unit, as bytes.
+    std::function<std::string(const Subject& subject, int policy, int unit, Shared& shared)> look;
+    std::function<void(int policy, int unit, BytesReader found)> take;
+    // A worker ended at the unit that is its step: this unit is not looked at again.
+    std::function<void(const WorkerResult& result)> note;
 };
+// Returns the keys that the provider asks for and the inputs do not name.
+std::set<std::string> WorkUnderPolicies(const Inputs& inputs, const CommonOptions& options,
+                                        const PolicyWork& work);
 
-// Explores the questions under every policy. Throws SubjectError.
+// Explores the questions under every policy. Throws host::ProviderError.
 std::unique_ptr<Exploration> Explore(const Inputs& inputs,
                                      const std::vector<const Question*>& questions,
-                                     const ExplorationOptions& options);
+                                     const CommonOptions& options);
 
 // One run after another until every path has been visited or somebody interrupts. `run` is called
-// with the TV ready; `visit` after each run. False when it was interrupted.
-bool ForEachPath(Choices& choices, std::atomic<std::uint64_t>& runs,
-                 const std::function<void()>& run, const std::function<void()>& visit);
+// with the TV ready; `visit` after each run. False when it was interrupted, or `isEnough`.
+bool ForEachPath(
+    Choices& choices, std::atomic<std::uint64_t>& runs, const std::function<void()>& run,
+    const std::function<void()>& visit,
+    const std::function<bool()>& isEnough = [] { return false; });
 
 }  // namespace explorer

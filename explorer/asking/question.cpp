@@ -1,45 +1,25 @@
 #include "question.h"
 
-#include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
+#include "answers.h"
 #include "explorer/engine/memory.h"
-#include "explorer/tv/lazy_tv.h"
+#include "explorer/tv/ledger.h"
 
 namespace explorer {
 
 namespace {
-
-void Answer(std::string_view text) {
-    tv().Append(Entry::kAnswer, text);
-}
-
-void AnswerText(const char* what, const char* text) {
-    const PlatformMemory own;
-    Answer(text == nullptr ? std::string(what) + ": none"
-                           : std::string(what) + ": \"" + text + '"');
-}
-
-// Only what is yes or no is this frequent.
-void AnswerYesNo(const char* yes, const char* no, int answer) {
-    if (answer == 1 || answer == 0) {
-        Answer(answer == 1 ? yes : no);
-    } else {
-        tv().AppendNumber(Entry::kAnswer, yes, answer);
-    }
-}
 
 // ---------------------------------------------------------------------------------------------
 // The table's slots and the check functions
 // ---------------------------------------------------------------------------------------------
 
 void AskVisible(const Subject& subject, const Question& question) {
-    AnswerYesNo("visible", "hidden", subject.checkVisible(question.key.c_str(), 0));
+    AnswerYesNo(answers::VISIBLE, subject.Entry().checkVisible(question.key.c_str(), 0));
 }
 
 void AskEnabled(const Subject& subject, const Question& question) {
-    AnswerYesNo("enabled", "dimmed", subject.checkEnabled(question.key.c_str(), 0));
+    AnswerYesNo(answers::ENABLED, subject.Entry().checkEnabled(question.key.c_str(), 0));
 }
 
 // The forms for other types of items, which ask no rule.
@@ -48,7 +28,7 @@ void AskOtherTypes(const Subject& subject, const Question& question) {
     const auto call = [&](const char* name, auto value) {
         using Form = int (*)(const char*, decltype(value));
         auto* form = reinterpret_cast<Form>(subject.Symbol(name));
-        tv().AppendNumber(Entry::kAnswer, name, form != nullptr ? form(key, value) : -1);
+        Answer(name, form != nullptr ? form(key, value) : -1);
     };
     call("check_visibility_bool", true);
     call("check_visibility_double", 0.5);
@@ -68,26 +48,21 @@ void AskProperties(const Subject& subject, const Question&) {
     }
 }
 
-constexpr int UNTOUCHED = -77;
+void AnswerResult(int result) {
+    if (result != 0) {
+        Answer(answers::RESULT, result);
+    }
+}
 
 void AskValue(const Subject& subject, const Question& question) {
     int value = UNTOUCHED;
     const int result = subject.Table().get_int(question.key.c_str(), &value);
-    if (value == UNTOUCHED) {
-        Answer("no value");
-    } else {
-        tv().AppendNumber(Entry::kAnswer, "value", value);
-    }
-    if (result != 0) {
-        tv().AppendNumber(Entry::kAnswer, "result", result);
-    }
+    Answer(answers::VALUE, value == UNTOUCHED ? Said() : Said(value));
+    AnswerResult(result);
 }
 
 void AskWrite(const Subject& subject, const Question& question) {
-    const int result = subject.Table().set_int(question.key.c_str(), question.value);
-    if (result != 0) {
-        tv().AppendNumber(Entry::kAnswer, "result", result);
-    }
+    AnswerResult(subject.Table().set_int(question.key.c_str(), question.value));
 }
 
 using TextSlot = int (*)(const char* key, char** text);
@@ -100,37 +75,20 @@ void AskText(TextSlot slot, const char* what, const Question& question) {
 }
 
 void AskTitle(const Subject& subject, const Question& question) {
-    AskText(subject.Table().get_display_name, "title", question);
+    AskText(subject.Table().get_display_name, answers::TITLE, question);
 }
 
 void AskHelp(const Subject& subject, const Question& question) {
-    AskText(subject.Table().get_help_text, "help", question);
+    AskText(subject.Table().get_help_text, answers::HELP, question);
 }
 
 void AskReason(const Subject& subject, const Question& question) {
     char* text = nullptr;
     bool flag = false;
     subject.Table().get_disable_text(question.key.c_str(), &text, &flag);
-    Answer(flag ? "shown: yes" : "shown: no");
-    AnswerText("reason", text);
+    Answer(answers::SHOWN, flag);
+    AnswerText(answers::REASON, text);
     std::free(text);
-}
-
-void AnswerList(const Subject& subject, ListItem** items, int count) {
-    if (items == nullptr) {
-        Answer("no choices");
-        return;
-    }
-    for (int i = 0; i < count; ++i) {
-        char* text = nullptr;
-        int value = UNTOUCHED;
-        subject.Table().list_item_text(items[i], &text);
-        subject.Table().list_item_value(items[i], &value);
-        const PlatformMemory own;
-        Answer("choice " + std::to_string(value) + ": \"" + (text != nullptr ? text : "(null)") +
-               '"');
-    }
-    subject.Table().free_list_items(items, count);
 }
 
 void AskChoices(const Subject& subject, const Question& question) {
@@ -161,11 +119,11 @@ void AskConfirmation(const Subject& subject, const Question& question) {
     subject.Table().get_messagebox_info(question.key.c_str(), text.text, first.text, second.text,
                                         &buttons);
     subject.Table().get_messagebox_title(question.key.c_str(), title.text);
-    tv().AppendNumber(Entry::kAnswer, "buttons", buttons);
-    AnswerBuffer("title", title);
-    AnswerBuffer("text", text);
-    AnswerBuffer("first", first);
-    AnswerBuffer("second", second);
+    Answer(answers::BUTTONS, buttons);
+    AnswerBuffer(answers::TITLE, title);
+    AnswerBuffer(answers::TEXT, text);
+    AnswerBuffer(answers::FIRST, first);
+    AnswerBuffer(answers::SECOND, second);
 }
 
 void AskPopup(const Subject& subject, const Question& question) {
@@ -177,196 +135,100 @@ void AskPopup(const Subject& subject, const Question& question) {
     int buttons = 0;
     subject.Table().get_disablepopup_info(question.key.c_str(), message.text, title.text,
                                           first.text, second.text, &buttons, action.text);
-    tv().AppendNumber(Entry::kAnswer, "buttons", buttons);
-    AnswerBuffer("title", title);
-    AnswerBuffer("message", message);
-    AnswerBuffer("first", first);
-    AnswerBuffer("second", second);
-    AnswerBuffer("action", action);
+    Answer(answers::BUTTONS, buttons);
+    AnswerBuffer(answers::TITLE, title);
+    AnswerBuffer(answers::MESSAGE, message);
+    AnswerBuffer(answers::FIRST, first);
+    AnswerBuffer(answers::SECOND, second);
+    AnswerBuffer(answers::ACTION, action);
 }
-
-// ---------------------------------------------------------------------------------------------
-// Functions that only other code of the TV calls
-// ---------------------------------------------------------------------------------------------
-
-template <typename Result, typename... Arguments>
-Result Call(const Subject& subject, const Question& question, Arguments... arguments) {
-    auto* function = reinterpret_cast<Result (*)(Arguments...)>(subject.Symbol(question.symbol));
-    return function(arguments...);
-}
-
-void AskNothing(const Subject& subject, const Question& question) {
-    Call<void>(subject, question);
-}
-
-void AskBool(const Subject& subject, const Question& question) {
-    AnswerYesNo("true", "false", Call<bool>(subject, question) ? 1 : 0);
-}
-
-void AskString(const Subject& subject, const Question& question) {
-    AnswerText("text", Call<std::string>(subject, question).c_str());
-}
-
-void AskSwitch(const Subject& subject, const Question& question) {
-    Call<void, bool>(subject, question, question.value != 0);
-}
-
-void AskSwitchResult(const Subject& subject, const Question& question) {
-    AnswerYesNo("true", "false", Call<bool, bool>(subject, question, question.value != 0) ? 1 : 0);
-}
-
-void AskOnboarding(const Subject& subject, const Question& question) {
-    Call<void, const char*>(subject, question, "exploration");
-}
-
-void AskDeviceText(const Subject& subject, const Question& question) {
-    AnswerText("text", Call<std::string, const char*, const char*, const char*>(
-                           subject, question, "TEXT_TV", "TEXT_SCREEN", "TEXT_OTHER <<A>>")
-                           .c_str());
-}
-
-void AskWakeUpChoices(const Subject& subject, const Question& question) {
-    int count = 0;
-    ListItem** items = Call<ListItem**, const char*, int*>(subject, question, nullptr, &count);
-    AnswerList(subject, items, count);
-}
-
-void AskShowPopup(const Subject& subject, const Question& question) {
-    Call<void, std::string>(subject, question, "Hello");
-}
-
-struct FunctionQuestion {
-    const char* name;
-    const char* symbol;
-    void (*ask)(const Subject&, const Question&);
-    int value;
-    bool writes;
-};
-
-constexpr FunctionQuestion FUNCTIONS[] = {
-    {"LaunchOnboarding", "_Z16LaunchOnboardingPKc", AskOnboarding, 0, true},
-    {"showVAChangingNoticePopup", "_Z25showVAChangingNoticePopupv", AskNothing, 0, true},
-    {"get_list_items_voice_wake_up", "_Z28get_list_items_voice_wake_upPKcPi", AskWakeUpChoices, 0,
-     false},
-    {"MVAList::IsVoiceDisabledByVAPolicy", "_ZN7MVAList25IsVoiceDisabledByVAPolicyEv", AskBool, 0,
-     false},
-    {"MVAList::IsCurrentVASetupComplete", "_ZN7MVAList24IsCurrentVASetupCompleteEv", AskBool, 0,
-     false},
-    {"MVAList::IsCurrentVASupportFF", "_ZN7MVAList20IsCurrentVASupportFFEv", AskBool, 0, false},
-    {"MVAList::IsCurrentVAOrvik", "_ZN7MVAList16IsCurrentVAOrvikEv", AskBool, 0, false},
-    {"CSIMenuUtil::FlagLFDProductModel", "_ZN11CSIMenuUtil19FlagLFDProductModelEv", AskBool, 0,
-     false},
-    {"CSIMenuUtil::IsPassthruDimmed", "_ZN11CSIMenuUtil16IsPassthruDimmedEv", AskBool, 0, false},
-    {"CSIMenuUtil::IsTncPPAgreed", "_ZN11CSIMenuUtil13IsTncPPAgreedEv", AskBool, 0, false},
-    {"CSIMenuUtil::IsMenuLanguageSupportTTS", "_ZN11CSIMenuUtil24IsMenuLanguageSupportTTSEv",
-     AskBool, 0, false},
-    {"CSIMenuUtil::GetPassthruDimmedToastPopUpString",
-     "_ZN11CSIMenuUtil33GetPassthruDimmedToastPopUpStringB5cxx11Ev", AskString, 0, false},
-    {"CSIMenuUtil::GetDeviceSID", "_ZN11CSIMenuUtil12GetDeviceSIDB5cxx11Ev", AskString, 0, false},
-    {"CSIMenuUtil::GetTextTVScreenOrPJT", "_ZN11CSIMenuUtil20GetTextTVScreenOrPJTB5cxx11EPKcS1_S1_",
-     AskDeviceText, 0, false},
-    {"CSIMenuUtil::GetCountryCode", "_ZN11CSIMenuUtil14GetCountryCodeB5cxx11Ev", AskString, 0,
-     false},
-    {"CSIMenuUtil::setPassthruEnabled=1", "_ZN11CSIMenuUtil18setPassthruEnabledEb", AskSwitchResult,
-     1, true},
-    {"CSIMenuUtil::setPassthruEnabled=0", "_ZN11CSIMenuUtil18setPassthruEnabledEb", AskSwitchResult,
-     0, true},
-    {"CSIMenuUtil::SetVoiceGuideOnOff=1", "_ZN11CSIMenuUtil18SetVoiceGuideOnOffEb", AskSwitch, 1,
-     true},
-    {"CSIMenuUtil::SetVoiceGuideOnOff=0", "_ZN11CSIMenuUtil18SetVoiceGuideOnOffEb", AskSwitch, 0,
-     true},
-    {"CSIMenuUtil::RefreshMenu", "_ZN11CSIMenuUtil11RefreshMenuEv", AskNothing, 0, true},
-    {"CSIMenuUtil::ShowPopup",
-     "_ZN11CSIMenuUtil9ShowPopupENSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE",
-     AskShowPopup, 0, true},
-};
 
 // ---------------------------------------------------------------------------------------------
 // The list of questions
 // ---------------------------------------------------------------------------------------------
 
-Question OfItem(const char* kind, void (*ask)(const Subject&, const Question&), const Item& item,
-                const char* function) {
+struct KindOfQuestion {
+    const char* name;
+    void (*ask)(const Subject&, const Question&);
+};
+constexpr KindOfQuestion KINDS[] = {
+    // By Asks; functions have a way each.
+    {"visible", AskVisible},
+    {"enabled", AskEnabled},
+    {"title", AskTitle},
+    {"help", AskHelp},
+    {"value", AskValue},
+    {"choices", AskChoices},
+    {"confirmation", AskConfirmation},
+    {"reason", AskReason},
+    {"popup", AskPopup},
+    {"set", AskWrite},
+    {"press", AskWrite},
+    {"other-types", AskOtherTypes},
+    {"properties", AskProperties},
+};
+
+Question OfKey(Asks kind, const char* key) {
+    const KindOfQuestion& how = KINDS[static_cast<std::size_t>(kind)];
     Question question;
-    question.name = std::string(kind) + ':' + item.name;
-    question.ask = ask;
-    question.key = item.key;
+    question.kind = kind;
+    question.name = std::string(how.name) + ':' + key;
+    question.ask = how.ask;
+    question.key = key;
+    return question;
+}
+
+Question OfItem(Asks kind, const Item& item, const char* function = nullptr) {
+    Question question = OfKey(kind, item.key);
+    question.name = std::string(KINDS[static_cast<std::size_t>(kind)].name) + ':' + item.name;
     question.item = &item;
     question.function = function != nullptr ? function : "";
     return question;
 }
 
-Question Write(const Item& item, int value) {
-    Question question = OfItem("set", AskWrite, item, item.writer);
-    question.name += '=' + std::to_string(value);
-    question.value = value;
-    question.writes = true;
-    return question;
-}
-
-Question OfKey(const char* kind, void (*ask)(const Subject&, const Question&), const char* key) {
-    Question question;
-    question.name = std::string(kind) + ':' + key;
-    question.ask = ask;
-    question.key = key;
-    return question;
-}
-
 void AddItem(std::vector<Question>& questions, const Item& item) {
-    questions.push_back(OfItem("visible", AskVisible, item, item.visibilityRule));
-    questions.push_back(OfItem("enabled", AskEnabled, item, item.enableRule));
-    questions.push_back(OfItem("title", AskTitle, item, nullptr));
-    questions.push_back(OfItem("help", AskHelp, item, nullptr));
-    questions.push_back(OfItem("value", AskValue, item, item.reader));
-    questions.push_back(OfItem("choices", AskChoices, item, item.listBuilder));
-    questions.push_back(OfItem("confirmation", AskConfirmation, item, nullptr));
-    questions.push_back(OfItem("reason", AskReason, item, nullptr));
-    questions.push_back(OfItem("popup", AskPopup, item, nullptr));
-    const bool isList = item.listBuilder != nullptr;
+    questions.push_back(OfItem(Asks::kVisible, item, item.visibilityRule));
+    questions.push_back(OfItem(Asks::kEnabled, item, item.enableRule));
+    questions.push_back(OfItem(Asks::kTitle, item));
+    questions.push_back(OfItem(Asks::kHelp, item));
+    questions.push_back(OfItem(Asks::kValue, item, item.reader));
+    questions.push_back(OfItem(Asks::kChoices, item, item.listBuilder));
+    questions.push_back(OfItem(Asks::kConfirmation, item));
+    questions.push_back(OfItem(Asks::kReason, item));
+    questions.push_back(OfItem(Asks::kPopup, item));
+    const bool isList = item.kind == vtv::ItemKind::kList;
     const std::vector<int> values =
         isList ? std::vector<int>{1, 2, 3, 7, 0, -1} : std::vector<int>{1, 0, 2};
     for (const int value : values) {
-        questions.push_back(Write(item, value));
+        Question& write = questions.emplace_back(OfItem(Asks::kWrite, item, item.writer));
+        write.name += '=' + std::to_string(value);
+        write.value = value;
+        write.writes = true;
     }
 }
 
 std::vector<Question> AllQuestions() {
     std::vector<Question> questions;
-    for (const Item& item : Items()) {
+    for (const Item& item : PageItems()) {
         AddItem(questions, item);
     }
     // The action of a popup does not look at the key.
-    Question press = OfKey("press", AskWrite, "menu/system/general-voice-voice-settings-orvik");
+    Question& press = questions.emplace_back(
+        OfKey(Asks::kPress, "menu/system/general-voice-voice-settings-orvik"));
     press.name = "press:popup";
     press.value = SI_ACTION_VALUE;
     press.writes = true;
-    questions.push_back(press);
-    questions.push_back(
-        OfKey("popup", AskPopup, "menu/system/general-voice-voice-settings-orvik-terms"));
-    questions.push_back(
-        OfKey("popup", AskPopup, "menu/system/general-voice-voice-settings-tencent-more"));
-    struct OddKey {
-        const char* kind;
-        void (*ask)(const Subject&, const Question&);
-    };
-    constexpr OddKey ODD_KEYS[] = {
-        {"visible", AskVisible}, {"enabled", AskEnabled}, {"title", AskTitle}, {"help", AskHelp},
-        {"value", AskValue},     {"reason", AskReason},   {"popup", AskPopup}};
-    for (const OddKey& odd : ODD_KEYS) {
-        questions.push_back(OfKey(odd.kind, odd.ask, "menu/system/no-such-item"));
+    for (const char* key : {"menu/system/general-voice-voice-settings-orvik-terms",
+                            "menu/system/general-voice-voice-settings-tencent-more"}) {
+        questions.push_back(OfKey(Asks::kPopup, key));
     }
-    questions.push_back(OfKey("other-types", AskOtherTypes, Items().front().key));
-    questions.push_back(OfKey("properties", AskProperties, "provider"));
-    for (const FunctionQuestion& function : FUNCTIONS) {
-        Question question;
-        question.name = std::string("function:") + function.name;
-        question.ask = function.ask;
-        question.value = function.value;
-        question.symbol = function.symbol;
-        question.function = function.name;
-        question.writes = function.writes;
-        questions.push_back(question);
+    for (const Asks kind : {Asks::kVisible, Asks::kEnabled, Asks::kTitle, Asks::kHelp, Asks::kValue,
+                            Asks::kReason, Asks::kPopup}) {
+        questions.push_back(OfKey(kind, "menu/system/no-such-item"));
     }
+    questions.push_back(OfKey(Asks::kOtherTypes, PageItems().front().key));
+    questions.push_back(OfKey(Asks::kProperties, "provider"));
+    AddFunctionQuestions(questions);
     return questions;
 }
 
@@ -378,7 +240,7 @@ const std::vector<Question>& Questions() {
 }
 
 const Question* FindQuestion(const std::string& name) {
-    for (const Question& question : Questions()) {
+    for (const Question& question : ThoroughQuestions()) {
         if (question.name == name) {
             return &question;
         }
@@ -386,10 +248,11 @@ const Question* FindQuestion(const std::string& name) {
     return nullptr;
 }
 
-std::vector<const Question*> SelectQuestions(const std::string& argument) {
+std::vector<const Question*> SelectQuestions(const std::string& argument,
+                                             const std::vector<Question>& questions) {
     std::vector<const Question*> selected;
     const Item* item = FindItem(argument);
-    for (const Question& question : Questions()) {
+    for (const Question& question : questions) {
         const bool isMeant = question.name == argument || question.key == argument ||
                              (item != nullptr && question.item == item) ||
                              (!argument.empty() && question.function == argument) ||
@@ -402,47 +265,24 @@ std::vector<const Question*> SelectQuestions(const std::string& argument) {
     return selected;
 }
 
-std::vector<std::string> SimilarNames(const std::string& argument) {
+std::vector<std::string> QuestionNames() {
     std::vector<std::string> names;
-    for (const Item& item : Items()) {
-        names.push_back(item.name);
+    for (const Item& item : PageItems()) {
+        names.emplace_back(item.name);
     }
     for (const Question& question : Questions()) {
         if (!question.function.empty()) {
             names.push_back(question.function);
         }
     }
-    const auto common = [&argument](const std::string& name) {
-        std::size_t best = 0;
-        for (std::size_t i = 0; i < name.size(); ++i) {
-            for (std::size_t j = 0; j < argument.size(); ++j) {
-                std::size_t length = 0;
-                while (i + length < name.size() && j + length < argument.size() &&
-                       name[i + length] == argument[j + length]) {
-                    ++length;
-                }
-                best = std::max(best, length);
-            }
-        }
-        return best;
-    };
-    std::stable_sort(names.begin(), names.end(), [&](const std::string& a, const std::string& b) {
-        return common(a) > common(b);
-    });
-    names.erase(std::unique(names.begin(), names.end()), names.end());
-    names.resize(std::min<std::size_t>(names.size(), 3));
     return names;
 }
 
-void Ask(const Subject& subject, const Question& question) {
-    if (subject.speechLanguages != nullptr && !subject.speechLanguages->empty()) {
-        subject.speechLanguages->clear();
-    }
+void AskAsItIs(const Subject& subject, const Question& question) {
     if (question.symbol != nullptr && subject.Symbol(question.symbol) == nullptr) {
         tv().Append(Entry::kWrong, "is not exported");
         return;
     }
-    const long before = memoryBooks.balance;
     try {
         const ProviderMemory counted;
         question.ask(subject, question);
@@ -451,18 +291,33 @@ void Ask(const Subject& subject, const Question& question) {
     } catch (...) {
         tv().Append(Entry::kWrong, "throws something");
     }
-    if (memoryBooks.balance != before && subject.speechLanguages != nullptr) {
-        // What the library may keep is not lost.
-        const ProviderMemory counted;
-        subject.speechLanguages->clear();
+    NoteLostHandles();
+    if (tv().HasThrown()) {
+        Answer(answers::CAUGHT, true);
+    }
+}
+
+void Ask(const Subject& subject, const Question& question, Languages languages) {
+    if (memoryBooks.arena != nullptr) {
+        AskAsItIs(subject, question);
+        return;
+    }
+    if (languages == Languages::kForgotten) {
+        subject.ForgetLanguages();
+    }
+    const long before = memoryBooks.balance;
+    AskAsItIs(subject, question);
+    if (memoryBooks.balance != before && languages == Languages::kKept) {
+        memoryBooks.balance = before;  // perhaps it is the languages, which the library may keep
     }
     if (memoryBooks.balance != before) {
-        tv().AppendNumber(Entry::kWrong, "leaks blocks",
-                          static_cast<int>(memoryBooks.balance - before));
-        memoryBooks.balance = before;
+        // What the library may keep is not lost.
+        const ProviderMemory counted;
+        subject.ForgetLanguages();
     }
-    if (tv().HasThrown()) {
-        tv().Append(Entry::kAnswer, "an exception is caught and logged");
+    if (memoryBooks.balance != before) {
+        tv().Append(Entry::kWrong, "leaks blocks", static_cast<int>(memoryBooks.balance - before));
+        memoryBooks.balance = before;
     }
 }
 

@@ -1,30 +1,45 @@
 #include "subject.h"
 
-#include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
-#include <filesystem>
+#include <string_view>
 
+#include "explorer/engine/memory.h"
 #include "explorer/tv/lazy_tv.h"
+#include "imports.h"
+#include "virtual-tv/model/items.h"
 
 namespace explorer {
 
+using host::ProviderError;
+
 namespace {
 
-template <typename Function>
-void Bind(Function*& function, void* symbol) {
-    function = reinterpret_cast<Function*>(symbol);
+void RequireProvable(const std::string& file, const Subject::EntryPoints& entry) {
+    std::string names;
+    for (const std::string& name : UnseenImports(reinterpret_cast<const void*>(entry.create))) {
+        names += (names.empty() ? "" : ", ") + name;
+    }
+    if (!names.empty()) {
+        throw ProviderError(
+            ProviderError::Kind::kUnusable,
+            file + " takes in what no platform call tells it: " + names +
+                ". What it answers may follow from that, so nothing can be proven.");
+    }
+    const std::string unstorable = UnstorableParts(reinterpret_cast<const void*>(entry.create));
+    if (!unstorable.empty()) {
+        throw ProviderError(ProviderError::Kind::kUnusable,
+                            file + " has " + unstorable +
+                                ". What it remembers there cannot be put back, so nothing can be "
+                                "proven. Build it without.");
+    }
 }
 
 }  // namespace
 
 void CheckSubject(const std::string& file) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error)) {
-        throw NoSuchFile(file + ": there is no such provider library");
-    }
     int ends[2];
     if (pipe(ends) != 0) {
         throw std::runtime_error("cannot make a pipe");
@@ -32,22 +47,16 @@ void CheckSubject(const std::string& file) {
     std::fflush(nullptr);
     const pid_t child = fork();
     if (child == 0) {
-        // Bound at once: an import that the platform does not serve shows here, with its name.
-        std::string problem;
-        void* library =
-            dlopen(std::filesystem::absolute(file, error).c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr) {
-            problem = dlerror();
-        } else {
-            for (const char* name : {"create_provider", "delete_provider", "check_visibility_int",
-                                     "check_enable_int"}) {
-                if (dlsym(library, name) == nullptr) {
-                    problem = file + ": does not export " + name;
-                }
-            }
+        try {
+            const host::ProviderLibrary library(file);
+            const Subject::EntryPoints entry(library);
+            RequireProvable(file, entry);
+        } catch (const ProviderError& error) {
+            const std::string_view problem = error.what();
+            const ssize_t written = write(ends[1], problem.data(), problem.size());
+            _exit(error.kind() == ProviderError::Kind::kNoSuchFile && written > 0 ? 2 : 1);
         }
-        const ssize_t written = write(ends[1], problem.data(), problem.size());
-        _exit(written >= 0 && problem.empty() ? 0 : 1);
+        _exit(0);
     }
     close(ends[1]);
     char problem[1024] = "";
@@ -56,82 +65,131 @@ void CheckSubject(const std::string& file) {
     int status = 0;
     waitpid(child, &status, 0);
     if (status != 0) {
-        throw SubjectError("cannot be loaded as a provider: " +
-                           (size > 0 ? std::string(problem) : file + " crashes when it is loaded"));
+        const bool isThere = !WIFEXITED(status) || WEXITSTATUS(status) != 2;
+        throw ProviderError(
+            isThere ? ProviderError::Kind::kUnusable : ProviderError::Kind::kNoSuchFile,
+            size > 0 ? std::string(problem) : file + " crashes when it is loaded");
     }
 }
 
-Subject::Subject(const std::string& file, const Policy& policy) : file_(file) {
-    std::error_code error;
-    library_ = dlopen(std::filesystem::absolute(file, error).c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library_ == nullptr) {
-        throw SubjectError(std::string("cannot be loaded as a provider: ") + dlerror());
-    }
-    int (*create)(void***) = nullptr;
-    Bind(create, Need("create_provider"));
-    Bind(delete_, Need("delete_provider"));
-    Bind(checkVisible, Need("check_visibility_int"));
-    Bind(checkEnabled, Need("check_enable_int"));
-    speechLanguages =
-        static_cast<std::list<std::string>*>(Symbol("_ZN11CSIMenuUtil17m_listTTSLanguageB5cxx11E"));
+Subject::EntryPoints::EntryPoints(const host::ProviderLibrary& library) {
+    library.Find("create_provider", create);
+    library.Find("delete_provider", destroy);
+    library.Find("check_visibility_int", checkVisible);
+    library.Find("check_enable_int", checkEnabled);
+}
 
+Subject::Subject(const std::string& file, Copy copy) : library_(file, copy), entry_(library_) {
+    languages_ =
+        static_cast<std::list<std::string>*>(Symbol("_ZN11CSIMenuUtil17m_listTTSLanguageB5cxx11E"));
+}
+
+Subject::Subject(const std::string& file, const Policy& policy, Copy copy) : Subject(file, copy) {
     Choices choices;
     tv().Begin(choices);
     tv().SetPolicy(policy.published.empty() ? nullptr : &policy.published.front());
-    tv().AppendNumber(Entry::kAnswer, "create_provider", create(&slots_));
+    Create();
     startRecord_.assign(tv().Record());
     if (slots_ == nullptr) {
-        throw SubjectError(file + ": create_provider gives no table");
+        throw ProviderError(ProviderError::Kind::kUnusable,
+                            file + ": create_provider() handed out no table.");
     }
-    table_ = reinterpret_cast<const SIProviderTable*>(slots_);
     for (std::size_t i = 1; i < policy.published.size(); ++i) {
-        Publish(policy.published[i]);
+        startRecord_ += Publish(policy.published[i]);
     }
 }
 
-Subject::~Subject() {
-    Delete();
-    if (library_ != nullptr) {
-        dlclose(library_);
-    }
-}
-
-void Subject::Publish(const std::string& document) {
+std::string Subject::Publish(const std::string& document) {
     Choices choices;
     tv().Begin(choices);
     tv().SetPolicy(&document);
-    try {
-        if (!tv().NotifyPolicy()) {
-            tv().Append(Entry::kWrong, "nobody watches the policy");
-        }
-    } catch (const std::exception& exception) {
-        tv().Append(Entry::kWrong,
-                    std::string("an exception leaves the watch callback: ") + exception.what());
+    if (!Notify()) {
+        tv().Append(Entry::kWrong, "nobody watches the policy");
     }
-    startRecord_.append(tv().Record());
-}
-
-std::string Subject::Delete() {
-    if (slots_ == nullptr) {
-        return "";
-    }
-    Choices choices;
-    tv().Begin(choices);
-    tv().AppendNumber(Entry::kAnswer, "delete_provider", delete_(&slots_));
-    slots_ = nullptr;
     return std::string(tv().Record());
 }
 
-void* Subject::Symbol(const char* mangled) const {
-    return dlsym(library_, mangled);
+void Subject::SetSlots(void** slots) {
+    if (slots_ != slots) {
+        const PlatformMemory own;
+        slots_ = slots;
+        provider_.reset();
+        if (slots != nullptr) {
+            provider_.emplace(entry_.checkVisible, entry_.checkEnabled, Table());
+        }
+    }
 }
 
-void* Subject::Need(const char* name) const {
-    void* symbol = dlsym(library_, name);
-    if (symbol == nullptr) {
-        throw SubjectError(file_ + ": does not export " + name);
+void Subject::Create() {
+    void** slots = nullptr;
+    CreateAt(slots);
+    SetSlots(slots);
+}
+
+bool Subject::Notify() const {
+    try {
+        return tv().NotifyPolicy(reinterpret_cast<const void*>(entry_.create));
+    } catch (const std::exception& exception) {
+        tv().Append(Entry::kWrong,
+                    std::string("an exception leaves the watch callback: ") + exception.what());
+        return true;
     }
-    return symbol;
+}
+
+void Subject::Delete() {
+    void** slots = slots_;
+    DeleteAt(slots);
+    SetSlots(nullptr);
+}
+
+void Subject::CreateAt(void**& slots) const {
+    tv().Append(Entry::kAnswer, "create_provider", entry_.create(&slots));
+    tv().Append(Entry::kAnswer, "the table", slots != nullptr);
+}
+
+void Subject::DeleteAt(void**& slots) const {
+    tv().Append(Entry::kAnswer, "delete_provider", entry_.destroy(&slots));
+    tv().Append(Entry::kAnswer, "the table", slots != nullptr);
+}
+
+void Subject::DeleteNothing() const {
+    void** none = nullptr;
+    DeleteAt(none);
+    tv().Append(Entry::kAnswer, "delete_provider of no table", entry_.destroy(nullptr));
+}
+
+void Subject::CreateSecond(bool isFirstDeleted) {
+    void** second = nullptr;
+    CreateAt(second);
+    if (isFirstDeleted) {
+        Delete();
+        SetSlots(second);
+    } else {
+        DeleteAt(second);
+    }
+}
+
+std::string Subject::End() {
+    Choices choices;
+    tv().Begin(choices);
+    Delete();
+    DeleteNothing();
+    const auto askChecks = [this] {
+        for (const vtv::Item& item : vtv::PageItems()) {
+            tv().Append(Entry::kAnswer, item.name, entry_.checkVisible(item.key, 0));
+            tv().Append(Entry::kAnswer, item.name, entry_.checkEnabled(item.key, 0));
+        }
+    };
+    askChecks();
+    void** first = nullptr;
+    void** second = nullptr;
+    CreateAt(first);
+    CreateAt(second);
+    askChecks();
+    DeleteAt(first);
+    askChecks();
+    DeleteAt(second);
+    return std::string(tv().Record());
 }
 
 }  // namespace explorer

@@ -2,250 +2,49 @@
 #include "diff.h"
 
 #include <json/json.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
-#include "explorer/asking/command.h"
+#include "calls_file.h"
+#include "comparison.h"
+#include "explorer/asking/source_place.h"
+#include "explorer/engine/arena.h"
 #include "explorer/engine/bytes.h"
 #include "explorer/engine/workers.h"
 #include "explorer/tv/lazy_tv.h"
-#include "platform/trace_storage.h"
+#include "host/core/toml_writer.h"
+#include "program/counted.h"
 #include "replay.h"
+#include "virtual-tv/model/json_text.h"
+#include "walk_comparison.h"
 
 namespace explorer {
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-// The lines of a record, with what was asked for beside it.
-Lines LinesOf(std::string_view record) {
-    Lines lines;
-    for (const RecordEntry& entry : ReadRecord(record)) {
-        lines.push_back(ToText(entry));
-    }
-    return lines;
-}
-
-// What is in the one and not in the other: answers and effects, then logs and traces.
-Lines Only(const Lines& lines, Lines others) {
-    Lines only;
-    for (const std::string& line : lines) {
-        const auto found = std::find(others.begin(), others.end(), line);
-        if (found == others.end()) {
-            only.push_back(line);
-        } else {
-            others.erase(found);
-        }
-    }
-    std::stable_partition(only.begin(), only.end(), [](const std::string& line) {
-        return line.rfind("logs ", 0) != 0 && line.rfind("traces ", 0) != 0;
-    });
-    return only;
-}
-
-// By what is different, in a worker and then over all of them.
-using Differences = std::map<std::pair<Lines, Lines>, Difference>;
-
-void Add(Differences& differences, const Inputs& inputs, const Lines& onlyA, const Lines& onlyB,
-         const std::string& question, std::uint64_t paths, const State& state,
-         const std::string& recordA, const std::string& recordB) {
-    const auto [place, isNew] = differences.try_emplace({onlyA, onlyB});
-    Difference& difference = place->second;
-    difference.onlyA = onlyA;
-    difference.onlyB = onlyB;
-    difference.paths += paths;
-    Lines& questions = difference.questions;
-    if (std::find(questions.begin(), questions.end(), question) == questions.end()) {
-        questions.push_back(question);
-    }
-    if (isNew || state.Weight(inputs) < difference.smallest.Weight(inputs)) {
-        difference.smallest = state;
-        difference.question = question;
-        difference.recordA = recordA;
-        difference.recordB = recordB;
-    }
-}
-
-class PolicyComparer {
-  public:
-    PolicyComparer(const Inputs& inputs, const DiffOptions& options, int policy, Shared& shared)
-        : inputs_(inputs), options_(options), policy_(policy), shared_(shared) {
-        tv().logLevel = !options.logs   ? LogLevel::kNone
-                        : options.lines ? LogLevel::kLines
-                                        : LogLevel::kMessages;
-        TIStorageManagerState::enabled = options.logs;
-        const Policy& published = inputs.policies[static_cast<std::size_t>(policy)];
-        a_ = std::make_unique<Subject>(options.a, published);
-        b_ = std::make_unique<Subject>(options.b, published);
-        CompareRecords(a_->StartRecord(), b_->StartRecord(), "create_provider");
-    }
-
-    // False when it may stop.
-    bool Compare(const Question& question) {
-        Choices& choices = shared_.choices;
-        ForEachPath(
-            choices, shared_.runs, [&] { Run(question); },
-            [&] {
-                if (differs_) {
-                    // The state's documents are told as the first provider found them.
-                    tv().Again();
-                    Ask(*a_, question);
-                    Note(recordA_, recordB_, question.name, CurrentState(policy_, choices));
-                }
-            });
-        return !options_.brief || differences_.empty();
-    }
-
-    // After the last question.
-    void CompareEnds() {
-        const std::string end = a_->Delete();
-        CompareRecords(end, b_->Delete(), "delete_provider");
-    }
-
-    const Differences& Found() const { return differences_; }
-
-  private:
-    void CompareRecords(const std::string& a, const std::string& b, const char* what) {
-        if (a != b) {
-            State state;
-            state.policy = policy_;
-            Note(a, b, what, state);
-        }
-    }
-
-    void Run(const Question& question) {
-        Ask(*a_, question);
-        recordA_.assign(tv().Record());
-        if (options_.reads) {
-            recordA_.append(Reads());
-        }
-        tv().Again();
-        Ask(*b_, question);
-        recordB_.assign(tv().Record());
-        if (options_.reads) {
-            recordB_.append(Reads());
-        }
-        differs_ = recordA_ != recordB_;
-    }
-
-    std::string Reads() const {
-        std::string reads;
-        for (std::size_t i = 0; i < tv().TouchedSize(); ++i) {
-            const int input = tv().Touched()[i];
-            reads += "areads " + inputs_.inputs[static_cast<std::size_t>(input)].name + " " +
-                     std::to_string(tv().ReadCount(input)) + " times" + '\0';
-        }
-        return reads;
-    }
-
-    void Note(const std::string& recordA, const std::string& recordB, const std::string& question,
-              const State& state) {
-        const Lines a = LinesOf(recordA);
-        const Lines b = LinesOf(recordB);
-        Lines onlyA = Only(a, b);
-        Lines onlyB = Only(b, a);
-        if (onlyA.empty() && onlyB.empty()) {
-            onlyA = a;  // the same in another order
-            onlyB = b;
-        }
-        Add(differences_, inputs_, onlyA, onlyB, question, 1, state, recordA, recordB);
-    }
-
-    const Inputs& inputs_;
-    const DiffOptions& options_;
-    const int policy_;
-    Shared& shared_;
-    std::unique_ptr<Subject> a_;
-    std::unique_ptr<Subject> b_;
-    Differences differences_;
-    std::string recordA_;
-    std::string recordB_;
-    bool differs_ = false;
-};
-
-void WriteLines(BytesWriter& bytes, const Lines& lines) {
-    bytes.Number(lines.size());
-    for (const std::string& line : lines) {
-        bytes.Text(line);
-    }
-}
-
-Lines ReadLines(BytesReader& bytes) {
-    Lines lines(bytes.Number());
-    for (std::string& line : lines) {
-        line = bytes.Text();
-    }
-    return lines;
-}
-
-std::string ToBytes(const Differences& differences) {
-    BytesWriter bytes;
-    for (const auto& [key, difference] : differences) {
-        WriteLines(bytes, difference.onlyA);
-        WriteLines(bytes, difference.onlyB);
-        WriteLines(bytes, difference.questions);
-        bytes.Number(difference.paths);
-        bytes.Text(ToBytes(difference.smallest));
-        bytes.Text(difference.question);
-        bytes.Text(difference.recordA);
-        bytes.Text(difference.recordB);
-    }
-    return bytes.Bytes();
-}
-
-void MergeBytes(const std::string& text, const Inputs& inputs, Differences& into) {
-    BytesReader bytes(text);
-    while (!bytes.AtEnd()) {
-        const Lines onlyA = ReadLines(bytes);
-        const Lines onlyB = ReadLines(bytes);
-        const Lines questions = ReadLines(bytes);
-        const std::uint64_t paths = bytes.Number();
-        const State smallest = StateFromBytes(bytes.Text());
-        const std::string question = bytes.Text();
-        const std::string recordA = bytes.Text();
-        const std::string recordB = bytes.Text();
-        Add(into, inputs, onlyA, onlyB, question, paths, smallest, recordA, recordB);
-        for (const std::string& other : questions) {
-            Add(into, inputs, onlyA, onlyB, other, 0, smallest, recordA, recordB);
-        }
-    }
-}
-
 // ---------------------------------------------------------------------------------------------
 // What is shown
 // ---------------------------------------------------------------------------------------------
 
-// As a comment of TOML, which takes only text: a trace event has bytes of every kind.
-std::string Commented(const std::string& line) {
-    std::string comment = "#   ";
-    for (const char c : line) {
-        const bool isText = c >= ' ' && c <= '~';
-        comment += c == '\n' ? "\n#   " : isText ? std::string(1, c) : "?";
-    }
-    return comment + "\n";
-}
-
 // Empty for a difference that no host sees on the page.
 std::string ScenarioOf(const Inputs& inputs, const Difference& difference) {
     const Question* question = FindQuestion(difference.question);
-    const std::string steps = question == nullptr
-                                  ? ""
-                                  : ToReplay(inputs, difference.smallest, *question,
-                                             difference.recordA, difference.recordB);
+    const std::string steps = question == nullptr ? ""
+                                                  : ToReplay(inputs, difference.smallest, *question,
+                                                             WithoutTracingOff(difference.recordA),
+                                                             WithoutTracingOff(difference.recordB));
     if (steps.empty()) {
         return "";
     }
     std::string comment = "# The first provider, as is expected here:\n";
     for (const std::string& line : difference.onlyA) {
-        comment += Commented(line);
+        comment += host::TomlComment("  " + line);
     }
     comment += "# The second provider:\n";
     for (const std::string& line : difference.onlyB) {
-        comment += Commented(line);
+        comment += host::TomlComment("  " + line);
     }
     return ToScenario(inputs, difference.smallest, "The providers differ: " + difference.question,
                       comment + steps);
@@ -259,13 +58,30 @@ std::string JoinLines(const Lines& lines, const char* head) {
     return text;
 }
 
-std::string ToText(const Inputs& inputs, const Difference& difference, std::size_t number,
-                   const std::string& file) {
-    std::string text = "Difference " + std::to_string(number) + ", on " +
-                       BigNumber(difference.paths).ToString() + " paths of " +
-                       std::to_string(difference.questions.size()) + " questions\n";
+// A difference as it is shown: in the words of what led to it.
+struct Shown {
+    Difference difference;
+    Lines calls;  // before the one that shows it
+    std::string scenario;
+    std::string callsFile;
+};
+
+std::string ToText(const Inputs& inputs, const Shown& shown, std::size_t number) {
+    const Difference& difference = shown.difference;
+    const std::string paths = BigNumber(difference.paths).ToString();
+    std::string text = "Difference " + std::to_string(number) + ", on " + paths +
+                       (paths == "1" ? " path of " : " paths of ") +
+                       program::Counted(difference.questions.size(), "question") + "\n";
     text += JoinLines(difference.onlyA, "  - ");
     text += JoinLines(difference.onlyB, "  + ");
+    if (!shown.calls.empty()) {
+        text += "  shortest sequence:\n";
+        int step = 0;
+        for (const std::string& call : shown.calls) {
+            text += "      " + std::to_string(++step) + ". " + call + "\n";
+        }
+        text += "      " + std::to_string(++step) + ". " + difference.question + "\n";
+    }
     text += "  smallest state, asked for " + difference.question + ":\n";
     text += JoinLines(Describe(inputs, difference.smallest), "      ");
     std::string others;
@@ -273,157 +89,307 @@ std::string ToText(const Inputs& inputs, const Difference& difference, std::size
         others += question == difference.question ? "" : (others.empty() ? "" : ", ") + question;
     }
     text += others.empty() ? "" : "  also: " + others + "\n";
-    text += file.empty() ? "" : "  scenario: " + file + "\n";
+    text += shown.scenario.empty() ? "" : "  scenario: " + shown.scenario + "\n";
+    text += shown.callsFile.empty() ? "" : "  calls: " + shown.callsFile + "\n";
     return text + "\n";
 }
 
-Json::Value ToJson(const Lines& lines) {
-    Json::Value array(Json::arrayValue);
-    for (const std::string& line : lines) {
-        array.append(line);
-    }
-    return array;
-}
-
-Json::Value ToJson(const Inputs& inputs, const Difference& difference, const std::string& file) {
+Json::Value ToJson(const Inputs& inputs, const Shown& shown) {
+    const Difference& difference = shown.difference;
     Json::Value json;
-    json["onlyA"] = ToJson(difference.onlyA);
-    json["onlyB"] = ToJson(difference.onlyB);
-    json["questions"] = ToJson(difference.questions);
+    json["onlyA"] = JsonList(difference.onlyA);
+    json["onlyB"] = JsonList(difference.onlyB);
+    json["questions"] = JsonList(difference.questions);
     json["paths"] = Json::UInt64{difference.paths};
     json["question"] = difference.question;
-    json["smallestState"] = ToJson(Describe(inputs, difference.smallest));
-    if (!file.empty()) {
-        json["scenario"] = file;
+    json["sequence"] = JsonList(shown.calls);
+    json["smallestState"] = JsonList(Describe(inputs, difference.smallest));
+    if (!shown.scenario.empty()) {
+        json["scenario"] = shown.scenario;
+    }
+    if (!shown.callsFile.empty()) {
+        json["calls"] = shown.callsFile;
     }
     return json;
 }
 
-int Show(const Inputs& inputs, const DiffOptions& options, const Differences& found,
-         const Lines& troubles, bool interrupted) {
-    std::vector<const Difference*> differences;
-    for (const auto& [key, difference] : found) {
-        differences.push_back(&difference);
-    }
-    std::stable_sort(differences.begin(), differences.end(), [&](const auto* a, const auto* b) {
-        return a->smallest.Weight(inputs) < b->smallest.Weight(inputs);
-    });
+// What diff came to.
+struct Verdict {
+    std::vector<Shown> differences;
+    Lines troubles;  // why it is not proven
+    bool interrupted = false;
+    WalkCount count;
+    std::string closed;  // what the proof rests on, in words
+};
+
+Json::Value ToJson(const Inputs& inputs, const Verdict& verdict) {
     Json::Value json;
     json["differences"] = Json::arrayValue;
-    std::string text;
-    std::size_t number = 0;
-    for (const Difference* difference : differences) {
-        ++number;
-        std::string file;
-        const std::string scenario =
-            options.scenarios.empty() ? "" : ScenarioOf(inputs, *difference);
-        if (!scenario.empty()) {
-            std::filesystem::create_directories(options.scenarios);
-            file = options.scenarios + "/difference-" + std::to_string(number) + ".toml";
-            WriteScenarioFile(file, scenario);
-        }
-        text += ToText(inputs, *difference, number, file);
-        json["differences"].append(ToJson(inputs, *difference, file));
+    for (const Shown& shown : verdict.differences) {
+        json["differences"].append(ToJson(inputs, shown));
     }
-    json["alike"] = differences.empty() && troubles.empty() && !interrupted;
+    const bool isProven = verdict.troubles.empty() && !verdict.interrupted;
+    json["alike"] = verdict.differences.empty() && isProven;
+    json["closed"] = isProven && verdict.differences.empty();
     json["questions"] = Json::UInt64{TotalRuns()};
-    json["troubles"] = ToJson(troubles);
-    if (options.json) {
-        Json::StreamWriterBuilder builder;
-        builder["indentation"] = "  ";
-        std::printf("%s\n", Json::writeString(builder, json).c_str());
+    json["pairs"] = Json::UInt64{verdict.count.joints};
+    json["states"]["a"] = Json::UInt64{verdict.count.states[0]};
+    json["states"]["b"] = Json::UInt64{verdict.count.states[1]};
+    json["calls"] = Json::UInt64{verdict.count.questions};
+    json["paths"] = Json::UInt64{verdict.count.paths};
+    json["troubles"] = JsonList(verdict.troubles);
+    return json;
+}
+
+std::string LastLine(const Verdict& verdict) {
+    return !verdict.differences.empty() ? "The providers differ."
+           : verdict.interrupted        ? "Interrupted; alike so far, and not proven."
+           : !verdict.troubles.empty()  ? "Alike so far, and not proven."
+                                        : "The providers are alike" + verdict.closed + ".";
+}
+
+// About the second provider, which is the one that somebody wants to ship.
+program::Findings FindingsOf(const Inputs& inputs, const DiffOptions& options,
+                             const Verdict& verdict) {
+    program::Findings findings = {"vtv explore diff", {}, verdict.troubles};
+    std::size_t number = 0;
+    for (const Shown& shown : verdict.differences) {
+        const std::string& question = shown.difference.question;
+        const SourcePlace place = PlaceOf(question, options.other);
+        findings.list.push_back({question, "The providers answer " + question + " alike.",
+                                 ToText(inputs, shown, ++number), place.file, place.line});
+    }
+    if (verdict.interrupted) {
+        findings.troubles.emplace_back("interrupted: not everything was compared");
+    }
+    return findings;
+}
+
+int Show(const Inputs& inputs, const DiffOptions& options, const Verdict& verdict) {
+    if (options.format == Format::kJson) {
+        program::Print(vtv::PrettyJson(ToJson(inputs, verdict)) + "\n", program::Form::kJson);
+    } else if (options.format != Format::kText) {
+        PrintFindings(options.format, FindingsOf(inputs, options, verdict));
     } else if (!options.brief) {
-        std::fputs(text.c_str(), stdout);
+        std::size_t number = 0;
+        for (const Shown& shown : verdict.differences) {
+            program::Print(ToText(inputs, shown, ++number), program::Form::kText);
+        }
     }
-    for (const std::string& trouble : troubles) {
-        std::fprintf(stderr, "vtv explore diff: %s\n", trouble.c_str());
+    for (const std::string& trouble : verdict.troubles) {
+        std::fprintf(stderr, "vtv explore diff: %s\n", program::OneLine(trouble).c_str());
     }
-    if (!options.json && (options.brief || differences.empty())) {
-        std::printf("%s\n", !differences.empty() ? "The providers differ."
-                            : interrupted        ? "Interrupted; alike so far."
-                                                 : "The providers are alike.");
+    if (options.format == Format::kText) {
+        std::printf("%s\n", LastLine(verdict).c_str());
     }
-    if (!differences.empty()) {
+    if (!verdict.differences.empty()) {
         return kExitNo;
     }
-    return troubles.empty() && !interrupted ? kExitOk : kExitTrouble;
+    return verdict.troubles.empty() && !verdict.interrupted ? kExitOk : kExitTrouble;
+}
+
+std::string FileOf(const DiffOptions& options, std::size_t number, const char* end) {
+    std::filesystem::create_directories(options.scenarios);
+    return options.scenarios + "/difference-" + std::to_string(number) + end;
+}
+
+// ---------------------------------------------------------------------------------------------
+// In every pair of states
+// ---------------------------------------------------------------------------------------------
+
+Verdict CompareWalking(Inputs& inputs, const DiffOptions& options,
+                       const std::vector<const Question*>& questions) {
+    WalkComparison comparison(inputs, options, questions);
+    comparison.Run();
+    const Walk& walk = comparison.Walked();
+    const Calls& calls = comparison.AllCalls();
+    Verdict verdict;
+    verdict.count = walk.Count();
+    verdict.troubles = verdict.count.open;
+    verdict.interrupted = IsInterrupted();
+    ReportUnknownKeys(walk.UnknownKeys(), inputs);
+    for (const Difference& found : comparison.Found()) {
+        Shown& shown = verdict.differences.emplace_back();
+        shown.difference = found;
+        shown.difference.smallest.policy = PlaceOfPolicy(inputs, walk.PublishedIn(found.joint));
+        shown.calls = walk.CallsTo(found.joint);
+        if (options.scenarios.empty()) {
+            continue;
+        }
+        const std::size_t number = verdict.differences.size();
+        const std::string scenario =
+            walk.IsOfAPage(found.joint) ? ScenarioOf(inputs, shown.difference) : "";
+        if (!scenario.empty()) {
+            shown.scenario = FileOf(options, number, ".toml");
+            WriteScenarioFile(shown.scenario, scenario);
+        }
+        if (!found.recordA.empty()) {
+            shown.callsFile = FileOf(options, number, ".calls.toml");
+            WriteScenarioFile(shown.callsFile, ToCallsFile(inputs, options, calls, walk, found));
+        }
+    }
+    const WalkCount& count = verdict.count;
+    verdict.closed = " after every sequence of calls: closed with " +
+                     BigNumber(count.joints).ToString() + " pairs of states, " +
+                     BigNumber(count.questions).ToString() + " questions in them and " +
+                     BigNumber(count.paths).ToString() + " paths";
+    if (options.shard.count > 1) {
+        verdict.closed += ", in part " + std::to_string(options.shard.index + 1) + " of " +
+                          std::to_string(options.shard.count) + " of the work";
+    }
+    return verdict;
+}
+
+// ---------------------------------------------------------------------------------------------
+// In rounds, where no memory can be put back
+// ---------------------------------------------------------------------------------------------
+
+// A provider that remembers something else after each round is not asked for ever.
+constexpr int MOST_ROUNDS = 4;
+
+// In a worker: what differs under one policy, the keys that no input names, and whether what the
+// providers remember stays as it is. Everything is asked at least twice: what one question leaves
+// behind, others may find.
+std::string CompareUnder(int policy, const Inputs& inputs, const DiffOptions& options,
+                         const std::vector<const Question*>& questions,
+                         const std::set<int>& skipped, Shared& shared) {
+    tv().Use(inputs);
+    PolicyComparer comparer(inputs, options, policy, shared);
+    const int count = static_cast<int>(questions.size());
+    const auto askAll = [&] {
+        for (int i = 0; i < count; ++i) {
+            shared.step = i;
+            const bool isOurs = options.shard.Has(policy * count + i) && skipped.count(i) == 0;
+            if (isOurs && !comparer.Compare(*questions[static_cast<std::size_t>(i)])) {
+                break;
+            }
+        }
+    };
+    bool isClosed = false;
+    for (int round = 0; round < MOST_ROUNDS && !isClosed && comparer.IsAlike(); ++round) {
+        askAll();
+        isClosed = comparer.IsClosed() && round > 0;
+    }
+    shared.step = count;
+    if (comparer.IsAlike() && skipped.count(count) == 0) {
+        comparer.Publish(
+            inputs.policies[static_cast<std::size_t>(policy + 1) % inputs.policies.size()]);
+        askAll();
+        shared.step = count;
+        comparer.CompareEnds();
+    }
+    return ToBytes(comparer.Found(), tv().UnknownKeys(), isClosed || !comparer.IsAlike());
+}
+
+// All policies, each in a process of its own.
+class Rounds {
+  public:
+    Rounds(const Inputs& inputs, const DiffOptions& options,
+           const std::vector<const Question*>& questions)
+        : inputs_(inputs),
+          options_(options),
+          questions_(questions),
+          skipped_(inputs.policies.size()) {}
+
+    void Run() {
+        const WorkOptions work = {
+            .workers = options_.workers, .progress = !options_.quiet, .stop = [this] {
+                return options_.brief && !differences_.empty();
+            }};
+        Work(
+            static_cast<int>(inputs_.policies.size()), work,
+            [this](int policy, Shared& shared) {
+                return CompareUnder(policy, inputs_, options_, questions_,
+                                    skipped_[static_cast<std::size_t>(policy)], shared);
+            },
+            [this](const WorkerResult& result) {
+                return result.trouble.empty() ? Take(BytesReader(result.bytes))
+                                              : NoteTrouble(result);
+            });
+        ReportUnknownKeys(unknown_, inputs_);
+    }
+
+    std::vector<Difference> Found() const { return ListOf(differences_); }
+    Lines Troubles() const {
+        Lines troubles;
+        if (!unknown_.empty()) {
+            troubles.emplace_back("a provider asks for what the inputs do not name");
+        }
+        if (!isClosed_) {
+            troubles.emplace_back(
+                "what a provider remembers of questions goes on changing, so not all can be asked "
+                "of it");
+        }
+        return troubles;
+    }
+
+  private:
+    // Of both: whether the task is done again.
+    bool Take(BytesReader bytes) {
+        Merge(bytes.Next<std::vector<Difference>>(), inputs_, differences_);
+        unknown_.merge(bytes.Next<std::set<std::string>>());
+        isClosed_ = bytes.Next<bool>() && isClosed_;
+        return false;
+    }
+    // One of the two is at fault: that is a difference to look at, unless both are.
+    bool NoteTrouble(const WorkerResult& result) {
+        const auto step = static_cast<std::size_t>(result.step);
+        Difference difference;
+        difference.onlyB = {"one of them " + result.trouble};
+        difference.question =
+            step < questions_.size() ? questions_[step]->name : "delete_provider and its like";
+        difference.questions = {difference.question};
+        difference.paths = 1;
+        difference.smallest = {result.task, result.path, {}};
+        Add(differences_, inputs_, difference);
+        // What goes wrong without a question goes wrong again.
+        const bool isNew =
+            skipped_[static_cast<std::size_t>(result.task)].insert(result.step).second;
+        return isNew && !options_.brief;
+    }
+
+    const Inputs& inputs_;
+    const DiffOptions& options_;
+    const std::vector<const Question*>& questions_;
+    std::vector<std::set<int>> skipped_;  // by policy: steps
+    Differences differences_;
+    std::set<std::string> unknown_;
+    bool isClosed_ = true;
+};
+
+Verdict CompareInRounds(const Inputs& inputs, const DiffOptions& options,
+                        const std::vector<const Question*>& questions) {
+    Rounds rounds(inputs, options, questions);
+    rounds.Run();
+    Verdict verdict;
+    for (const Difference& difference : rounds.Found()) {
+        Shown& shown = verdict.differences.emplace_back(Shown{difference, {}, "", ""});
+        const std::string scenario =
+            options.scenarios.empty() ? "" : ScenarioOf(inputs, difference);
+        if (!scenario.empty()) {
+            shown.scenario = FileOf(options, verdict.differences.size(), ".toml");
+            WriteScenarioFile(shown.scenario, scenario);
+        }
+    }
+    verdict.troubles = rounds.Troubles();
+    verdict.interrupted = IsInterrupted();
+    verdict.closed =
+        ", as far as single questions show it: this program is built with a "
+        "sanitizer, so no state of theirs could be put back";
+    return verdict;
 }
 
 }  // namespace
 
 int DiffMain(const DiffOptions& options) {
-    const Inputs inputs = LoadInputs(InputsFile());
-    const std::vector<const Question*> questions = QuestionsOf(options.names);
-    CheckSubject(options.a);
-    CheckSubject(options.b);
-    // The loader opens a file only once: a provider that is compared with itself needs a copy.
-    DiffOptions own = options;
-    std::error_code error;
-    std::string copy;
-    if (std::filesystem::equivalent(options.a, options.b, error)) {
-        copy = std::filesystem::temp_directory_path() /
-               ("vtv-explore-" + std::to_string(getpid()) + ".so");
-        std::filesystem::copy_file(options.b, copy,
-                                   std::filesystem::copy_options::overwrite_existing);
-        own.b = copy;
-    }
-    Differences differences;
-    Lines troubles;
-    std::set<std::string> unknown;
-    std::vector<std::set<int>> skipped(inputs.policies.size());
-    const auto task = [&](int policy, Shared& shared) {
-        tv().Use(inputs);
-        PolicyComparer comparer(inputs, own, policy, shared);
-        for (std::size_t i = 0; i < questions.size(); ++i) {
-            const int unit = policy * static_cast<int>(questions.size()) + static_cast<int>(i);
-            shared.step = static_cast<int>(i);
-            const bool isSkipped =
-                skipped[static_cast<std::size_t>(policy)].count(shared.step) != 0;
-            if (options.shard.Has(unit) && !isSkipped && !comparer.Compare(*questions[i])) {
-                break;
-            }
-        }
-        comparer.CompareEnds();
-        BytesWriter bytes;
-        bytes.Text(ToBytes(comparer.Found()));
-        for (const std::string& key : tv().UnknownKeys()) {
-            bytes.Text(key);
-        }
-        return bytes.Bytes();
-    };
-    const auto finished = [&](const WorkerResult& result) {
-        if (!result.trouble.empty()) {
-            // One of the two is at fault: that is a difference to look at, unless both are.
-            const std::string question = questions[static_cast<std::size_t>(result.step)]->name;
-            State state;
-            state.policy = result.task;
-            state.path = result.path;
-            Add(differences, inputs, {}, {"one of them " + result.trouble}, question, 1, state, "",
-                "");
-            skipped[static_cast<std::size_t>(result.task)].insert(result.step);
-            return !options.brief;
-        }
-        BytesReader bytes(result.bytes);
-        MergeBytes(bytes.Text(), inputs, differences);
-        while (!bytes.AtEnd()) {
-            unknown.insert(bytes.Text());
-        }
-        return false;
-    };
-    WorkOptions work;
-    work.workers = options.workers;
-    work.progress = options.progress;
-    work.stop = [&] { return options.brief && !differences.empty(); };
-    Work(static_cast<int>(inputs.policies.size()), work, task, finished);
-    if (!copy.empty()) {
-        std::filesystem::remove(copy, error);
-    }
-    ReportUnknownKeys(unknown, inputs);
-    if (!unknown.empty()) {
-        troubles.push_back("a provider asks for what the inputs do not name");
-    }
-    ReportRate(options.progress);
-    return Show(inputs, options, differences, troubles, IsInterrupted());
+    Inputs inputs = LoadInputs(InputsFile());
+    const std::vector<const Question*> questions = QuestionsOf(options.names, ThoroughQuestions());
+    CheckSubject(options.provider);
+    CheckSubject(options.other);
+    const Verdict verdict = Arena::IsServed() ? CompareWalking(inputs, options, questions)
+                                              : CompareInRounds(inputs, options, questions);
+    ReportRate(options.quiet);
+    return Show(inputs, options, verdict);
 }
 
 }  // namespace explorer

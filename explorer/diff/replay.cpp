@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "explorer/tv/keys.h"
-#include "explorer/tv/lazy_tv.h"
+#include "explorer/tv/record.h"
 #include "host/core/toml_writer.h"
 
 namespace explorer {
@@ -14,95 +13,95 @@ namespace {
 using host::TomlText;
 
 constexpr char STEP[] = "[[step]]\n";
-constexpr char POPUP_TEXT[] = " text=\"";
+using Record = std::vector<RecordEntry>;
 
-std::string AsTomlList(const std::vector<std::string>& texts) {
-    std::string list;
-    for (const std::string& text : texts) {
-        list += (list.empty() ? "" : ", ") + TomlText(text);
-    }
-    return "[" + list + "]";
+std::string TextAbout(const Record& record, const char* about) {
+    const RecordEntry* answer = FindAnswer(record, about);
+    return answer != nullptr ? answer->Text() : "";
 }
 
-std::string WithoutEnd(const std::string& text, const std::string& end) {
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0
-               ? text.substr(0, text.size() - end.size())
-               : text;
+bool IsTrue(const Record& record, const char* about) {
+    const RecordEntry* answer = FindAnswer(record, about);
+    return answer != nullptr && answer->value == Said(true);
 }
 
-// The text in quotes behind `what: `; empty for "none".
-std::string QuotedIn(const std::string& line) {
-    const std::size_t begin = line.find(": \"");
-    return begin == std::string::npos ? "" : WithoutEnd(line.substr(begin + 3), "\"");
+std::string NumberAbout(const Record& record, const char* about) {
+    const RecordEntry* answer = FindAnswer(record, about);
+    const int* number = answer != nullptr ? std::get_if<int>(&answer->value) : nullptr;
+    return number != nullptr ? std::to_string(*number) : TomlText("none");
 }
 
-std::string KindOf(const Question& question) {
-    return question.name.substr(0, question.name.find(':'));
-}
-
-std::string AnswerStep(const Question& question, const std::vector<RecordEntry>& record) {
-    std::vector<std::string> lines;
+// "[...]" of the choices "NUMBER: TEXT".
+std::string ChoicesIn(const Record& record) {
+    std::vector<std::string> choices;
     for (const RecordEntry& entry : record) {
-        if (entry.kind == Entry::kAnswer) {
-            lines.push_back(entry.text);
+        const Numbered* choice = std::get_if<Numbered>(&entry.value);
+        if (choice != nullptr && entry.Is(Entry::kAnswer, answers::CHOICE)) {
+            choices.push_back(std::to_string(choice->number) + ": " + choice->text);
         }
     }
-    const std::string kind = KindOf(question);
-    std::string answer;
-    if (kind == "visible" || kind == "enabled") {
-        const bool isYes = !lines.empty() && lines.front() == kind;
-        answer = kind + " = " + (isYes ? "true" : "false");
-    } else if (kind == "value") {
-        const bool isNone = lines.empty() || lines.front() == "no value";
-        answer = "value = " + (isNone ? "\"none\"" : lines.front().substr(sizeof("value: ") - 1));
-    } else if (kind == "title" || kind == "help") {
-        answer = kind + " = " + TomlText(lines.empty() ? "" : QuotedIn(lines.front()));
-    } else if (kind == "reason") {
-        const bool isShown = lines.size() == 2 && lines.front() == "shown: yes";
-        answer = "reason = " + TomlText(isShown ? QuotedIn(lines.back()) : "");
-    } else if (kind == "choices") {
-        std::vector<std::string> choices;
-        for (const std::string& line : lines) {
-            const std::size_t colon = line.find(": \"");
-            if (colon != std::string::npos) {
-                choices.push_back(line.substr(sizeof("choice ") - 1, colon - 7) + ": " +
-                                  QuotedIn(line));
-            }
+    return TomlList(choices);
+}
+
+// "[...]" of all that stands in a box: the title, the message, the buttons.
+std::string TextsOfBox(const Record& record) {
+    std::vector<std::string> texts;
+    for (const RecordEntry& entry : record) {
+        if (entry.kind == Entry::kAnswer && entry.subject != answers::ACTION &&
+            std::holds_alternative<std::string>(entry.value)) {
+            texts.push_back(entry.Text());
         }
-        answer = "choices = " + AsTomlList(choices);
-    } else if (kind == "confirmation" || kind == "popup") {
-        std::vector<std::string> texts;
-        for (const std::string& line : lines) {
-            const bool isText = line.rfind("buttons:", 0) != 0 && line.rfind("action:", 0) != 0;
-            if (isText) {
-                texts.push_back(QuotedIn(line));
-            }
-        }
-        answer = (kind == "popup" ? "popup = " : "box = ") + AsTomlList(texts);
     }
-    return answer.empty()
-               ? ""
-               : std::string("expect.answer.") + question.item->name + " = { " + answer + " }\n";
+    return TomlList(texts);
 }
 
-// "KEY = TYPE TEXT" as it is written.
-struct Written {
-    std::string key;
-    std::string type;
-    std::string text;
-};
-
-Written ReadWritten(const std::string& text) {
-    const std::size_t equals = text.find(" = ");
-    const std::size_t type = text.find(' ', equals + 3);
-    return {text.substr(0, equals), text.substr(equals + 3, type - equals - 3),
-            text.substr(type + 1)};
+// "WHAT = VALUE"; empty for what is no question of an item's look.
+std::string ExpectedAnswer(Asks kind, const Record& record) {
+    switch (kind) {
+        case Asks::kVisible:
+            return std::string("visible = ") +
+                   (IsTrue(record, answers::VISIBLE) ? "true" : "false");
+        case Asks::kEnabled:
+            return std::string("enabled = ") +
+                   (IsTrue(record, answers::ENABLED) ? "true" : "false");
+        case Asks::kValue:
+            return "value = " + NumberAbout(record, answers::VALUE);
+        case Asks::kTitle:
+            return "title = " + TomlText(TextAbout(record, answers::TITLE));
+        case Asks::kHelp:
+            return "help = " + TomlText(TextAbout(record, answers::HELP));
+        case Asks::kReason:
+            return "reason = " + TomlText(IsTrue(record, answers::SHOWN)
+                                              ? TextAbout(record, answers::REASON)
+                                              : "");
+        case Asks::kChoices:
+            return "choices = " + ChoicesIn(record);
+        case Asks::kConfirmation:
+            return "box = " + TextsOfBox(record);
+        case Asks::kPopup:
+            return "popup = " + TextsOfBox(record);
+        default:
+            return "";
+    }
 }
 
-std::string StoredText(const Written& written) {
-    return written.type == "bool"  ? (written.text == "1" ? "true" : "false")
-           : written.type == "int" ? written.text
-                                   : TomlText(written.text);
+std::string AnswerStep(const Question& question, const Record& record) {
+    const std::string answer = ExpectedAnswer(question.kind, record);
+    if (answer.empty() || question.item == nullptr) {
+        return "";
+    }
+    return std::string("expect.answer.") + question.item->name + " = { " + answer + " }\n";
+}
+
+std::string StoredText(const RecordEntry& written) {
+    return std::visit(
+        [](const auto& value) -> std::string {
+            if constexpr (std::is_constructible_v<vtv::Value, decltype(value)>) {
+                return TomlValue(value);
+            }
+            return "";
+        },
+        written.value);
 }
 
 // What a setting that the path decided holds before anything is written, as the step sets it.
@@ -113,20 +112,15 @@ std::string StoredBefore(const Inputs& inputs, const State& state, const std::st
             continue;
         }
         const Value& value = input.values[state.path[i].value];
-        if (value.kind == Value::Kind::kText) {
-            return TomlText(state.texts[i]);
-        }
-        if (value.kind == Value::Kind::kNumber) {
-            return value.storedType == "bool" ? (value.number != 0 ? "true" : "false")
-                                              : std::to_string(value.number);
+        if (value.kind == Value::Kind::kText || value.kind == Value::Kind::kNumber) {
+            return TomlValue(StoredBy(value, state.texts[i]));
         }
     }
     return "";
 }
 
 std::string EffectSteps(const Inputs& inputs, const State& state, const Question& question,
-                        const std::vector<RecordEntry>& record,
-                        const std::vector<RecordEntry>& other) {
+                        const Record& record, const Record& other) {
     std::vector<std::string> launches;
     std::vector<std::string> toasts;
     std::map<std::string, std::string> settings;
@@ -134,27 +128,26 @@ std::string EffectSteps(const Inputs& inputs, const State& state, const Question
     std::string before;
     for (const RecordEntry& entry : record) {
         if (entry.kind == Entry::kLaunch) {
-            std::string launch = entry.text;
-            launch.erase(std::remove(launch.begin(), launch.end(), '"'), launch.end());
-            launches.push_back(launch);
+            launches.push_back(ExpectedLaunch(entry.subject, entry.extras));
         } else if (entry.kind == Entry::kPopup) {
-            const std::size_t begin = entry.text.find(POPUP_TEXT) + sizeof(POPUP_TEXT) - 1;
-            toasts.push_back(entry.text.substr(begin, entry.text.find('"', begin) - begin));
+            const auto text = std::find_if(entry.extras.begin(), entry.extras.end(),
+                                           [](const auto& extra) { return extra.first == "text"; });
+            toasts.push_back(text != entry.extras.end() ? text->second : "");
         } else if (entry.kind == Entry::kWrite) {
-            const Written written = ReadWritten(entry.text);
-            settings[written.key] = StoredText(written);
-        } else if (entry.kind == Entry::kMode) {
-            const std::size_t to = entry.text.find(" to ");
-            modes += "expect.state." + TomlText("always_on_voice/" + entry.text.substr(0, to)) +
-                     " = " + entry.text.substr(to + 4) + "\n";
+            settings[entry.subject] = StoredText(entry);
+        } else if (const int* mode = std::get_if<int>(&entry.value);
+                   mode != nullptr && entry.kind == Entry::kMode) {
+            modes += "expect.state." + TomlText("always_on_voice/" + entry.subject) + " = " +
+                     std::to_string(*mode) + "\n";
         }
     }
     for (const RecordEntry& entry : other) {
-        const std::string key = entry.kind == Entry::kWrite ? ReadWritten(entry.text).key : "";
-        if (!key.empty() && settings.count(key) == 0) {
-            const std::string stored = StoredBefore(inputs, state, key);
-            settings[key] = stored.empty() ? "\"(missing)\"" : stored;
-            before += stored.empty() ? std::string(STEP) + "unset = " + TomlText(key) + "\n\n" : "";
+        if (entry.kind == Entry::kWrite && settings.count(entry.subject) == 0) {
+            const std::string stored = StoredBefore(inputs, state, entry.subject);
+            settings[entry.subject] = stored.empty() ? "\"(missing)\"" : stored;
+            before += stored.empty()
+                          ? std::string(STEP) + "unset = " + TomlText(entry.subject) + "\n\n"
+                          : "";
         }
     }
     const char* item = question.item != nullptr ? question.item->name : "voice";
@@ -164,7 +157,7 @@ std::string EffectSteps(const Inputs& inputs, const State& state, const Question
     } else {
         step += AnswerStep(question, record);
     }
-    step += "expect.launched = " + AsTomlList(launches) + "\nexpect.toast = " + AsTomlList(toasts) +
+    step += "expect.launched = " + TomlList(launches) + "\nexpect.toast = " + TomlList(toasts) +
             "\n" + modes;
     for (const auto& [key, value] : settings) {
         step += "expect.setting." + TomlText(key) + " = " + value + "\n";
@@ -179,31 +172,32 @@ bool IsLog(const RecordEntry& entry) {
 // What a host can see of it: no trace and no leak. A scenario has no application that runs already
 // and could be ended.
 bool IsSeen(const RecordEntry& entry) {
-    return !IsLog(entry) && entry.kind != Entry::kTrace && entry.kind != Entry::kWrong &&
-           entry.kind != Entry::kTerminate;
+    return !IsLog(entry) && entry.kind != Entry::kTrace && entry.kind != Entry::kNote &&
+           entry.kind != Entry::kWrong && entry.kind != Entry::kTerminate;
 }
 
 bool IsTermination(const RecordEntry& entry) {
     return entry.kind == Entry::kTerminate;
 }
 
-std::vector<std::string> TextsOf(const std::vector<RecordEntry>& record,
-                                 bool (*isWanted)(const RecordEntry&)) {
-    std::vector<std::string> texts;
-    for (const RecordEntry& entry : record) {
-        if (isWanted(entry)) {
-            texts.push_back(ToText(entry));
-        }
-    }
-    return texts;
+Record Those(const Record& record, bool (*areWanted)(const RecordEntry&)) {
+    Record those;
+    std::copy_if(record.begin(), record.end(), std::back_inserter(those), areWanted);
+    return those;
 }
 
-// "logs 6 function > message" as the log of a TV has it.
-std::vector<std::string> MessagesOf(const std::vector<std::string>& lines) {
+// "Function" of "File.cpp: Function(68)".
+std::string FunctionOf(const std::string& place) {
+    const std::size_t file = place.find(": ");
+    const std::string function = file != std::string::npos ? place.substr(file + 2) : place;
+    return function.substr(0, function.find('('));
+}
+
+// "function: message" as the log of a TV has it.
+std::vector<std::string> MessagesOf(const Record& logs) {
     std::vector<std::string> messages;
-    for (const std::string& line : lines) {
-        const std::size_t end = std::min(line.find(" > "), line.size() - 3);
-        messages.push_back(line.substr(7, end - 7) + ": " + line.substr(end + 3));
+    for (const RecordEntry& entry : logs) {
+        messages.push_back(FunctionOf(entry.subject) + ": " + std::get<Numbered>(entry.value).text);
     }
     return messages;
 }
@@ -218,8 +212,7 @@ bool IsOfWriter(const std::string& message) {
     return false;
 }
 
-std::string LogStep(const Question& question, const std::vector<std::string>& logs,
-                    const std::vector<std::string>& others) {
+std::string LogStep(const Question& question, const Record& logs, const Record& others) {
     const std::vector<std::string> run = MessagesOf(logs);
     std::vector<std::string> absent;
     for (const std::string& message : MessagesOf(others)) {
@@ -231,33 +224,35 @@ std::string LogStep(const Question& question, const std::vector<std::string>& lo
     const bool isTranslated = std::any_of(run.begin(), run.end(), [](const std::string& message) {
         return message.find("SID_") != std::string::npos;
     });
-    if (run.empty() || isTranslated) {
+    // Places in the sources are not what a scenario expects.
+    if (run.empty() || isTranslated || run == MessagesOf(others)) {
         return "";
     }
     const std::string hand = question.writes ? std::string("hand = { ") + question.item->name +
                                                    " = " + std::to_string(question.value) + " }\n"
                                              : "";
-    return STEP + hand + "expect.log-run = " + AsTomlList(run) + "\n" +
-           (absent.empty() ? "" : "expect.no-log = " + AsTomlList(absent) + "\n");
+    return STEP + hand + "expect.log-run = " + TomlList(run) + "\n" +
+           (absent.empty() ? "" : "expect.no-log = " + TomlList(absent) + "\n");
 }
 
 }  // namespace
 
 std::string ToReplay(const Inputs& inputs, const State& state, const Question& question,
                      std::string_view record, std::string_view other) {
-    const bool isPress = KindOf(question) == "press";
-    if (question.item == nullptr && !isPress) {
+    const bool isPress = question.kind == Asks::kPress;
+    const bool isOfPage = question.item != nullptr && question.kind != Asks::kFunction;
+    if (!isOfPage && !isPress) {
         return "";
     }
-    const std::vector<RecordEntry> entries = ReadRecord(record);
-    const std::vector<RecordEntry> others = ReadRecord(other);
-    if (TextsOf(entries, IsSeen) != TextsOf(others, IsSeen)) {
+    const Record entries = ReadRecord(record);
+    const Record others = ReadRecord(other);
+    if (Those(entries, IsSeen) != Those(others, IsSeen)) {
         return EffectSteps(inputs, state, question, entries, others);
     }
-    const std::vector<std::string> logs = TextsOf(entries, IsLog);
-    const std::vector<std::string> otherLogs = TextsOf(others, IsLog);
-    const bool isPossible = !isPress && TextsOf(entries, IsTermination).empty() &&
-                            TextsOf(others, IsTermination).empty();
+    const Record logs = Those(entries, IsLog);
+    const Record otherLogs = Those(others, IsLog);
+    const bool isPossible =
+        !isPress && Those(entries, IsTermination).empty() && Those(others, IsTermination).empty();
     return logs == otherLogs || !isPossible ? "" : LogStep(question, logs, otherLogs);
 }
 

@@ -1,26 +1,57 @@
-// Plain values as bytes and back, for what worker processes hand to the one that started them.
+// Values as bytes and back, for what worker processes hand to the one that started them: numbers,
+// texts, containers, and structs that name their members once for both ways:
+//
+//     template <typename Bytes> void Members(Bytes& bytes) { bytes(first, second); }
 #pragma once
 
-#include <cstdint>
 #include <cstring>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 
 namespace explorer {
 
+template <typename T>
+concept BytesPair = requires(T value) {
+    value.first;
+    value.second;
+};
+template <typename T>
+concept BytesContainer = requires(T value) {
+    value.begin();
+    value.insert(value.end(), *value.begin());
+};
+
 class BytesWriter {
   public:
-    void Number(std::uint64_t number) {
-        bytes_.append(reinterpret_cast<const char*>(&number), sizeof(number));
-    }
-    void Text(std::string_view text) {
-        Number(text.size());
-        bytes_.append(text);
+    template <typename... T>
+    void operator()(const T&... values) {
+        (Write(values), ...);
     }
     const std::string& Bytes() const { return bytes_; }
 
   private:
+    template <typename T>
+    void Write(const T& value) {
+        if constexpr (std::is_trivially_copyable_v<T>) {
+            bytes_.append(reinterpret_cast<const char*>(&value), sizeof(value));
+        } else if constexpr (std::is_same_v<T, std::string>) {
+            Write(value.size());
+            bytes_ += value;
+        } else if constexpr (BytesContainer<T>) {
+            Write(value.size());
+            for (const auto& element : value) {
+                Write(element);
+            }
+        } else if constexpr (BytesPair<T>) {
+            (*this)(value.first, value.second);
+        } else {
+            const_cast<T&>(value).Members(*this);
+        }
+    }
+
     std::string bytes_;
 };
 
@@ -28,15 +59,40 @@ class BytesReader {
   public:
     explicit BytesReader(std::string_view bytes) : bytes_(bytes) {}
     bool AtEnd() const { return bytes_.empty(); }
-    std::uint64_t Number() {
-        std::uint64_t number = 0;
-        std::memcpy(&number, Take(sizeof(number)).data(), sizeof(number));
-        return number;
+    template <typename... T>
+    void operator()(T&... values) {
+        (Read(values), ...);
     }
-    int Int() { return static_cast<int>(Number()); }
-    std::string Text() { return std::string(Take(Number())); }
+    template <typename T>
+    T Next() {
+        T value{};
+        Read(value);
+        return value;
+    }
 
   private:
+    template <typename T>
+    void Read(T& value) {
+        if constexpr (std::is_trivially_copyable_v<T>) {
+            Take(sizeof(value)).copy(reinterpret_cast<char*>(&value), sizeof(value));
+        } else if constexpr (std::is_same_v<T, std::string>) {
+            value = Take(Next<std::size_t>());
+        } else if constexpr (BytesContainer<T>) {
+            for (auto size = Next<std::size_t>(); size > 0; --size) {
+                if constexpr (requires { typename T::mapped_type; }) {
+                    auto key = Next<typename T::key_type>();
+                    value.emplace(std::move(key), Next<typename T::mapped_type>());
+                } else {
+                    value.insert(value.end(), Next<typename T::value_type>());
+                }
+            }
+        } else if constexpr (BytesPair<T>) {
+            (*this)(value.first, value.second);
+        } else {
+            value.Members(*this);
+        }
+    }
+
     std::string_view Take(std::size_t size) {
         if (size > bytes_.size()) {
             throw std::runtime_error("a worker's message is cut off");
@@ -48,5 +104,12 @@ class BytesReader {
 
     std::string_view bytes_;
 };
+
+template <typename... T>
+std::string ToBytes(const T&... values) {
+    BytesWriter bytes;
+    bytes(values...);
+    return bytes.Bytes();
+}
 
 }  // namespace explorer

@@ -59,9 +59,6 @@ class Choices {
     // Forgets everything: the next run is the first one again.
     void Clear() { *this = Choices(); }
 
-    // Replays one path: the next run takes these decisions, in this order.
-    void Follow(const Decision* path, std::size_t depth);
-
     const Decision* Path() const { return path_; }
     std::size_t Depth() const { return depth_; }
 

@@ -1,65 +1,44 @@
 #include "coverage.h"
 
+#include <algorithm>
+
 namespace explorer {
 
-BigNumber::BigNumber(std::uint64_t number) {
-    for (; number != 0; number >>= 32) {
-        digits_.push_back(static_cast<std::uint32_t>(number));
-    }
-}
-
-void BigNumber::Multiply(std::uint32_t factor) {
-    if (factor == 0) {
-        digits_.clear();
-        return;
-    }
+void BigNumber::Multiply(std::uint64_t factor) {
     std::uint64_t carry = 0;
-    for (std::uint32_t& digit : digits_) {
-        carry += std::uint64_t{digit} * factor;
-        digit = static_cast<std::uint32_t>(carry);
-        carry >>= 32;
+    for (std::uint64_t& group : groups_) {
+        carry += group * factor;
+        group = carry % GROUP;
+        carry /= GROUP;
     }
-    if (carry != 0) {
-        digits_.push_back(static_cast<std::uint32_t>(carry));
-    }
+    Append(carry);
 }
 
 void BigNumber::Add(const BigNumber& other) {
-    if (digits_.size() < other.digits_.size()) {
-        digits_.resize(other.digits_.size());
-    }
+    groups_.resize(std::max(groups_.size(), other.groups_.size()));
     std::uint64_t carry = 0;
-    for (std::size_t i = 0; i < digits_.size(); ++i) {
-        carry += digits_[i];
-        carry += i < other.digits_.size() ? other.digits_[i] : 0;
-        digits_[i] = static_cast<std::uint32_t>(carry);
-        carry >>= 32;
+    for (std::size_t i = 0; i < groups_.size(); ++i) {
+        carry += groups_[i] + (i < other.groups_.size() ? other.groups_[i] : 0);
+        groups_[i] = carry % GROUP;
+        carry /= GROUP;
     }
-    if (carry != 0) {
-        digits_.push_back(static_cast<std::uint32_t>(carry));
+    Append(carry);
+}
+
+void BigNumber::Append(std::uint64_t rest) {
+    for (; rest != 0; rest /= GROUP) {
+        groups_.push_back(rest % GROUP);
+    }
+    while (!groups_.empty() && groups_.back() == 0) {
+        groups_.pop_back();
     }
 }
 
 std::string BigNumber::ToString() const {
-    std::vector<std::uint32_t> rest = digits_;
-    std::string text;
-    int printed = 0;
-    do {
-        std::uint64_t remainder = 0;
-        for (std::size_t i = rest.size(); i-- > 0;) {
-            remainder = (remainder << 32) | rest[i];
-            rest[i] = static_cast<std::uint32_t>(remainder / 10);
-            remainder %= 10;
-        }
-        while (!rest.empty() && rest.back() == 0) {
-            rest.pop_back();
-        }
-        if (printed > 0 && printed % 3 == 0) {
-            text.insert(text.begin(), ',');
-        }
-        text.insert(text.begin(), static_cast<char>('0' + remainder));
-        ++printed;
-    } while (!rest.empty());
+    std::string text = groups_.empty() ? "0" : std::to_string(groups_.back());
+    for (std::size_t i = groups_.size(); i-- > 1;) {
+        text += ',' + std::to_string(GROUP + groups_[i - 1]).substr(1);
+    }
     return text;
 }
 
@@ -73,13 +52,6 @@ void Coverage::Add(const Decision* path, std::size_t depth) {
         }
     }
     ++shapes_[shape];
-}
-
-void Coverage::Merge(const Coverage& other) {
-    for (const auto& [shape, paths] : other.shapes_) {
-        shapes_[shape] += paths;
-    }
-    inputs_.insert(other.inputs_.begin(), other.inputs_.end());
 }
 
 std::uint64_t Coverage::Paths() const {
@@ -96,7 +68,7 @@ BigNumber Product(const Coverage::Shape& exponents) {
     BigNumber product(1);
     for (std::size_t i = 0; i < exponents.size(); ++i) {
         for (int n = 0; n < exponents[i]; ++n) {
-            product.Multiply(static_cast<std::uint32_t>(i + 1));
+            product.Multiply(i + 1);
         }
     }
     return product;
@@ -126,13 +98,8 @@ BigNumber Coverage::Covered() const {
             open[i] = static_cast<std::uint8_t>(all[i] - shape[i]);
         }
         BigNumber states = Product(open);
-        for (std::uint64_t rest = paths; rest != 0; rest >>= 31) {
-            // Paths are far fewer than 2^31 a shape; the loop only keeps the arithmetic honest.
-            BigNumber part = states;
-            part.Multiply(static_cast<std::uint32_t>(rest & 0x7FFFFFFF));
-            covered.Add(part);
-            states.Multiply(0x80000000U);
-        }
+        states.Multiply(paths);
+        covered.Add(states);
     }
     return covered;
 }

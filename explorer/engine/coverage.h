@@ -14,18 +14,22 @@
 
 namespace explorer {
 
-// A natural number of any size.
+// A natural number of any size, as people write it: in groups of three digits.
 class BigNumber {
   public:
-    BigNumber(std::uint64_t number = 0);
-    void Multiply(std::uint32_t factor);
+    BigNumber(std::uint64_t number = 0) { Append(number); }
+    // By less than 2^50, so that a group by it is a number of the machine's.
+    void Multiply(std::uint64_t factor);
     void Add(const BigNumber& other);
     bool operator==(const BigNumber& other) const = default;
-    // Decimal, in groups of three: "5,971,968".
+    // "5,971,968".
     std::string ToString() const;
 
   private:
-    std::vector<std::uint32_t> digits_;  // base 2^32, least significant first; no leading zero
+    static constexpr std::uint64_t GROUP = 1000;
+    void Append(std::uint64_t rest);
+
+    std::vector<std::uint64_t> groups_;  // least significant first; no leading zero
 };
 
 class Coverage {
@@ -35,24 +39,22 @@ class Coverage {
     using Shape = std::array<std::uint8_t, MAX_VALUES>;
 
     void Add(const Decision* path, std::size_t depth);
-    void Merge(const Coverage& other);
 
     std::uint64_t Paths() const;
-    // The inputs that any path read, with their number of values.
-    const std::map<int, int>& Inputs() const { return inputs_; }
     // The number of states of those inputs.
     BigNumber States() const;
     // The number of states that the paths stand for; equals States() when nothing is missing.
     BigNumber Covered() const;
     bool IsComplete() const { return Covered() == States(); }
 
-    const std::map<Shape, std::uint64_t>& Shapes() const { return shapes_; }
-    void AddShape(const Shape& shape, std::uint64_t paths) { shapes_[shape] += paths; }
-    void AddInput(int input, int count) { inputs_[input] = count; }
+    template <typename Bytes>
+    void Members(Bytes& bytes) {
+        bytes(shapes_, inputs_);
+    }
 
   private:
     std::map<Shape, std::uint64_t> shapes_;
-    std::map<int, int> inputs_;
+    std::map<int, int> inputs_;  // that any path read, with their number of values
 };
 
 }  // namespace explorer

@@ -1,6 +1,7 @@
 #include "diagram.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace explorer {
@@ -49,6 +50,12 @@ NodeId Diagram::Branch(int input, const std::vector<NodeId>& children) {
         only = child == NONE ? only : child;
     }
     return same ? only : Intern({input, -1, children});
+}
+
+NodeId Diagram::PartialBranch(int input, const std::vector<NodeId>& children) {
+    const bool same = std::adjacent_find(children.begin(), children.end(), std::not_equal_to<>()) ==
+                      children.end();
+    return same ? children.front() : Intern({input, -1, children});
 }
 
 NodeId Diagram::With(NodeId node, int input, int value) {
@@ -115,22 +122,6 @@ NodeId Diagram::Order(NodeId node) {
     const NodeId result = Case(copy.input, children);
     ordered_[node] = result;
     return result;
-}
-
-std::set<int> Diagram::Inputs(NodeId root) const {
-    std::set<int> inputs;
-    std::set<NodeId> seen;
-    std::vector<NodeId> open = {root};
-    while (!open.empty()) {
-        const NodeId id = open.back();
-        open.pop_back();
-        if (id == NONE || !seen.insert(id).second || (*this)[id].input < 0) {
-            continue;
-        }
-        inputs.insert((*this)[id].input);
-        open.insert(open.end(), (*this)[id].children.begin(), (*this)[id].children.end());
-    }
-    return inputs;
 }
 
 void DiagramBuilder::Add(const Choices& choices, OutcomeId outcome) {
@@ -204,15 +195,6 @@ void Collect(const Diagram& diagram, NodeId id, Row& row, Rows& rows) {
     row.conditions.erase(node.input);
 }
 
-// How many values of each input can occur at all; a row that allows them all does not name it.
-std::map<int, std::size_t> Occurring(const Diagram& diagram, NodeId root) {
-    std::map<int, std::size_t> sizes;
-    for (const auto& [input, values] : OccurringValues(diagram, root)) {
-        sizes[input] = values.size();
-    }
-    return sizes;
-}
-
 // Puts rows together that differ only in the values of this input.
 bool MergeOver(Rows& rows, int input, std::size_t size) {
     // By what the rows have in common: where the first of them now stands.
@@ -244,10 +226,11 @@ bool MergeOver(Rows& rows, int input, std::size_t size) {
     return changed;
 }
 
-bool MergeOnce(Rows& rows, const std::map<int, std::size_t>& sizes) {
+// A row that allows every value of an input that occurs does not name it.
+bool MergeOnce(Rows& rows, const std::map<int, std::set<int>>& occurring) {
     bool changed = false;
-    for (const auto& [input, size] : sizes) {
-        changed = MergeOver(rows, input, size) || changed;
+    for (const auto& [input, values] : occurring) {
+        changed = MergeOver(rows, input, values.size()) || changed;
     }
     return changed;
 }
@@ -260,8 +243,8 @@ std::vector<Row> RowsOf(const Diagram& diagram, NodeId root) {
     if (root != NONE) {
         Collect(diagram, root, row, rows);
     }
-    const std::map<int, std::size_t> sizes = Occurring(diagram, root);
-    while (MergeOnce(rows, sizes)) {
+    const std::map<int, std::set<int>> occurring = OccurringValues(diagram, root);
+    while (MergeOnce(rows, occurring)) {
     }
     return rows;
 }

@@ -30,16 +30,15 @@ class Diagram {
   public:
     NodeId Leaf(OutcomeId outcome);
     NodeId Branch(int input, const std::vector<NodeId>& children);
+    // The same, but what cannot occur does not become what else the input leads to.
+    NodeId PartialBranch(int input, const std::vector<NodeId>& children);
     const Node& operator[](NodeId id) const { return nodes_[static_cast<std::size_t>(id)]; }
-    std::size_t Size() const { return nodes_.size(); }
 
     // The same answers, but with the inputs asked in the order of their rank: two nodes that answer
     // alike then are one node.
     NodeId Ordered(NodeId node, const std::vector<int>& rank);
     // The node where the input is known to have the value. Needs an ordered node.
     NodeId With(NodeId node, int input, int value);
-    // All inputs that the answer depends on.
-    std::set<int> Inputs(NodeId node) const;
 
   private:
     NodeId Intern(Node node);

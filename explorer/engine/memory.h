@@ -6,12 +6,15 @@
 
 namespace explorer {
 
+class Arena;
+
 struct MemoryBooks {
     bool counting = false;   // the provider is at work
+    Arena* arena = nullptr;  // where it allocates then; null: where everybody does
     bool poisoning = false;  // freed memory is overwritten at once
     long balance = 0;        // blocks allocated less blocks freed
 };
-extern MemoryBooks memoryBooks;
+inline MemoryBooks memoryBooks;
 
 // While one lives, memory counts as the provider's.
 class ProviderMemory {

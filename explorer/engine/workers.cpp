@@ -16,6 +16,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "program/visible_text.h"
+
 namespace explorer {
 
 namespace {
@@ -23,15 +25,18 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 // Shared with the workers, so that they see it even when only the starting process got the signal.
-std::atomic<bool>* interrupted = nullptr;
+std::atomic<int>* interrupted = nullptr;
 double patience = 20;
 std::uint64_t totalRuns = 0;
-const Clock::time_point started = Clock::now();
+const Clock::time_point programBegan = Clock::now();
 
-void OnInterrupt(int) {
-    std::signal(SIGINT, SIG_DFL);
+constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+// Who cannot wait for the end of what was begun sends the signal again.
+void OnInterrupt(int signal) {
+    std::signal(signal, SIG_DFL);
     if (interrupted != nullptr) {
-        *interrupted = true;
+        *interrupted = signal;
     }
 }
 
@@ -79,7 +84,9 @@ Worker Start(int task, const std::function<std::string(int, Shared&)>& run) {
     }
     if (worker.pid == 0) {
         close(ends[0]);
-        std::signal(SIGINT, SIG_IGN);
+        for (const int signal : kEndingSignals) {
+            std::signal(signal, SIG_IGN);
+        }
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         std::string bytes;
         try {
@@ -138,7 +145,7 @@ void ShowProgress(const std::deque<Worker>& workers, const WorkOptions& options,
         return;
     }
     if (last) {
-        std::fputs("\r\033[K", stderr);
+        std::fputs((program::Control("[G") + program::Control("[K")).c_str(), stderr);
         return;
     }
     if (Clock::now() - shown < std::chrono::milliseconds(200)) {
@@ -149,7 +156,8 @@ void ShowProgress(const std::deque<Worker>& workers, const WorkOptions& options,
     for (const Worker& worker : workers) {
         runs += worker.shared->runs;
     }
-    std::fprintf(stderr, "\r\033[K%d of %d parts, %llu %s, %.0f a second", done, count,
+    std::fprintf(stderr, "%s%s%d of %d parts, %llu %s, %.0f a second",
+                 program::Control("[G").c_str(), program::Control("[K").c_str(), done, count,
                  static_cast<unsigned long long>(runs), options.what,
                  static_cast<double>(runs) / std::max(TotalSeconds(), 0.001));
     std::fflush(stderr);
@@ -162,7 +170,11 @@ void SetPatience(double seconds) {
 }
 
 bool IsInterrupted() {
-    return interrupted != nullptr && *interrupted;
+    return EndingSignal() != 0;
+}
+
+int EndingSignal() {
+    return interrupted != nullptr ? interrupted->load() : 0;
 }
 
 std::uint64_t TotalRuns() {
@@ -170,15 +182,19 @@ std::uint64_t TotalRuns() {
 }
 
 double TotalSeconds() {
-    return std::chrono::duration<double>(Clock::now() - started).count();
+    return std::chrono::duration<double>(Clock::now() - programBegan).count();
 }
 
 void Work(int count, const WorkOptions& options,
           const std::function<std::string(int, Shared&)>& task,
           const std::function<bool(const WorkerResult&)>& finished) {
     if (interrupted == nullptr) {
-        interrupted = NewShared<std::atomic<bool>>();
-        std::signal(SIGINT, OnInterrupt);
+        interrupted = NewShared<std::atomic<int>>();
+        for (const int signal : kEndingSignals) {
+            if (std::signal(signal, OnInterrupt) == SIG_IGN) {
+                std::signal(signal, SIG_IGN);  // as nohup wants it
+            }
+        }
         std::signal(SIGPIPE, SIG_IGN);
     }
     std::deque<int> waiting;

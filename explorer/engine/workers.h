@@ -33,15 +33,17 @@ struct WorkOptions {
     bool progress = true;  // on a terminal
     const char* what = "questions";
     // True: no further task is begun.
-    std::function<bool()> stop;
+    std::function<bool()> stop = nullptr;
 };
 
 // After how many seconds without a single run a worker is stopped: 20, unless it is set.
 void SetPatience(double seconds);
 
-// Set by SIGINT once Work() has begun; tasks look at it and return what they have. A second SIGINT
-// ends the program at once.
+// Set by SIGINT, SIGTERM and SIGHUP once Work() has begun; tasks look at it and return what they
+// have. A second one ends the program at once.
 bool IsInterrupted();
+// The signal; 0 without one.
+int EndingSignal();
 // Questions asked by all workers since the program began, and the seconds that it took.
 std::uint64_t TotalRuns();
 double TotalSeconds();

@@ -5,58 +5,56 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <map>
 #include <set>
 
-#include "explorer/asking/command.h"
 #include "explorer/asking/exploration.h"
 #include "explorer/engine/bytes.h"
-#include "explorer/engine/workers.h"
 #include "explorer/tables/table.h"
 #include "explorer/tv/lazy_tv.h"
-#include "explorer/tv/models.h"
+#include "explorer/tv/new_tv.h"
 #include "explorer/tv/policy.h"
-#include "host/core/policy_fault.h"
-#include "look.h"
+#include "explorer/tv/user_values.h"
+#include "host/page/page.h"
+#include "impact_result.h"
+#include "program/findings.h"
+#include "virtual-tv/model/json_text.h"
+#include "virtual-tv/model/policy.h"
+#include "virtual-tv/model/policy_fault.h"
+#include "virtual-tv/model/text_file.h"
 
 namespace explorer {
 
 namespace {
+
+const Item& ASSISTANT = *FindItem("voice-assistant");
 
 // ---------------------------------------------------------------------------------------------
 // What a TV does with a policy that is refused here
 // ---------------------------------------------------------------------------------------------
 
 // The assistants that the page offers, as the provider lists them.
-std::vector<std::string> Offered(const std::string& provider, const Policy& policy) {
+std::vector<host::Choice> Offered(const std::string& provider, const Policy& policy) {
     const Subject subject(provider, policy);
     Choices choices;
     tv().Begin(choices);
-    Ask(subject, *FindQuestion("choices:voice-assistant"));
-    std::vector<std::string> offered;
-    for (const RecordEntry& entry : ReadRecord(tv().Record())) {
-        if (entry.text.rfind("choice ", 0) == 0) {
-            offered.push_back(entry.text);
-        }
-    }
-    return offered;
+    return subject.Provider().Choices(ASSISTANT.key);
 }
 
 // Two assistants that nobody else offers, to see whether they stay.
-constexpr char PROBE[] =
-    R"([{"VAOrder":1,"VAId":"P1","VAAppId":"probe.1","VAName":"Probe 1","VAFFSupport":true},)"
-    R"({"VAOrder":2,"VAId":"P2","VAAppId":"probe.2","VAName":"Probe 2","VAFFSupport":true}])";
+const std::vector<Assistant> PROBE = {{1, "P1", "probe.1", "Probe 1", true},
+                                      {2, "P2", "probe.2", "Probe 2", true}};
 
 // Asks the provider itself, in a process of its own.
 std::string WhatATvDoes(const Inputs& inputs, const ImpactOptions& options,
                         const std::string& document) {
     std::string consequence;
-    const Policy before{"before", {PROBE}};
-    const Policy after{"after", {PROBE, document}};
+    const std::string probe = vtv::WritePolicy(PROBE);
+    const Policy before{"before", {probe}};
+    const Policy after{"after", {probe, document}};
     const auto task = [&](int, Shared&) -> std::string {
         tv().Use(inputs);
-        const std::vector<std::string> offered = Offered(options.provider, after);
+        const std::vector<host::Choice> offered = Offered(options.provider, after);
         if (offered == Offered(options.provider, before)) {
             return "A TV would go on with the assistants that it has.";
         }
@@ -82,18 +80,28 @@ std::string WhatATvDoes(const Inputs& inputs, const ImpactOptions& options,
 // The two policies side by side
 // ---------------------------------------------------------------------------------------------
 
-struct Change {
-    std::string item;
-    std::string what;
-    std::vector<std::string> when;  // one line for each group of states
-    std::uint64_t paths = 0;
-    bool operator==(const Change&) const = default;
-};
+// Of a hidden item nothing more is asked: what it would show is nobody's concern, and costs paths.
+host::ItemView LookAt(const Subject& subject, const Item& item) {
+    host::ItemView hidden;
+    hidden.item = &item;
+    subject.ForgetLanguages();
+    return subject.Provider().IsVisible(item.key) ? host::LookAt(subject.Provider(), item) : hidden;
+}
 
-struct ModelImpact {
-    std::string model;
-    std::vector<Change> changes;
-};
+// "vanishes", "changes title: A -> B"; empty when nothing changes.
+std::string InWords(const std::vector<host::PageChange>& changes) {
+    std::vector<std::string> parts;
+    for (const host::PageChange& change : changes) {
+        if (change.what == "visible") {
+            return change.after == "shown" ? "appears" : "vanishes";
+        }
+        if (change.what == "enabled") {
+            return change.after == "enabled" ? "is enabled" : "is dimmed";
+        }
+        parts.push_back(change.what + ": " + host::ToText(change));
+    }
+    return parts.empty() ? "" : "changes " + Join(parts, "; ");
+}
 
 class ModelComparer {
   public:
@@ -102,107 +110,66 @@ class ModelComparer {
         : inputs_(inputs),
           shared_(shared),
           a_(options.provider, before),
-          b_(CopyOf(options.provider), after) {
-        std::filesystem::remove(copy_);
-    }
+          b_(options.provider, after, Subject::Copy::kPrivate) {}
 
-    // One line a change: item, what, when, paths.
-    std::string Compare() {
-        BytesWriter bytes;
+    std::vector<Change> Compare() {
         // The page comes first: a model that never shows it shows none of its items.
-        for (const Item& item : Items()) {
-            if (&item == &Items().front() || isPageShown_) {
-                CompareItem(item, bytes);
+        for (const Item& item : PageItems()) {
+            if (&item == &PageItems().front() || isPageShown_) {
+                CompareItem(item);
             }
         }
         if (isPageShown_) {
-            CompareUsers(bytes);
+            CompareUsers();
         }
-        return bytes.Bytes();
+        return changes_;
     }
 
   private:
-    std::string CopyOf(const std::string& provider) {
-        copy_ = std::filesystem::temp_directory_path() /
-                ("vtv-impact-" + std::to_string(getpid()) + ".so");
-        std::filesystem::copy_file(provider, copy_,
-                                   std::filesystem::copy_options::overwrite_existing);
-        return copy_;
+    void CompareItem(const Item& item) {
+        Compare(item.name, [&] {
+            const host::ItemView before = LookAt(a_, item);
+            tv().Again();
+            const host::ItemView after = LookAt(b_, item);
+            isPageShown_ = isPageShown_ || before.visible || after.visible;
+            return InWords(host::CompareItems(before, after));
+        });
     }
 
-    void CompareItem(const Item& item, BytesWriter& bytes) {
+    void CompareUsers() {
+        Compare("users", [&] {
+            const bool was = a_.Provider().GetInt(ASSISTANT.key) != 0;
+            tv().Again();
+            const bool is = b_.Provider().GetInt(ASSISTANT.key) != 0;
+            return std::string(was && !is ? "the user's assistant is no longer offered" : "");
+        });
+    }
+
+    // On every path, what changes of it: empty for nothing.
+    void Compare(const std::string& item, const std::function<std::string()>& changeOnPath) {
         Diagram diagram;
         Outcomes outcomes;
         DiagramBuilder builder(diagram);
         std::map<std::string, std::uint64_t> paths;
         std::string change;
         ForEachPath(
-            shared_.choices, shared_.runs,
-            [&] {
-                const ItemWords before = LookAt(a_, item);
-                tv().Again();
-                const ItemWords after = LookAt(b_, item);
-                change = ChangeOf(before, after);
-                isPageShown_ = isPageShown_ || before.visible || after.visible;
-            },
+            shared_.choices, shared_.runs, [&] { change = changeOnPath(); },
             [&] {
                 ++paths[change];
                 builder.Add(shared_.choices, outcomes.Intern(change));
             });
-        if (builder.Root() != NONE) {
-            Write(item.name, diagram, outcomes, builder.Root(), paths, bytes);
-        }
-    }
-
-    void CompareUsers(BytesWriter& bytes) {
-        Diagram diagram;
-        Outcomes outcomes;
-        DiagramBuilder builder(diagram);
-        std::map<std::string, std::uint64_t> paths;
-        std::string change;
-        const Question& value = *FindQuestion("value:voice-assistant");
-        ForEachPath(
-            shared_.choices, shared_.runs,
-            [&] {
-                Ask(a_, value);
-                const bool was = tv().Record() != std::string_view("avalue: 0\0", 10);
-                tv().Again();
-                Ask(b_, value);
-                const bool is = tv().Record() != std::string_view("avalue: 0\0", 10);
-                change = was && !is ? "the user's assistant is no longer offered" : "";
-            },
-            [&] {
-                ++paths[change];
-                builder.Add(shared_.choices, outcomes.Intern(change));
-            });
-        if (builder.Root() != NONE) {
-            Write("users", diagram, outcomes, builder.Root(), paths, bytes);
-        }
-    }
-
-    void Write(const std::string& item, const Diagram& diagram, const Outcomes& outcomes,
-               NodeId root, const std::map<std::string, std::uint64_t>& paths, BytesWriter& bytes) {
         std::map<std::string, std::vector<std::string>> when;
-        for (const Row& row : RowsOf(diagram, root)) {
-            const std::string& change = outcomes[row.outcome];
-            if (change.empty()) {
-                continue;
-            }
+        for (const Row& row : RowsOf(diagram, builder.Root())) {
             std::vector<std::string> conditions;
             for (const auto& [input, values] : row.conditions) {
                 const Input& one = inputs_.inputs[static_cast<std::size_t>(input)];
                 conditions.push_back(one.name + ": " + WordsOf(one, values));
             }
-            when[change].push_back(conditions.empty() ? "always" : Join(conditions));
+            when[outcomes[row.outcome]].push_back(conditions.empty() ? "always" : Join(conditions));
         }
-        for (const auto& [change, lines] : when) {
-            bytes.Text(item);
-            bytes.Text(change);
-            bytes.Number(paths.at(change));
-            bytes.Number(lines.size());
-            for (const std::string& line : lines) {
-                bytes.Text(line);
-            }
+        when.erase("");
+        for (const auto& [what, lines] : when) {
+            changes_.push_back({item, what, lines, paths.at(what)});
         }
     }
 
@@ -222,170 +189,98 @@ class ModelComparer {
     const Inputs& inputs_;
     Shared& shared_;
     bool isPageShown_ = false;  // in any state, with either policy
-    std::filesystem::path copy_;
     Subject a_;
     Subject b_;
+    std::vector<Change> changes_;
 };
 
 // ---------------------------------------------------------------------------------------------
 // What is shown
 // ---------------------------------------------------------------------------------------------
 
-// Models that the policy changes in the same way.
-struct Group {
-    std::vector<std::string> models;
-    const ModelImpact* impact = nullptr;
-};
-
-std::vector<Group> GroupsOf(const std::vector<ModelImpact>& impacts) {
-    std::vector<Group> groups;
-    for (const ModelImpact& impact : impacts) {
-        const auto same = std::find_if(groups.begin(), groups.end(), [&](const Group& group) {
-            return group.impact->changes == impact.changes;
-        });
-        if (same != groups.end()) {
-            same->models.push_back(impact.model);
-        } else {
-            groups.push_back({{impact.model}, &impact});
-        }
-    }
-    return groups;
+// Nothing in the formats for people and programs.
+void PrintFindings(const ImpactOptions& options, const std::vector<program::Finding>& list,
+                   const std::vector<std::string>& troubles) {
+    explorer::PrintFindings(FindingsFormat(options.asked.format), {"vtv impact", list, troubles});
 }
 
-std::string AsText(const std::vector<ModelImpact>& impacts) {
-    std::string text;
-    for (const Group& group : GroupsOf(impacts)) {
-        text += (text.empty() ? "" : "\n") + Join(group.models) + "\n";
-        for (const Change& change : group.impact->changes) {
-            text += "  " + change.item + (change.item == "users" ? ": " : " ") + change.what + "\n";
-            for (const std::string& when : change.when) {
-                text += "      when " + when + "\n";
-            }
-        }
-        text += group.impact->changes.empty() ? "  nothing changes\n" : "";
+void Print(const ImpactOptions& options, const std::vector<ModelImpact>& impacts,
+           const std::vector<std::string>& troubles) {
+    if (options.asked.html) {
+        program::Print(AsHtml(impacts), program::Form::kExact);
+    } else if (options.asked.json || options.asked.format == "json") {
+        program::Print(AsJson(impacts), program::Form::kJson);
+    } else if (options.asked.format == "text") {
+        program::Print(AsText(impacts), program::Form::kText);
+    } else {
+        PrintFindings(options, FindingsOf(impacts, options.asked.after), troubles);
     }
-    return text;
 }
 
-std::string AsJson(const std::vector<ModelImpact>& impacts) {
-    Json::Value root;
-    root["models"] = Json::arrayValue;
-    for (const ModelImpact& impact : impacts) {
-        Json::Value json;
-        json["model"] = impact.model;
-        json["changes"] = Json::arrayValue;
-        for (const Change& change : impact.changes) {
-            Json::Value one;
-            one["item"] = change.item;
-            one["change"] = change.what;
-            one["paths"] = Json::UInt64{change.paths};
-            for (const std::string& when : change.when) {
-                one["when"].append(when);
-            }
-            json["changes"].append(one);
-        }
-        root["models"].append(json);
-    }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "  ";
-    return Json::writeString(builder, root) + "\n";
+// Of a fault as vtv::FaultOf() words it, "FILE:LINE:COLUMN: what is wrong".
+program::Finding FindingOf(const std::string& file, const std::string& fault) {
+    program::Finding finding{"policy-is-well-formed", "The policy is well formed.", fault, file};
+    std::sscanf(fault.c_str() + std::min(file.size(), fault.size()), ":%d", &finding.line);
+    return finding;
 }
 
-std::string AsHtml(const std::vector<ModelImpact>& impacts) {
-    std::string html =
-        "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>What the new "
-        "policy "
-        "changes</title><style>body{font:15px/1.45 system-ui,sans-serif;margin:2em;max-width:70em}"
-        "td,th{border-top:1px solid #ccc;padding:.3em .6em;text-align:left;vertical-align:top}"
-        "table{border-collapse:collapse;width:100%}</style></head><body><h1>What the new policy "
-        "changes</h1>\n";
-    for (const Group& group : GroupsOf(impacts)) {
-        html += "<h2>" + EscapeHtml(Join(group.models)) + "</h2>\n";
-        const ModelImpact& impact = *group.impact;
-        if (impact.changes.empty()) {
-            html += "<p>Nothing changes.</p>\n";
-            continue;
-        }
-        html += "<table><tr><th>Item</th><th>Change</th><th>When</th></tr>\n";
-        for (const Change& change : impact.changes) {
-            html += "<tr><td>" + EscapeHtml(change.item) + "</td><td>" + EscapeHtml(change.what) +
-                    "</td><td>";
-            for (const std::string& when : change.when) {
-                html += "<div>" + EscapeHtml(when) + "</div>";
-            }
-            html += "</td></tr>\n";
-        }
-        html += "</table>\n";
+void RequirePolicy(const Inputs& inputs, const ImpactOptions& options, const std::string& file,
+                   const std::string& text) {
+    const std::string fault = vtv::FaultOf(vtv::JsonText(file, text));
+    if (!fault.empty()) {
+        const std::string told = fault + ". " + WhatATvDoes(inputs, options, text);
+        PrintFindings(options, {FindingOf(file, told)}, {});
+        throw CommandError(kExitUsage, told);
     }
-    return html + "</body></html>\n";
 }
 
 }  // namespace
 
 int ImpactMain(const ImpactOptions& options) {
     Inputs inputs = LoadInputs(InputsFile());
-    const std::string oldText = ReadTextFile(options.oldFile);
-    const std::string newText = ReadTextFile(options.newFile);
+    const std::string oldText = vtv::ReadTextFile(options.asked.before);
+    const std::string newText = vtv::ReadTextFile(options.asked.after);
     CheckSubject(options.provider);
     const Policy before{"old", {oldText}};
     const Policy after{"new", {oldText, newText}};
-    const std::string oldFault = host::FaultOf(host::JsonText(options.oldFile, oldText));
-    const std::string newFault = host::FaultOf(host::JsonText(options.newFile, newText));
-    if (!oldFault.empty()) {
-        throw CommandError(kExitUsage, oldFault + ". " + WhatATvDoes(inputs, options, oldText));
-    }
-    if (!newFault.empty()) {
-        throw CommandError(kExitUsage, newFault + ". " + WhatATvDoes(inputs, options, newText));
-    }
+    RequirePolicy(inputs, options, options.asked.before, oldText);
+    RequirePolicy(inputs, options, options.asked.after, newText);
     const PolicyState oldState = StateOf(before);
     const PolicyState newState = StateOf(after);
     KeepUserValues(inputs, {oldState, newState});
-    const std::vector<TvModel> models = LoadModels(options.models);
+    const std::vector<NewTv> models = LoadNewTvs(inputs, options.asked.models);
     std::vector<ModelImpact> impacts(models.size());
-    std::vector<std::string> crashes;
+    std::vector<std::string> troubles;
     const auto task = [&](int index, Shared& shared) {
         tv().Use(inputs);
-        const TvModel& model = models[static_cast<std::size_t>(index)];
-        std::map<int, Value> values = ValuesOf(inputs, model);
-        values.merge(MarketValuesOf(inputs, model));
-        for (const auto& [input, value] : values) {
-            tv().Preset(input, &value);
+        for (const auto& [input, value] : models[static_cast<std::size_t>(index)].values) {
+            if (IsOfModel(inputs.inputs[static_cast<std::size_t>(input)])) {
+                tv().Preset(input, &value);
+            }
         }
-        return ModelComparer(inputs, options, before, after, shared).Compare();
+        return ToBytes(ModelComparer(inputs, options, before, after, shared).Compare());
     };
     const auto finished = [&](const WorkerResult& result) {
         ModelImpact& impact = impacts[static_cast<std::size_t>(result.task)];
-        impact.model = models[static_cast<std::size_t>(result.task)].name;
+        impact.model = models[static_cast<std::size_t>(result.task)].model.name;
         if (!result.trouble.empty()) {
-            crashes.push_back(impact.model + ": the provider " + result.trouble);
+            troubles.push_back(impact.model + ": the provider " + result.trouble);
             return false;
         }
-        BytesReader bytes(result.bytes);
-        while (!bytes.AtEnd()) {
-            Change change;
-            change.item = bytes.Text();
-            change.what = bytes.Text();
-            change.paths = bytes.Number();
-            for (std::uint64_t lines = bytes.Number(); lines > 0; --lines) {
-                change.when.push_back(bytes.Text());
-            }
-            impact.changes.push_back(change);
-        }
+        impact.changes = BytesReader(result.bytes).Next<std::vector<Change>>();
         return false;
     };
-    WorkOptions work;
-    work.workers = options.workers;
-    work.progress = options.progress;
+    const WorkOptions work = {.workers = options.asked.jobs, .progress = !options.asked.quiet};
     Work(static_cast<int>(models.size()), work, task, finished);
-    const std::string text = options.format == "json"   ? AsJson(impacts)
-                             : options.format == "html" ? AsHtml(impacts)
-                                                        : AsText(impacts);
-    std::fputs(text.c_str(), stdout);
-    ReportRate(options.progress);
-    for (const std::string& crash : crashes) {
-        std::fprintf(stderr, "vtv impact: %s\n", crash.c_str());
+    if (IsInterrupted()) {
+        troubles.emplace_back("interrupted: not every model was looked at");
     }
-    if (IsInterrupted() || !crashes.empty()) {
+    Print(options, impacts, troubles);
+    ReportRate(options.asked.quiet);
+    for (const std::string& trouble : troubles) {
+        std::fprintf(stderr, "vtv impact: %s\n", program::OneLine(trouble).c_str());
+    }
+    if (!troubles.empty()) {
         return kExitTrouble;
     }
     const bool changes = std::any_of(impacts.begin(), impacts.end(), [](const ModelImpact& impact) {

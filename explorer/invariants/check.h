@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "explorer/asking/exploration.h"
+#include "explorer/asking/walk.h"
 #include "invariants.h"
 
 namespace explorer {
@@ -19,15 +20,11 @@ struct Case {
 std::vector<const Invariant*> InvariantsOf(const std::vector<std::string>& names);
 std::vector<Case> CasesOf(const std::vector<const Invariant*>& invariants);
 
-struct CheckOptions {
-    std::string provider;
+struct CheckOptions : CommonOptions {
     std::vector<std::string> names;  // of invariants; empty: all
     bool list = false;
-    bool json = false;
     std::string scenarios = ".";  // folder for the scenarios of violated invariants
-    Shard shard;
-    int workers = 0;
-    bool progress = true;
+    WalkBounds bounds;
 };
 
 // 0 all hold, 1 some do not.

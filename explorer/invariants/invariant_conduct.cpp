@@ -5,40 +5,56 @@
 #include "explorer/tv/lazy_tv.h"
 #include "invariant_rules.h"
 #include "platform/trace_storage.h"
+#include "virtual-tv/model/keys.h"
 
 namespace explorer::rules {
 
 namespace {
 
 // Every application that the page may start, with its extra.
-constexpr const char* LAUNCHES[] = {
-    "org.nemra.wizard type=\"PIVORA_SETUP\"",
-    "org.nemra.voice-onboarding type=\"ONBOARDING_SETUP\"",
-    "com.vantelo.tv.voice-instant-app show_onboarding=\"ONBOARDING\"",
-    "com.vantelo.tv.google-assistant Login=\"1\"",
-    "com.vantelo.tv.salute-assistant PAGETYPE=\"ONBOARDING\"",
-    "com.vantelo.tv.tencent-voice-chrome show_onboarding=\"ONBOARDING\"",
-    "com.vantelo.account-ui",
+struct KnownLaunch {
+    const char* application;
+    const char* key;
+    const char* value;
 };
-// Every setting that the page may write.
-constexpr const char* WRITES[] = {"db/multi-assistant/default_assistant_appid",
-                                  "db/menu/voice/assistant_farfield",
-                                  "db/multi-assistant/situational_hint_supported"};
+constexpr KnownLaunch LAUNCHES[] = {
+    {"org.nemra.wizard", "type", "PIVORA_SETUP"},
+    {"org.nemra.voice-onboarding", "type", "ONBOARDING_SETUP"},
+    {"com.vantelo.tv.voice-instant-app", "show_onboarding", "ONBOARDING"},
+    {"com.vantelo.tv.google-assistant", "Login", "1"},
+    {"com.vantelo.tv.salute-assistant", "PAGETYPE", "ONBOARDING"},
+    {"com.vantelo.tv.tencent-voice-chrome", "show_onboarding", "ONBOARDING"},
+    {"com.vantelo.account-ui", nullptr, nullptr},
+};
 
-}  // namespace
+bool IsKnown(const RecordEntry& launch) {
+    return std::any_of(std::begin(LAUNCHES), std::end(LAUNCHES), [&](const KnownLaunch& known) {
+        const vtv::Extras extras =
+            known.key != nullptr ? vtv::Extras{{known.key, known.value}} : vtv::Extras();
+        return launch.subject == known.application && launch.extras == extras;
+    });
+}
+
+// Every setting that the page may write.
+constexpr const char* WRITES[] = {vtv::kCurrentAssistantKey, vtv::kWakeUpKey, vtv::kHintKey};
 
 // ---------------------------------------------------------------------------------------------
 // Popups and launches
 // ---------------------------------------------------------------------------------------------
 
-static std::vector<std::string> Launched(std::string_view record) {
-    std::vector<std::string> launches;
-    for (const RecordEntry& entry : ReadRecord(record)) {
-        if (entry.kind == Entry::kLaunch) {
-            launches.push_back(entry.text);
-        }
-    }
+std::vector<RecordEntry> Launched(const std::vector<RecordEntry>& record) {
+    std::vector<RecordEntry> launches;
+    std::copy_if(record.begin(), record.end(), std::back_inserter(launches),
+                 [](const RecordEntry& entry) { return entry.kind == Entry::kLaunch; });
     return launches;
+}
+
+// A TV without an account application has no sign-in to open, which is told by an exception.
+bool HasNoAccountApplication() {
+    const Input* account =
+        tv().GetInputs().Find(Input::Kind::kCall, "sso_get_account_ui_application_package_id");
+    const Value* id = tv().Current(tv().GetInputs().IndexOf(*account));
+    return id != nullptr && id->kind != Value::Kind::kText;
 }
 
 std::string PopupLeadsToLaunch(const Look& look, const Question* question) {
@@ -47,24 +63,21 @@ std::string PopupLeadsToLaunch(const Look& look, const Question* question) {
         return "";
     }
     look.PressPopup(item);
-    // A TV without an account application has no sign-in to open.
-    const Input* account =
-        tv().GetInputs().Find(Input::Kind::kCall, "sso_get_account_ui_application_package_id");
-    const Value* id = tv().Current(tv().GetInputs().IndexOf(*account));
-    if (id != nullptr && id->kind != Value::Kind::kText) {
+    if (HasNoAccountApplication()) {
         return "";
     }
     // The assistant listed as SVA has no onboarding.
-    if (look.Policy().KindOf(look.TextNow(Input::Kind::kSetting, CURRENT_KEY)) == "SVA") {
+    if (look.Policy().KindOf(look.TextNow(Input::Kind::kSetting, vtv::kCurrentAssistantKey)) ==
+        "SVA") {
         return "";
     }
-    return Launched(tv().Record()).empty() ? "the button does nothing" : "";
+    return Launched(ReadRecord(tv().Record())).empty() ? "the button does nothing" : "";
 }
 
 std::string LaunchesAreKnown(const Look& look, const Question* question) {
-    for (const std::string& launch : Launched(look.AskFor(*question))) {
-        if (std::find(std::begin(LAUNCHES), std::end(LAUNCHES), launch) == std::end(LAUNCHES)) {
-            return "starts " + launch;
+    for (const RecordEntry& launch : Launched(look.AskFor(*question))) {
+        if (!IsKnown(launch)) {
+            return ToText(launch);
         }
     }
     return "";
@@ -75,59 +88,65 @@ std::string OneLaunchAtMost(const Look& look, const Question* question) {
 }
 
 std::string WritesAreKnown(const Look& look, const Question* question) {
-    for (const RecordEntry& entry : ReadRecord(look.AskFor(*question))) {
-        const std::string key = entry.text.substr(0, entry.text.find(' '));
+    for (const RecordEntry& entry : look.AskFor(*question)) {
         if (entry.kind == Entry::kWrite &&
-            std::find(std::begin(WRITES), std::end(WRITES), key) == std::end(WRITES)) {
-            return "writes " + key;
+            std::find(std::begin(WRITES), std::end(WRITES), entry.subject) == std::end(WRITES)) {
+            return "writes " + entry.subject;
         }
     }
     return "";
 }
 
 std::string ModeNamesTheCurrent(const Look& look, const Question* question) {
-    const std::string record = look.AskFor(*question);
-    const std::string current = look.TextNow(Input::Kind::kSetting, CURRENT_KEY);
-    for (const RecordEntry& entry : ReadRecord(record)) {
-        if (entry.kind == Entry::kMode && entry.text.rfind(current + " to ", 0) != 0) {
-            return "sets the mode of " + entry.text;
+    const std::vector<RecordEntry> record = look.AskFor(*question);
+    const std::string current = look.TextNow(Input::Kind::kSetting, vtv::kCurrentAssistantKey);
+    for (const RecordEntry& entry : record) {
+        if (entry.kind == Entry::kMode && entry.subject != current) {
+            return "sets the mode of " + WhatIsSaid(entry);
         }
     }
     return "";
 }
 
+bool HasText(const std::vector<RecordEntry>& record, const char* about) {
+    const RecordEntry* answer = FindAnswer(record, about);
+    return answer != nullptr && std::holds_alternative<std::string>(answer->value);
+}
+
 std::string PopupIsWhole(const Look& look, const Question* question) {
-    const std::string record = look.AskFor(*question);
-    if (record.find("buttons: 0") != std::string::npos) {
-        return record.find("title") != std::string::npos ? "texts without a button" : "";
+    const std::vector<RecordEntry> record = look.AskFor(*question);
+    const RecordEntry* buttons = FindAnswer(record, answers::BUTTONS);
+    if (buttons == nullptr || buttons->value == Said(0)) {
+        return FindAnswer(record, answers::TITLE) != nullptr ? "texts without a button" : "";
     }
-    for (const char* part : {"title: \"", "message: \"", "first: \"", "action: \"9999\""}) {
-        if (record.find(part) == std::string::npos) {
-            return std::string("without ") + part;
+    for (const char* part : {answers::TITLE, answers::MESSAGE, answers::FIRST}) {
+        if (!HasText(record, part)) {
+            return std::string("without ") + part + ": \"";
         }
     }
-    const bool hasSecond = record.find("second: \"") != std::string::npos;
-    return hasSecond != (record.find("buttons: 2") != std::string::npos)
+    const RecordEntry* action = FindAnswer(record, answers::ACTION);
+    if (action == nullptr || action->Text() != "9999") {
+        return "without action: \"9999\"";
+    }
+    return HasText(record, answers::SECOND) != (buttons->value == Said(2))
                ? "the number of buttons is not that of their texts"
                : "";
 }
 
 std::string ReasonIsShown(const Look& look, const Question* question) {
-    const std::string record = look.AskFor(*question);
-    const bool hasText = record.find("reason: \"") != std::string::npos;
-    return hasText && question->item != nullptr &&
-                   std::strcmp(question->item->name, WAKE_UP) == 0 &&
-                   record.find("shown: no") != std::string::npos
+    const std::vector<RecordEntry> record = look.AskFor(*question);
+    const RecordEntry* shown = FindAnswer(record, answers::SHOWN);
+    const bool isHidden = shown != nullptr && shown->value == Said(false);
+    return isHidden && HasText(record, answers::REASON) && question->item != nullptr &&
+                   std::strcmp(question->item->name, WAKE_UP) == 0
                ? "a text that is not to be shown"
                : "";
 }
 
 std::string EveryItemHasATitle(const Look& look, const Question* question) {
-    const std::string record = look.AskFor(*question);
-    return record.find("title: none") != std::string::npos ||
-                   record.find("title: \"\"") != std::string::npos
-               ? "has no title"
-               : "";
+    const std::vector<RecordEntry> record = look.AskFor(*question);
+    const RecordEntry* title = FindAnswer(record, answers::TITLE);
+    return title != nullptr && title->Text().empty() ? "has no title" : "";
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -140,23 +159,23 @@ std::string ReadsDoNotWrite(const Look& look, const Question* question) {
 }
 
 std::string AnswersRepeat(const Look& look, const Question* question) {
-    const std::string first = look.AskFor(*question);
-    return first != look.AskFor(*question) ? "the second answer is another one" : "";
+    const std::string first = look.RecordOf(*question);
+    return first != look.RecordOf(*question) ? "the second answer is another one" : "";
 }
 
 std::string TracingChangesNothing(const Look& look, const Question* question) {
-    const std::string without = look.AskFor(*question);
+    const std::string without = look.RecordOf(*question);
     tv().Again();
     TIStorageManagerState::enabled = true;
-    const std::string with = look.AskFor(*question);
+    const std::string with = look.RecordOf(*question);
     TIStorageManagerState::enabled = false;
     return without != with ? "the answer is another one while tracing is on" : "";
 }
 
 std::string NothingGoesWrong(const Look& look, const Question* question) {
-    for (const RecordEntry& entry : ReadRecord(look.AskFor(*question))) {
+    for (const RecordEntry& entry : look.AskFor(*question)) {
         if (entry.kind == Entry::kWrong) {
-            return entry.text;
+            return WhatIsSaid(entry);
         }
     }
     return "";
@@ -164,17 +183,8 @@ std::string NothingGoesWrong(const Look& look, const Question* question) {
 
 std::string NoException(const Look& look, const Question* question) {
     look.AskFor(*question);
-    if (!tv().HasThrown()) {
-        return "";
-    }
-    // A TV without an account application is the one thing that is told this way.
-    const Input* account =
-        tv().GetInputs().Find(Input::Kind::kCall, "sso_get_account_ui_application_package_id");
-    const Value* id = tv().Current(tv().GetInputs().IndexOf(*account));
-    return id != nullptr && id->kind != Value::Kind::kText ? "" : "an exception is caught";
+    return tv().HasThrown() && !HasNoAccountApplication() ? "an exception is caught" : "";
 }
-
-namespace {
 
 // Inputs that the product reads more than once on a path, by kind of question; "" is any.
 struct Reread {
@@ -182,7 +192,7 @@ struct Reread {
     const char* input;
 };
 constexpr Reread REREADS[] = {
-    {"", "db/multi-assistant/default_assistant_appid"},  // for each assistant that is looked at
+    {"", vtv::kCurrentAssistantKey},  // for each assistant that is looked at
     // Consents: once for the policy, once for the entry; once for the popup, once for the launch.
     {"visible:voice", "tnc"},
     {"visible:voice", "pp"},
@@ -191,20 +201,16 @@ constexpr Reread REREADS[] = {
     {"press:", "tnc"},
     {"press:", "pp"},
     {"press:", "sso_get_login_state"},
-    {"press:", "db/voice-app/activate_first_time"},
+    {"press:", vtv::kFirstTimeKey},
     // A setup is asked for before the onboarding and by the onboarding itself.
-    {"set:voice-assistant", "/home/owner/share/.voice/alexa_login_success"},
-    {"set:voice-assistant", "/home/owner/share/.voice/ga_login_success"},
-    {"set:voice-assistant", "/home/owner/share/.voice/salute_login_success"},
-    {"set:voice-assistant", "db/voice-app/activate_first_time"},
-    {"set:voice-assistant", "db/tencent-voice-assistant/voice-setting"},
+    {"set:voice-assistant", vtv::kOwnerFolder},
+    {"set:voice-assistant", vtv::kFirstTimeKey},
+    {"set:voice-assistant", vtv::kTencentKey},
     // Read for the value before, and to change one member.
-    {"set:situational-hint", "db/multi-assistant/situational_hint_supported"},
-    {"function:CSIMenuUtil::GetDeviceSID", "com.vantelo/featureconf/the_skeld_version"},
-    {"function:CSIMenuUtil::GetTextTVScreenOrPJT", "com.vantelo/featureconf/"},
+    {"set:situational-hint", vtv::kHintKey},
+    {"function:CSIMenuUtil::GetDeviceSID", vtv::kModularFeature},
+    {"function:CSIMenuUtil::GetTextTVScreenOrPJT", vtv::kFeaturePrefix},
 };
-
-}  // namespace
 
 std::string NoReread(const Look& look, const Question* question) {
     look.AskFor(*question);
@@ -227,14 +233,91 @@ std::string NoReread(const Look& look, const Question* question) {
 }
 
 std::string UnknownKeysAreNothing(const Look& look, const Question* question) {
-    const std::string record = look.AskFor(*question);
-    for (const char* word :
-         {"avisible", "aenabled", "avalue", "title: \"", "help: \"", "reason: \""}) {
-        if (record.find(word) != std::string::npos) {
+    const std::vector<RecordEntry> record = look.AskFor(*question);
+    for (const char* about : {answers::VISIBLE, answers::ENABLED, answers::VALUE, answers::TITLE,
+                              answers::HELP, answers::REASON}) {
+        const RecordEntry* answer = FindAnswer(record, about);
+        if (answer != nullptr && answer->value != Said() && answer->value != Said(false)) {
             return "is answered";
         }
     }
     return tv().HasEffects() ? "has effects" : "";
+}
+
+bool Any(const Question&) {
+    return true;
+}
+
+bool Reads(const Question& question) {
+    return !question.writes;
+}
+
+bool Writes(const Question& question) {
+    return question.writes && question.symbol == nullptr;
+}
+
+bool IsPopup(const Question& question) {
+    return question.kind == Asks::kPopup;
+}
+
+bool IsItemPopup(const Question& question) {
+    return IsPopup(question) && question.item != nullptr;
+}
+
+bool IsReason(const Question& question) {
+    return question.kind == Asks::kReason;
+}
+
+bool IsTitle(const Question& question) {
+    return question.kind == Asks::kTitle && question.item != nullptr;
+}
+
+bool IsUnknownKey(const Question& question) {
+    return question.key == "menu/system/no-such-item";
+}
+
+}  // namespace
+
+const std::vector<Invariant>& OfConduct() {
+    static const std::vector<Invariant> invariants = {
+        {"popup-leads-to-launch",
+         "The popup of a visible dimmed item starts an application when its button is pressed (SVA "
+         "has no onboarding).",
+         PopupLeadsToLaunch, IsItemPopup},
+        {"launches-are-known",
+         "Every application that is started, and its extra, is in the product's table.",
+         LaunchesAreKnown, Writes, Invariant::Asks::kOnce},
+        {"one-launch-at-most", "One press starts at most one application.", OneLaunchAtMost, Writes,
+         Invariant::Asks::kOnce},
+        {"writes-are-known", "The page writes only the settings that are its own.", WritesAreKnown,
+         Writes, Invariant::Asks::kOnce},
+        {"mode-names-the-current", "The always-on-voice mode is set for the current assistant.",
+         ModeNamesTheCurrent, Writes, Invariant::Asks::kOnce},
+        {"popups-are-whole",
+         "A popup has a title, a message, as many buttons as it says and the action 9999.",
+         PopupIsWhole, IsPopup, Invariant::Asks::kOnce},
+        {"reasons-are-shown",
+         "A reason for a dimmed wake-up switch comes with the flag that shows it.", ReasonIsShown,
+         IsReason, Invariant::Asks::kOnce},
+        {"every-item-has-a-title", "Every item has a title.", EveryItemHasATitle, IsTitle,
+         Invariant::Asks::kOnce},
+        {"unknown-keys-are-nothing", "A key that is no item is hidden, dimmed and has no texts.",
+         UnknownKeysAreNothing, IsUnknownKey, Invariant::Asks::kOnce},
+        {"reads-do-not-write", "Asking changes nothing on the TV.", ReadsDoNotWrite, Reads,
+         Invariant::Asks::kOnce},
+        {"answers-repeat", "Asked twice, the page answers the same.", AnswersRepeat, Reads},
+        {"tracing-changes-nothing", "Answers and effects are the same while tracing is on.",
+         TracingChangesNothing, Any},
+        {"no-second-read", "No input is read twice on a path, unless the product reads it so.",
+         NoReread, Any, Invariant::Asks::kOnce},
+        {"no-exception",
+         "No path comes to an exception, except for a TV without an account application.",
+         NoException, Any, Invariant::Asks::kOnce},
+        {"nothing-goes-wrong",
+         "No path crashes, lets an exception out, leaks or touches freed memory.", NothingGoesWrong,
+         Any, Invariant::Asks::kOnce},
+    };
+    return invariants;
 }
 
 }  // namespace explorer::rules

@@ -5,8 +5,11 @@
 
 #include "explorer/tv/lazy_tv.h"
 #include "invariant_rules.h"
+#include "virtual-tv/model/keys.h"
 
 namespace explorer::rules {
+
+namespace {
 
 // ---------------------------------------------------------------------------------------------
 // Visibility
@@ -17,10 +20,10 @@ std::string NeverBoth(const Look& look, const Question*) {
 }
 
 // Worked out from the TV, not from the provider's answers.
-static bool IsVoiceAvailable(const Look& look) {
-    const bool recognises = look.Now(Input::Kind::kFeature, VOICE_FEATURE) == 1;
-    const bool isBlocked = look.Now(Input::Kind::kSetting, "db/comss/cisblock") == 2;
-    const int orvik = look.Now(Input::Kind::kFeature, ORVIK_FEATURE);
+bool IsVoiceAvailable(const Look& look) {
+    const bool recognises = look.Now(Input::Kind::kFeature, vtv::kVoiceFeature) == 1;
+    const bool isBlocked = look.Now(Input::Kind::kSetting, vtv::kBlockKey) == 2;
+    const int orvik = look.Now(Input::Kind::kFeature, vtv::kOrvikFeature);
     return recognises && !isBlocked && (orvik == 1 || orvik == -22 || !look.Policy().list.empty());
 }
 
@@ -32,8 +35,8 @@ std::string ExactlyOne(const Look& look, const Question*) {
 
 std::string NothingWithoutVoice(const Look& look, const Question*) {
     const bool shown = look.Visible(VOICE) || look.Visible(ONBOARDING);
-    const bool recognises = look.Now(Input::Kind::kFeature, VOICE_FEATURE) == 1;
-    const bool isBlocked = look.Now(Input::Kind::kSetting, "db/comss/cisblock") == 2;
+    const bool recognises = look.Now(Input::Kind::kFeature, vtv::kVoiceFeature) == 1;
+    const bool isBlocked = look.Now(Input::Kind::kSetting, vtv::kBlockKey) == 2;
     return shown && (!recognises || isBlocked) ? "an entry is visible" : "";
 }
 
@@ -44,7 +47,7 @@ std::string RootNeedsConsent(const Look& look, const Question*) {
     if (look.Now(Input::Kind::kConsent, "tnc") <= 0 || look.Now(Input::Kind::kConsent, "pp") <= 0) {
         return "the page is visible without both consents";
     }
-    return look.TextNow(Input::Kind::kSetting, CURRENT_KEY).empty()
+    return look.TextNow(Input::Kind::kSetting, vtv::kCurrentAssistantKey).empty()
                ? "the page is visible without an assistant"
                : "";
 }
@@ -60,7 +63,7 @@ std::string SubItemsTogether(const Look& look, const Question*) {
 
 std::string LegacyHides(const Look& look, const Question*) {
     for (const char* item : {WAKE_UP, ALWAYS, SCREEN_ON, HINT, ASSISTANT}) {
-        if (look.Visible(item) && look.Now(Input::Kind::kSetting, LEGACY_KEY) == 1) {
+        if (look.Visible(item) && look.Now(Input::Kind::kSetting, vtv::kLegacyVoiceKey) == 1) {
             return std::string(item) + " is visible";
         }
     }
@@ -83,18 +86,15 @@ std::string AChoiceToMake(const Look& look, const Question*) {
     if (!look.Visible(ASSISTANT)) {
         return "";
     }
-    int count = 0;
-    const SIProviderTable& table = look.Provider().Table();
-    ListItem** items = table.get_list_items(FindItem(ASSISTANT)->key, &count);
-    if (items == nullptr) {
+    const std::size_t count = look.Provider().Choices(FindItem(ASSISTANT)->key).size();
+    if (count == 0) {
         return "there is no list";
     }
-    table.free_list_items(items, count);
     std::set<int> orders;
     for (const Assistant& assistant : look.Policy().list) {
         orders.insert(assistant.order);
     }
-    return count != static_cast<int>(orders.size()) ? "an assistant is missing" : "";
+    return count != orders.size() ? "an assistant is missing" : "";
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -144,7 +144,8 @@ std::string SwitchesReadTheirValues(const Look& look, const Question* question) 
 
 std::string AssistantReadsItsNumber(const Look& look, const Question*) {
     const int value = look.Value(ASSISTANT);
-    const Assistant* current = look.Policy().Find(look.TextNow(Input::Kind::kSetting, CURRENT_KEY));
+    const Assistant* current =
+        look.Policy().Find(look.TextNow(Input::Kind::kSetting, vtv::kCurrentAssistantKey));
     const int expected = current != nullptr ? current->order : 0;
     return value != expected
                ? "reads " + std::to_string(value) + ", not " + std::to_string(expected)
@@ -152,7 +153,7 @@ std::string AssistantReadsItsNumber(const Look& look, const Question*) {
 }
 
 // Numbers that are 1 to n, each once: the number of an assistant then names it.
-static bool IsWellNumbered(const PolicyState& policy) {
+bool IsWellNumbered(const PolicyState& policy) {
     std::set<int> orders;
     for (const Assistant& assistant : policy.list) {
         orders.insert(assistant.order);
@@ -188,7 +189,7 @@ std::string WriteBack(const Look& look, const Question* question) {
     return "";
 }
 
-static bool WasTaken(const char* key) {
+bool WasTaken(const char* key) {
     const Input* write = tv().GetInputs().Find(Input::Kind::kWrite, key);
     const Value* result =
         write != nullptr ? tv().Current(tv().GetInputs().IndexOf(*write)) : nullptr;
@@ -196,22 +197,18 @@ static bool WasTaken(const char* key) {
 }
 
 std::string ChosenBecomesCurrent(const Look& look, const Question* question) {
-    std::string chosen;
-    for (const Assistant& assistant : look.Policy().list) {
-        if (assistant.order == question->value) {
-            chosen = assistant.appId;
-            break;
-        }
-    }
+    const std::vector<Assistant>& offered = look.Policy().list;
+    const auto chosen = std::find_if(
+        offered.begin(), offered.end(),
+        [&](const Assistant& assistant) { return assistant.order == question->value; });
     look.Write(ASSISTANT, question->value);
-    const bool isOffered =
-        std::any_of(look.Policy().list.begin(), look.Policy().list.end(),
-                    [&](const Assistant& assistant) { return assistant.order == question->value; });
-    if (!isOffered || !WasTaken(CURRENT_KEY)) {
+    if (chosen == offered.end() || !WasTaken(vtv::kCurrentAssistantKey)) {
         return "";
     }
-    const std::string current = look.TextNow(Input::Kind::kSetting, CURRENT_KEY);
-    return current != chosen ? "the current assistant is " + current + ", not " + chosen : "";
+    const std::string current = look.TextNow(Input::Kind::kSetting, vtv::kCurrentAssistantKey);
+    return current != chosen->appId
+               ? "the current assistant is " + current + ", not " + chosen->appId
+               : "";
 }
 
 std::string SwitchesKeepWhatIsWritten(const Look& look, const Question* question) {
@@ -238,11 +235,92 @@ std::string SwitchesKeepWhatIsWritten(const Look& look, const Question* question
 
 std::string OffEndsAlways(const Look& look, const Question*) {
     look.Write(WAKE_UP, 0);
-    const Assistant* current = look.Policy().Find(look.TextNow(Input::Kind::kSetting, CURRENT_KEY));
+    const Assistant* current =
+        look.Policy().Find(look.TextNow(Input::Kind::kSetting, vtv::kCurrentAssistantKey));
     if (current == nullptr || current->id != "ORVIK2" || !tv().IsEveryWriteTaken()) {
         return "";
     }
     return look.Now(Input::Kind::kCall, "AOVSystemDataGetAOVMode") != 0 ? "the mode is not 0" : "";
+}
+
+bool IsSwitch(const Question& question) {
+    return question.item != nullptr && question.item->kind == vtv::ItemKind::kSwitch;
+}
+
+bool IsSwitchValue(const Question& question) {
+    return IsSwitch(question) && question.kind == Asks::kValue;
+}
+
+bool IsSwitchWrite(const Question& question) {
+    return IsSwitch(question) && question.writes;
+}
+
+bool IsValue(const Question& question) {
+    return question.item != nullptr && HasValue(*question.item) && question.kind == Asks::kValue;
+}
+
+bool IsChoice(const Question& question) {
+    return question.item != nullptr && question.item->kind == vtv::ItemKind::kList &&
+           question.writes;
+}
+
+}  // namespace
+
+const std::vector<Invariant>& OfStates() {
+    static const std::vector<Invariant> invariants = {
+        {"never-both-entries", "The page and the onboarding entry are never both visible.",
+         NeverBoth, nullptr},
+        {"exactly-one-entry",
+         "With voice available, exactly one of the page and the onboarding entry is visible.",
+         ExactlyOne, nullptr},
+        {"nothing-without-voice",
+         "Without voice recognition, or with the content hub blocked, neither entry is visible.",
+         NothingWithoutVoice, nullptr},
+        {"page-needs-consent",
+         "The page is visible only with both consents and a chosen assistant.", RootNeedsConsent,
+         nullptr},
+        {"sub-items-need-wake-up", "A hidden wake-up switch hides its two sub-items.",
+         SubItemsFollowWakeUp, nullptr},
+        {"sub-items-visible-together", "The two sub-items of wake-up are visible together.",
+         SubItemsTogether, nullptr},
+        {"legacy-hides", "The legacy assistant hides the assistant, wake-up and hint items.",
+         LegacyHides, nullptr},
+        {"one-orvik-item", "The two Orvik items are never both visible.", OneOrvikItem, nullptr},
+        {"one-assistant-item", "At most one of the other assistants' items is visible.",
+         OneOutsider, nullptr},
+        {"a-choice-to-make", "A visible assistant item offers every assistant's number once.",
+         AChoiceToMake, nullptr},
+        {"sub-items-enabled-under-wake-up", "A dimmed wake-up switch dims its two sub-items.",
+         SubItemsEnabledWithWakeUp, nullptr},
+        {"sub-items-enabled-while-on", "The sub-items are enabled only while wake-up is on.",
+         SubItemsEnabledWhileOn, nullptr},
+        {"sub-items-enabled-together", "The two sub-items of wake-up are enabled together.",
+         SubItemsEnabledTogether, nullptr},
+        {"entries-enabled-together", "The page and the onboarding entry are enabled together.",
+         EntriesEnabledTogether, nullptr},
+        {"at-most-one-mode", "At most one of always and screen-on reads 1.", AtMostOneMode,
+         nullptr},
+        {"one-mode-while-on",
+         "Exactly one of always and screen-on reads 1 while wake-up is on, none while it is off.",
+         OneModeWhileOn, nullptr},
+        {"switches-read-their-values", "A switch reads 1 or 0; only the hint also reads -1.",
+         SwitchesReadTheirValues, IsSwitchValue},
+        {"assistant-reads-its-number",
+         "The assistant item reads the current assistant's number, or 0.", AssistantReadsItsNumber,
+         nullptr},
+        {"write-back",
+         "Writing what a visible item reads changes nothing that is shown (the policy numbered 1 "
+         "to n).",
+         WriteBack, IsValue},
+        {"chosen-becomes-current", "The assistant that is chosen becomes the current one.",
+         ChosenBecomesCurrent, IsChoice},
+        {"switches-keep-what-is-written",
+         "A switch reads what was written to it; what is not 1 is off.", SwitchesKeepWhatIsWritten,
+         IsSwitchWrite},
+        {"off-ends-always-on", "Turning off Orvik's wake-up ends the always-on-voice mode.",
+         OffEndsAlways, nullptr},
+    };
+    return invariants;
 }
 
 }  // namespace explorer::rules

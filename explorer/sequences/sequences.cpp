@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <map>
 
-#include "explorer/asking/command.h"
+#include "explorer/engine/bytes.h"
 #include "explorer/engine/memory.h"
 #include "explorer/engine/workers.h"
 #include "explorer/invariants/check.h"
@@ -20,14 +20,6 @@ namespace {
 
 // A provider that crashes in more ways than this has been looked at enough.
 constexpr std::size_t MOST_CRASHES = 100;
-
-std::vector<NewTv> LoadTvs(const Inputs& inputs, const SequencesOptions& options) {
-    std::vector<NewTv> tvs;
-    for (const TvModel& model : LoadModels(options.models)) {
-        tvs.push_back(LoadNewTv(inputs, model));
-    }
-    return tvs;
-}
 
 std::string SearchOne(const Inputs& inputs, const NewTv& model, const std::vector<Case>& cases,
                       const SequencesOptions& options, const SearchOptions& searchOptions,
@@ -96,30 +88,18 @@ void WriteScenarios(const SequencesOptions& options, const std::vector<Sequences
     }
 }
 
-void ReportStates(const std::vector<SequencesResult>& results) {
-    std::uint64_t states = 0;
-    for (const SequencesResult& result : results) {
-        states += result.states;
-    }
-    std::fprintf(stderr, "%s states in %.1f s: %s a second\n", BigNumber(states).ToString().c_str(),
-                 TotalSeconds(),
-                 BigNumber(static_cast<std::uint64_t>(static_cast<double>(states) / TotalSeconds()))
-                     .ToString()
-                     .c_str());
-}
-
 }  // namespace
 
 int SequencesMain(const SequencesOptions& options) {
     const std::vector<const Invariant*> invariants = InvariantsOf(options.invariants);
     const std::vector<Case> cases = CasesOf(invariants);
     const Inputs inputs = LoadInputs(InputsFile());
-    const std::vector<NewTv> tvs = LoadTvs(inputs, options);
+    const std::vector<NewTv> tvs = LoadNewTvs(inputs, options.models);
     CheckSubject(options.provider);
 
     std::vector<SequencesResult> results(tvs.size());
     for (std::size_t i = 0; i < tvs.size(); ++i) {
-        results[i].model = tvs[i].name;
+        results[i].model = tvs[i].model.name;
     }
     std::vector<SearchOptions> searchOptions(tvs.size());
     for (SearchOptions& one : searchOptions) {
@@ -132,7 +112,7 @@ int SequencesMain(const SequencesOptions& options) {
     const auto finished = [&](const WorkerResult& worker) {
         const auto index = static_cast<std::size_t>(worker.task);
         if (worker.trouble.empty()) {
-            results[index] = SequencesResultFromBytes(worker.bytes);
+            results[index] = BytesReader(worker.bytes).Next<SequencesResult>();
             return false;
         }
         // The search is made again up to where it crashed, and goes on behind.
@@ -141,27 +121,27 @@ int SequencesMain(const SequencesOptions& options) {
     };
     WorkOptions work;
     work.workers = options.workers;
-    work.progress = options.progress;
+    work.progress = !options.quiet;
     work.what = "states";
     Work(static_cast<int>(tvs.size()), work, task, finished);
 
     std::vector<ShortestBreak> breaks = ShortestBreaks(results);
     WriteScenarios(options, results, breaks);
-    if (options.json) {
+    if (options.format == Format::kJson) {
         PrintJson(results, invariants, breaks);
     } else {
         PrintText(results, invariants, breaks);
     }
     std::set<std::string> unknown;
+    std::uint64_t states = 0;
     bool isWhole = true;
     for (const SequencesResult& result : results) {
         unknown.insert(result.unknownKeys.begin(), result.unknownKeys.end());
+        states += result.states;
         isWhole = isWhole && result.finished;
     }
     ReportUnknownKeys(unknown, inputs);
-    if (options.progress) {
-        ReportStates(results);
-    }
+    ReportRate(options.quiet, states, "states");
     if (IsInterrupted()) {
         std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
     }

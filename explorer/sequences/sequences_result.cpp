@@ -5,10 +5,13 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "explorer/engine/bytes.h"
+#include "explorer/asking/command.h"
 #include "explorer/engine/coverage.h"
 #include "explorer/tv/lazy_tv.h"
+#include "program/counted.h"
+#include "program/standard_output.h"
 #include "sequences_scenario.h"
+#include "virtual-tv/model/json_text.h"
 
 namespace explorer {
 
@@ -27,8 +30,8 @@ Facts AllFacts(const ConcreteTv& tv, const TvState& state) {
             AddFact(tv, state, fact, facts);
         }
     }
-    for (const std::string& launch : tv.RunningIn(state)) {
-        facts.emplace_back("waits for the viewer", launch);
+    for (const Started& started : tv.RunningIn(state)) {
+        facts.emplace_back("waits for the viewer", LaunchText(started.application, started.extras));
     }
     return facts;
 }
@@ -57,38 +60,6 @@ BrokenResult ResultOf(const Search& search, const BrokenSequence& broken, const 
     return result;
 }
 
-void Write(BytesWriter& bytes, const Facts& facts) {
-    bytes.Number(facts.size());
-    for (const auto& [name, words] : facts) {
-        bytes.Text(name);
-        bytes.Text(words);
-    }
-}
-
-Facts ReadFacts(BytesReader& bytes) {
-    Facts facts;
-    for (std::uint64_t size = bytes.Number(); size > 0; --size) {
-        std::string name = bytes.Text();
-        facts.emplace_back(std::move(name), bytes.Text());
-    }
-    return facts;
-}
-
-void Write(BytesWriter& bytes, const std::vector<std::string>& texts) {
-    bytes.Number(texts.size());
-    for (const std::string& text : texts) {
-        bytes.Text(text);
-    }
-}
-
-std::vector<std::string> ReadTexts(BytesReader& bytes) {
-    std::vector<std::string> texts;
-    for (std::uint64_t size = bytes.Number(); size > 0; --size) {
-        texts.push_back(bytes.Text());
-    }
-    return texts;
-}
-
 std::string Big(std::uint64_t number) {
     return BigNumber(number).ToString();
 }
@@ -101,7 +72,7 @@ std::string Count(std::size_t number, const char* what) {
 
 SequencesResult ResultOf(const Search& search, const Stage& stage, ConcreteTv& tv, bool tour) {
     SequencesResult result;
-    result.model = tv.Model().name;
+    result.model = tv.Model().model.name;
     result.states = search.States();
     result.transitions = search.Transitions();
     result.deepest = search.Deepest();
@@ -111,63 +82,12 @@ SequencesResult ResultOf(const Search& search, const Stage& stage, ConcreteTv& t
     }
     if (tour) {
         for (const std::vector<Action>& path : Tours(search)) {
-            const std::string title = "A tour of " + tv.Model().name + ", part " +
+            const std::string title = "A tour of " + tv.Model().model.name + ", part " +
                                       std::to_string(result.tours.size() + 1);
             result.tours.push_back(ToScenario(stage, tv, title, path));
         }
     }
-    const std::set<std::string>& unknown = explorer::tv().UnknownKeys();
-    result.unknownKeys.assign(unknown.begin(), unknown.end());
-    return result;
-}
-
-std::string ToBytes(const SequencesResult& result) {
-    BytesWriter bytes;
-    bytes.Text(result.model);
-    bytes.Number(result.finished ? 1 : 0);
-    bytes.Number(result.states);
-    bytes.Number(result.transitions);
-    bytes.Number(static_cast<std::uint64_t>(result.deepest));
-    bytes.Number(result.closed ? 1 : 0);
-    bytes.Number(static_cast<std::uint64_t>(result.seconds * 1e6));
-    bytes.Number(result.broken.size());
-    for (const BrokenResult& broken : result.broken) {
-        bytes.Text(broken.invariant);
-        bytes.Text(broken.what);
-        bytes.Text(broken.question);
-        Write(bytes, broken.actions);
-        Write(bytes, broken.lookedAt);
-        Write(bytes, broken.state);
-        bytes.Text(broken.scenario);
-    }
-    Write(bytes, result.tours);
-    Write(bytes, result.unknownKeys);
-    return bytes.Bytes();
-}
-
-SequencesResult SequencesResultFromBytes(const std::string& text) {
-    BytesReader bytes(text);
-    SequencesResult result;
-    result.model = bytes.Text();
-    result.finished = bytes.Number() == 1;
-    result.states = bytes.Number();
-    result.transitions = bytes.Number();
-    result.deepest = bytes.Int();
-    result.closed = bytes.Number() == 1;
-    result.seconds = static_cast<double>(bytes.Number()) / 1e6;
-    for (std::uint64_t size = bytes.Number(); size > 0; --size) {
-        BrokenResult broken;
-        broken.invariant = bytes.Text();
-        broken.what = bytes.Text();
-        broken.question = bytes.Text();
-        broken.actions = ReadTexts(bytes);
-        broken.lookedAt = ReadFacts(bytes);
-        broken.state = ReadFacts(bytes);
-        broken.scenario = bytes.Text();
-        result.broken.push_back(std::move(broken));
-    }
-    result.tours = ReadTexts(bytes);
-    result.unknownKeys = ReadTexts(bytes);
+    result.unknownKeys = explorer::tv().UnknownKeys();
     return result;
 }
 
@@ -226,17 +146,11 @@ Json::Value ToJson(const ShortestBreak& one) {
     json["model"] = one.model->model;
     json["what"] = one.broken->what;
     json["question"] = one.broken->question;
-    json["actions"] = Json::arrayValue;
-    for (const std::string& action : one.broken->actions) {
-        json["actions"].append(action);
-    }
+    json["actions"] = JsonList(one.broken->actions);
     json["lookedAt"] = ToJson(one.broken->lookedAt);
     json["state"] = ToJson(one.broken->state);
     json["scenario"] = one.file;
-    json["alsoOn"] = Json::arrayValue;
-    for (const std::string& other : one.alsoOn) {
-        json["alsoOn"].append(other);
-    }
+    json["alsoOn"] = JsonList(one.alsoOn);
     return json;
 }
 
@@ -266,7 +180,8 @@ void PrintText(const std::vector<SequencesResult>& results,
                 deepest,
                 isClosed ? "no sequence, however long, leads anywhere else"
                          : "longer sequences may lead further");
-    std::printf("%zu invariants, %zu violated\n", invariants.size(), breaks.size());
+    std::printf("%s, %zu violated\n", program::Counted(invariants.size(), "invariant").c_str(),
+                breaks.size());
 }
 
 void PrintJson(const std::vector<SequencesResult>& results,
@@ -293,9 +208,7 @@ void PrintJson(const std::vector<SequencesResult>& results,
         json["invariant"] = one.invariant->name;
         root["violations"].append(json);
     }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "  ";
-    std::printf("%s\n", Json::writeString(builder, root).c_str());
+    program::Print(vtv::PrettyJson(root) + "\n", program::Form::kJson);
 }
 
 }  // namespace explorer

@@ -21,6 +21,11 @@ struct BrokenResult {
     Facts lookedAt;  // what the invariant looked at
     Facts state;     // everything that can change
     std::string scenario;
+
+    template <typename Bytes>
+    void Members(Bytes& bytes) {
+        bytes(invariant, what, question, actions, lookedAt, state, scenario);
+    }
 };
 
 struct SequencesResult {
@@ -33,14 +38,17 @@ struct SequencesResult {
     double seconds = 0;
     std::vector<BrokenResult> broken;
     std::vector<std::string> tours;
-    std::vector<std::string> unknownKeys;
+    std::set<std::string> unknownKeys;
+
+    template <typename Bytes>
+    void Members(Bytes& bytes) {
+        bytes(model, finished, states, transitions, deepest, closed, seconds, broken, tours,
+              unknownKeys);
+    }
 };
 
 // Must be called where the search was made. With `tour` also its tours.
 SequencesResult ResultOf(const Search& search, const Stage& stage, ConcreteTv& tv, bool tour);
-
-std::string ToBytes(const SequencesResult& result);
-SequencesResult SequencesResultFromBytes(const std::string& bytes);
 
 // The shortest sequence over all TVs after which an invariant does not hold.
 struct ShortestBreak {

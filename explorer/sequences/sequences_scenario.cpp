@@ -4,9 +4,9 @@
 #include <deque>
 #include <set>
 
-#include "explorer/tv/keys.h"
 #include "explorer/tv/state.h"
 #include "host/core/toml_writer.h"
+#include "virtual-tv/model/keys.h"
 
 namespace explorer {
 
@@ -21,23 +21,28 @@ constexpr std::size_t LONGEST_TOUR = 80;
 // Steps
 // ---------------------------------------------------------------------------------------------
 
+// A press by itself turns a switch over.
+std::string TomlPress(const host::Press& press) {
+    std::string toml = "press = " + TomlText(press.item->name) + "\n";
+    const bool isChoice = press.choose && press.item->kind == host::ItemKind::kList;
+    if (isChoice) {
+        toml += "choose = " + std::to_string(*press.choose) + "\n";
+    }
+    if (isChoice || press.answer != host::Answer::kNone) {
+        toml +=
+            press.answer == host::Answer::kCancel ? "answer = \"cancel\"\n" : "answer = \"ok\"\n";
+    }
+    return toml;
+}
+
 std::string TomlStep(const Action& action, const NewTv& model) {
-    const std::string press =
-        action.item != nullptr ? "press = " + TomlText(action.item->name) + "\n" : "";
-    const std::string answer =
-        std::string("answer = ") + (action.confirmed ? "\"ok\"" : "\"cancel\"") + "\n";
     switch (action.kind) {
-        case Action::Kind::kSwitch:
-        case Action::Kind::kSetUp:
-            return press;
-        case Action::Kind::kChoose:
-            return press + "choose = " + std::to_string(action.value) + "\n" + answer;
-        case Action::Kind::kPopup:
-            return press + answer;
+        case Action::Kind::kPress:
+            return TomlPress(action.press);
         case Action::Kind::kFinish:
-            return "finish = " + TomlText(ApplicationOf(action.application)) + "\n";
+            return "finish = " + TomlText(action.application.application) + "\n";
         case Action::Kind::kCancel:
-            return "cancel = " + TomlText(ApplicationOf(action.application)) + "\n";
+            return "cancel = " + TomlText(action.application.application) + "\n";
         case Action::Kind::kPublish:
             return "policy = " + TomlText(model.policy.value_or("")) + "\n";
         case Action::Kind::kPowerCycle:
@@ -50,41 +55,23 @@ std::string StepBegin(const std::string& say) {
     return "\n[[step]]\nsay = " + TomlText(say) + "\n";
 }
 
-// "APP key=value" of "APP key="value"".
-std::string PlainLaunch(std::string launch) {
-    launch.erase(std::remove(launch.begin(), launch.end(), '"'), launch.end());
-    return launch;
-}
-
-std::string TomlList(const std::vector<std::string>& texts) {
-    std::string list;
-    for (const std::string& text : texts) {
-        list += (list.empty() ? "" : ", ") + TomlText(text);
-    }
-    return "[" + list + "]";
-}
-
-std::string ExpectedPage(const PageLook& page) {
+std::string ExpectedPage(const host::Page& page) {
     std::string text;
-    for (const ItemLook& look : page) {
-        text += std::string("expect.page.") + look.item->name +
-                " = { visible = " + (look.reachable ? "true" : "false") +
-                ", enabled = " + (look.enabled ? "true" : "false") +
-                (look.value ? ", value = " + std::to_string(*look.value) : "") + " }\n";
+    for (const host::ItemView& view : page.items) {
+        text += std::string("expect.page.") + view.item->name +
+                " = { visible = " + (page.IsReachable(*view.item) ? "true" : "false") +
+                ", enabled = " + (view.enabled ? "true" : "false") +
+                (view.value ? ", value = " + std::to_string(*view.value) : "") + " }\n";
     }
     return text;
 }
 
 // "" for a setting that is of another type than the provider expects.
 std::string ExpectedValue(const Value& value) {
-    if (value.kind == Value::Kind::kText) {
-        return TomlText(value.text);
-    }
     if (value.kind == Value::Kind::kFails) {
         return value.storedType.empty() ? TomlText("(missing)") : "";
     }
-    return value.storedType == "bool" ? (value.number != 0 ? "true" : "false")
-                                      : std::to_string(value.number);
+    return TomlValue(StoredBy(value, value.text));
 }
 
 // The settings and files that differ; all of them without a state before.
@@ -99,7 +86,7 @@ std::string ExpectedStore(const ConcreteTv& tv, const TvState* before, const TvS
         }
         const Value& value = tv.ValueOf(after, index);
         if (input.kind == Input::Kind::kFile && value.number == 1) {
-            files.push_back(input.key.substr(sizeof(keys::OWNER) - 1));
+            files.push_back(input.key.substr(sizeof(vtv::kOwnerFolder) - 1));
         }
         const std::string expected =
             input.kind == Input::Kind::kSetting ? ExpectedValue(value) : "";
@@ -117,7 +104,7 @@ class ScenarioWriter {
 
     std::string Write(const std::string& title, const std::vector<Action>& path, bool crashes) {
         std::string text =
-            "title = " + TomlText(title) + "\nmodel = " + TomlText(tv_.Model().model) + "\n";
+            "title = " + TomlText(title) + "\nmodel = " + TomlText(tv_.Model().call) + "\n";
         text += StepBegin("a new TV");
         if (!crashes || !path.empty()) {
             text += Page() + ExpectedStore(tv_, nullptr, state_);
@@ -144,19 +131,20 @@ class ScenarioWriter {
     std::string Expected(const Action& action, bool isWhole) {
         const TvState before = state_;
         tv_.Load(state_);
-        const Consequences consequences = CarryOut(Current(), tv_, action, state_);
+        const Consequences consequences =
+            CarryOut(Current(), tv_, LookAtPage(Current()), action, state_);
         // A notification is there for some seconds, and what is told to end does so in its own
         // time: what runs is then not certain until the next power cycle.
         const bool isFresh = action.kind == Action::Kind::kPowerCycle;
         isSettled_ =
             isFresh || (isSettled_ && !consequences.notified && consequences.terminated.empty());
         std::vector<std::string> launched;
-        for (const std::string& launch : consequences.launched) {
-            launched.push_back(PlainLaunch(launch));
+        for (const Started& started : consequences.launched) {
+            launched.push_back(ExpectedLaunch(started.application, started.extras));
         }
         std::vector<std::string> running;
-        for (const std::string& launch : tv_.RunningIn(state_)) {
-            running.push_back(ApplicationOf(launch));
+        for (const Started& started : tv_.RunningIn(state_)) {
+            running.push_back(started.application);
         }
         std::string text = "expect.launched = " + TomlList(launched) + "\n";
         text += isSettled_ ? "expect.running = " + TomlList(running) + "\n" : "";

@@ -1,57 +1,29 @@
 #include "sequences_search.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <filesystem>
 
 #include "explorer/engine/memory.h"
 #include "explorer/tv/lazy_tv.h"
 
 namespace explorer {
 
-namespace fs = std::filesystem;
-
 // ---------------------------------------------------------------------------------------------
 // The provider, twice
 // ---------------------------------------------------------------------------------------------
 
-namespace {
-
-// A library that is loaded a second time is the same one: the second provider is of a copy.
-std::unique_ptr<Subject> LoadCopy(const std::string& provider, const Policy& policy) {
-    const fs::path copy =
-        fs::temp_directory_path() / ("vtv-sequences-" + std::to_string(getpid()) + ".so");
-    fs::copy_file(provider, copy, fs::copy_options::overwrite_existing);
-    const auto remove = [&copy] {
-        std::error_code ignored;
-        fs::remove(copy, ignored);
-    };
-    try {
-        auto subject = std::make_unique<Subject>(copy, policy);
-        remove();
-        return subject;
-    } catch (...) {
-        remove();
-        throw;
-    }
-}
-
-}  // namespace
-
 Stage::Stage(const std::string& provider, const NewTv& model) {
-    policy_.name = model.name;
+    policy_.name = model.model.name;
     if (!model.policy) {
         first_ = std::make_unique<Subject>(provider, policy_);
         return;
     }
     policy_.published = {*model.policy};
     first_ = std::make_unique<Subject>(provider, policy_);
-    again_ = LoadCopy(provider, policy_);
+    again_ = std::make_unique<Subject>(provider, policy_, Subject::Copy::kPrivate);
     again_->Publish(policy_.published.front());
     for (const RecordEntry& entry : ReadRecord(tv().Record())) {
         if (entry.kind == Entry::kWrong) {
-            trouble_ = entry.text;
+            trouble_ = WhatIsSaid(entry);
         }
     }
     if (tv().HasEffects() && trouble_.empty()) {
@@ -276,7 +248,7 @@ void Search::Expand(int state) {
         return;
     }
     tv_.Load(from);
-    PageLook page;
+    host::Page page;
     std::vector<Action> actions;
     try {
         page = LookAtPage(subject);
@@ -287,60 +259,59 @@ void Search::Expand(int state) {
         return;
     }
     for (const Action& action : actions) {
-        Follow(state, action, subject);
+        Follow(state, action, subject, page);
     }
 }
 
-void Search::Follow(int state, const Action& action, const Subject& subject) {
-    const auto [place, isNew] = actionIds_.emplace(ToText(action) + '\n' + action.application,
-                                                   static_cast<int>(actions_.size()));
-    if (isNew) {
+void Search::Follow(int state, const Action& action, const Subject& subject,
+                    const host::Page& page) {
+    const auto known = std::find(actions_.begin(), actions_.end(), action);
+    const int index = static_cast<int>(known - actions_.begin());
+    if (known == actions_.end()) {
         actions_.push_back(action);
     }
     TvState to = StateAt(state);
     std::string wrong;
     if (!MayRun(wrong)) {
-        NoteWrong(wrong, state, place->second, true);
+        NoteWrong(wrong, state, index, true);
         return;
     }
     tv_.Load(to);
-    const Consequences consequences = CarryOut(subject, tv_, action, to);
+    const Consequences consequences = CarryOut(subject, tv_, page, action, to);
     ++transitions_;
-    const int target = Add(to, state, place->second);
+    const int target = Add(to, state, index);
     if (!consequences.wrong.empty()) {
-        NoteWrong(consequences.wrong, state, place->second, true);
+        NoteWrong(consequences.wrong, state, index, true);
     }
     if (action.kind == Action::Kind::kPublish && !stage_.Trouble().empty()) {
-        NoteWrong(stage_.Trouble(), state, place->second, false);
+        NoteWrong(stage_.Trouble(), state, index, false);
     }
     steps_[static_cast<std::size_t>(state)].push_back(
-        StepOf(place->second, StateAt(state), target, consequences));
+        StepOf(index, StateAt(state), target, consequences));
 }
 
 Step Search::StepOf(int action, const TvState& from, int target, const Consequences& consequences) {
-    const auto applicationOf = [this](const std::vector<std::string>& names) {
-        if (names.empty()) {
-            return -1;
-        }
-        return applications_
-            .emplace(ApplicationOf(names.front()), static_cast<int>(applications_.size()))
+    const auto numberOf = [this](const std::string& application) {
+        return applications_.emplace(application, static_cast<int>(applications_.size()))
             .first->second;
     };
     const TvState& to = StateAt(target);
-    std::string kind = std::to_string(action) + ':';
+    Kind kind = {action, {}, consequences.launched, consequences.notified};
     for (std::size_t i = 0; i < from.size(); ++i) {
-        kind += from[i] != to[i] ? std::to_string(i) + ' ' : std::string();
+        if (from[i] != to[i]) {
+            kind.changed.push_back(i);
+        }
     }
-    for (const std::string& launch : consequences.launched) {
-        kind += launch;
-    }
-    kind += consequences.notified ? "notified" : "";
     Step step;
     step.action = action;
     step.target = target;
     step.kind = kinds_.emplace(kind, static_cast<int>(kinds_.size())).first->second;
-    step.launched = applicationOf(consequences.launched);
-    step.terminated = applicationOf(consequences.terminated);
+    if (!consequences.launched.empty()) {
+        step.launched = numberOf(consequences.launched.front().application);
+    }
+    if (!consequences.terminated.empty()) {
+        step.terminated = numberOf(consequences.terminated.front());
+    }
     return step;
 }
 

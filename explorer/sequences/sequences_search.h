@@ -18,7 +18,7 @@ namespace explorer {
 // it holds in memory then may differ, so that the two are two states.
 class Stage {
   public:
-    // The TV of this process must be in use. Throws SubjectError.
+    // The TV of this process must be in use. Throws host::ProviderError.
     Stage(const std::string& provider, const NewTv& model);
 
     const Subject& Of(bool published) const { return published && again_ ? *again_ : *first_; }
@@ -93,13 +93,22 @@ class Search {
         std::vector<Node> nodes;
     };
 
+    // What steps of one kind have in common.
+    struct Kind {
+        int action = 0;
+        std::vector<std::size_t> changed;  // facts
+        std::vector<Started> launched;
+        bool notified = false;
+        auto operator<=>(const Kind&) const = default;
+    };
+
     int Add(const TvState& state, int parent, int action);
     void Check(int state);
     void CheckCase(int state, std::size_t index, Known& known);
     static bool Holds(const Known& known, const TvState& state);
     bool Learn(Known& known, const TvState& state, const Choices& choices) const;
     void Expand(int state);
-    void Follow(int state, const Action& action, const Subject& subject);
+    void Follow(int state, const Action& action, const Subject& subject, const host::Page& page);
     Step StepOf(int action, const TvState& from, int target, const Consequences& consequences);
     void Note(const Case& one, BrokenSequence broken);
     void NoteWrong(const std::string& what, int state, int action, bool crashed);
@@ -123,8 +132,7 @@ class Search {
     int run_ = 0;
 
     std::vector<Action> actions_;
-    std::map<std::string, int> actionIds_;
-    std::map<std::string, int> kinds_;
+    std::map<Kind, int> kinds_;
     std::map<std::string, int> applications_;
     std::vector<Known> known_[2];  // by whether the policy was published again
     std::vector<bool> isBroken_;   // by case: its invariant is known not to hold

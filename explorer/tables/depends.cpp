@@ -8,9 +8,10 @@
 #include <map>
 #include <set>
 
-#include "explorer/asking/command.h"
 #include "explorer/asking/exploration.h"
 #include "facts.h"
+#include "virtual-tv/model/json_text.h"
+#include "virtual-tv/model/keys.h"
 
 namespace explorer {
 
@@ -80,7 +81,7 @@ Names Reversed(const Names& depends, const std::vector<std::string>& keys) {
 void CheckKeys(const Inputs& inputs, const std::vector<std::string>& keys) {
     for (const std::string& key : keys) {
         const bool isKnown =
-            key == "db/menu/voice/mva_list" || key == POLICY_SETTING ||
+            key == vtv::kPolicyKey || key == POLICY_SETTING ||
             std::any_of(inputs.inputs.begin(), inputs.inputs.end(), [&](const Input& input) {
                 return key == input.key || key == std::string(ToText(input.kind)) + ' ' + input.key;
             });
@@ -98,9 +99,7 @@ std::string AsJson(const Names& depends) {
             root[name].append(other);
         }
     }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "  ";
-    return Json::writeString(builder, root) + "\n";
+    return vtv::PrettyJson(root) + "\n";
 }
 
 std::string AsText(const Names& depends) {
@@ -146,25 +145,21 @@ int DependsMain(const DependsOptions& options) {
     if (options.reverse) {
         CheckKeys(inputs, options.names);
     }
-    ExplorationOptions exploring;
-    exploring.provider = options.provider;
-    exploring.workers = options.workers;
-    exploring.progress = options.progress;
     const auto exploration = Explore(
         inputs,
         options.source ? QuestionsOfLooks()
                        : QuestionsOf(options.reverse ? std::vector<std::string>() : options.names),
-        exploring);
+        options);
     Names depends = Collect(inputs, *exploration);
     if (options.reverse || options.source) {
         depends = Reversed(depends, options.names);
     }
-    const std::string text = options.source ? AsSource(depends)
-                             : options.json ? AsJson(depends)
-                                            : AsText(depends);
-    std::fputs(text.c_str(), stdout);
+    const std::string text = options.source                    ? AsSource(depends)
+                             : options.format == Format::kJson ? AsJson(depends)
+                                                               : AsText(depends);
+    program::Print(text, options.source ? program::Form::kExact : FormOf(options.format));
     ReportUnknownKeys(exploration->unknownKeys, inputs);
-    ReportRate(options.progress);
+    ReportRate(options.quiet);
     return exploration->interrupted || !exploration->unknownKeys.empty() ? kExitTrouble : kExitOk;
 }
 

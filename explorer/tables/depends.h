@@ -4,16 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "explorer/asking/command.h"
+
 namespace explorer {
 
-struct DependsOptions {
-    std::string provider;
+struct DependsOptions : CommonOptions {
     std::vector<std::string> names;  // items, functions, questions; with `reverse` keys
     bool reverse = false;
-    bool json = false;
     bool source = false;  // as host/core/page_dependencies.cpp: all items, nothing else
-    int workers = 0;
-    bool progress = true;
 };
 
 int DependsMain(const DependsOptions& options);

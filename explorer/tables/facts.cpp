@@ -17,56 +17,16 @@ struct Situation {
     const Question& question;
 
     std::string AppId() const { return current.kind == Value::Kind::kText ? current.text : ""; }
+    const Assistant* Listed() const { return state.Find(AppId()); }
 };
 
-std::string Offered(const Situation& now) {
-    const std::size_t count = now.state.list.size();
-    return count == 0 ? "none" : count == 1 ? "one" : "several";
-}
-
-std::string ListedAs(const Situation& now) {
-    const Assistant* assistant = now.state.Find(now.AppId());
-    return assistant == nullptr ? "not listed" : assistant->id;
-}
-
-std::string Kind(const Situation& now) {
-    const std::string kind = now.state.KindOf(now.AppId());
-    return kind.empty() ? "none" : kind;
-}
-
-std::string FarField(const Situation& now) {
-    const Assistant* assistant = now.state.Find(now.AppId());
-    return assistant != nullptr && assistant->farField ? "yes" : "no";
-}
-
-std::string IsChosen(const Situation& now) {
-    return now.AppId().empty() ? "no" : "yes";
-}
-
-std::string Number(const Situation& now) {
-    const Assistant* assistant = now.state.Find(now.AppId());
-    return assistant == nullptr ? "not listed" : std::to_string(assistant->order);
-}
-
-std::string NameOf(const Situation& now, const std::string& kind) {
+std::string NameOf(const Situation& now, const char* kind) {
     for (const Assistant& assistant : now.state.list) {
         if (now.state.KindOf(assistant.appId) == kind) {
             return assistant.name.empty() ? "empty" : assistant.name;
         }
     }
-    return "not listed";
-}
-
-std::string AlexaName(const Situation& now) {
-    return NameOf(now, "ALEXA");
-}
-
-std::string GoogleName(const Situation& now) {
-    return NameOf(now, "GVA");
-}
-
-std::string SaluteName(const Situation& now) {
-    return NameOf(now, "SBER");
+    return "none";
 }
 
 std::string Chosen(const Situation& now) {
@@ -77,14 +37,6 @@ std::string Chosen(const Situation& now) {
         }
     }
     return "none";
-}
-
-std::string AppIdText(const Situation& now) {
-    return now.current.words;
-}
-
-std::string PolicyName(const Situation& now) {
-    return now.policy.name;
 }
 
 struct Fact {
@@ -99,18 +51,34 @@ constexpr char CURRENT[] = "setting db/multi-assistant/default_assistant_appid";
 
 // From the simplest to what is only taken when nothing simpler explains the answers.
 constexpr Fact FACTS[] = {
-    {"assistants offered", POLICY_SETTING, Offered},
-    {"an assistant is chosen", CURRENT, IsChosen},
-    {"current assistant is listed as", BOTH, ListedAs},
-    {"current assistant's kind", BOTH, Kind},
-    {"its far-field flag", BOTH, FarField},
-    {"its number", BOTH, Number},
-    {"Alexa's name", POLICY_SETTING, AlexaName},
-    {"Google's name", POLICY_SETTING, GoogleName},
-    {"Salute's name", POLICY_SETTING, SaluteName},
+    {"assistants offered", POLICY_SETTING,
+     [](const Situation& now) -> std::string {
+         const std::size_t count = now.state.list.size();
+         return count == 0 ? "none" : count == 1 ? "one" : "several";
+     }},
+    {"an assistant is chosen", CURRENT,
+     [](const Situation& now) -> std::string { return now.AppId().empty() ? "no" : "yes"; }},
+    {"current assistant is listed as", BOTH,
+     [](const Situation& now) { return now.Listed() == nullptr ? "none" : now.Listed()->id; }},
+    {"current assistant's kind", BOTH,
+     [](const Situation& now) {
+         const std::string kind = now.state.KindOf(now.AppId());
+         return kind.empty() ? "none" : kind;
+     }},
+    {"its far-field flag", BOTH,
+     [](const Situation& now) -> std::string {
+         return now.Listed() != nullptr && now.Listed()->farField ? "yes" : "no";
+     }},
+    {"its number", BOTH,
+     [](const Situation& now) {
+         return now.Listed() == nullptr ? "none" : std::to_string(now.Listed()->order);
+     }},
+    {"Alexa's name", POLICY_SETTING, [](const Situation& now) { return NameOf(now, "ALEXA"); }},
+    {"Google's name", POLICY_SETTING, [](const Situation& now) { return NameOf(now, "GVA"); }},
+    {"Salute's name", POLICY_SETTING, [](const Situation& now) { return NameOf(now, "SBER"); }},
     {"the chosen assistant", POLICY_SETTING, Chosen},
-    {"current application", CURRENT, AppIdText},
-    {"policy", POLICY_SETTING, PolicyName},
+    {"current application", CURRENT, [](const Situation& now) { return now.current.words; }},
+    {"policy", POLICY_SETTING, [](const Situation& now) { return now.policy.name; }},
 };
 constexpr std::size_t FACT_COUNT = std::size(FACTS);
 
@@ -148,15 +116,21 @@ std::vector<bool> FewestFacts(const std::vector<Point>& points) {
 
 class RuleMaker {
   public:
-    RuleMaker(const Inputs& inputs, Diagram& diagram, const std::vector<NodeId>& roots,
-              const std::vector<int>& order, const Question& question)
-        : inputs_(inputs), diagram_(diagram), roots_(roots), order_(order), question_(question) {}
+    RuleMaker(const Inputs& inputs, Diagram& diagram, const QuestionResult& result)
+        : inputs_(inputs),
+          diagram_(diagram),
+          roots_(result.roots),
+          order_(result.order),
+          question_(*result.question) {}
 
     Rule Make() {
         for (const Input& input : inputs_.inputs) {
-            Column column{input.name, std::string(ToText(input.kind)) + ' ' + input.key, {}};
+            Column column{input.name, std::string(ToText(input.kind)) + ' ' + input.key, {}, {}};
             for (const Value& value : input.values) {
+                const bool isNumber = value.kind == Value::Kind::kNumber &&
+                                      value.words == std::to_string(value.number);
                 column.values.push_back(value.words);
+                column.numbers.push_back(isNumber ? std::optional(value.number) : std::nullopt);
             }
             rule_.columns.push_back(column);
         }
@@ -171,7 +145,9 @@ class RuleMaker {
         for (const Point& point : points_) {
             all.push_back(&point);
         }
-        rule_.root = all.empty() ? NONE : InBestOrder(Build(0, all));
+        if (!all.empty()) {
+            PutInBestOrder(Build(0, all));
+        }
         return rule_;
     }
 
@@ -210,12 +186,13 @@ class RuleMaker {
     }
 
     void AddFact(std::size_t fact) {
-        Column column{FACTS[fact].name, FACTS[fact].source, {}};
+        Column column{FACTS[fact].name, FACTS[fact].source, {}, {}};
         for (const Point& point : points_) {
             const std::string& value = point.facts[fact];
             if (std::find(column.values.begin(), column.values.end(), value) ==
                 column.values.end()) {
                 column.values.push_back(value);
+                column.numbers.emplace_back();
             }
         }
         taken_.push_back(fact);
@@ -224,34 +201,37 @@ class RuleMaker {
 
     // Conditions stand in the order in which they are read; the facts where the first of what they
     // are made of is read, unless the table is shorter with them elsewhere.
-    NodeId InBestOrder(NodeId root) {
+    void PutInBestOrder(NodeId root) {
         const auto place = std::find(order_.begin(), order_.end(), inputs_.CurrentAssistant());
         const int asRead = 2 * static_cast<int>(place - order_.begin());
-        NodeId best = NONE;
-        std::size_t fewest = 0;
         for (const int facts : {asRead, -1}) {
-            std::vector<int> rank;
-            for (std::size_t i = 0; i < rule_.columns.size(); ++i) {
-                const auto read = std::find(order_.begin(), order_.end(), static_cast<int>(i));
-                const int own = 2 * static_cast<int>(read - order_.begin()) + 1;
-                rank.push_back(i < inputs_.inputs.size() ? own : facts);
-            }
-            // Ranks must differ: facts of one place keep their order.
-            std::vector<std::size_t> sorted(rank.size());
-            std::iota(sorted.begin(), sorted.end(), std::size_t{0});
-            std::stable_sort(sorted.begin(), sorted.end(),
-                             [&](std::size_t a, std::size_t b) { return rank[a] < rank[b]; });
-            for (std::size_t i = 0; i < sorted.size(); ++i) {
-                rank[sorted[i]] = static_cast<int>(i);
-            }
+            const std::vector<int> rank = RankWithFactsAt(facts);
             const NodeId ordered = diagram_.Ordered(root, rank);
-            const std::size_t rows = RowsOf(diagram_, ordered).size();
-            if (best == NONE || rows < fewest) {
-                best = ordered;
-                fewest = rows;
+            DecisionList rows = DecisionListOf(diagram_, ordered, rank);
+            if (rule_.root == NONE || LengthOf(rows) < LengthOf(rule_.rows)) {
+                rule_.root = ordered;
+                rule_.rank = rank;
+                rule_.rows = std::move(rows);
             }
         }
-        return best;
+    }
+
+    std::vector<int> RankWithFactsAt(int facts) const {
+        std::vector<int> rank;
+        for (std::size_t i = 0; i < rule_.columns.size(); ++i) {
+            const auto read = std::find(order_.begin(), order_.end(), static_cast<int>(i));
+            const int own = 2 * static_cast<int>(read - order_.begin()) + 1;
+            rank.push_back(i < inputs_.inputs.size() ? own : facts);
+        }
+        // Ranks must differ: facts of one place keep their order.
+        std::vector<std::size_t> sorted(rank.size());
+        std::iota(sorted.begin(), sorted.end(), std::size_t{0});
+        std::stable_sort(sorted.begin(), sorted.end(),
+                         [&](std::size_t a, std::size_t b) { return rank[a] < rank[b]; });
+        for (std::size_t i = 0; i < sorted.size(); ++i) {
+            rank[sorted[i]] = static_cast<int>(i);
+        }
+        return rank;
     }
 
     NodeId Build(std::size_t depth, const std::vector<const Point*>& points) {
@@ -285,13 +265,8 @@ class RuleMaker {
 
 }  // namespace
 
-Rule MakeRule(const Inputs& inputs, Diagram& diagram, const std::vector<NodeId>& roots,
-              const std::vector<int>& order, const Question& question) {
-    return RuleMaker(inputs, diagram, roots, order, question).Make();
-}
-
 Rule MakeRule(const Inputs& inputs, Exploration& exploration, const QuestionResult& result) {
-    return MakeRule(inputs, exploration.diagram, result.roots, result.order, *result.question);
+    return RuleMaker(inputs, exploration.diagram, result).Make();
 }
 
 }  // namespace explorer

@@ -5,10 +5,12 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "explorer/asking/exploration.h"
+#include "explorer/engine/decision_list.h"
 
 namespace explorer {
 
@@ -20,17 +22,16 @@ struct Column {
     std::string name;
     std::string source;  // "setting db/...", "policy", ...
     std::vector<std::string> values;
+    std::vector<std::optional<int>> numbers;  // what a value is, where its words are just that
 };
 
 // One question's answers over facts and inputs.
 struct Rule {
     std::vector<Column> columns;  // by the number that the diagram's nodes ask for
     NodeId root = NONE;
+    std::vector<int> rank;  // of the columns: in the order of the reads
+    DecisionList rows;
 };
 
 Rule MakeRule(const Inputs& inputs, Exploration& exploration, const QuestionResult& result);
-// The same with the policies' diagrams given; outcomes may be of another kind.
-Rule MakeRule(const Inputs& inputs, Diagram& diagram, const std::vector<NodeId>& roots,
-              const std::vector<int>& order, const Question& question);
-
 }  // namespace explorer

@@ -2,19 +2,10 @@
 
 #include <algorithm>
 
-#include "explorer/tv/lazy_tv.h"
+#include "explorer/tv/record.h"
+#include "program/counted.h"
 
 namespace explorer {
-
-namespace {
-
-std::vector<std::string> LinesOf(const std::string& record) {
-    std::vector<std::string> lines;
-    for (const RecordEntry& entry : ReadRecord(record)) {
-        lines.push_back(ToText(entry));
-    }
-    return lines;
-}
 
 std::string Join(const std::vector<std::string>& words, const char* separator) {
     std::string text;
@@ -24,33 +15,112 @@ std::string Join(const std::vector<std::string>& words, const char* separator) {
     return text;
 }
 
+namespace {
+
+// "agreed or unknown", "neither 1 nor 2", "above 0": of a column's values those for which a row
+// fits, and the others that occur.
+struct Choice {
+    const Column& column;
+    std::vector<int> values;
+    std::vector<int> others;
+
+    std::string ToText() const {
+        if (const std::string range = RangeOf(values); !range.empty()) {
+            return range;
+        }
+        if (const std::string range = RangeOf(others); !range.empty()) {
+            return "not " + range;
+        }
+        const std::vector<std::string> excluded = WordsOf(others);
+        const bool isReadable =
+            std::none_of(excluded.begin(), excluded.end(), [](const std::string& words) {
+                return words.rfind("not ", 0) == 0 || words.rfind("fails", 0) == 0;
+            });
+        if (isReadable && !others.empty() && others.size() < values.size()) {
+            return (others.size() == 1 ? "not " : "neither ") + Join(excluded, " nor ");
+        }
+        return Join(WordsOf(values), " or ");
+    }
+
+    std::vector<std::string> WordsOf(const std::vector<int>& some) const {
+        std::vector<std::string> words;
+        for (const int value : some) {
+            words.push_back(column.values[static_cast<std::size_t>(value)]);
+        }
+        return words;
+    }
+
+  private:
+    // Numbers that lie together above or below all others that occur; empty for other values.
+    std::string RangeOf(const std::vector<int>& some) const {
+        const std::vector<int>& rest = &some == &values ? others : values;
+        std::vector<int> in;
+        std::vector<int> out;
+        for (const int value : some) {
+            const std::optional<int> number = column.numbers[static_cast<std::size_t>(value)];
+            if (!number) {
+                return "";
+            }
+            in.push_back(*number);
+        }
+        for (const int value : rest) {
+            if (const auto number = column.numbers[static_cast<std::size_t>(value)]) {
+                out.push_back(*number);
+            }
+        }
+        if (in.size() < 2 || out.empty()) {
+            return "";
+        }
+        const auto [least, most] = std::minmax_element(in.begin(), in.end());
+        const auto [below, above] = std::minmax_element(out.begin(), out.end());
+        return *least > *above  ? "above " + std::to_string(*above)
+               : *most < *below ? "below " + std::to_string(*below)
+                                : "";
+    }
+};
+
+}  // namespace
+
+namespace {
+
+TableRow RowOf(const ListRow& row, const Rule& rule,
+               const std::map<int, std::set<int>>& occurring) {
+    std::map<int, int> inputs;  // by rank
+    for (const auto& [input, values] : row.conditions) {
+        inputs[rule.rank[static_cast<std::size_t>(input)]] = input;
+    }
+    TableRow out;
+    for (const auto& [rank, input] : inputs) {
+        const std::set<int>& values = row.conditions.at(input);
+        Choice choice{rule.columns[static_cast<std::size_t>(input)], {}, {}};
+        for (const int value : occurring.at(input)) {
+            (values.count(value) != 0 ? choice.values : choice.others).push_back(value);
+        }
+        out.conditions.push_back({&choice.column, choice.WordsOf(choice.values),
+                                  choice.column.name + ": " + choice.ToText()});
+    }
+    return out;
+}
+
+// "if (a || b)": rows of one condition that follow each other and end alike are one row.
+bool IsOneMoreCase(const TableRow& row, const TableRow& next) {
+    return (row.isAny || row.conditions.size() == 1) && next.conditions.size() == 1 &&
+           row.outcome == next.outcome;
+}
+
 }  // namespace
 
 void MakeRows(const Diagram& diagram, const Outcomes& outcomes, Table& table) {
     const std::map<int, std::set<int>> occurring = OccurringValues(diagram, table.rule.root);
-    for (const Row& row : RowsOf(diagram, table.rule.root)) {
-        TableRow out;
-        // Facts stand first: they are what a reader knows of a TV.
-        for (const bool facts : {true, false}) {
-            for (const auto& [input, values] : row.conditions) {
-                const Column& column = table.rule.columns[static_cast<std::size_t>(input)];
-                const bool isFact = column.source.rfind("setting db/menu/voice/mva_list", 0) == 0 ||
-                                    column.name == "an assistant is chosen";
-                if (isFact != facts) {
-                    continue;
-                }
-                Condition condition;
-                condition.column = &column;
-                for (const int value : occurring.at(input)) {
-                    const std::string& words = column.values[static_cast<std::size_t>(value)];
-                    (values.count(value) != 0 ? condition.values : condition.others)
-                        .push_back(words);
-                }
-                out.conditions.push_back(condition);
-            }
+    for (const ListRow& row : table.rule.rows) {
+        TableRow next = RowOf(row, table.rule, occurring);
+        next.outcome = TextsOf(ReadRecord(outcomes[row.outcome]));
+        if (!table.rows.empty() && IsOneMoreCase(table.rows.back(), next)) {
+            table.rows.back().conditions.push_back(next.conditions.front());
+            table.rows.back().isAny = true;
+        } else {
+            table.rows.push_back(std::move(next));
         }
-        out.outcome = LinesOf(outcomes[row.outcome]);
-        table.rows.push_back(out);
     }
 }
 
@@ -70,19 +140,33 @@ Table MakeTable(const Inputs& inputs, Exploration& exploration, const QuestionRe
             " (policy: " + inputs.policies[static_cast<std::size_t>(trouble.policy)].name + ")");
     }
     table.rule = MakeRule(inputs, exploration, result);
+    if (!Agrees(exploration.diagram, table.rule.root, table.rule.rank, table.rule.rows)) {
+        table.complete = false;
+        table.troubles.emplace_back("the rows do not decide as the provider does on every path");
+    }
     return table;
 }
 
-std::string ToText(const Condition& condition) {
-    const bool excludes = condition.others.size() < condition.values.size();
-    return condition.column->name + ": " +
-           (excludes ? "not " + Join(condition.others, ", not ") : Join(condition.values, " or "));
+std::vector<std::string> ConditionsOf(const Table& table, const TableRow& row) {
+    std::vector<std::string> words;
+    for (const Condition& condition : row.conditions) {
+        words.push_back(condition.words);
+    }
+    if (words.empty()) {
+        words.emplace_back(table.rows.size() == 1 ? "always" : "otherwise");
+    }
+    return words;
+}
+
+std::string JoinedBy(const TableRow& row) {
+    return row.isAny ? "or" : "and";
 }
 
 std::string ProofOf(const Table& table) {
-    const std::string counts = BigNumber(table.paths).ToString() + " paths stand for " +
-                               table.states.ToString() + " states under " +
-                               std::to_string(table.policies) + " policies: ";
+    const std::string counts =
+        program::Counted(BigNumber(table.paths).ToString(), "path stands", "paths stand") +
+        " for " + program::Counted(table.states.ToString(), "state", "states") + " under " +
+        program::Counted(std::to_string(table.policies), "policy", "policies") + ": ";
     return counts + (table.complete ? "complete" : "NOT COMPLETE");
 }
 
@@ -94,11 +178,7 @@ std::string TablesAsText(const std::vector<Table>& tables) {
         for (const TableRow& row : table.rows) {
             const std::string head = std::to_string(++number);
             text += std::string(head.size() < 4 ? 4 - head.size() : 0, ' ') + head + "  ";
-            std::vector<std::string> conditions;
-            for (const Condition& condition : row.conditions) {
-                conditions.push_back(ToText(condition));
-            }
-            text += conditions.empty() ? "always" : Join(conditions, "\n      and ");
+            text += Join(ConditionsOf(table, row), ("\n      " + JoinedBy(row) + " ").c_str());
             text += "\n      -> " +
                     (row.outcome.empty() ? "nothing happens" : Join(row.outcome, "\n         ")) +
                     "\n";
@@ -141,15 +221,15 @@ std::string TablesAsMarkdown(const std::vector<Table>& tables, const std::string
         std::size_t number = 0;
         for (const TableRow& row : table.rows) {
             std::vector<std::string> conditions;
-            for (const Condition& condition : row.conditions) {
-                conditions.push_back(Cell(ToText(condition)));
+            for (const std::string& words : ConditionsOf(table, row)) {
+                conditions.push_back(Cell(words));
             }
             std::vector<std::string> outcome;
             for (const std::string& line : row.outcome) {
                 outcome.push_back(Cell(line));
             }
             text += "| " + std::to_string(++number) + " | " +
-                    (conditions.empty() ? "always" : Join(conditions, "<br>")) + " | " +
+                    Join(conditions, ("<br>" + JoinedBy(row) + " ").c_str()) + " | " +
                     (outcome.empty() ? "nothing happens" : Join(outcome, "<br>")) + " |\n";
         }
         text += "\n" + ProofOf(table) + ".\n";

@@ -8,16 +8,17 @@
 
 namespace explorer {
 
-// One cell of a row: an input or fact and the values for which the row holds.
+// One cell of a row: an input or fact and the values for which the row fits.
 struct Condition {
     const Column* column = nullptr;
     std::vector<std::string> values;
-    // The values that the row excludes, of those that occur.
-    std::vector<std::string> others;
+    std::string words;  // "terms: agreed", "far-field type: above 0"
 };
 
+// The first row that fits decides. The last one has no conditions.
 struct TableRow {
     std::vector<Condition> conditions;
+    bool isAny = false;                // one of the conditions is enough
     std::vector<std::string> outcome;  // one line each; empty: nothing happens
 };
 
@@ -37,8 +38,10 @@ struct Table {
 Table MakeTable(const Inputs& inputs, Exploration& exploration, const QuestionResult& result);
 void MakeRows(const Diagram& diagram, const Outcomes& outcomes, Table& table);
 
-// "terms: agreed", "far-field type: other than 1".
-std::string ToText(const Condition& condition);
+// What stands for a row's conditions: their words, "otherwise", or "always".
+std::vector<std::string> ConditionsOf(const Table& table, const TableRow& row);
+// What joins them: "and" or "or".
+std::string JoinedBy(const TableRow& row);
 // The line beneath a table.
 std::string ProofOf(const Table& table);
 
@@ -48,16 +51,12 @@ std::string TablesAsJson(const std::vector<Table>& tables);
 // One page that needs nothing else, with a diagram for each table.
 std::string TablesAsHtml(const std::vector<Table>& tables, const Exploration& exploration);
 std::string EscapeHtml(const std::string& text);
+std::string Join(const std::vector<std::string>& words, const char* separator = ", ");
 
-struct TableOptions {
-    std::string provider;
+struct TableOptions : CommonOptions {
     std::vector<std::string> names;  // items, keys, functions, questions; empty: everything
-    std::string format = "text";     // "text", "json", "html", "markdown"
     std::string output;              // file; empty: standard output
     std::string docs;  // folder: writes one page an item and an index, as docs/rules has them
-    Shard shard;
-    int workers = 0;
-    bool progress = true;
 };
 // Returns the exit code.
 int TableMain(const TableOptions& options);

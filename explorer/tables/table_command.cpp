@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "explorer/asking/command.h"
+#include "program/counted.h"
 #include "table.h"
 
 namespace explorer {
@@ -22,18 +22,18 @@ std::vector<Table> MakeTables(const Inputs& inputs, Exploration& exploration) {
     return tables;
 }
 
-std::string Format(const std::string& format, const std::vector<Table>& tables,
+std::string AsText(Format format, const std::vector<Table>& tables,
                    const Exploration& exploration) {
-    if (format == "json") {
-        return TablesAsJson(tables);
+    switch (format) {
+        case Format::kJson:
+            return TablesAsJson(tables);
+        case Format::kHtml:
+            return TablesAsHtml(tables, exploration);
+        case Format::kMarkdown:
+            return TablesAsMarkdown(tables, "Rules of the Voice page");
+        default:
+            return TablesAsText(tables);
     }
-    if (format == "html") {
-        return TablesAsHtml(tables, exploration);
-    }
-    if (format == "markdown") {
-        return TablesAsMarkdown(tables, "Rules of the Voice page");
-    }
-    return TablesAsText(tables);
 }
 
 // A page for each item, one for the functions, and an index.
@@ -46,7 +46,7 @@ void WriteDocs(const std::string& folder, std::vector<Table>& tables) {
         "can "
         "have, and how many states\nthat are. How it is done: [explorer.md](../explorer.md).\n\n";
     std::vector<std::pair<std::string, std::vector<Table>>> pages;
-    for (const Item& item : Items()) {
+    for (const Item& item : PageItems()) {
         pages.emplace_back(item.name, std::vector<Table>());
     }
     pages.emplace_back("functions", std::vector<Table>());
@@ -67,8 +67,8 @@ void WriteDocs(const std::string& folder, std::vector<Table>& tables) {
         for (const Table& table : own) {
             paths += table.paths;
         }
-        index += "- [" + name + "](" + name + ".md): " + std::to_string(own.size()) +
-                 " questions, " + BigNumber(paths).ToString() + " paths\n";
+        index += "- [" + name + "](" + name + ".md): " + program::Counted(own.size(), "question") +
+                 ", " + program::Counted(BigNumber(paths).ToString(), "path", "paths") + "\n";
     }
     WriteTextFile(folder + "/README.md", index);
 }
@@ -89,11 +89,7 @@ int TableMain(const TableOptions& options) {
             mine.push_back(questions[i]);
         }
     }
-    ExplorationOptions exploring;
-    exploring.provider = options.provider;
-    exploring.workers = options.workers;
-    exploring.progress = options.progress;
-    const std::unique_ptr<Exploration> exploration = Explore(inputs, mine, exploring);
+    const std::unique_ptr<Exploration> exploration = Explore(inputs, mine, options);
     std::vector<Table> tables = MakeTables(inputs, *exploration);
     const bool isComplete = std::all_of(tables.begin(), tables.end(),
                                         [](const Table& table) { return table.complete; });
@@ -102,15 +98,15 @@ int TableMain(const TableOptions& options) {
     } else if (!options.docs.empty()) {
         WriteDocs(options.docs, tables);
     } else {
-        const std::string text = Format(options.format, tables, *exploration);
+        const std::string text = AsText(options.format, tables, *exploration);
         if (options.output.empty()) {
-            std::fwrite(text.data(), 1, text.size(), stdout);
+            program::Print(text, FormOf(options.format));
         } else {
             WriteTextFile(options.output, text);
         }
     }
     ReportUnknownKeys(exploration->unknownKeys, inputs);
-    ReportRate(options.progress);
+    ReportRate(options.quiet);
     if (exploration->interrupted) {
         std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
         return kExitTrouble;

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "explorer/tv/lazy_tv.h"
+#include "explorer/tv/record.h"
 #include "table.h"
 
 namespace explorer {
@@ -8,6 +8,7 @@ namespace explorer {
 namespace {
 
 constexpr std::size_t MOST_BOXES = 40;
+constexpr int MOST_LEVELS = 4;  // what a page shows without making the letters small
 
 constexpr char STYLE[] = R"(
 body{font:15px/1.45 system-ui,sans-serif;margin:0;color:#1c2430;background:#fff}
@@ -20,8 +21,8 @@ table{border-collapse:collapse;margin:.6em 0;width:100%}
 td,th{border-top:1px solid #d9dee5;padding:.3em .6em;text-align:left;vertical-align:top}
 td.outcome{font-weight:600;overflow-wrap:anywhere}
 .proof{color:#3d6b3d}.trouble,.proof.missing{color:#b3261e;font-weight:600}
-.diagram{overflow-x:auto;background:#fbfcfd;border:1px solid #e3e7ec}
-svg{display:block}
+.diagram{background:#fbfcfd;border:1px solid #e3e7ec}
+svg{display:block;max-width:100%;height:auto}
 @media(max-width:60em){nav{position:static;width:auto}main{margin-left:0}}
 @media(prefers-color-scheme:dark){body{background:#14181d;color:#dde3ea}nav{background:#1b2128}nav a{color:#8ab4f8}td,th{border-color:#303842}.diagram{background:#f4f6f8}}
 )";
@@ -73,6 +74,7 @@ class Drawing {
         }
         Collect();
         Level(rule_.root, 0);
+        LeaveOutWhatIsFar();
         Place();
         std::string svg = "<svg viewBox=\"0 0 " + std::to_string(width_) + ' ' +
                           std::to_string(height_) + "\" width=\"" + std::to_string(width_) +
@@ -167,6 +169,17 @@ class Drawing {
         }
     }
 
+    void LeaveOutWhatIsFar() {
+        const auto far = std::remove_if(order_.begin(), order_.end(), [this](NodeId id) {
+            return boxes_.at(id).level >= MOST_LEVELS;
+        });
+        isWhole_ = isWhole_ && far == order_.end();
+        order_.erase(far, order_.end());
+        for (auto box = boxes_.begin(); box != boxes_.end();) {
+            box = box->second.level >= MOST_LEVELS ? boxes_.erase(box) : std::next(box);
+        }
+    }
+
     static int HeightOf(const QuestionBox& box) {
         return HEADING + LINE * static_cast<int>(box.lines.size()) + 4;
     }
@@ -187,10 +200,7 @@ class Drawing {
     }
 
     std::string AnswerOf(NodeId id) const {
-        std::string text;
-        for (const RecordEntry& entry : ReadRecord(outcomes_[diagram_[id].outcome])) {
-            text += (text.empty() ? "" : "; ") + ToText(entry);
-        }
+        const std::string text = Join(TextsOf(ReadRecord(outcomes_[diagram_[id].outcome])), "; ");
         return text.empty() ? "nothing happens" : text;
     }
 
@@ -285,9 +295,10 @@ std::string TableSection(const Table& table, const Exploration& exploration) {
         html += "<tr><td>" + std::to_string(++number) + "</td><td>";
         for (const Condition& condition : row.conditions) {
             html += "<div title=\"" + EscapeHtml(condition.column->source) + "\">" +
-                    EscapeHtml(ToText(condition)) + "</div>";
+                    (&condition == &row.conditions.front() ? "" : JoinedBy(row) + " ") +
+                    EscapeHtml(condition.words) + "</div>";
         }
-        html += row.conditions.empty() ? "always" : "";
+        html += row.conditions.empty() ? ConditionsOf(table, row).front() : "";
         html += "</td><td class=\"outcome\">";
         for (const std::string& line : row.outcome) {
             html += "<div>" + EscapeHtml(line) + "</div>";

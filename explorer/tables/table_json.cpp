@@ -1,18 +1,11 @@
 #include <json/json.h>
 
 #include "table.h"
+#include "virtual-tv/model/json_text.h"
 
 namespace explorer {
 
 namespace {
-
-Json::Value ToJson(const std::vector<std::string>& texts) {
-    Json::Value array(Json::arrayValue);
-    for (const std::string& text : texts) {
-        array.append(text);
-    }
-    return array;
-}
 
 Json::Value ToJson(const TableRow& row) {
     Json::Value json;
@@ -21,10 +14,11 @@ Json::Value ToJson(const TableRow& row) {
         Json::Value cell;
         cell["input"] = condition.column->name;
         cell["source"] = condition.column->source;
-        cell["values"] = ToJson(condition.values);
+        cell["values"] = JsonList(condition.values);
         json["conditions"].append(cell);
     }
-    json["outcome"] = ToJson(row.outcome);
+    json["fits"] = row.isAny ? "any" : "all";  // of the conditions
+    json["outcome"] = JsonList(row.outcome);
     return json;
 }
 
@@ -45,13 +39,10 @@ std::string TablesAsJson(const std::vector<Table>& tables) {
         // A number that may be larger than a JSON reader's integers.
         json["states"] = table.states.ToString();
         json["complete"] = table.complete;
-        json["troubles"] = ToJson(table.troubles);
+        json["troubles"] = JsonList(table.troubles);
         root["tables"].append(json);
     }
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "  ";
-    builder["emitUTF8"] = true;
-    return Json::writeString(builder, root) + "\n";
+    return vtv::PrettyJson(root) + "\n";
 }
 
 }  // namespace explorer

@@ -7,17 +7,13 @@
 
 namespace explorer {
 
-// A launch is told as the record of a run tells it: "APP key="value"".
-
 // It waits for the viewer from now on, unless it is not installed, only a notification, or running
 // already.
-void StartApplication(ConcreteTv& tv, TvState& state, const std::string& launch);
+void StartApplication(ConcreteTv& tv, TvState& state, const Started& started);
 void EndApplication(ConcreteTv& tv, TvState& state, const std::string& application);
 // Whether the viewer can go through with it now; it needs the network, for example.
-bool CanFinish(const ConcreteTv& tv, const TvState& state, const std::string& launch);
+bool CanFinish(const ConcreteTv& tv, const TvState& state, const Started& started);
 // What has changed when the viewer is through with it. It goes on running.
-void FinishApplication(ConcreteTv& tv, TvState& state, const std::string& launch);
-// A text that is shown for some seconds and waits for nobody.
-bool IsNotification(const std::string& application);
+void FinishApplication(ConcreteTv& tv, TvState& state, const Started& started);
 
 }  // namespace explorer

@@ -4,16 +4,26 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "inputs.h"
 #include "new_tv.h"
+#include "virtual-tv/model/launch.h"
 
 namespace explorer {
 
 // A state, by the numbers of its facts' values: equal states are equal texts.
 using TvState = std::u16string;
+
+// An application as it was started.
+struct Started {
+    std::string application;
+    vtv::Extras extras;
+    auto operator<=>(const Started&) const = default;
+};
+using StartedApplications = std::set<Started>;
 
 class ConcreteTv {
   public:
@@ -26,42 +36,48 @@ class ConcreteTv {
     const Inputs& GetInputs() const { return inputs_; }
     const TvState& Start() const { return start_; }
 
-    // Facts are the inputs, by their index, and these.
-    int Running() const { return inputCount_; }
-    int Modes() const { return inputCount_ + 1; }
-    int Published() const { return inputCount_ + 2; }
+    // Facts are the inputs, by their index, and whether the policy was published again; what runs
+    // and which modes are set stands behind them in a state.
+    int Published() const { return inputCount_; }
     // Inputs that never change need not be looked at.
     bool CanChange(int fact) const { return canChange_[static_cast<std::size_t>(fact)]; }
 
     const Value& ValueOf(const TvState& state, int fact) const;
     void Set(TvState& state, int fact, const Value& value);
     // The same by key. What the inputs do not name is left alone and reads as nothing.
-    void Set(TvState& state, Input::Kind kind, const char* key, const Value& value);
+    void Set(TvState& state, Input::Kind kind, const std::string& key, const Value& value);
     std::string TextOf(const TvState& state, const char* settingsKey) const;
     bool IsOn(const TvState& state, Input::Kind kind, const char* key) const;
 
-    // Applications that wait for the viewer, each as it was started: "APP key="value"", sorted.
-    std::vector<std::string> RunningIn(const TvState& state) const;
-    void SetRunning(TvState& state, const std::vector<std::string>& running);
+    // Applications that wait for the viewer, one of each.
+    const StartedApplications& RunningIn(const TvState& state) const;
+    void SetRunning(TvState& state, const StartedApplications& running);
 
     // The next run finds this state.
     void Load(const TvState& state);
     // Puts into the state what the run has written, and what else it did.
     void TakeOver(TvState& state);
     // The viewer goes through with an application that waits, or leaves it.
-    void Finish(TvState& state, const std::string& launch);
-    void Cancel(TvState& state, const std::string& launch);
+    void Finish(TvState& state, const Started& started);
+    void Cancel(TvState& state, const std::string& application);
     // Pulls the plug: applications end, settings below "memory/" are gone.
     void PowerCycle(TvState& state);
 
   private:
+    using Modes = std::map<std::string, int>;  // by application; a mode that was never set is 0
+    // The values that a fact has had, and their numbers in states.
+    template <typename T, typename Less = std::less<T>>
     struct Pool {
-        std::map<std::string, std::uint16_t> ids;
-        std::vector<Value> values;
+        char16_t Intern(const T& value);
+        std::map<T, char16_t, Less> numbers;
+        std::vector<const T*> values;
+    };
+    struct IsOtherOnATv {
+        bool operator()(const Value& a, const Value& b) const;
     };
 
-    void SetMode(TvState& state, const std::string& mode);
-    std::uint16_t Intern(int fact, const Value& value);
+    const Modes& ModesIn(const TvState& state) const;
+    void SetMode(TvState& state, const std::string& application, int mode);
     // What follows from other facts: the mode of the current assistant, whether its application
     // runs.
     void Derive(TvState& state);
@@ -72,13 +88,12 @@ class ConcreteTv {
     Inputs loaded_;  // as inputs_, with the one value of the loaded state each
     TvState loadedState_;
     TvState start_;
-    std::vector<Pool> pools_;
+    std::vector<Pool<Value, IsOtherOnATv>> pools_;
+    Pool<StartedApplications> runningPool_;
+    Pool<Modes> modesPool_;
     std::vector<bool> canChange_;
     int modeInput_ = -1;
     int contextInput_ = -1;
 };
-
-// "com.vantelo.tv.alexa" of "com.vantelo.tv.alexa key="value"".
-std::string ApplicationOf(const std::string& launch);
 
 }  // namespace explorer

@@ -3,11 +3,13 @@
 
 #include "explorer/engine/memory.h"
 #include "lazy_tv.h"
+#include "ledger.h"
 #include "platform/applications.h"
 #include "platform/speech.h"
 #include "platform/toolkit.h"
 
 using explorer::Entry;
+using explorer::Handle;
 using explorer::PlatformMemory;
 using explorer::tv;
 using explorer::Value;
@@ -18,22 +20,33 @@ std::string Printable(const char* text) {
     return text != nullptr ? text : "(null)";
 }
 
-// "appId key=value key=value"
-std::string request;
-std::string control;
+constexpr char BUNDLE[] = "a bundle";
+constexpr char REQUEST[] = "a request to an application";
+constexpr char CONTEXT[] = "an application's context";
 
 int ResultOf(const char* function) {
     const Value& value = tv().ReadCall(function);
     return value.kind == Value::Kind::kFails ? value.number : 0;
 }
 
-void AddExtra(std::string& to, const char* key, const char* value) {
-    to += ' ' + Printable(key) + "=\"" + Printable(value) + '"';
+int AddExtra(const char* what, void* handle, const char* key, const char* value) {
+    const PlatformMemory own;
+    if (Handle* known = explorer::UseHandle(what, handle)) {
+        known->extras.emplace_back(Printable(key), Printable(value));
+    }
+    return 0;
 }
 
-void RecordCall(const std::string& text) {
+void RecordLaunch(Entry kind, const std::string& appId, const vtv::Extras& extras) {
+    tv().Append(kind, appId);
+    for (const auto& [key, value] : extras) {
+        tv().Append(Entry::kExtra, key, value);
+    }
+}
+
+void RecordCall(const char* function, const std::string& arguments = "") {
     const PlatformMemory own;
-    tv().Append(Entry::kCall, text);
+    tv().Append(Entry::kCall, function, arguments);
 }
 
 }  // namespace
@@ -41,97 +54,107 @@ void RecordCall(const std::string& text) {
 extern "C" {
 
 bundle* bundle_create(void) {
-    const PlatformMemory own;
-    request.clear();
-    return reinterpret_cast<bundle*>(&request);
+    tv().Note("bundle_create");
+    return reinterpret_cast<bundle*>(explorer::HandOutHandle(BUNDLE));
 }
 
-int bundle_add_str(bundle*, const char* key, const char* value) {
-    const PlatformMemory own;
-    AddExtra(request, key, value);
+int bundle_add_str(bundle* b, const char* key, const char* value) {
+    return AddExtra(BUNDLE, b, key, value);
+}
+
+int bundle_free(bundle* b) {
+    tv().Note("bundle_free");
+    explorer::TakeHandleBack(BUNDLE, b);
     return 0;
 }
 
-int bundle_free(bundle*) {
+int aul_launch_app(const char* appId, bundle* extras) {
     const PlatformMemory own;
-    request = " with a freed bundle";  // shows in whatever is started with it from now on
-    return 0;
-}
-
-int aul_launch_app(const char* appId, bundle*) {
-    const PlatformMemory own;
-    tv().Append(Entry::kLaunch, Printable(appId) + request);
+    const Handle* request = extras != nullptr ? explorer::UseHandle(BUNDLE, extras) : nullptr;
+    RecordLaunch(Entry::kLaunch, Printable(appId),
+                 request != nullptr ? request->extras : vtv::Extras());
     return ResultOf("aul_launch_app");
 }
 
 int app_control_create(app_control_h* handle) {
     const PlatformMemory own;
-    control.clear();
     const int result = ResultOf("app_control_create");
     if (result == 0) {
-        *handle = reinterpret_cast<app_control_h>(&control);
+        *handle = reinterpret_cast<app_control_h>(explorer::HandOutHandle(REQUEST));
     }
     return result;
 }
 
-int app_control_set_operation(app_control_h, const char* operation) {
+// The operation is shown as one of the extras.
+int app_control_set_operation(app_control_h handle, const char* operation) {
+    return AddExtra(REQUEST, handle, "operation", operation);
+}
+
+int app_control_set_app_id(app_control_h handle, const char* appId) {
     const PlatformMemory own;
-    AddExtra(control, "operation", operation);
+    if (Handle* request = explorer::UseHandle(REQUEST, handle)) {
+        request->appId = Printable(appId);
+    }
     return 0;
 }
 
-int app_control_set_app_id(app_control_h, const char* appId) {
-    const PlatformMemory own;
-    control.insert(0, Printable(appId));
-    return 0;
+int app_control_add_extra_data(app_control_h handle, const char* key, const char* value) {
+    return AddExtra(REQUEST, handle, key, value);
 }
 
-int app_control_add_extra_data(app_control_h, const char* key, const char* value) {
+int app_control_send_launch_request(app_control_h handle, app_control_reply_cb reply,
+                                    void* userData) {
     const PlatformMemory own;
-    AddExtra(control, key, value);
-    return 0;
-}
-
-int app_control_send_launch_request(app_control_h, app_control_reply_cb, void*) {
-    const PlatformMemory own;
-    tv().Append(Entry::kPopup, control);
+    if (reply != nullptr || userData != nullptr) {
+        tv().Note("app_control_send_launch_request", "wants a reply");
+    }
+    const Handle* request = explorer::UseHandle(REQUEST, handle);
+    RecordLaunch(Entry::kPopup, request != nullptr ? request->appId : "?",
+                 request != nullptr ? request->extras : vtv::Extras());
     return ResultOf("app_control_send_launch_request");
 }
 
-int app_control_destroy(app_control_h) {
+int app_control_destroy(app_control_h handle) {
+    tv().Note("app_control_destroy");
+    explorer::TakeHandleBack(REQUEST, handle);
     return 0;
 }
 
 int app_manager_get_app_context(const char* appId, app_context_h* context) {
     const PlatformMemory own;
     const int result = ResultOf("app_manager_get_app_context");
+    tv().Note("app_manager_get_app_context", appId);
     if (result == 0) {
-        static std::string name;
-        name = Printable(appId);
-        *context = reinterpret_cast<app_context_h>(&name);
+        Handle* handle = explorer::HandOutHandle(CONTEXT);
+        handle->appId = Printable(appId);
+        handle->isOut = false;  // nobody gives it back
+        *context = reinterpret_cast<app_context_h>(handle);
     }
     return result;
 }
 
 int app_manager_terminate_app(app_context_h context) {
     const PlatformMemory own;
-    tv().Append(Entry::kTerminate, *reinterpret_cast<std::string*>(context));
+    tv().Append(Entry::kTerminate, reinterpret_cast<Handle*>(context)->appId);
     return ResultOf("app_manager_terminate_app");
 }
 
 int avoc_set_sound_feedback(int feedback, int priority) {
-    RecordCall("avoc_set_sound_feedback " + std::to_string(feedback) + ' ' +
-               std::to_string(priority));
+    RecordCall("avoc_set_sound_feedback",
+               std::to_string(feedback) + ' ' + std::to_string(priority));
     return 0;
 }
 
-int elm_init(int, char**) {
+int elm_init(int count, char** arguments) {
+    if (count != 1 || arguments != nullptr) {
+        tv().Note("elm_init", "with arguments of another number");
+    }
     RecordCall("elm_init");
     return 1;
 }
 
 void elm_config_access_set(unsigned char isAccess) {
-    RecordCall("elm_config_access_set " + std::to_string(isAccess));
+    RecordCall("elm_config_access_set", std::to_string(isAccess));
 }
 
 unsigned char elm_config_save(void) {
@@ -140,7 +163,7 @@ unsigned char elm_config_save(void) {
 }
 
 void elm_config_item_flush(const char* item) {
-    RecordCall("elm_config_item_flush " + Printable(item));
+    RecordCall("elm_config_item_flush", Printable(item));
 }
 
 }  // extern "C"

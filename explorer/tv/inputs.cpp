@@ -1,18 +1,15 @@
 #include "inputs.h"
 
-#include <json/json.h>
-#include <toml++/toml.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "explorer/engine/coverage.h"
-#include "keys.h"
+#include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/model/policy.h"
+#include "virtual-tv/model/text_file.h"
+#include "virtual-tv/model/toml_reader.h"
+#include "virtual-tv/model/tv_model.h"
 
 namespace explorer {
 
@@ -32,19 +29,19 @@ std::string Quoted(const std::string& text) {
     return '"' + text + '"';
 }
 
-class Reader {
+class Reader : private vtv::TomlReader {
   public:
-    explicit Reader(const std::string& file) : file_(file) {}
+    explicit Reader(const std::string& file) : TomlReader(file) {}
 
     Inputs Read() {
         toml::table root;
         try {
-            root = toml::parse(ReadTextFile(file_), file_);
+            root = toml::parse(vtv::ReadTextFile(File()), File());
         } catch (const toml::parse_error& error) {
             Fail(error.source(), std::string(error.description()));
         }
         Inputs inputs;
-        inputs.file = file_;
+        inputs.file = File();
         for (const toml::table* table : Tables(root, "input")) {
             inputs.inputs.push_back(ReadInput(*table, inputs));
         }
@@ -58,32 +55,13 @@ class Reader {
             }
         }
         if (inputs.inputs.empty() || inputs.policies.empty()) {
-            throw InputError(file_ + ": needs at least one [[input]] and one [[policy]]");
+            throw vtv::Error(vtv::ErrorKind::kUsage,
+                             File() + ": needs at least one [[input]] and one [[policy]]");
         }
         return inputs;
     }
 
   private:
-    [[noreturn]] void Fail(const toml::source_region& where, const std::string& text) const {
-        throw InputError(file_ + ":" + std::to_string(where.begin.line) + ": " + text);
-    }
-    [[noreturn]] void Fail(const toml::node& node, const std::string& text) const {
-        Fail(node.source(), text);
-    }
-
-    std::vector<const toml::table*> Tables(const toml::table& root, const char* name) const {
-        std::vector<const toml::table*> tables;
-        const toml::array* array = root[name].as_array();
-        for (std::size_t i = 0; array != nullptr && i < array->size(); ++i) {
-            const toml::table* table = (*array)[i].as_table();
-            if (table == nullptr) {
-                Fail((*array)[i], std::string("write [[") + name + "]] above each entry");
-            }
-            tables.push_back(table);
-        }
-        return tables;
-    }
-
     Input ReadInput(const toml::table& table, const Inputs& before) const {
         Input input;
         int kinds = 0;
@@ -101,15 +79,8 @@ class Reader {
             Fail(table, Quoted(input.key) + " is here twice");
         }
         input.name = table["name"].value_or(input.key);
-        input.type = table["type"].value_or(std::string());
+        input.type = TypeOf(table, input);
         input.isCurrentAssistant = table["current-assistant"].value_or(false);
-        const bool isTyped =
-            input.kind == Input::Kind::kSetting || input.kind == Input::Kind::kFeature;
-        const bool knownType =
-            input.type == "bool" || input.type == "int" || input.type == "string";
-        if (isTyped && !knownType) {
-            Fail(table, Quoted(input.name) + " needs type = \"bool\", \"int\" or \"string\"");
-        }
         const toml::array* values = table["values"].as_array();
         if (values == nullptr || values->empty() || values->size() > Coverage::MAX_VALUES) {
             Fail(table, Quoted(input.name) + " needs values = [...], 1 to " +
@@ -119,6 +90,27 @@ class Reader {
             input.values.push_back(ReadValue(node, input));
         }
         return input;
+    }
+
+    // What every TV knows has the type that every TV gives it.
+    std::string TypeOf(const toml::table& table, const Input& input) const {
+        const vtv::KnownSetting* setting =
+            input.kind == Input::Kind::kSetting ? vtv::FindKnownSetting(input.key) : nullptr;
+        const vtv::KnownFeature* feature =
+            input.kind == Input::Kind::kFeature ? vtv::FindKnownFeature(input.key) : nullptr;
+        const std::string known = setting != nullptr   ? setting->type
+                                  : feature != nullptr ? feature->type
+                                                       : "";
+        std::string type = String(table, "type", known);
+        if (!known.empty() && type != known) {
+            Fail(table, Quoted(input.name) + " is of type " + known + ", not " + type);
+        }
+        const bool isTyped =
+            input.kind == Input::Kind::kSetting || input.kind == Input::Kind::kFeature;
+        if (isTyped && type != "bool" && type != "int" && type != "string") {
+            Fail(table, Quoted(input.name) + " needs type = \"bool\", \"int\" or \"string\"");
+        }
+        return type;
     }
 
     Value ReadValue(const toml::node& node, const Input& input) const {
@@ -138,15 +130,12 @@ class Reader {
             value.number = *code;
             value.words = *code == keys::FAILED ? "fails" : "fails with " + std::to_string(*code);
         } else if (table["missing"].value_or(false)) {
-            value.kind = Value::Kind::kFails;
-            value.number = keys::FAILED;
-            value.words = "missing";
+            value = MissingValue();
         } else if (const auto type = table["stored"].value<std::string>()) {
             if (*type == input.type) {
                 Fail(table, "stored = " + Quoted(*type) + " is the input's own type");
             }
-            value.kind = Value::Kind::kFails;
-            value.number = keys::FAILED;
+            value = MissingValue();
             value.storedType = *type;
             value.words = "of type " + *type;
         } else if (table["null"].value_or(false)) {
@@ -166,22 +155,11 @@ class Reader {
     }
 
     void ReadPlainValue(const toml::node& node, const Input& input, Value& value) const {
-        if (const auto text = node.value_exact<std::string>()) {
-            value.kind = Value::Kind::kText;
-            value.text = *text;
-            value.words = text->empty() ? "empty" : *text;
-            value.storedType = "string";
-        } else if (const auto flag = node.value_exact<bool>()) {
-            value.number = *flag ? 1 : 0;
-            value.words = input.kind == Input::Kind::kFile ? (*flag ? "yes" : "no")
-                                                           : (*flag ? "true" : "false");
-            value.storedType = "bool";
-        } else if (const auto number = node.value_exact<std::int64_t>()) {
-            value.number = static_cast<int>(*number);
-            value.words = std::to_string(*number);
-            value.storedType = "int";
-        } else {
-            Fail(node, "a value is a boolean, a whole number or a text");
+        value = StoredValue(Scalar(node, input.name));
+        if (value.kind == Value::Kind::kText && value.text.empty()) {
+            value.words = "empty";
+        } else if (input.kind == Input::Kind::kFile && value.storedType == "bool") {
+            value.words = value.number != 0 ? "yes" : "no";
         }
         if (!input.type.empty() && value.storedType != input.type) {
             Fail(node,
@@ -211,36 +189,71 @@ class Reader {
         if (ids == nullptr) {
             Fail(node, "write a list of assistants or the document as a text");
         }
-        Json::Value document(Json::arrayValue);
+        std::vector<vtv::Assistant> list;
         for (const toml::node& entry : *ids) {
-            std::string id = entry.value_or(std::string());
-            const bool farField = !id.empty() && id.back() == '+';
-            if (farField) {
-                id.pop_back();
+            vtv::Assistant assistant;
+            assistant.order = static_cast<int>(list.size()) + 1;
+            assistant.id = entry.value_or(std::string());
+            assistant.farField = !assistant.id.empty() && assistant.id.back() == '+';
+            if (assistant.farField) {
+                assistant.id.pop_back();
             }
-            const toml::table* assistant =
-                assistants_ == nullptr ? nullptr : (*assistants_)[id].as_table();
-            if (assistant == nullptr) {
-                Fail(entry, Quoted(id) + " is not in [assistants]");
+            const toml::table* own =
+                assistants_ == nullptr ? nullptr : (*assistants_)[assistant.id].as_table();
+            if (own != nullptr) {
+                assistant.appId = RequiredString(*own, "app", "an assistant");
+                assistant.name = String(*own, "name", assistant.id);
+            } else if (const auto* known = vtv::FindKnownAssistant(assistant.id)) {
+                assistant.appId = known->appId;
+                assistant.name = known->name;
+            } else {
+                Fail(entry, Quoted(assistant.id) + " is not in [assistants]");
             }
-            Json::Value element;
-            element["VAOrder"] = document.size() + 1;
-            element["VAId"] = id;
-            element["VAAppId"] = (*assistant)["app"].value_or(std::string());
-            element["VAName"] = (*assistant)["name"].value_or(id);
-            element["VAFFSupport"] = farField;
-            document.append(element);
+            list.push_back(assistant);
         }
-        Json::StreamWriterBuilder builder;
-        builder["indentation"] = "";
-        return Json::writeString(builder, document);
+        return vtv::WritePolicy(list);
     }
 
-    std::string file_;
     const toml::table* assistants_ = nullptr;
 };
 
 }  // namespace
+
+Value MissingValue(int result) {
+    Value value;
+    value.kind = Value::Kind::kFails;
+    value.number = result;
+    value.words = "missing";
+    return value;
+}
+
+Value NumberValue(int number, const char* storedType) {
+    Value value;
+    value.number = number;
+    value.words = std::to_string(number);
+    value.storedType = storedType;
+    return value;
+}
+
+Value TextValue(const std::string& text) {
+    Value value;
+    value.kind = Value::Kind::kText;
+    value.text = text;
+    value.words = text;
+    value.storedType = "string";
+    return value;
+}
+
+Value StoredValue(const vtv::Value& stored) {
+    if (const std::string* text = std::get_if<std::string>(&stored)) {
+        return TextValue(*text);
+    }
+    const bool* flag = std::get_if<bool>(&stored);
+    Value value = NumberValue(flag != nullptr ? (*flag ? 1 : 0) : std::get<int>(stored),
+                              vtv::TypeName(stored));
+    value.words = vtv::ToText(stored);
+    return value;
+}
 
 const char* ToText(Input::Kind kind) {
     for (const KindName& name : KIND_NAMES) {
@@ -258,6 +271,17 @@ const Input* Inputs::Find(Input::Kind kind, std::string_view key) const {
     return found == inputs.end() ? nullptr : &*found;
 }
 
+int PlaceOfPolicy(Inputs& inputs, const std::vector<std::string>& published) {
+    const auto known =
+        std::find_if(inputs.policies.begin(), inputs.policies.end(),
+                     [&](const Policy& policy) { return policy.published == published; });
+    const auto place = known - inputs.policies.begin();
+    if (known == inputs.policies.end()) {
+        inputs.policies.push_back({"as it was published", published});
+    }
+    return static_cast<int>(place);
+}
+
 int Inputs::CurrentAssistant() const {
     for (const Input& input : inputs) {
         if (input.isCurrentAssistant) {
@@ -265,25 +289,6 @@ int Inputs::CurrentAssistant() const {
         }
     }
     return -1;
-}
-
-std::string ReadTextFile(const std::string& file) {
-    std::error_code error;
-    if (!std::filesystem::exists(file, error)) {
-        throw NoSuchFile(file + ": there is no such file");
-    }
-    if (std::filesystem::is_directory(file, error)) {
-        throw InputError(file + ": this is a folder; name a file");
-    }
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    if (stream.peek() != std::ifstream::traits_type::eof()) {
-        text << stream.rdbuf();
-    }
-    if (!stream.is_open() || stream.bad()) {
-        throw Unreadable(file + ": cannot be read: " + std::strerror(errno));
-    }
-    return text.str();
 }
 
 Inputs LoadInputs(const std::string& file) {
@@ -295,14 +300,13 @@ std::string InputsFile() {
     if (const char* data = std::getenv("VTV_EXPLORER_DATA")) {
         return std::string(data) + "/inputs.toml";
     }
+    const fs::path file = fs::weakly_canonical(vtv::InstalledDataDir() + "/explorer/inputs.toml");
     std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    const fs::path file =
-        fs::weakly_canonical(program.parent_path() / "../share/vtv-explorer/inputs.toml", error);
     if (!fs::exists(file, error)) {
-        throw Unreadable(
+        throw vtv::Error(
+            vtv::ErrorKind::kPlatform,
             file.string() +
-            ": is not installed. Install it, or name its folder in VTV_EXPLORER_DATA.");
+                ": is not installed. Install it, or name its folder in VTV_EXPLORER_DATA.");
     }
     return file;
 }

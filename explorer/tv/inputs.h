@@ -1,29 +1,21 @@
 // The inputs of the provider as data: explorer/inputs.toml.
 #pragma once
 
-#include <map>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "virtual-tv/model/values.h"
+
 namespace explorer {
 
-// A file that cannot be used. what() has the file, the line and what to write instead.
-class InputError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
-// A file that somebody named is not there.
-class NoSuchFile : public InputError {
-  public:
-    using InputError::InputError;
-};
-// A file cannot be read, or was not installed.
-class Unreadable : public InputError {
-  public:
-    using InputError::InputError;
-};
+// Names and results of the platform's calls that several parts must spell alike.
+namespace keys {
+inline constexpr char LOGIN[] = "sso_get_login_state";
+// What a platform call returns that fails, and what a feature returns that the TV does not have.
+inline constexpr int FAILED = -1;
+inline constexpr int INVALID_PARAMETER = -22;
+}  // namespace keys
 
 // What a platform call answers.
 struct Value {
@@ -38,10 +30,18 @@ struct Value {
     bool isOdd = false;           // no user's TV has it
 };
 
+// No such setting, or a call that fails.
+Value MissingValue(int result = keys::FAILED);
+Value NumberValue(int number, const char* storedType);
+Value TextValue(const std::string& text);
+// What a store or the features of a model hold.
+Value StoredValue(const vtv::Value& stored);
+
 inline constexpr std::string_view CURRENT_PLACEHOLDER = "<current>";
 
 struct Input {
     enum class Kind { kSetting, kFeature, kFile, kConsent, kCall, kWrite };
+    static constexpr std::size_t KINDS = 6;
     Kind kind = Kind::kSetting;
     std::string name;  // for people
     std::string key;   // settings key, feature key, path, item or function
@@ -53,15 +53,6 @@ struct Input {
 const char* ToText(Input::Kind kind);  // "setting", "feature", ...
 
 inline constexpr std::string_view NAME_PLACEHOLDER = "<<A>>";
-
-// One assistant of a policy.
-struct Assistant {
-    int order = 0;
-    std::string id;
-    std::string appId;
-    std::string name;
-    bool farField = false;
-};
 
 // A policy as the TV came to it: what was published, first to last.
 struct Policy {
@@ -83,12 +74,13 @@ struct Inputs {
     int CurrentAssistant() const;
 };
 
-// Throws InputError.
+// The policy that these documents are, by its place; added when it is none of the inputs'.
+int PlaceOfPolicy(Inputs& inputs, const std::vector<std::string>& published);
+
+// Throws vtv::Error.
 Inputs LoadInputs(const std::string& file);
 // The file that comes with the explorer: $VTV_EXPLORER_DATA, else found from where the program
 // lies.
 std::string InputsFile();
-// A whole file. Throws InputError.
-std::string ReadTextFile(const std::string& file);
 
 }  // namespace explorer

@@ -1,10 +1,12 @@
 #include "lazy_tv.h"
 
+#include <dlfcn.h>
+
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 #include "explorer/engine/memory.h"
+#include "virtual-tv/model/keys.h"
 
 namespace explorer {
 
@@ -14,13 +16,18 @@ constexpr std::size_t MAX_WRITES = 64;
 
 const Value FAILED_READ = {Value::Kind::kFails, -1, "", "fails", "", false};
 
-std::size_t SlotOf(Input::Kind kind, const char* key, std::size_t size) {
-    // The ends of the keys differ most.
-    std::uint64_t tail = 0;
-    std::memcpy(&tail, key + (size > 8 ? size - 8 : 0), std::min<std::size_t>(size, 8));
-    const std::uint64_t mixed =
-        (tail ^ (size << 32) ^ static_cast<std::uint64_t>(kind)) * 0x9E3779B97F4A7C15U;
-    return mixed >> 55;  // 512 slots
+// Where it begins in memory.
+const void* LibraryOf(const void* inside) {
+    Dl_info info{};
+    return dladdr(inside, &info) != 0 ? info.dli_fbase : nullptr;
+}
+
+std::string WithCurrent(const Value& value, const Value* assistant) {
+    std::string text = value.text;
+    if (const std::size_t at = text.find(CURRENT_PLACEHOLDER); at != std::string::npos) {
+        text.replace(at, CURRENT_PLACEHOLDER.size(), assistant != nullptr ? assistant->text : "");
+    }
+    return text;
 }
 
 }  // namespace
@@ -35,7 +42,6 @@ void Tv::Use(const Inputs& inputs) {
     inputs_ = &inputs;
     currentAssistant_ = inputs.CurrentAssistant();
     written_.reserve(MAX_WRITES);
-    std::fill(std::begin(slots_), std::end(slots_), std::int16_t{0});
     std::fill(std::begin(preset_), std::end(preset_), nullptr);
     expanded_.clear();
     unknown_.clear();
@@ -43,35 +49,22 @@ void Tv::Use(const Inputs& inputs) {
     for (const std::string& id : inputs.textsWithName) {
         translations_.emplace_back(id, id + " " + std::string(NAME_PLACEHOLDER));
     }
+    for (auto& byKey : places_) {
+        byKey.clear();
+    }
     for (std::size_t i = 0; i < inputs.inputs.size() && i < MAX_INPUTS; ++i) {
         const Input& input = inputs.inputs[i];
-        std::size_t slot = SlotOf(input.kind, input.key.c_str(), input.key.size());
-        while (slots_[slot] != 0) {
-            slot = (slot + 1) % SLOTS;
-        }
-        slots_[slot] = static_cast<std::int16_t>(i + 1);
+        places_[static_cast<std::size_t>(input.kind)].emplace(input.key, static_cast<int>(i));
     }
     Reset();
     std::fill(std::begin(decided_), std::end(decided_), nullptr);
     decisionsSize_ = 0;
 }
 
-int Tv::Lookup(Input::Kind kind, const char* key) {
-    if (inputs_ == nullptr || key == nullptr) {
-        return -1;
-    }
-    const std::size_t size = std::strlen(key);
-    std::size_t slot = SlotOf(kind, key, size);
-    while (slots_[slot] != 0) {
-        const int index = slots_[slot] - 1;
-        const Input& input = inputs_->inputs[static_cast<std::size_t>(index)];
-        if (input.kind == kind && input.key.size() == size &&
-            std::memcmp(input.key.data(), key, size) == 0) {
-            return index;
-        }
-        slot = (slot + 1) % SLOTS;
-    }
-    return -1;
+int Tv::Lookup(Input::Kind kind, const char* key) const {
+    const auto& byKey = places_[static_cast<std::size_t>(kind)];
+    const auto found = key != nullptr ? byKey.find(key) : byKey.end();
+    return found != byKey.end() ? found->second : -1;
 }
 
 void Tv::Reset() {
@@ -86,6 +79,7 @@ void Tv::Reset() {
     effects_ = false;
     refused_ = false;
     threw_ = false;
+    policyRead_ = false;
     written_.clear();
 }
 
@@ -133,8 +127,12 @@ const Value& Tv::Read(Input::Kind kind, const char* key) {
     const int input = Lookup(kind, key);
     if (input < 0) {
         const PlatformMemory own;
+        Note("reads", key);
         unknown_.insert(std::string(ToText(kind)) + " " + (key != nullptr ? key : "(null)"));
         return FAILED_READ;
+    }
+    if (notesReads) {
+        Note("reads", inputs_->inputs[static_cast<std::size_t>(input)].name.c_str());
     }
     Touch(input);
     if (reads_[input] != 0xFF) {
@@ -159,9 +157,7 @@ const char* Tv::TextOf(const Value& value) {
     const bool isWritten = assistant != nullptr && wrote_[currentAssistant_];
     std::string& text = expanded_[&value][isWritten ? nullptr : assistant];
     if (text.empty() || isWritten) {
-        text = value.text;
-        const std::size_t at = text.find(CURRENT_PLACEHOLDER);
-        text.replace(at, CURRENT_PLACEHOLDER.size(), assistant != nullptr ? assistant->text : "");
+        text = WithCurrent(value, assistant);
     }
     return text.c_str();
 }
@@ -184,22 +180,20 @@ std::string Tv::FirstText(int input) const {
     if (value == nullptr) {
         return "";
     }
-    std::string text = value->text;
-    const std::size_t at = text.find(CURRENT_PLACEHOLDER);
-    if (at != std::string::npos) {
-        const Value* assistant = currentAssistant_ >= 0 ? decided_[currentAssistant_] : nullptr;
-        if (assistant != nullptr && wrote_[currentAssistant_] && reads_[input] > 0) {
-            assistant = current_[currentAssistant_];  // read for the first time after that
-        }
-        if (assistant == nullptr && currentAssistant_ >= 0) {
-            assistant =
-                preset_[currentAssistant_] != nullptr
-                    ? preset_[currentAssistant_]
-                    : &inputs_->inputs[static_cast<std::size_t>(currentAssistant_)].values[0];
-        }
-        text.replace(at, CURRENT_PLACEHOLDER.size(), assistant != nullptr ? assistant->text : "");
+    if (!value->hasPlaceholder || currentAssistant_ < 0) {
+        return WithCurrent(*value, nullptr);
     }
-    return text;
+    const Value* assistant = decided_[currentAssistant_];
+    if (assistant != nullptr && wrote_[currentAssistant_] && reads_[input] > 0) {
+        assistant = current_[currentAssistant_];  // read for the first time after that
+    }
+    if (assistant == nullptr) {
+        assistant = preset_[currentAssistant_];
+    }
+    if (assistant == nullptr) {
+        assistant = &inputs_->inputs[static_cast<std::size_t>(currentAssistant_)].values[0];
+    }
+    return WithCurrent(*value, assistant);
 }
 
 // The current assistant is about to change: what was read for the old one stays what it was.
@@ -243,195 +237,59 @@ int Tv::Write(int input, int writeInput, Value value) {
     return 0;
 }
 
-int Tv::WriteNumber(const char* key, const char* type, int number) {
-    const PlatformMemory own;
-    char text[16] = "";
-    std::snprintf(text, sizeof(text), "%d", number);
-    effects_ = true;
-    Append(Entry::kWrite, std::string(key != nullptr ? key : "(null)") + " = " + type + " " + text);
+int Tv::WriteSetting(const char* key, const Said& stored, Value value) {
+    const std::string name = key != nullptr ? key : "(null)";
+    Append(Entry::kWrite, name, stored);
     const int input = Lookup(Input::Kind::kSetting, key);
     const int write = Lookup(Input::Kind::kWrite, key);
     if (input < 0 && write < 0) {
-        unknown_.insert(std::string("write ") + (key != nullptr ? key : "(null)"));
-    }
-    Value value;
-    value.number = number;
-    value.words = text;
-    value.storedType = type;
-    if (input >= 0 && inputs_->inputs[static_cast<std::size_t>(input)].type != type) {
-        value.kind = Value::Kind::kFails;  // the setting is of another type from now on
-        value.number = -1;
+        unknown_.insert("write " + name);
     }
     return Write(input, write, std::move(value));
+}
+
+int Tv::WriteNumber(const char* key, int number) {
+    const PlatformMemory own;
+    return WriteSetting(key, number, NumberValue(number, "int"));
+}
+
+int Tv::WriteFlag(const char* key, bool flag) {
+    const PlatformMemory own;
+    return WriteSetting(key, flag, NumberValue(flag ? 1 : 0, "bool"));
 }
 
 int Tv::WriteText(const char* key, const char* text) {
     const PlatformMemory own;
-    effects_ = true;
-    Append(Entry::kWrite, std::string(key != nullptr ? key : "(null)") + " = string " +
-                              (text != nullptr ? text : "(null)"));
-    const int input = Lookup(Input::Kind::kSetting, key);
-    const int write = Lookup(Input::Kind::kWrite, key);
-    if (input < 0 && write < 0) {
-        unknown_.insert(std::string("write ") + (key != nullptr ? key : "(null)"));
-    }
-    Value value;
-    value.kind = Value::Kind::kText;
-    value.text = text != nullptr ? text : "";
-    value.words = value.text;
-    value.storedType = "string";
-    if (input >= 0 && inputs_->inputs[static_cast<std::size_t>(input)].type != "string") {
-        value.kind = Value::Kind::kFails;
-        value.number = -1;
-    }
-    return Write(input, write, std::move(value));
+    return WriteSetting(key, std::string(text != nullptr ? text : "(null)"),
+                        TextValue(text != nullptr ? text : ""));
 }
 
 int Tv::SetMode(const char* appId, int mode) {
     const PlatformMemory own;
-    Append(Entry::kMode,
-           std::string(appId != nullptr ? appId : "(null)") + " to " + std::to_string(mode));
-    Value value;
-    value.number = mode;
-    value.words = std::to_string(mode);
-    value.storedType = "int";
+    Append(Entry::kMode, appId != nullptr ? appId : "(null)", mode);
     return Write(Lookup(Input::Kind::kCall, "AOVSystemDataGetAOVMode"),
-                 Lookup(Input::Kind::kCall, "AOVSystemDataSetAOVMode"), std::move(value));
-}
-
-// ---------------------------------------------------------------------------------------------
-// The record
-// ---------------------------------------------------------------------------------------------
-
-void Tv::Put(std::string_view text) {
-    const std::size_t length = std::min(text.size(), BUFFER - 1 - recordSize_);
-    std::memcpy(record_ + recordSize_, text.data(), length);
-    recordSize_ += length;
-}
-
-void Tv::Append(Entry kind, std::string_view text) {
-    const bool isEffect = kind != Entry::kAnswer && kind != Entry::kLog && kind != Entry::kTrace &&
-                          kind != Entry::kWrong;
-    effects_ = effects_ || isEffect;
-    const char letter = static_cast<char>(kind);
-    Put({&letter, 1});
-    Put(text);
-    Put({"\0", 1});
-}
-
-void Tv::AppendNumber(Entry kind, const char* what, int number) {
-    char text[128];
-    const int size = std::snprintf(text, sizeof(text), "%s: %d", what, number);
-    Append(kind, {text, static_cast<std::size_t>(size)});
-}
-
-void Tv::AppendTrace(std::string_view text) {
-    if (logLevel == LogLevel::kNone) {
-        return;
-    }
-    Append(Entry::kTrace, text);
-}
-
-namespace {
-
-// Whether the message, behind the prefix "%s: %s(%d) > ", reports an exception.
-bool ReportsException(const char* format) {
-    return std::strncmp(format, "%s: %s(%d) > [EXCEPTION]", 24) == 0;
-}
-
-}  // namespace
-
-void Tv::Log(int priority, const char* format, std::va_list arguments) {
-    threw_ = threw_ || ReportsException(format);
-    if (logLevel == LogLevel::kNone) {
-        return;
-    }
-    const char head[] = {static_cast<char>(Entry::kLog), static_cast<char>('0' + priority), ' '};
-    Put({head, sizeof(head)});
-    if (logLevel == LogLevel::kMessages && std::strncmp(format, "%s: %s(%d) > ", 13) == 0) {
-        va_arg(arguments, const char*);  // the file and the line may move
-        Put(va_arg(arguments, const char*));
-        va_arg(arguments, int);
-        Put(" > ");
-        format += 13;
-    }
-    for (const char* c = format; *c != '\0'; ++c) {
-        if (c[0] == '%' && c[1] == 's') {
-            const char* text = va_arg(arguments, const char*);
-            Put(text != nullptr ? text : "(null)");
-            ++c;
-        } else if (c[0] == '%') {
-            const bool isSize = c[1] == 'z';
-            char number[24];
-            const int size =
-                isSize
-                    ? std::snprintf(number, sizeof(number), "%zu", va_arg(arguments, std::size_t))
-                    : std::snprintf(number, sizeof(number), "%d", va_arg(arguments, int));
-            Put({number, static_cast<std::size_t>(size)});
-            c += isSize ? 2 : 1;
-        } else {
-            Put({c, 1});
-        }
-    }
-    Put({"\0", 1});
-}
-
-std::vector<RecordEntry> ReadRecord(std::string_view record) {
-    std::vector<RecordEntry> entries;
-    while (!record.empty()) {
-        const std::size_t end = std::min(record.find('\0'), record.size());
-        entries.push_back({static_cast<Entry>(record[0]), std::string(record.substr(1, end - 1))});
-        record.remove_prefix(std::min(end + 1, record.size()));
-    }
-    return entries;
-}
-
-std::string ToText(const RecordEntry& entry) {
-    switch (entry.kind) {
-        case Entry::kWrite:
-            return "writes " + entry.text;
-        case Entry::kLaunch:
-            return "starts " + entry.text;
-        case Entry::kPopup:
-            return "asks for " + entry.text;
-        case Entry::kTerminate:
-            return "ends " + entry.text;
-        case Entry::kMode:
-            return "sets the always-on-voice mode of " + entry.text;
-        case Entry::kCall:
-            return "calls " + entry.text;
-        case Entry::kAnswer:
-            return entry.text;
-        case Entry::kLog:
-            return "logs " + entry.text;
-        case Entry::kTrace:
-            return "traces " + entry.text;
-        case Entry::kWrong:
-            return "WRONG: " + entry.text;
-    }
-    return entry.text;
+                 Lookup(Input::Kind::kCall, "AOVSystemDataSetAOVMode"), NumberValue(mode, "int"));
 }
 
 // ---------------------------------------------------------------------------------------------
 // The policy
 // ---------------------------------------------------------------------------------------------
 
-namespace {
-constexpr char POLICY_KEY[] = "db/menu/voice/mva_list";
-}  // namespace
-
-bool Tv::NotifyPolicy() {
-    if (watches_.empty()) {
+bool Tv::NotifyPolicy(const void* inside) {
+    const auto found = std::find_if(watches_.rbegin(), watches_.rend(), [&](const Watch& watch) {
+        return LibraryOf(reinterpret_cast<const void*>(watch.callback)) == LibraryOf(inside);
+    });
+    if (found == watches_.rend()) {
         return false;
     }
-    const Watch watch = watches_.back();
+    const Watch watch = *found;
     watch.callback(nullptr, watch.userData);
     return true;
 }
 
 int Tv::AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData) {
     const PlatformMemory own;
-    if (key == nullptr || std::strcmp(key, POLICY_KEY) != 0) {
+    if (!IsPolicy(key)) {
         unknown_.insert(std::string("watch ") + (key != nullptr ? key : "(null)"));
         return -1;
     }
@@ -443,7 +301,7 @@ int Tv::AddWatch(const char* key, void (*callback)(keynode*, void*), void* userD
 int Tv::RemoveWatch(const char* key, void (*callback)(keynode*, void*)) {
     const auto found = std::find_if(watches_.begin(), watches_.end(),
                                     [&](const Watch& watch) { return watch.callback == callback; });
-    if (key == nullptr || std::strcmp(key, POLICY_KEY) != 0 || found == watches_.end()) {
+    if (!IsPolicy(key) || found == watches_.end()) {
         return -1;
     }
     watches_.erase(found);
@@ -451,13 +309,21 @@ int Tv::RemoveWatch(const char* key, void (*callback)(keynode*, void*)) {
     return 0;
 }
 
-const std::string* Tv::PolicyDocument(const char* key) {
-    static const std::string none;
-    if (key == nullptr || std::strcmp(key, POLICY_KEY) != 0) {
-        return nullptr;
+bool Tv::IsPolicy(const char* key) {
+    return key != nullptr && std::strcmp(key, vtv::kPolicyKey) == 0;
+}
+
+void Tv::SetWatches(const std::vector<Watch>& watches) {
+    if (watches_ != watches) {
+        const PlatformMemory own;
+        watches_ = watches;
     }
+}
+
+const std::string* Tv::ReadPolicyDocument() {
+    policyRead_ = true;
     AppendTrace("reads the policy");
-    return policy_ != nullptr ? policy_ : &none;
+    return policy_;
 }
 
 }  // namespace explorer

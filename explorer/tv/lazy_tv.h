@@ -3,8 +3,7 @@
 // A run begins with Begin(). The first time the provider reads an input, the TV takes the value
 // that the odometer chooses; from then on the input has that value, or the one that was last
 // written. What the provider does (writes, launches, popups) and what it answers is appended to
-// Record() as bytes, so that two runs can be compared without understanding them; ReadRecord()
-// gives them words.
+// Record().
 //
 // There is one such TV in the process: it serves the platform's C functions.
 #pragma once
@@ -20,31 +19,21 @@
 
 #include "explorer/engine/choices.h"
 #include "inputs.h"
+#include "record.h"
 
 struct keynode;  // platform/settings_store.h
 
 namespace explorer {
 
-// Kinds of entries in a record.
-enum class Entry : char {
-    kWrite = 'w',      // a setting was written: key, value
-    kLaunch = 'l',     // an application was started: id, extras
-    kPopup = 'p',      // through app control: id, extras
-    kTerminate = 't',  // an application was ended
-    kMode = 'm',       // the always-on-voice mode was set
-    kCall = 'c',       // another effect: sound feedback, the toolkit
-    kAnswer = 'a',     // part of the answer: what it is, and the text
-    kLog = 'g',        // a log record
-    kTrace = 'e',      // a trace event
-    kWrong = 'x',      // what must not happen: an exception, a leak, ...
-};
+// kFiles: with the files, and with the lines that the product fixes.
+enum class LogLevel { kNone, kMessages, kFiles, kLines };
 
-struct RecordEntry {
-    Entry kind;
-    std::string text;
+// Of the policy, by a provider.
+struct Watch {
+    void (*callback)(keynode*, void*) = nullptr;
+    void* userData = nullptr;
+    bool operator==(const Watch&) const = default;
 };
-
-enum class LogLevel { kNone, kMessages, kLines };
 
 class Tv {
   public:
@@ -73,11 +62,14 @@ class Tv {
     // Answers, effects and, where they are written down, log records and trace events, in the order
     // in which they came.
     std::string_view Record() const { return {record_, recordSize_}; }
-    void Append(Entry kind, std::string_view text);
-    void AppendNumber(Entry kind, const char* what, int number);
+    void Append(Entry kind, std::string_view subject, const Said& value = {});
+    // What was read how often.
+    void AppendReads();
 
     // What is written down beside answers and effects.
     LogLevel logLevel = LogLevel::kNone;
+    bool everything = false;  // every call of the platform, with its arguments
+    bool notesReads = false;  // the reads among them
 
     // Reads of the input in this run, the first one included.
     int ReadCount(int input) const { return reads_[input]; }
@@ -95,9 +87,12 @@ class Tv {
     // --- The policy -------------------------------------------------------------------------
     // What db/menu/voice/mva_list holds; null: nothing. Not an input that is chosen.
     void SetPolicy(const std::string* document) { policy_ = document; }
-    // Calls back who watched the policy last; false when nobody does.
-    bool NotifyPolicy();
-    int Watches() const { return static_cast<int>(watches_.size()); }
+    // Calls back the library that an address lies in; false when it does not watch the policy.
+    bool NotifyPolicy(const void* inside);
+    const std::vector<Watch>& Watches() const { return watches_; }
+    void SetWatches(const std::vector<Watch>& watches);
+    // Whether the document was read in this run.
+    bool IsPolicyRead() const { return policyRead_; }
 
     // --- For the platform's services --------------------------------------------------------
     const Value& Read(Input::Kind kind, const char* key);
@@ -108,29 +103,36 @@ class Tv {
     // What a text id is translated to: itself, with the placeholder where translations have one.
     const char* Translate(const char* id) const;
     // Writes a setting, unless writing fails. Returns what the call returns.
-    int WriteNumber(const char* key, const char* type, int number);
+    int WriteNumber(const char* key, int number);
+    int WriteFlag(const char* key, bool flag);
     int WriteText(const char* key, const char* text);
     // The always-on-voice mode is what "AOVSystemDataGetAOVMode" answers from now on.
     int SetMode(const char* appId, int mode);
     void Log(int priority, const char* format, std::va_list arguments);
-    void AppendTrace(std::string_view text);
+    void AppendTrace(std::string_view event);
+    // A call that is no effect; null arguments are told as such.
+    void Note(std::string_view call, const char* arguments = "");
+    // Whether the line of a record is written down.
+    bool ShowsLine(const char* file, const char* function, int line) const;
     int AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData);
     int RemoveWatch(const char* key, void (*callback)(keynode*, void*));
-    const std::string* PolicyDocument(const char* key);
-    bool IsReading() const { return inputs_ != nullptr; }
+    static bool IsPolicy(const char* key);
+    // Null when there is none.
+    const std::string* ReadPolicyDocument();
 
   private:
-    int Lookup(Input::Kind kind, const char* key);
+    int Lookup(Input::Kind kind, const char* key) const;
     const Value& Decide(int input);
     void Touch(int input);
     int Write(int input, int writeInput, Value value);
+    int WriteSetting(const char* key, const Said& stored, Value value);
     void Reset();
     void FixTexts();
     const char* Keep(const char* text, std::size_t size);
     void Put(std::string_view text);
+    void PutNumber(long long number);
 
     static constexpr std::size_t BUFFER = 1 << 16;
-    static constexpr std::size_t SLOTS = 512;
 
     const Inputs* inputs_ = nullptr;
     Choices* choices_ = nullptr;
@@ -144,7 +146,8 @@ class Tv {
     bool wrote_[MAX_INPUTS] = {};
     std::uint16_t touched_[MAX_INPUTS] = {};
     std::size_t touchedSize_ = 0;
-    std::int16_t slots_[SLOTS] = {};  // hash table: input + 1, or 0
+    // Where inputs are, by kind and key.
+    std::unordered_map<std::string_view, int> places_[Input::KINDS];
 
     std::vector<Value> written_;  // values that this run wrote; never grows beyond its capacity
     // Texts with the current assistant put in, by value and by the value of the current assistant.
@@ -160,19 +163,11 @@ class Tv {
     std::set<std::string> unknown_;
 
     const std::string* policy_ = nullptr;
-    struct Watch {
-        void (*callback)(keynode*, void*);
-        void* userData;
-    };
+    bool policyRead_ = false;
     std::vector<Watch> watches_;
 };
 
 // The TV of this process.
 Tv& tv();
-
-// The entries of a record in order.
-std::vector<RecordEntry> ReadRecord(std::string_view record);
-// "writes db/...", "starts ...", ... : one line for people.
-std::string ToText(const RecordEntry& entry);
 
 }  // namespace explorer

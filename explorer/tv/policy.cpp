@@ -1,39 +1,8 @@
 #include "policy.h"
 
-#include <json/json.h>
-
-#include <algorithm>
-#include <memory>
+#include "virtual-tv/model/policy.h"
 
 namespace explorer {
-
-namespace {
-
-const char* const KNOWN_IDS[] = {"ALEXA", "ORVIK2", "GVA", "SBER", "SVA", "TENCENT"};
-
-bool Parse(const std::string& document, Json::Value& root) {
-    const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-    std::string errors;
-    return reader->parse(document.data(), document.data() + document.size(), &root, &errors) &&
-           errors.empty();
-}
-
-// False when the element cannot be an assistant.
-bool ReadAssistant(const Json::Value& element, Assistant& assistant) {
-    if (!element.isObject()) {
-        return false;
-    }
-    try {
-        assistant = {element["VAOrder"].asInt(), element["VAId"].asString(),
-                     element["VAAppId"].asString(), element["VAName"].asString(),
-                     element["VAFFSupport"].asBool()};
-    } catch (const Json::Exception&) {
-        return false;
-    }
-    return true;
-}
-
-}  // namespace
 
 const Assistant* PolicyState::Find(const std::string& appId) const {
     for (const Assistant& assistant : list) {
@@ -50,27 +19,20 @@ std::string PolicyState::KindOf(const std::string& appId) const {
 }
 
 void Publish(const std::string& document, PolicyState& state) {
-    Json::Value root;
-    if (!Parse(document, root)) {
+    const vtv::PolicyReading reading = vtv::ReadPolicy(document);
+    if (!reading.isJson || reading.isRefused) {
         return;
     }
-    if (!root.isArray() || root.empty()) {
+    if (reading.assistants.empty()) {
         state.list.clear();
         return;
     }
-    PolicyState next;
-    for (const Json::Value& element : root) {
-        Assistant assistant;
-        if (!ReadAssistant(element, assistant)) {
-            return;
-        }
-        next.list.push_back(assistant);
-        if (std::find(std::begin(KNOWN_IDS), std::end(KNOWN_IDS), assistant.id) !=
-            std::end(KNOWN_IDS)) {
-            next.kinds[assistant.appId] = assistant.id;
+    state = PolicyState{reading.assistants, {}};
+    for (const Assistant& assistant : state.list) {
+        if (vtv::FindKnownAssistant(assistant.id) != nullptr) {
+            state.kinds[assistant.appId] = assistant.id;
         }
     }
-    state = next;
 }
 
 PolicyState StateOf(const Policy& policy) {

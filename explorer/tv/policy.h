@@ -6,8 +6,11 @@
 #include <vector>
 
 #include "inputs.h"
+#include "virtual-tv/model/assistants.h"
 
 namespace explorer {
+
+using vtv::Assistant;
 
 struct PolicyState {
     std::vector<Assistant> list;

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "lazy_tv.h"
+#include "ledger.h"
 #include "platform/account.h"
 #include "platform/always_on_voice.h"
 #include "platform/features.h"
@@ -15,8 +16,8 @@
 #include "platform/packages.h"
 #include "platform/settings_store.h"
 #include "platform/speech.h"
+#include "virtual-tv/model/keys.h"
 
-using explorer::Entry;
 using explorer::Input;
 using explorer::tv;
 using explorer::Value;
@@ -32,13 +33,55 @@ char* HandOut(const Value& value) {
     return value.kind == Value::Kind::kText ? strdup(tv().TextOf(value)) : nullptr;
 }
 
-int ReadNumber(Input::Kind kind, const char* key, int* number) {
-    const Value& value = tv().Read(kind, key);
+int NumberOf(const Value& value, int* number) {
     if (Fails(value)) {
         return value.number;
     }
     *number = value.number;
     return 0;
+}
+
+// A setting of another type is as good as none.
+int ReadSetting(const char* key, const char* type, int* number) {
+    const Value& value = tv().Read(Input::Kind::kSetting, key);
+    return Fails(value) || value.storedType == type ? NumberOf(value, number)
+                                                    : explorer::keys::FAILED;
+}
+
+int ReadFeature(const char* key, const char* type, int* number) {
+    const Value& value = tv().Read(Input::Kind::kFeature, key);
+    return Fails(value) || value.storedType == type ? NumberOf(value, number)
+                                                    : explorer::keys::INVALID_PARAMETER;
+}
+
+int ResultOf(const Value& value) {
+    return Fails(value) ? value.number : 0;
+}
+
+int ToFlag(int result, int number, bool* flag) {
+    if (result == 0) {
+        *flag = number != 0;
+    }
+    return result;
+}
+
+constexpr char PACKAGE[] = "the information on an application";
+constexpr char SPEECH[] = "the speech engine";
+
+template <typename Handle>
+int Lend(const char* function, const char* what, Handle* handle) {
+    const int result = ResultOf(tv().ReadCall(function));
+    if (result == 0) {
+        *handle = reinterpret_cast<Handle>(explorer::HandOutHandle(what));
+    }
+    return result;
+}
+
+// What a call is usually told is not worth a word.
+void NoteUnlessUsual(const char* call, const char* argument, const char* usual) {
+    if (argument == nullptr || std::strcmp(argument, usual) != 0) {
+        tv().Note(call, argument);
+    }
 }
 
 }  // namespace
@@ -50,26 +93,27 @@ extern "C" {
 // ---------------------------------------------------------------------------------------------
 
 int vconf_get_int(const char* key, int* value) {
-    return ReadNumber(Input::Kind::kSetting, key, value);
+    return ReadSetting(key, "int", value);
 }
 
 int vconf_get_bool(const char* key, int* value) {
-    return ReadNumber(Input::Kind::kSetting, key, value);
+    return ReadSetting(key, "bool", value);
 }
 
 char* vconf_get_str(const char* key) {
-    if (const std::string* policy = tv().PolicyDocument(key)) {
-        return policy->empty() ? nullptr : strdup(policy->c_str());
+    if (explorer::Tv::IsPolicy(key)) {
+        const std::string* policy = tv().ReadPolicyDocument();
+        return policy != nullptr ? strdup(policy->c_str()) : nullptr;
     }
     return HandOut(tv().Read(Input::Kind::kSetting, key));
 }
 
 int vconf_set_int(const char* key, int value) {
-    return tv().WriteNumber(key, "int", value);
+    return tv().WriteNumber(key, value);
 }
 
 int vconf_set_bool(const char* key, int value) {
-    return tv().WriteNumber(key, "bool", value);
+    return tv().WriteFlag(key, value != 0);
 }
 
 int vconf_set_str(const char* key, const char* value) {
@@ -90,21 +134,21 @@ int vconf_ignore_key_changed(const char* key, vconf_callback_fn callback) {
 
 int system_info_get_custom_bool(const char* key, bool* value) {
     int number = 0;
-    const int result = ReadNumber(Input::Kind::kFeature, key, &number);
-    if (result == 0) {
-        *value = number != 0;
-    }
-    return result;
+    const int result = ReadFeature(key, "bool", &number);
+    return ToFlag(result, number, value);
 }
 
 int system_info_get_custom_int(const char* key, int* value) {
-    return ReadNumber(Input::Kind::kFeature, key, value);
+    return ReadFeature(key, "int", value);
 }
 
 int system_info_get_custom_string(const char* key, char** value) {
     const Value& answer = tv().Read(Input::Kind::kFeature, key);
     if (Fails(answer)) {
         return answer.number;
+    }
+    if (answer.kind == Value::Kind::kNumber) {
+        return explorer::keys::INVALID_PARAMETER;
     }
     *value = HandOut(answer);
     return 0;
@@ -115,7 +159,7 @@ int system_info_get_custom_string(const char* key, char** value) {
 // ---------------------------------------------------------------------------------------------
 
 int sso_get_login_state(int* state) {
-    return ReadNumber(Input::Kind::kCall, "sso_get_login_state", state);
+    return NumberOf(tv().ReadCall(explorer::keys::LOGIN), state);
 }
 
 int sso_get_account_ui_application_package_id(char** id) {
@@ -133,16 +177,15 @@ int GetDisclaimerItemAgreement(const char* item) {
 
 int connection_profile_check_default_gateway(bool* connected) {
     int number = 0;
-    const int result =
-        ReadNumber(Input::Kind::kCall, "connection_profile_check_default_gateway", &number);
-    if (result == 0) {
-        *connected = number != 0;
-    }
-    return result;
+    const int result = NumberOf(tv().ReadCall("connection_profile_check_default_gateway"), &number);
+    return ToFlag(result, number, connected);
 }
 
 int access(const char* path, int mode) noexcept {
-    if (std::strncmp(path, "/home/owner/", 12) == 0) {
+    if (std::strncmp(path, vtv::kOwnerFolder, sizeof vtv::kOwnerFolder - 1) == 0) {
+        if (mode != F_OK) {
+            tv().Note("access() asks for more than that there is", path);
+        }
         return tv().Read(Input::Kind::kFile, path).number == 1 ? 0 : -1;
     }
     return static_cast<int>(syscall(SYS_faccessat, AT_FDCWD, path, mode));
@@ -160,17 +203,15 @@ int AOVSystemDataSetAOVMode(const char* appId, int mode) {
 // Packages and speech
 // ---------------------------------------------------------------------------------------------
 
-int pkgmgrinfo_appinfo_get_appinfo(const char*, pkgmgrinfo_appinfo_h* handle) {
-    const Value& value = tv().ReadCall("pkgmgrinfo_appinfo_get_appinfo");
-    if (Fails(value)) {
-        return value.number;
-    }
-    static int package;
-    *handle = &package;
-    return 0;
+int pkgmgrinfo_appinfo_get_appinfo(const char* appId, pkgmgrinfo_appinfo_h* handle) {
+    tv().Note("pkgmgrinfo_appinfo_get_appinfo", appId);
+    return Lend("pkgmgrinfo_appinfo_get_appinfo", PACKAGE, handle);
 }
 
-int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h, const char*, char** value) {
+int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h handle, const char* key,
+                                          char** value) {
+    tv().Note("pkgmgrinfo_appinfo_get_metadata_value", key);
+    explorer::UseHandle(PACKAGE, handle);
     const Value& answer = tv().ReadCall("pkgmgrinfo_appinfo_get_metadata_value");
     if (Fails(answer)) {
         return answer.number;
@@ -179,24 +220,21 @@ int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h, const char*, cha
     return 0;
 }
 
-int pkgmgrinfo_appinfo_destroy_appinfo(pkgmgrinfo_appinfo_h) {
+int pkgmgrinfo_appinfo_destroy_appinfo(pkgmgrinfo_appinfo_h handle) {
+    tv().Note("pkgmgrinfo_appinfo_destroy_appinfo");
+    explorer::TakeHandleBack(PACKAGE, handle);
     return 0;
 }
 
 int tts_create(tts_h* tts) {
-    const Value& value = tv().ReadCall("tts_create");
-    if (Fails(value)) {
-        return value.number;
-    }
-    static int engine;
-    *tts = reinterpret_cast<tts_h>(&engine);
-    return 0;
+    return Lend("tts_create", SPEECH, tts);
 }
 
 int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, void* userData) {
     if (tts == nullptr) {
         return -1;
     }
+    explorer::UseHandle(SPEECH, tts);
     const Value& value = tv().ReadCall("tts_foreach_supported_voices");
     if (Fails(value)) {
         return value.number;
@@ -214,16 +252,20 @@ int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, voi
     return 0;
 }
 
-int tts_destroy(tts_h) {
-    const Value& value = tv().ReadCall("tts_destroy");
-    return Fails(value) ? value.number : 0;
+int tts_destroy(tts_h tts) {
+    explorer::TakeHandleBack(SPEECH, tts);
+    return ResultOf(tv().ReadCall("tts_destroy"));
 }
 
 // ---------------------------------------------------------------------------------------------
 // Log
 // ---------------------------------------------------------------------------------------------
 
-int __dlog_print(int, int priority, const char*, const char* format, ...) {
+int __dlog_print(int id, int priority, const char* tag, const char* format, ...) {
+    if (id != 0) {
+        tv().Note("__dlog_print", "with another log than the main one");
+    }
+    NoteUnlessUsual("__dlog_print with the tag", tag, "SI-MENU");
     va_list arguments;
     va_start(arguments, format);
     tv().Log(priority, format, arguments);
@@ -232,7 +274,8 @@ int __dlog_print(int, int priority, const char*, const char* format, ...) {
 }
 
 // What is looked at is which text is chosen, not how it is translated.
-char* dgettext(const char*, const char* id) noexcept {
+char* dgettext(const char* domain, const char* id) noexcept {
+    NoteUnlessUsual("dgettext of the domain", domain, "si-ready");
     return const_cast<char*>(tv().Translate(id));
 }
 

@@ -1,10 +1,9 @@
 #include "state.h"
 
-#include "explorer/engine/bytes.h"
 #include "host/core/toml_writer.h"
-#include "keys.h"
 #include "lazy_tv.h"
 #include "policy.h"
+#include "virtual-tv/model/keys.h"
 
 namespace explorer {
 
@@ -17,16 +16,6 @@ std::string WithoutPrefix(const std::string& text, const std::string& prefix) {
     return text.rfind(prefix, 0) == 0 ? text.substr(prefix.size()) : text;
 }
 
-std::string TomlValue(const Value& value, const std::string& text) {
-    if (value.kind == Value::Kind::kText) {
-        return TomlText(text);
-    }
-    if (value.storedType == "bool") {
-        return value.number != 0 ? "true" : "false";
-    }
-    return std::to_string(value.number);
-}
-
 // A value of a type, for a setting that is to be of the wrong one.
 const char* SampleOf(const std::string& type) {
     return type == "int" ? "1" : type == "bool" ? "true" : "\"text\"";
@@ -36,14 +25,14 @@ std::string SettingStep(const Input& input, const Value& value, const std::strin
     if (value.kind == Value::Kind::kFails && value.storedType.empty()) {
         return "unset = " + TomlText(input.key);
     }
-    const std::string stored =
-        value.kind == Value::Kind::kFails ? SampleOf(value.storedType) : TomlValue(value, text);
+    const std::string stored = value.kind == Value::Kind::kFails ? SampleOf(value.storedType)
+                                                                 : TomlValue(StoredBy(value, text));
     const bool isForced = value.kind == Value::Kind::kFails;
     return "set." + TomlText(input.key) + " = " + stored + (isForced ? "\nforce = true" : "");
 }
 
 std::string FeatureStep(const Input& input, const Value& value, const std::string& text) {
-    const std::string name = TomlText(WithoutPrefix(input.key, keys::FEATURES));
+    const std::string name = TomlText(WithoutPrefix(input.key, vtv::kFeaturePrefix));
     if (value.kind == Value::Kind::kFails && value.number == keys::INVALID_PARAMETER) {
         return "feature-missing = " + name;
     }
@@ -51,7 +40,7 @@ std::string FeatureStep(const Input& input, const Value& value, const std::strin
         return "fault = { function = \"system_info_get_custom_" + input.type +
                "\", always = true, result = " + std::to_string(value.number) + " }";
     }
-    return "feature." + name + " = " + TomlValue(value, text);
+    return "feature." + name + " = " + TomlValue(StoredBy(value, text));
 }
 
 std::string CallStep(const Input& input, const Value& value) {
@@ -81,7 +70,7 @@ std::string StepOf(const Input& input, const Value& value, const std::string& te
             return FeatureStep(input, value, text);
         case Input::Kind::kFile:
             return std::string(value.number == 1 ? "file-add" : "file-remove") + " = " +
-                   TomlText(WithoutPrefix(input.key, keys::OWNER));
+                   TomlText(WithoutPrefix(input.key, vtv::kOwnerFolder));
         case Input::Kind::kConsent:
             return "consent." + input.key + " = " + (value.number > 0 ? "true" : "false");
         case Input::Kind::kCall:
@@ -108,7 +97,7 @@ std::string CurrentOf(const Inputs& inputs, const State& state) {
             return state.texts[i];
         }
     }
-    return "com.vantelo.tv.voice-instant-app";
+    return vtv::FindKnownAssistant("ORVIK2")->appId;
 }
 
 }  // namespace
@@ -178,32 +167,32 @@ std::string ToScenario(const Inputs& inputs, const State& state, const std::stri
     return scenario + "\n" + steps;
 }
 
-std::string ToBytes(const State& state) {
-    BytesWriter bytes;
-    bytes.Number(static_cast<std::uint64_t>(state.policy));
-    bytes.Number(state.path.size());
-    for (std::size_t i = 0; i < state.path.size(); ++i) {
-        bytes.Number(state.path[i].input);
-        bytes.Number(state.path[i].value);
-        bytes.Number(state.path[i].count);
-        bytes.Text(i < state.texts.size() ? state.texts[i] : "");
+std::string TomlList(const std::vector<std::string>& texts) {
+    std::string list;
+    for (const std::string& text : texts) {
+        list += (list.empty() ? "" : ", ") + TomlText(text);
     }
-    return bytes.Bytes();
+    return "[" + list + "]";
 }
 
-State StateFromBytes(const std::string& text) {
-    BytesReader bytes(text);
-    State state;
-    state.policy = bytes.Int();
-    for (std::uint64_t size = bytes.Number(); size > 0; --size) {
-        Decision decision;
-        decision.input = static_cast<std::uint16_t>(bytes.Number());
-        decision.value = static_cast<std::uint16_t>(bytes.Number());
-        decision.count = static_cast<std::uint16_t>(bytes.Number());
-        state.path.push_back(decision);
-        state.texts.push_back(bytes.Text());
+std::string TomlValue(const vtv::Value& value) {
+    const std::string* text = std::get_if<std::string>(&value);
+    return text != nullptr ? TomlText(*text) : vtv::ToText(value);
+}
+
+std::string ExpectedLaunch(const std::string& application, const vtv::Extras& extras) {
+    std::string launch = application;
+    for (const auto& [key, value] : extras) {
+        launch += ' ' + key + '=' + value;
     }
-    return state;
+    return launch;
+}
+
+vtv::Value StoredBy(const Value& value, const std::string& text) {
+    if (value.kind == Value::Kind::kText) {
+        return text;
+    }
+    return value.storedType == "bool" ? vtv::Value(value.number != 0) : vtv::Value(value.number);
 }
 
 }  // namespace explorer

@@ -6,6 +6,7 @@
 
 #include "explorer/engine/choices.h"
 #include "inputs.h"
+#include "virtual-tv/model/launch.h"
 
 namespace explorer {
 
@@ -18,6 +19,11 @@ struct State {
 
     // How far it is from a TV on which all is well: fewer unusual values are easier to understand.
     int Weight(const Inputs& inputs) const;
+
+    template <typename Bytes>
+    void Members(Bytes& bytes) {
+        bytes(policy, path, texts);
+    }
 };
 
 // The state that the TV's current run is in.
@@ -28,7 +34,11 @@ std::vector<std::string> Describe(const Inputs& inputs, const State& state);
 std::string ToScenario(const Inputs& inputs, const State& state, const std::string& title,
                        const std::string& steps);
 
-std::string ToBytes(const State& state);
-State StateFromBytes(const std::string& bytes);
+// Parts of scenarios: "[...]", a value of its own type, "APP key=value".
+std::string TomlList(const std::vector<std::string>& texts);
+std::string TomlValue(const vtv::Value& value);
+std::string ExpectedLaunch(const std::string& application, const vtv::Extras& extras);
+// What a store holds for a value; the text is the value's, the current assistant put in.
+vtv::Value StoredBy(const Value& value, const std::string& text);
 
 }  // namespace explorer

@@ -1,0 +1,103 @@
+#include "walk_comparison.h"
+
+#include <algorithm>
+
+#include "explorer/tv/lazy_tv.h"
+#include "platform/trace_storage.h"
+
+namespace explorer {
+
+namespace {
+constexpr int FAR_AWAY = 1000;
+}
+
+void UseRecords(const RecordOptions& options) {
+    tv().logLevel = !options.logs   ? LogLevel::kNone
+                    : options.lines ? LogLevel::kLines
+                                    : LogLevel::kFiles;
+    tv().everything = true;
+    tv().notesReads = options.reads;
+    TIStorageManagerState::enabled = options.logs;
+}
+
+WalkComparison::WalkComparison(const Inputs& inputs, const DiffOptions& options,
+                               const std::vector<const Question*>& questions)
+    : inputs_(inputs),
+      options_(options),
+      calls_(inputs, questions),
+      work_(Work()),
+      walk_(std::make_unique<Walk>(inputs, options, options.bounds, work_)) {}
+
+WalkWork WalkComparison::Work() {
+    WalkWork work;
+    work.files = {options_.provider, options_.other};
+    work.calls = &calls_;
+    work.stopsAtOnce = options_.brief;
+    work.prepare = [this] {
+        UseRecords({options_.logs, options_.lines, options_.reads});
+        differences_.clear();
+    };
+    work.see = [this](const Seen& seen) { return See(seen); };
+    work.seen = [this] { return ToBytes(ListOf(differences_)); };
+    work.take = [this](BytesReader seen) {
+        Merge(seen.Next<std::vector<Difference>>(), inputs_, differences_);
+    };
+    work.note = [this](int joint, int call, const WorkerResult& result) {
+        // One of the two is at fault: that is a difference to look at, unless both are.
+        Difference difference;
+        difference.onlyB = {"one of them " + result.trouble};
+        difference.question = calls_.NameOf(call);
+        difference.questions = {difference.question};
+        difference.paths = 1;
+        difference.smallest = {0, result.path, {}};
+        difference.joint = joint;
+        difference.call = call;
+        difference.length = LengthOf(joint, call);
+        Add(differences_, inputs_, difference);
+    };
+    work.found = [this] {
+        int nearest = 0;
+        for (const auto& [key, difference] : differences_) {
+            nearest = nearest == 0 ? difference.length : std::min(nearest, difference.length);
+        }
+        return options_.all ? 0 : nearest;
+    };
+    return work;
+}
+
+// No host asks a provider that it has not created: what shows there only is shown last.
+int WalkComparison::LengthOf(int joint, int call) const {
+    const bool isOdd = call >= calls_.FirstQuestion() && !walk_->HasTable(joint);
+    return walk_->At(joint).depth + 1 + (isOdd ? FAR_AWAY : 0);
+}
+
+// In a worker.
+bool WalkComparison::See(const Seen& seen) {
+    if (seen.records[0] == seen.records[1]) {
+        return true;
+    }
+    const std::string a(seen.records[0]);
+    const std::string b(seen.records[1]);
+    // The state's documents are told as the first provider found them.
+    seen.again();
+    Difference difference =
+        DifferenceOf(a, b, calls_.NameOf(seen.call), CurrentState(0, seen.choices));
+    difference.joint = seen.joint;
+    difference.call = seen.call;
+    difference.length = LengthOf(seen.joint, seen.call);
+    Add(differences_, inputs_, difference);
+    return !options_.brief;
+}
+
+std::vector<Difference> WalkComparison::Found() const {
+    std::vector<Difference> found = ListOf(differences_);
+    std::stable_sort(found.begin(), found.end(), [&](const Difference& a, const Difference& b) {
+        return a.IsNearerThan(b, inputs_);
+    });
+    if (!options_.all && found.size() > 1) {
+        found.resize(1);
+    }
+    return found;
+}
+
+}  // namespace explorer

@@ -1,7 +1,0 @@
-#include "memory.h"
-
-namespace explorer {
-
-MemoryBooks memoryBooks;
-
-}  // namespace explorer

@@ -1,0 +1,91 @@
+// The invariants in every state that a provider comes to.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "check.h"
+#include "explorer/tv/state.h"
+
+namespace explorer {
+
+struct Violation {
+    std::string what;
+    std::uint64_t paths = 0;
+    State smallest;
+    std::string question;
+    int joint = -1;                  // what the provider remembers then
+    int depth = 0;                   // calls that lead there
+    std::vector<std::string> calls;  // the same in words
+
+    template <typename Bytes>
+    void Members(Bytes& bytes) {
+        bytes(what, paths, smallest, question, joint, depth, calls);
+    }
+    bool IsNearerThan(const Violation& other, const Inputs& inputs) const {
+        return depth != other.depth ? depth < other.depth
+                                    : smallest.Weight(inputs) < other.smallest.Weight(inputs);
+    }
+};
+
+struct Verdict {
+    const Invariant* invariant = nullptr;
+    std::uint64_t paths = 0;
+    std::vector<Violation> violations;  // one for each thing that is wrong
+};
+
+class Checking {
+  public:
+    // Loads the provider. Throws host::ProviderError. All that is named must outlive this.
+    Checking(const Inputs& inputs, const CheckOptions& options,
+             const std::vector<const Invariant*>& invariants);
+    Checking(const Checking&) = delete;
+    Checking& operator=(const Checking&) = delete;
+
+    void Run() { walk_->Run(); }
+
+    // Ready to be shown: with the policies, which become part of the inputs.
+    std::vector<Verdict> Verdicts(Inputs& inputs) const;
+    const Walk& Walked() const { return *walk_; }
+
+  private:
+    // What is looked at in one run.
+    struct Unit {
+        const Question* question = nullptr;
+        std::vector<std::size_t> invariants;  // several only of those that ask no more than that
+    };
+
+    static std::vector<Unit> UnitsOf(const std::vector<const Invariant*>& invariants);
+    const Unit& UnitAt(int call) const {
+        return units_[static_cast<std::size_t>(call - calls_.Count())];
+    }
+    std::string NameOf(const Unit& unit) const;
+    // Those that a call is held against.
+    std::vector<std::size_t> InvariantsOf(int call) const;
+    void EmptyVerdicts();
+    void Look(LivingProvider& provider, int joint, const Unit& unit);
+    void JudgeAll(const explorer::Look& look, const Unit& unit);
+    bool See(const Seen& seen);
+    void Note(std::size_t invariant, const Violation& violation);
+    void Take(BytesReader seen);
+
+    const Inputs& inputs_;
+    const std::vector<const Invariant*> invariants_;
+    const std::vector<Unit> units_;
+    const Calls calls_;
+    WalkWork work_;
+    std::optional<Walk> walk_;
+    // By invariant.
+    std::vector<std::vector<Violation>> found_;
+    std::vector<std::uint64_t> paths_;
+    // In a worker.
+    std::map<std::size_t, std::string> wrong_;  // by invariant, on this path
+    int policyOf_ = -1;
+    PolicyState policy_;
+};
+
+}  // namespace explorer
