@@ -1,98 +1,136 @@
-// Whatever the settings store, the feature configuration and the services answer, the provider does
-// not crash, leak or throw. The input is those answers.
+// Whatever a TV is like, however its platform answers or fails, wherever a watch or the end of
+// memory interrupts, and in whatever order it is asked: the provider does not crash, throws nothing
+// but what its header says, gives back all that it was handed, and its lists have no gaps. The
+// input is what happens, step by step, on the recording platform.
 //
 //     cmake --preset fuzz && cmake --build --preset fuzz
-//     mkdir -p build/fuzz/corpus       # the fuzzer writes into the first folder
-//     build/fuzz/bin/provider-fuzz -max_total_time=60 build/fuzz/corpus fuzz/corpus
+//     scripts/fuzz provider --seconds 60
 
-#include <cstdlib>
+#include <exception>
 
-#include "abi/si_provider.h"
-#include "answering_platform.h"
-#include "platform/trace_storage.h"
+#include "allocation_faults.h"
+#include "host_calls.h"
+#include "promises.h"
+#include "recording_platform.h"
+#include "si-ready/src/MVAList.h"
+#include "si-ready/src/SIMenuUtil.h"
+#include "tv_inputs.h"
+#include "virtual-tv/model/keys.h"
 
 namespace {
 
-constexpr const char* KEYS[] = {
-    "menu/system/general-voice",
-    "menu/system/general-voice-onboarding",
-    "menu/system/general-voice-voice-assistant",
-    "menu/system/general-voice-voice-wake-up",
-    "menu/system/general-voice-voice-always-wake-up",
-    "menu/system/general-voice-voice-screen-on-wake-up",
-    "menu/system/general-voice-situational-hint",
-    "menu/system/general-voice-voice-settings-orvik",
-    "menu/system/general-voice-voice-settings-orvik-cn",
-    "menu/system/general-voice-voice-settings-tencent",
-    "menu/system/general-voice-voice-settings-alexa",
-    "menu/system/general-voice-voice-settings-google",
-    "menu/system/general-voice-voice-settings-salute",
-    "provider/owner",
-    "no such key",
-    nullptr,
-};
+constexpr int MOST_STEPS = 200;
 
-void AskAll(const SIProviderTable& table, const char* key) {
-    // The longest text is a translation with an assistant's name in it.
-    static char buffers[5][1 << 16];
-    char* text = nullptr;
-    int number = 0;
-    bool flag = false;
-
-    check_visibility_int(key, answers->ConsumeIntegral<int>());
-    check_enable_int(key, answers->ConsumeIntegral<int>());
-    table.get_int(key, &number);
-    table.set_int(key, answers->ConsumeBool() ? SI_ACTION_VALUE : answers->ConsumeIntegral<int>());
-    table.get_display_name(key, &text);
-    free(text);
-    text = nullptr;
-    table.get_help_text(key, &text);
-    free(text);
-    text = nullptr;
-    table.get_disable_text(key, &text, &flag);
-    free(text);
-    text = nullptr;
-    table.provider_property(key, &text);
-    free(text);
-    table.get_messagebox_info(key, buffers[0], buffers[1], buffers[2], &number);
-    table.get_messagebox_title(key, buffers[0]);
-    table.get_disablepopup_info(key, buffers[0], buffers[1], buffers[2], buffers[3], &number,
-                                buffers[4]);
-
-    int count = 0;
-    ListItem** items = table.get_list_items(key, &count);
-    for (int i = 0; items != nullptr && i < count; ++i) {
-        if (items[i] == nullptr || items[i]->text == nullptr) {
-            abort();  // a list has no gaps
+class Run {
+  public:
+    explicit Run(FuzzedDataProvider& bytes) : bytes_(bytes) {
+        recording::Reset();
+        recording::SetRecording(bytes_.ConsumeBool());
+        recording::SetTracing(bytes_.ConsumeBool());
+        recording::tv().settings[vtv::kPolicyKey] = fuzz::PolicyText(bytes_);
+        fuzz::MakeReady(bytes_.PickValueInArray(
+            {fuzz::NOT_READY, fuzz::FAR_FIELD, fuzz::NEW_IN_CHINA, fuzz::PASS_THROUGH}));
+        for (int left = bytes_.ConsumeIntegralInRange(0, 40); left > 0; --left) {
+            fuzz::ChangeTv(bytes_);
         }
-        table.list_item_text(items[i], &text);
-        table.list_item_value(items[i], &number);
-        table.list_item_kind(items[i], &number);
+        fuzz::Require(create_provider(&slots_) == 0 && slots_ != nullptr, "there is a table");
     }
-    if (items != nullptr) {
-        table.free_list_items(items, count);
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+
+    void Step() {
+        switch (bytes_.ConsumeIntegralInRange(0, 15)) {
+            case 0:
+                return recording::Publish(vtv::kPolicyKey, fuzz::PolicyText(bytes_));
+            case 1:
+                return Disturb();
+            case 2:
+                return recording::ClearFaults();
+            case 3:
+                return StartAgain();
+            case 4:
+            case 5:
+            case 6:
+                return fuzz::ChangeTv(bytes_);
+            case 7:
+            case 8:
+                return fuzz::AskAsProgram(bytes_);
+            case 9:
+            case 10:
+                return fuzz::ShowItem(bytes_, Page());
+            default:
+                return Ask();
+        }
     }
-}
+
+    ~Run() {
+        recording::DisarmAllocationFaults();
+        recording::ClearFaults();
+        fuzz::Require(delete_provider(&slots_) == 0, "a table can be given back");
+        for (const std::string& debt : recording::Debts()) {
+            fuzz::Require(false, debt.c_str());
+        }
+        CSIMenuUtil::m_listTTSLanguage.clear();
+        recording::Reset();
+    }
+
+  private:
+    const SIProviderTable& Page() const { return *reinterpret_cast<SIProviderTable*>(slots_); }
+
+    void Ask() {
+        fuzz::AskAsHost(bytes_, Page());
+        recording::DisarmAllocationFaults();
+    }
+
+    // A call of the platform fails, or is interrupted; or memory runs out in the next question.
+    void Disturb() {
+        const int nth = bytes_.ConsumeIntegralInRange(1, 30);
+        const int count = bytes_.ConsumeBool() ? 1 : recording::FOREVER;
+        switch (bytes_.ConsumeIntegralInRange(0, 2)) {
+            case 0:
+                return recording::FailAny(nth, count, bytes_.ConsumeBool() ? -1 : -22);
+            case 1:
+                return recording::InterruptCall(nth, [policy = fuzz::PolicyText(bytes_)] {
+                    recording::Publish(vtv::kPolicyKey, policy);
+                });
+            default:
+                recording::ArmAllocationFaults(nth, count == 1 ? 1 : recording::EVERY_FOLLOWING);
+                return Ask();
+        }
+    }
+
+    void StartAgain() {
+        void** second = nullptr;
+        create_provider(bytes_.ConsumeBool() ? &second : nullptr);
+        fuzz::Require(delete_provider(nullptr) == 1, "no table is none to give back");
+        if (bytes_.ConsumeBool()) {
+            try {
+                MVAList::Initialize();
+            } catch (const std::exception&) {  // for a policy of another shape
+            }
+            MVAList::Finalize();
+        }
+        if (second != nullptr) {
+            delete_provider(&second);
+        }
+    }
+
+    FuzzedDataProvider& bytes_;
+    void** slots_ = nullptr;
+};
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    FuzzedDataProvider provider(data, size);
-    answers = &provider;
-    strings.clear();
-    TIStorageManagerState::enabled = provider.ConsumeBool();
-    // The policy comes first, so that the fuzzer finds it quickly.
-    strings["db/menu/voice/mva_list"] = provider.ConsumeRandomLengthString();
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    fuzz::Require(recording::AllocationFaultsWork(), "memory runs out when it is told to");
+    return 0;
+}
 
-    void** slots = nullptr;
-    create_provider(&slots);
-    while (provider.remaining_bytes() > 0) {
-        if (provider.ConsumeBool()) {
-            strings["db/menu/voice/mva_list"] = provider.ConsumeRandomLengthString();
-            policyCallback(nullptr, nullptr);
-        }
-        AskAll(*reinterpret_cast<SIProviderTable*>(slots), provider.PickValueInArray(KEYS));
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    FuzzedDataProvider bytes(data, size);
+    Run run(bytes);
+    for (int step = 0; step < MOST_STEPS && bytes.remaining_bytes() > 0; ++step) {
+        run.Step();
     }
-    delete_provider(&slots);
     return 0;
 }

@@ -5,12 +5,13 @@
 //     mkdir -p build/fuzz/replace      # the fuzzer writes into the first folder
 //     build/fuzz/bin/replace-fuzz -max_total_time=60 build/fuzz/replace
 
+#include <fuzzer/FuzzedDataProvider.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <optional>
 #include <string>
 
-#include "answering_platform.h"
 #include "si-ready/src/SIMenuUtil.h"
 
 namespace {
@@ -20,11 +21,11 @@ constexpr int MAX_REPLACEMENTS = 1000;
 constexpr std::size_t MAX_SIZE = 65536;
 
 // Placeholders, and what may become one.
-std::string ConsumeText() {
+std::string ConsumeText(FuzzedDataProvider& bytes) {
     constexpr const char* PIECES[] = {"<<A>>", "<<B>>", "<",   ">",   "<<", ">>",
                                       "A",     "B",     "A>>", "<<A", "x"};
     std::string text;
-    for (const char byte : answers->ConsumeRandomLengthString()) {
+    for (const char byte : bytes.ConsumeRandomLengthString()) {
         text += PIECES[static_cast<unsigned char>(byte) % std::size(PIECES)];
     }
     return text;
@@ -71,11 +72,10 @@ void Check(const std::string& was, const std::optional<std::string>& expected, s
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    FuzzedDataProvider provider(data, size);
-    answers = &provider;
-    const std::string a = ConsumeText();
-    const std::string b = ConsumeText();
-    const std::string text = ConsumeText();
+    FuzzedDataProvider bytes(data, size);
+    const std::string a = ConsumeText(bytes);
+    const std::string b = ConsumeText(bytes);
+    const std::string text = ConsumeText(bytes);
 
     const std::optional<std::string> first = PlainLoop(text, "<<A>>", a);
     Check(CSIMenuUtil::Replace(text, a), first, text.size());
