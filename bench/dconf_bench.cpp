@@ -1,4 +1,4 @@
-// The same question asked of dconf: when does another process see a change?
+// The same asked of dconf: reading, writing, and when another process sees a change.
 #include <benchmark/benchmark.h>
 #include <gio/gio.h>
 
@@ -15,12 +15,17 @@ GSettings* OpenSettings() {
     return g_settings_new("org.si-ready.bench");
 }
 
-void DconfChangeSeen(benchmark::State& state) {
-    if (std::getenv("DBUS_SESSION_BUS_ADDRESS") == nullptr) {
+bool HasBus(benchmark::State& state) {
+    const bool has = std::getenv("DBUS_SESSION_BUS_ADDRESS") != nullptr;
+    if (!has) {
         state.SkipWithError("needs a session bus: run it with dbus-run-session");
-        return;
     }
-    // Forked once, before GLib has a thread of its own in this process.
+    return has;
+}
+
+bench::OtherProcess& Reader() {
+    // Forked once, and before GLib has a thread of its own in this process, whatever is measured
+    // first.
     static bench::OtherProcess reader([](const std::function<void()>& tell) {
         GSettings* settings = OpenSettings();
         g_signal_connect(settings, "changed::value",
@@ -41,6 +46,14 @@ void DconfChangeSeen(benchmark::State& state) {
             g_main_context_iteration(context, TRUE);
         }
     });
+    return reader;
+}
+
+void DconfChangeSeen(benchmark::State& state) {
+    if (!HasBus(state)) {
+        return;
+    }
+    bench::OtherProcess& reader = Reader();
     static GSettings* const settings = OpenSettings();
     int number = g_settings_get_int(settings, "value");
     for (auto _ : state) {
@@ -51,5 +64,34 @@ void DconfChangeSeen(benchmark::State& state) {
     }
 }
 BENCHMARK(DconfChangeSeen)->UseManualTime();
+
+void DconfRead(benchmark::State& state) {
+    if (!HasBus(state)) {
+        return;
+    }
+    Reader();
+    static GSettings* const settings = OpenSettings();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(g_settings_get_int(settings, "value"));
+    }
+}
+BENCHMARK(DconfRead);
+
+void DconfWrite(benchmark::State& state) {
+    if (!HasBus(state)) {
+        return;
+    }
+    bench::OtherProcess& reader = Reader();
+    static GSettings* const settings = OpenSettings();
+    int number = g_settings_get_int(settings, "value");
+    for (auto _ : state) {
+        const int64_t begin = bench::Nanoseconds();
+        g_settings_set_int(settings, "value", ++number);
+        g_settings_sync();
+        state.SetIterationTime(static_cast<double>(bench::Nanoseconds() - begin) * 1e-9);
+        reader.Wait();  // or its report would be taken for that of a later change
+    }
+}
+BENCHMARK(DconfWrite)->UseManualTime();
 
 }  // namespace

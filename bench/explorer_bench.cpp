@@ -10,6 +10,7 @@
 
 #include "explorer/asking/exploration.h"
 #include "explorer/tv/lazy_tv.h"
+#include "virtual-tv/model/policy.h"
 
 namespace {
 
@@ -89,10 +90,10 @@ void BM_WholeTable(benchmark::State& state) {
     for (const Question& question : Questions()) {
         questions.push_back(&question);
     }
-    ExplorationOptions options;
+    CommonOptions options;
     options.provider = Provider();
     options.workers = 1;
-    options.progress = false;
+    options.quiet = true;
     std::uint64_t paths = 0;
     for (auto _ : state) {
         const double before = ComputedSeconds();
@@ -118,16 +119,14 @@ std::string AppOf(int assistant) {
 void BM_Assistants(benchmark::State& state) {
     const int count = static_cast<int>(state.range(0));
     Inputs inputs = LoadInputs(InputsFile());
-    std::string document;
+    std::vector<vtv::Assistant> assistants;
     std::vector<Value> current;
     for (int i = 0; i < count; ++i) {
-        document += (document.empty() ? "[" : ",") + std::string("{\"VAOrder\":") +
-                    std::to_string(i + 1) + ",\"VAId\":\"" + kIds[i] + "\",\"VAAppId\":\"" +
-                    AppOf(i) + "\",\"VAName\":\"" + kIds[i] + "\",\"VAFFSupport\":true}";
+        assistants.push_back({i + 1, kIds[i], AppOf(i), kIds[i], true});
         current.push_back({Value::Kind::kText, 0, AppOf(i), kIds[i], "string", false});
     }
     inputs.inputs[static_cast<std::size_t>(inputs.CurrentAssistant())].values = current;
-    AskEverything(state, inputs, {"generated", {document + "]"}}, Looks());
+    AskEverything(state, inputs, {"generated", {vtv::WritePolicy(assistants)}}, Looks());
 }
 BENCHMARK(BM_Assistants)->DenseRange(1, 8)->Unit(benchmark::kMillisecond);
 
@@ -135,10 +134,10 @@ BENCHMARK(BM_Assistants)->DenseRange(1, 8)->Unit(benchmark::kMillisecond);
 void BM_Inputs(benchmark::State& state) {
     Inputs inputs = LoadInputs(InputsFile());
     const Question& question = *FindQuestion("visible:voice");
-    ExplorationOptions options;
+    CommonOptions options;
     options.provider = Provider();
     options.workers = 1;
-    options.progress = false;
+    options.quiet = true;
     const std::vector<int> order = Explore(inputs, {&question}, options)->results[0].orders[0];
     for (std::size_t i = static_cast<std::size_t>(state.range(0)); i < order.size(); ++i) {
         inputs.inputs[static_cast<std::size_t>(order[i])].values.resize(1);

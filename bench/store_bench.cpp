@@ -5,9 +5,12 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "other_process.h"
 #include "store.h"
@@ -35,22 +38,29 @@ class Folder {
     std::string path;
 };
 
+// As a store must: in its folder, following no link, and into a text.
 void BareRead(benchmark::State& state) {
     Folder folder;
-    const std::string file = folder.path + "/file";
-    std::ofstream(file) << kText;
+    const int dir = open(folder.path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const std::string name = Store::EncodeKey(kKey);
+    std::ofstream(folder.path + "/" + name) << kText;
     for (auto _ : state) {
         char buffer[4096];
-        const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+        const int fd = openat(dir, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
         benchmark::DoNotOptimize(read(fd, buffer, sizeof buffer));
         close(fd);
     }
+    close(dir);
 }
 BENCHMARK(BareRead);
 
+// Among so many keys.
 void StoreRead(benchmark::State& state) {
     Folder folder;
-    Store store(folder.path, Store::Durability::kDurable);
+    Store store(folder.path, Store::Durability::kVolatile);
+    for (int64_t i = 1; i < state.range(0); ++i) {
+        store.Write("db/other/" + std::to_string(i), 1);
+    }
     store.Write(kKey, kText);
     std::string problem;
     for (auto _ : state) {
@@ -58,7 +68,7 @@ void StoreRead(benchmark::State& state) {
         benchmark::DoNotOptimize(store.Read(kKey, &value, &problem));
     }
 }
-BENCHMARK(StoreRead);
+BENCHMARK(StoreRead)->RangeMultiplier(10)->Range(1, 10000);
 
 // Write, sync, rename; and, for the rename to survive a power failure as well, sync the folder.
 void BareWrite(benchmark::State& state, bool syncFolder) {
@@ -89,11 +99,11 @@ void StoreWrite(benchmark::State& state, Store::Durability durability) {
 BENCHMARK_CAPTURE(StoreWrite, durable, Store::Durability::kDurable)->UseRealTime();
 BENCHMARK_CAPTURE(StoreWrite, volatile, Store::Durability::kVolatile)->UseRealTime();
 
-// From the moment before the write to the callback in another process.
+// From the moment before the write to the callback in another process, the last of so many.
 void ChangeSeen(benchmark::State& state, Store::Durability durability) {
     Folder folder;
     Store store(folder.path, durability);
-    bench::OtherProcess reader([&](const std::function<void()>& tell) {
+    const auto watch = [&](const std::function<void()>& tell) {
         vtv::Watcher watcher;
         watcher.Watch(folder.path, IN_MOVED_TO, Store::EncodeKey(kKey),
                       [&](const std::string&) { tell(); });
@@ -103,16 +113,27 @@ void ChangeSeen(benchmark::State& state, Store::Durability durability) {
             poll(&source, 1, -1);
             watcher.Dispatch();
         }
-    });
+    };
+    std::vector<std::unique_ptr<bench::OtherProcess>> readers;
+    for (int64_t i = 0; i < state.range(0); ++i) {
+        readers.push_back(std::make_unique<bench::OtherProcess>(watch));
+    }
     int number = 0;
     for (auto _ : state) {
         const int64_t begin = bench::Nanoseconds();
         store.Write(kKey, ++number);
-        state.SetIterationTime(static_cast<double>(reader.Wait() - begin) * 1e-9);
+        int64_t last = begin;
+        for (const auto& reader : readers) {
+            last = std::max(last, reader->Wait());
+        }
+        state.SetIterationTime(static_cast<double>(last - begin) * 1e-9);
     }
 }
-BENCHMARK_CAPTURE(ChangeSeen, durable, Store::Durability::kDurable)->UseManualTime();
-BENCHMARK_CAPTURE(ChangeSeen, volatile, Store::Durability::kVolatile)->UseManualTime();
+BENCHMARK_CAPTURE(ChangeSeen, durable, Store::Durability::kDurable)->Arg(1)->UseManualTime();
+BENCHMARK_CAPTURE(ChangeSeen, volatile, Store::Durability::kVolatile)
+    ->RangeMultiplier(10)
+    ->Range(1, 100)
+    ->UseManualTime();
 
 }  // namespace
 
