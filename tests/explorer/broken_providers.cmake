@@ -10,10 +10,9 @@ function(broken_provider name source from to)
     string(REPLACE "${from}" "${to}" text "${text}")
     file(CONFIGURE OUTPUT ${folder}/${source}.cpp CONTENT "${text}" @ONLY)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
-    get_target_property(sources si-ready SOURCES)
-    list(TRANSFORM sources PREPEND ${PROJECT_SOURCE_DIR}/si-ready/)
-    list(REMOVE_ITEM sources ${file})
-    add_library(${name} SHARED ${sources} ${folder}/${source}.cpp)
+    # The other sources are compiled already.
+    add_library(${name} SHARED ${folder}/${source}.cpp
+        $<FILTER:$<TARGET_OBJECTS:si-ready>,EXCLUDE,/${source}\\.cpp\\.o$>)
     target_compile_features(${name} PRIVATE cxx_std_17)
     set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden)
     target_include_directories(${name} PRIVATE

@@ -1,10 +1,14 @@
 // The engine on small questions whose number of paths is known.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+
 #include <functional>
 #include <vector>
 
 #include "explorer/engine/coverage.h"
+#include "explorer/engine/decision_list.h"
 #include "explorer/engine/diagram.h"
 
 using explorer::BigNumber;
@@ -75,7 +79,7 @@ TEST(Engine, DifferentBranchesMayReadDifferentInputs) {
         return choices.Choose(0, 2) == 0 ? choices.Choose(1, 4) : 10 + choices.Choose(2, 6);
     });
     EXPECT_EQ(result.paths, 10);
-    EXPECT_EQ(result.coverage.States(), BigNumber(2 * 4 * 6));
+    EXPECT_EQ(result.coverage.States(), BigNumber(48));
     EXPECT_TRUE(result.coverage.IsComplete());
 }
 
@@ -103,17 +107,6 @@ TEST(Engine, AQuestionThatDependsOnMoreThanItsInputsIsNoticed) {
     EXPECT_TRUE(result.diverged);
 }
 
-TEST(Engine, APathIsFollowedAsItWasTaken) {
-    const explorer::Decision path[] = {{0, 1, 2}, {1, 2, 3}};
-    Choices choices;
-    choices.Follow(path, 2);
-    choices.Restart();
-    EXPECT_EQ(choices.Choose(0, 2), 1);
-    EXPECT_EQ(choices.Choose(1, 3), 2);
-    EXPECT_EQ(choices.Choose(2, 4), 0);
-    EXPECT_FALSE(choices.Diverged());
-}
-
 TEST(BigNumber, IsPrintedInGroupsOfThree) {
     EXPECT_EQ(BigNumber(0).ToString(), "0");
     EXPECT_EQ(BigNumber(999).ToString(), "999");
@@ -134,7 +127,8 @@ TEST(Diagram, AnInputThatDoesNotMatterIsNotAsked) {
         return choices.Choose(1, 2);
     });
     EXPECT_EQ(result.paths, 6);
-    EXPECT_EQ(result.diagram.Inputs(result.root), std::set<int>{1});
+    EXPECT_EQ(OccurringValues(result.diagram, result.root),
+              (std::map<int, std::set<int>>{{1, {0, 1}}}));
 }
 
 TEST(Diagram, TheOrderOfReadingDoesNotChangeTheOrderedDiagram) {
@@ -177,5 +171,91 @@ TEST(Diagram, RowsAreExactAndCannotBePutTogether) {
             }
             EXPECT_EQ(matches, 1) << "state " << a << ' ' << b;
         }
+    }
+}
+
+// What the list says of a state: its first row that fits.
+explorer::OutcomeId Decided(const explorer::DecisionList& list, const std::vector<int>& state) {
+    for (const explorer::ListRow& row : list) {
+        const bool fits =
+            std::all_of(row.conditions.begin(), row.conditions.end(), [&](const auto& condition) {
+                return condition.second.count(state[static_cast<std::size_t>(condition.first)]) !=
+                       0;
+            });
+        if (fits) {
+            return row.outcome;
+        }
+    }
+    return explorer::NONE;
+}
+
+TEST(DecisionList, OfGuardsHasARowForEachAndTheRestLast) {
+    Explored result;
+    // if (a == 0 || b == 1) 0, else if (c == 2) 1, else 2.
+    Explore(result, [](Choices& choices) {
+        return choices.Choose(0, 3) == 0   ? 0
+               : choices.Choose(1, 3) == 1 ? 0
+               : choices.Choose(2, 4) == 2 ? 1
+                                           : 2;
+    });
+    const std::vector<int> rank = {0, 1, 2};
+    const explorer::DecisionList list =
+        DecisionListOf(result.diagram, result.diagram.Ordered(result.root, rank), rank);
+    ASSERT_EQ(list.size(), 4U);
+    EXPECT_EQ(list[0].conditions, (std::map<int, std::set<int>>{{0, {0}}}));
+    EXPECT_EQ(list[1].conditions, (std::map<int, std::set<int>>{{1, {1}}}));
+    ASSERT_EQ(list[2].conditions.size(), 1U);
+    EXPECT_EQ(list[2].conditions.count(2), 1U);
+    EXPECT_TRUE(list[3].conditions.empty());
+    EXPECT_EQ(list[2].outcome + list[3].outcome, 1 + 2);
+}
+
+TEST(DecisionList, DecidesAsTheDiagramInEveryStateOfRulesMadeByChance) {
+    constexpr int kInputs = 5;
+    constexpr int kValues = 3;
+    std::mt19937 chance(20);
+    for (int rule = 0; rule < 64; ++rule) {
+        SCOPED_TRACE(rule);
+        // Mostly one outcome, so that there is something to put together.
+        std::vector<int> outcomes(243);
+        for (int& outcome : outcomes) {
+            outcome = static_cast<int>(chance() % 12) - 9 + rule % 8;
+            outcome = std::max(outcome, 0);
+        }
+        // Some combinations never occur.
+        const unsigned gap = chance() % 2 != 0 ? 7 : 1000;
+        Explored result;
+        std::vector<explorer::NodeId> level;
+        for (std::size_t state = 0; state < outcomes.size(); ++state) {
+            level.push_back(state % gap == gap - 1 ? explorer::NONE
+                                                   : result.diagram.Leaf(outcomes[state]));
+        }
+        for (int input = kInputs - 1; input >= 0; --input) {
+            std::vector<explorer::NodeId> above;
+            for (std::size_t i = 0; i < level.size(); i += kValues) {
+                above.push_back(
+                    result.diagram.Branch(input, {level[i], level[i + 1], level[i + 2]}));
+            }
+            level = above;
+        }
+        const std::vector<int> rank = {0, 1, 2, 3, 4};
+        explorer::DecisionList list = DecisionListOf(result.diagram, level.front(), rank);
+        for (std::size_t state = 0; state < outcomes.size(); ++state) {
+            std::vector<int> values(kInputs);
+            std::size_t rest = state;
+            for (int input = kInputs - 1; input >= 0; --input) {
+                values[static_cast<std::size_t>(input)] = static_cast<int>(rest % kValues);
+                rest /= kValues;
+            }
+            EXPECT_TRUE(state % gap == gap - 1 || Decided(list, values) == outcomes[state])
+                << state;
+        }
+        EXPECT_TRUE(Agrees(result.diagram, level.front(), rank, list));
+        EXPECT_TRUE(list.back().conditions.empty());
+        // A row that is missing or wrong is seen.
+        list.back().outcome += 1;
+        EXPECT_FALSE(Agrees(result.diagram, level.front(), rank, list));
+        list.pop_back();
+        EXPECT_FALSE(Agrees(result.diagram, level.front(), rank, list));
     }
 }

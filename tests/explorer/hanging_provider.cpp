@@ -20,6 +20,9 @@ int create_provider(void*** table) {
 }
 
 int delete_provider(void*** table) {
+    if (table == nullptr) {
+        return 1;
+    }
     std::free(*table);
     return 0;
 }

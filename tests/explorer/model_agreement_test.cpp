@@ -36,7 +36,7 @@ std::string Text(const std::string& what, const std::string& text) {
 // Items are numbered alike on both sides.
 Item ItemOf(const Question& question) {
     return question.item == nullptr ? Item::COUNT
-                                    : static_cast<Item>(question.item - explorer::Items().data());
+                                    : static_cast<Item>(question.item - vtv::PageItems().data());
 }
 
 Lines YesNo(bool answer, const char* yes, const char* no) {
@@ -195,6 +195,11 @@ struct Agreement {
     std::uint64_t paths = 0;
     std::uint64_t differing = 0;
     Lines differences;  // some of them, for people
+
+    template <typename Bytes>
+    void Members(Bytes& bytes) {
+        bytes(paths, differing, differences);
+    }
 };
 
 std::string Joined(const Lines& lines) {
@@ -299,27 +304,19 @@ Agreement CompareWithModel(const std::string& provider,
         static_cast<int>(inputs.policies.size()), options,
         [&](int policy, explorer::Shared& shared) {
             tv().Use(inputs);
-            const Agreement part =
-                PolicyAgreement(inputs, provider, policy, shared).Compare(questions);
-            explorer::BytesWriter bytes;
-            bytes.Number(part.paths);
-            bytes.Number(part.differing);
-            for (const std::string& difference : part.differences) {
-                bytes.Text(difference);
-            }
-            return bytes.Bytes();
+            return explorer::ToBytes(
+                PolicyAgreement(inputs, provider, policy, shared).Compare(questions));
         },
         [&](const explorer::WorkerResult& result) {
             if (!result.trouble.empty()) {
                 whole.differences.push_back(result.trouble);
                 return false;
             }
-            explorer::BytesReader bytes(result.bytes);
-            whole.paths += bytes.Number();
-            whole.differing += bytes.Number();
-            while (!bytes.AtEnd()) {
-                whole.differences.push_back(bytes.Text());
-            }
+            const auto part = explorer::BytesReader(result.bytes).Next<Agreement>();
+            whole.paths += part.paths;
+            whole.differing += part.differing;
+            whole.differences.insert(whole.differences.end(), part.differences.begin(),
+                                     part.differences.end());
             return false;
         });
     return whole;

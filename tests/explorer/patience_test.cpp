@@ -33,19 +33,42 @@ TEST(Patience, AHangOfOneProviderIsADifferenceToAnother) {
 
 TEST(Patience, CtrlCShowsWhatWasCheckedSoFarAndThatItIsNotAll) {
     const ProcessResult result = InterruptExplorer({"check", "-q", "--jobs", "1"}, 500);
-    EXPECT_EQ(result.exitCode, 4) << result.output;
+    EXPECT_EQ(result.exitCode, 128 + SIGINT) << result.output;
     EXPECT_TRUE(Has(result.errors, "interrupted")) << result.errors;
     EXPECT_TRUE(Has(result.output, "unfinished")) << result.output;
     EXPECT_TRUE(Has(result.output, "0 violated")) << result.output;
     EXPECT_FALSE(Has(result.output, "holds     nothing-goes-wrong")) << result.output;
 }
 
+TEST(Patience, WhatEndsADiffEarlyIsNoProof) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        const ProcessResult result =
+            InterruptExplorer({"diff", "-q", ProviderFile(), ProviderFile()}, 1500, signal);
+        EXPECT_EQ(result.exitCode, 128 + signal) << result.output << result.errors;
+        EXPECT_TRUE(Has(result.errors, "it was interrupted")) << result.errors;
+        EXPECT_EQ(result.output, "Interrupted; alike so far, and not proven.\n");
+        const ProcessResult json = InterruptExplorer(
+            {"diff", "-q", "--json", ProviderFile(), ProviderFile()}, 1500, signal);
+        EXPECT_TRUE(Has(json.output, "\"alike\" : false")) << json.output;
+        EXPECT_TRUE(Has(json.output, "\"closed\" : false")) << json.output;
+    }
+}
+
+TEST(Patience, SigtermShowsWhatWasCheckedSoFarAsCtrlCDoes) {
+    const ProcessResult result = InterruptExplorer({"check", "-q"}, 1500, SIGTERM);
+    EXPECT_EQ(result.exitCode, 128 + SIGTERM) << result.output;
+    EXPECT_TRUE(Has(result.errors, "it was interrupted")) << result.errors;
+    EXPECT_TRUE(Has(result.output, "unfinished")) << result.output;
+    EXPECT_TRUE(Has(result.output, "not closed")) << result.output;
+}
+
 TEST(Patience, CtrlCShowsTheTablesSoFarAndLeavesThePagesAlone) {
     const ProcessResult result = InterruptExplorer({"table", "-q", "--jobs", "1", "set"}, 250);
-    EXPECT_EQ(result.exitCode, 4) << result.output;
+    EXPECT_EQ(result.exitCode, 128 + SIGINT) << result.output;
     EXPECT_TRUE(Has(result.errors, "interrupted")) << result.errors;
     EXPECT_TRUE(Has(result.output, "set:voice-assistant=1")) << result.output;
     const std::string pages = TemporaryFolder() + "/pages";
-    EXPECT_EQ(InterruptExplorer({"table", "-q", "--jobs", "1", "--docs", pages}, 250).exitCode, 4);
+    EXPECT_EQ(InterruptExplorer({"table", "-q", "--jobs", "1", "--docs", pages}, 250).exitCode,
+              128 + SIGINT);
     EXPECT_FALSE(std::filesystem::exists(pages));
 }

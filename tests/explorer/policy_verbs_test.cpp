@@ -129,6 +129,22 @@ TEST(Impact, ShowsChoicesByNameAndModelsThatChangeAlikeTogether) {
     }
 }
 
+TEST(Impact, TellsADifferenceInTheWordsOfTheCommand) {
+    const std::string before =
+        PolicyFile("words.json", std::string("[") + ORVIK + "," + GOOGLE + "]");
+    std::string renamed = GOOGLE;
+    renamed.replace(renamed.find("Google Assistant"), 16, "Helper");
+    const std::string after =
+        PolicyFile("other-words.json", std::string("[") + ORVIK + "," + renamed + "]");
+    const ProcessResult result =
+        RunExplorer({"impact", "-q", "--json", before, after, "--tv", "farfield-eu"});
+    const Json::Value changes = Parse(result.output)["models"][0]["changes"];
+    EXPECT_TRUE(Has(changes, "voice-assistant",
+                    "changes value: Google Assistant -> Helper; choices: 1 DREAM_ORV_TMBODY_ORVIK, "
+                    "2 Google Assistant -> 1 DREAM_ORV_TMBODY_ORVIK, 2 Helper"))
+        << changes;
+}
+
 TEST(Impact, AMalformedPolicyIsRefusedWithItsPlaceAndWhatATvDoes) {
     const std::string good = PolicyFile("good.json", std::string("[") + ORVIK + "]");
     const std::string first = R"([{"VAOrder":)";

@@ -59,7 +59,7 @@ std::string ProviderFile() {
 namespace {
 
 ProcessResult Run(const char* program, const std::vector<std::string>& arguments,
-                  int interruptAfter) {
+                  int interruptAfter = 0, int signal = SIGINT) {
     const std::string output = TemporaryFolder() + "/output";
     const std::string errors = TemporaryFolder() + "/errors";
     std::vector<std::string> words = {program};
@@ -81,7 +81,7 @@ ProcessResult Run(const char* program, const std::vector<std::string>& arguments
     posix_spawn_file_actions_destroy(&files);
     if (interruptAfter > 0) {
         std::this_thread::sleep_for(std::chrono::milliseconds(interruptAfter));
-        kill(pid, SIGINT);
+        kill(pid, signal);
     }
     int status = 0;
     waitpid(pid, &status, 0);
@@ -94,13 +94,14 @@ ProcessResult Run(const char* program, const std::vector<std::string>& arguments
 }  // namespace
 
 ProcessResult RunExplorer(const std::vector<std::string>& arguments) {
-    return Run(EXPLORER_PROGRAM, arguments, 0);
+    return Run(EXPLORER_PROGRAM, arguments);
 }
 
-ProcessResult InterruptExplorer(const std::vector<std::string>& arguments, int milliseconds) {
-    return Run(EXPLORER_PROGRAM, arguments, milliseconds);
+ProcessResult InterruptExplorer(const std::vector<std::string>& arguments, int milliseconds,
+                                int signal) {
+    return Run(EXPLORER_PROGRAM, arguments, milliseconds, signal);
 }
 
 ProcessResult RunVtv(const std::vector<std::string>& arguments) {
-    return Run(VTV_PROGRAM, arguments, 0);
+    return Run(VTV_PROGRAM, arguments);
 }

@@ -1,6 +1,7 @@
 // Runs vtv-explore as a user does.
 #pragma once
 
+#include <csignal>
 #include <string>
 #include <vector>
 
@@ -14,8 +15,9 @@ struct ProcessResult {
 
 // Arguments are passed as they are; the program is the one that was built with the tests.
 ProcessResult RunExplorer(const std::vector<std::string>& arguments);
-// The same, with Ctrl-C pressed after that time.
-ProcessResult InterruptExplorer(const std::vector<std::string>& arguments, int milliseconds);
+// The same, with that signal after that time; without one Ctrl-C.
+ProcessResult InterruptExplorer(const std::vector<std::string>& arguments, int milliseconds,
+                                int signal = SIGINT);
 // The same of the command vtv.
 ProcessResult RunVtv(const std::vector<std::string>& arguments);
 // A file's whole content.

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -209,7 +210,7 @@ TEST(Sequences, OfAProviderThatCrashesAreShownAndTheRestIsStillSearched) {
 TEST(Sequences, ThatAreInterruptedShowWhatWasFound) {
     const std::string model = ModelFile("six", {ORVIK, ALEXA, GOOGLE, SALUTE, TENCENT, SVA}, "");
     const ProcessResult result = InterruptExplorer({"sequences", "--json", "--tv", model}, 700);
-    EXPECT_EQ(result.exitCode, 4) << result.errors;
+    EXPECT_EQ(result.exitCode, 128 + SIGINT) << result.errors;
     EXPECT_NE(result.errors.find("interrupted"), std::string::npos) << result.errors;
     const Json::Value one = Parse(result.output)["models"][0];
     EXPECT_FALSE(one["finished"].asBool());

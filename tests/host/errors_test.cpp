@@ -1,4 +1,7 @@
 // Wrong input of every kind: the exit code, what is said, and that nothing was touched.
+#include <algorithm>
+#include <functional>
+
 #include "vtv_process.h"
 
 using testing::HasSubstr;
@@ -264,3 +267,82 @@ INSTANTIATE_TEST_SUITE_P(VtvExplore, BadContentTest,
                          });
 
 #endif
+
+TEST_F(VtvTest, MoreThanAnyTvHasIsRefusedAtOnceWithItsNumberAndTheLimit) {
+    Ok({"show"});
+    const auto repeated = [](int count, const std::function<std::string(int)>& entry) {
+        std::string text;
+        for (int i = 1; i <= count; ++i) {
+            text += entry(i);
+        }
+        return text;
+    };
+    const auto list = [&](int count, const std::function<std::string(int)>& entry) {
+        std::string text = repeated(count, [&](int i) { return entry(i) + ","; });
+        text.pop_back();
+        return text;
+    };
+    const auto assistant = [](int i) {
+        return R"({"VAOrder":)" + std::to_string(i) +
+               R"(,"VAId":"X","VAAppId":"x","VAName":"x","VAFFSupport":true})";
+    };
+    const auto setting = [](int i) { return "\"db/x" + std::to_string(i) + "\":1"; };
+    struct Row {
+        const char* what;
+        int most;
+        std::string file;
+        std::vector<std::string> verb;
+        std::function<std::string(int)> text;
+    };
+    const std::vector<Row> rows = {
+        {"assistants",
+         1000,
+         "p.json",
+         {"policy", "publish", "FILE"},
+         [&](int n) { return "[" + list(n, assistant) + "]"; }},
+        {"assistants",
+         1000,
+         "m.toml",
+         {"new", "made", "--model", "FILE"},
+         [&](int n) {
+             return repeated(n, [](int i) {
+                 return "[[assistants]]\norder = " + std::to_string(i) +
+                        "\nid = \"ALEXA\"\napp = \"a\"\nname = \"n\"\n";
+             });
+         }},
+        {"settings",
+         10000,
+         "d.json",
+         {"load", "FILE"},
+         [&](int n) { return "{\"settings\": {" + list(n, setting) + "}}"; }},
+        {"files",
+         10000,
+         "f.json",
+         {"load", "FILE"},
+         [&](int n) {
+             return "{\"files\": [" +
+                    list(n, [](int i) { return "\"f" + std::to_string(i) + "\""; }) + "]}";
+         }},
+        {"steps", 10000, "s.toml", {"run", "--check", "FILE"}, [&](int n) {
+             return repeated(n, [](int) { return "[[step]]\nunset = \"db/x\"\n"; });
+         }}};
+    for (const Row& row : rows) {
+        std::vector<std::string> verb = row.verb;
+        std::replace(verb.begin(), verb.end(), std::string("FILE"), Path(row.file));
+        for (const int count : {row.most + 1, 100000}) {
+            Write(row.file, row.text(count));
+            const auto before = Contents("tvs/default/settings");
+            const Output output = Vtv(verb);
+            EXPECT_EQ(output.code, 2) << row.file;
+            EXPECT_THAT(output.out + output.err,
+                        HasSubstr(std::to_string(count) + " " + row.what +
+                                  " are too many: at most " + std::to_string(row.most)));
+            EXPECT_THAT(output.out + output.err, HasSubstr(Path(row.file) + ":1"));
+            EXPECT_TRUE(Contents("tvs/default/settings") == before);
+        }
+        if (row.most == 1000) {
+            Write(row.file, row.text(row.most));
+            EXPECT_EQ(Vtv(verb).code, 0) << "as many as may be: " << row.file;
+        }
+    }
+}

@@ -17,16 +17,14 @@
 #include <set>
 #include <sstream>
 
-#include "host/core/known_settings.h"
 #include "platform/account.h"
 #include "platform/settings_store.h"
+#include "virtual-tv/model/known_settings.h"
 
 namespace fs = std::filesystem;
 
 using host::Item;
-using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 
@@ -85,7 +83,7 @@ class Explaining : public testing::Test {
         } else if (read.function == "sso_get_login_state") {
             tv_->SetSignedIn(read.value == vtv::Value(1));
         } else if (read.function == "AOVSystemDataGetAOVMode") {
-            tv_->SetAlwaysOnVoice(host::TextOf(*tv_, host::kCurrentAssistantKey),
+            tv_->SetAlwaysOnVoice(host::TextOf(*tv_, vtv::kCurrentAssistantKey),
                                   std::get<int>(read.value.value_or(0)));
         } else if (read.function == "access") {
             const std::string path = read.subject.substr(std::string("/home/owner/").size());
@@ -117,20 +115,20 @@ class Explaining : public testing::Test {
                                          {"GetDisclaimerItemAgreement", "pp", {}},
                                          {"sso_get_login_state", "", {}},
                                          {"AOVSystemDataGetAOVMode", "", {}},
-                                         {"vconf_get_str", host::kPolicyKey, {}},
-                                         {"vconf_get_str", host::kPolicyKey, {}},
-                                         {"vconf_get_str", host::kCurrentAssistantKey, {}}};
+                                         {"vconf_get_str", vtv::kPolicyKey, {}},
+                                         {"vconf_get_str", vtv::kPolicyKey, {}},
+                                         {"vconf_get_str", vtv::kCurrentAssistantKey, {}}};
         for (const char* name : {"alexa_login_success", "ga_login_success"}) {
             inputs.push_back({"access", std::string("/home/owner/share/.voice/") + name, {}});
         }
-        for (const host::KnownSetting& setting : host::KnownSettings()) {
+        for (const vtv::KnownSetting& setting : vtv::KnownSettings()) {
             if (!setting.values.empty()) {
                 const std::string type = setting.type;
                 inputs.push_back(
                     {"vconf_get_" + (type == "string" ? "str" : type), setting.key, {}});
             }
         }
-        for (const vtv::FeatureKey& feature : vtv::KnownFeatures()) {
+        for (const vtv::KnownFeature& feature : vtv::KnownFeatures()) {
             inputs.push_back({"system_info_get_custom_" + feature.type, feature.key, {}});
         }
         return inputs;
@@ -247,7 +245,7 @@ TEST_F(Explaining, AnItemOfADimmedPageCannotBeReached) {
 
 TEST_F(Explaining, ThePolicysOwnFlagIsNamed) {
     TurnOn("farfield-eu");
-    tv_->Set(host::kCurrentAssistantKey, std::string("com.vantelo.tv.google-assistant"));
+    tv_->Set(vtv::kCurrentAssistantKey, std::string("com.vantelo.tv.google-assistant"));
     EXPECT_THAT(Sentence("voice-wake-up"),
                 HasSubstr("the policy says VAFFSupport=false for Google Assistant"));
     EXPECT_THAT(Sentence("voice-wake-up"),
@@ -262,9 +260,9 @@ TEST_F(Explaining, ASettingThatIsNoJsonIsSaidToBeNone) {
     EXPECT_THAT(Sentence("voice-wake-up"), HasSubstr("is off: " + key + " is no JSON;"));
     tv_->Set(key, std::string("[]"));
     EXPECT_THAT(Sentence("voice-wake-up"), HasSubstr(key + " is no JSON object"));
-    tv_->Set(host::kPolicyKey, std::string("{"));
+    tv_->Set(vtv::kPolicyKey, std::string("{"));
     EXPECT_THAT(Sentence("voice-assistant"), HasSubstr("is hidden: the policy is no JSON;"));
-    tv_->Set(host::kPolicyKey, std::string("[7]"));
+    tv_->Set(vtv::kPolicyKey, std::string("[7]"));
     EXPECT_THAT(Sentence("voice-assistant"), HasSubstr("the policy is refused: its entry 1"));
 }
 
@@ -329,7 +327,7 @@ TEST_F(Explaining, APrivateCopyHasItsOwnPolicy) {
     std::unique_ptr<host::Provider> empty;
     {
         const vtv::Experiment supposed(
-            {{"vconf_get_str", host::kPolicyKey, vtv::Value(std::string("[]"))}});
+            {{"vconf_get_str", vtv::kPolicyKey, vtv::Value(std::string("[]"))}});
         empty = std::make_unique<host::Provider>(PROVIDER, host::Provider::Copy::kPrivate);
     }
     const host::Provider other(PROVIDER, host::Provider::Copy::kPrivate);

@@ -58,12 +58,52 @@ TEST_F(VtvTest, ImpactComparesThePolicyOfATvWithANewOne) {
     EXPECT_EQ(Vtv({"impact", Path("old.json"), Path("cut.json")}).code, 2);
 }
 
+TEST_F(VtvTest, AModelThatVtvNewRefusesIsRefusedByTheExplorerInTheSameWords) {
+    Write("old.json", "[]");
+    Write("new.json", kOrvikPolicy);
+    for (const char* model :
+         {"[features]\n\"voice.voice_recognition_suport\" = true\n",
+          "[features]\n\"product.product_type\" = \"4\"\n", "titel = \"x\"\n",
+          "network = \"wifi\"\n", "[consents]\ntnc = 1\n", "[settings]\n\"db/x\" = 1.5\n",
+          "[[assistants]]\norder = 2\nid = \"GVA\"\napp = \"g\"\nname = \"G\"\n",
+          "[[assistants]]\norder = 1\nid = \"orvik2\"\napp = \"o\"\nname = \"O\"\n",
+          "owner_files = [\"/etc/x\"]\n", "a = \n"}) {
+        Write("model.toml", model);
+        const std::string file = Path("model.toml");
+        const Output made = Vtv({"new", "kitchen", "--model", file});
+        EXPECT_EQ(made.code, 2) << model;
+        const std::string refusal = made.err.substr(std::string("vtv: ").size());
+        ASSERT_THAT(refusal, StartsWith(file + ":")) << model;
+        for (const std::vector<std::string>& words :
+             {std::vector<std::string>{"impact", Path("old.json"), Path("new.json"), "--tv", file},
+              {"explore", "sequences", "--tv", file}}) {
+            const Output explored = Vtv(words);
+            EXPECT_EQ(explored.code, 2) << model;
+            EXPECT_THAT(explored.err, HasSubstr(": " + refusal)) << words.front();
+        }
+    }
+}
+
 TEST_F(VtvTest, CompletionKnowsWhatCanBeExplored) {
     const std::string offered = Ok({"__complete", "explore", ""});
     EXPECT_THAT(offered, HasSubstr("check\n"));
     std::istringstream explorations(offered);
     for (std::string word; std::getline(explorations, word);) {
         EXPECT_EQ(Vtv({"explore", word, "--help"}).code, 0) << word;
+    }
+    EXPECT_EQ(Ok({"__complete", "explore", "table", "--ht"}), "--html\n");
+    EXPECT_THAT(Ok({"__complete", "explore", "check", "--"}), HasSubstr("--shard\n"));
+    EXPECT_EQ(Ok({"__complete", "explore", "sequences", "--tv", "no-v"}), "no-voice\n");
+    const std::string invariants = Ok({"explore", "check", "--list"});
+    for (const std::vector<std::string>& line :
+         {std::vector<std::string>{"__complete", "explore", "check", ""},
+          std::vector<std::string>{"__complete", "explore", "sequences", "--invariant", ""}}) {
+        std::istringstream names(Ok(line));
+        int count = 0;
+        for (std::string name; std::getline(names, name); ++count) {
+            EXPECT_THAT(invariants, HasSubstr(name));
+        }
+        EXPECT_GT(count, 5);
     }
     EXPECT_THAT(Ok({"__complete", "explore", "table", "voice-wa"}), HasSubstr("voice-wake-up"));
     EXPECT_THAT(Ok({"__complete", "impact", "a", "b", "--tv", "farfield-e"}),

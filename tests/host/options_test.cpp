@@ -86,9 +86,11 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(VtvTest, ATvBeforeAVerbThatIsAboutNoneIsRefused) {
     Ok({"show"});
-    for (const Words& verb : {Words{"list"}, Words{"new", "x"}, Words{"import", "a", "b"},
-                              Words{"diff", "a", "b"}, Words{"run", "x"}, Words{"validate"},
-                              Words{"explore", "check", "--list"}, Words{"impact", "a", "b"}}) {
+    for (const Words& verb :
+         {Words{"list"}, Words{"new", "x"}, Words{"import", "a", "b"}, Words{"copy", "a", "b"},
+          Words{"rename", "a", "b"}, Words{"remove", "a"}, Words{"diff", "a", "b"},
+          Words{"run", "x"}, Words{"validate"}, Words{"explore", "check", "--list"},
+          Words{"impact", "a", "b"}}) {
         Words words = {"--tv", "default"};
         words.insert(words.end(), verb.begin(), verb.end());
         const Output output = Vtv(words);
@@ -110,6 +112,9 @@ TEST_F(VtvTest, AnEmptyWordIsNeverTakenForNone) {
                                       {"search", ""},
                                       {"new", ""},
                                       {"new", "x", "--model", ""},
+                                      {"copy", "default", ""},
+                                      {"rename", "", "x"},
+                                      {"remove", ""},
                                       {"import", "", "x"},
                                       {"dump", ""},
                                       {"load", ""},

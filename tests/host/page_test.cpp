@@ -1,11 +1,14 @@
 // The page: its items, what is seen of them, and how two looks differ.
-#include "host/core/page.h"
+#include "host/page/page.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <set>
 
+#include "host/page/provider.h"
+
+using host::CompareItems;
 using host::FindItem;
 using host::HoldsTextId;
 using host::LookAtPage;
@@ -106,6 +109,17 @@ TEST(Page, TwoLooksDifferInWhatAViewerSees) {
     const std::vector<host::PageChange> changes = ComparePages(before, after);
     ASSERT_EQ(changes.size(), 1U);
     EXPECT_EQ(ToText(changes[0], after), "Assistant (voice-assistant): One -> Two");
+}
+
+TEST(Page, APopupWithTheSameWordsAndAnotherButtonIsAnotherReason) {
+    const host::ItemView before = LookAtPage(Fake())["voice-settings-orvik"];
+    host::ItemView after = before;
+    EXPECT_THAT(CompareItems(before, after), IsEmpty());
+    after.disablePopup->buttons = {"Later"};
+    const std::vector<host::PageChange> changes = CompareItems(before, after);
+    ASSERT_EQ(changes.size(), 1U);
+    EXPECT_EQ(changes[0].what, "reason");
+    EXPECT_EQ(ToText(changes[0]), "Set up: Set it up? [Start] -> Set up: Set it up? [Later]");
 }
 
 TEST(Page, OfAnItemThatGoesAwayNothingElseIsTold) {

@@ -1,5 +1,5 @@
 // Loading providers: what is answered, what is owned, and what is said of one that cannot be used.
-#include "host/core/provider.h"
+#include "host/page/provider.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

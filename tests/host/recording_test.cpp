@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <map>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -22,6 +23,7 @@ const std::vector<Words> kRecorded = {
     {"set", "db/comss/cisblock", "string", "x", "--force"},
     {"set", "db/a", "string", "''' \"\"\" \\ \n\t\x7f \u00e4 # = [x]"},
     {"unset", "db/comss/cisblock"},
+    {"reset", "db/comss/cisblock", "db/a"},
     {"feature", "recorder.microphone_type", "0"},
     {"feature", "recorder.microphone_type", "--missing"},
     {"feature", "recorder.microphone_type", "--reset"},
@@ -49,6 +51,16 @@ const std::vector<Words> kRecorded = {
     {"app", "mode", "record"},
     {"policy", "publish", "-"},
     {"power-cycle"},
+    {"load", "-"},
+    {"restore", "-"},
+};
+
+// What the verbs read that read the standard input.
+const std::map<std::string, std::string> kInputs = {
+    {"policy", "[]"},
+    {"load", R"({"network": "disconnected", "settings": {"db/comss/countrycode": "FR"}})"},
+    {"restore",
+     R"({"format": "vtv-snapshot", "settings": {"db/b": 1}, "state": {"consent/pp": true}, "files": []})"},
 };
 
 std::set<std::string> MembersIn(const std::string& scenario) {
@@ -70,7 +82,8 @@ class RecordingTest : public VtvTest {
     void RecordAll(const std::string& file) {
         for (Words words : kRecorded) {
             words.insert(words.end(), {"--record", file});
-            Ok(words, words.front() == "policy" ? "[]" : "");
+            const auto input = kInputs.find(words.front());
+            Ok(words, input != kInputs.end() ? input->second : "");
         }
     }
 };
@@ -154,9 +167,10 @@ TEST_F(RecordingTest, NothingIsDoneWhereItCannotBeRecorded) {
     ASSERT_EQ(mkfifo(Path("fifo").c_str(), 0600), 0);
     fs::create_symlink(Path("fifo"), Path("link"));
     Write("text", "Dear diary\n");
-    Write("other.toml", "model = \"farfield-cn\"\n[[step]]\nsay = \"x\"\n");
-    Write("broken.toml", "[[step]]\nsay = \"x\"\nacount = 1\n");
-    Write("closed.toml", "step = [{ say = \"x\" }]\n");
+    const std::string mark = "# A recording: vtv --record may add to it.\n";
+    Write("other.toml", mark + "model = \"farfield-cn\"\n[[step]]\nsay = \"x\"\n");
+    Write("broken.toml", mark + "[[step]]\nsay = \"x\"\nacount = 1\n");
+    Write("closed.toml", mark + "step = [{ say = \"x\" }]\n");
     const std::vector<std::pair<std::string, int>> places = {
         {Path("folder"), 2},     {Path("fifo"), 2},        {Path("link"), 2},
         {"/dev/full", 2},        {"/dev/null", 2},         {Path("text"), 2},
@@ -169,7 +183,7 @@ TEST_F(RecordingTest, NothingIsDoneWhereItCannotBeRecorded) {
         EXPECT_EQ(Item("voice-wake-up")["value"], 1) << place;
     }
     EXPECT_EQ(Read("text"), "Dear diary\n");
-    EXPECT_EQ(Read("closed.toml"), "step = [{ say = \"x\" }]\n");
+    EXPECT_EQ(Read("closed.toml"), mark + "step = [{ say = \"x\" }]\n");
 }
 
 TEST_F(RecordingTest, WhatNoScenarioCanHaveIsNotDone) {
@@ -190,8 +204,10 @@ TEST_F(RecordingTest, WhatFailedIsNotRecorded) {
     EXPECT_EQ(Read("r.toml"), before);
 }
 
-TEST_F(RecordingTest, AScenarioWrittenByHandIsGoneOnWith) {
-    Write("mine.toml", "[[step]]\nsay = \"by hand\"\nexpect.page.voice = \"enabled\"");
+TEST_F(RecordingTest, AScenarioWrittenByHandIsGoneOnWithWhereItSaysSo) {
+    Write("mine.toml",
+          "# A recording: vtv --record may add to it.\n[[step]]\nsay = \"by "
+          "hand\"\nexpect.page.voice = \"enabled\"");
     Ok({"press", "voice-wake-up", "--record", Path("mine.toml")});
     Ok({"run", Path("mine.toml")});
     EXPECT_THAT(Read("mine.toml"), HasSubstr("press = \"voice-wake-up\""));

@@ -16,6 +16,7 @@
 
 #include "host/core/page_dependencies.h"
 #include "tests/environment.h"
+#include "virtual-tv/model/known_settings.h"
 
 namespace fs = std::filesystem;
 
@@ -173,7 +174,7 @@ class Refreshing : public testing::Test {
             return "mode of " + app + word;
         }
         if (what < 37) {
-            const vtv::FeatureKey& feature =
+            const vtv::KnownFeature& feature =
                 vtv::KnownFeatures()[Choose(vtv::KnownFeatures().size())];
             tv_->SetFeature(feature.key, feature.type == "bool"  ? vtv::Value(yes)
                                          : feature.type == "int" ? vtv::Value(yes ? 1 : 0)

@@ -76,7 +76,7 @@ const std::vector<Mistake> kMistakes = {
     // Types.
     {"say = 1", "\"say\" must be a text in quotes, not a whole number."},
     {"set = 1", "\"set\" must be a table"},
-    {"set.\"db/comss/cisblock\" = \"2\"", "is a int on a TV"},
+    {"set.\"db/comss/cisblock\" = \"2\"", "is an int on a TV"},
     {"set.\"db/x\" = 1.5", "must be true, false, a whole number or a text in quotes"},
     {"set.\"db/x\" = 1979-05-27", "not a date or time"},
     {"set.\"db/x\" = { a = [1.5] }", "must be true, false, a whole number or a text in quotes"},
@@ -127,7 +127,7 @@ const std::vector<Mistake> kMistakes = {
     {"expect.launched = [5]", "\"launched\" must be a list of texts"},
     {"expect.toast = true", "\"toast\" must be a text"},
     {"expect.running = 1", "\"running\" must be a text"},
-    {"expect.setting.\"db/comss/cisblock\" = \"two\"", "is a int on a TV"},
+    {"expect.setting.\"db/comss/cisblock\" = \"two\"", "is an int on a TV"},
     {"expect.setting.\"db/x\" = { a = 1 }", "not a table"},
     {"expect.state = 1", "\"state\" must be a table"},
     {"expect.state.\"consent/tnc\" = \"yes\"", "is of type bool, not string"},
@@ -209,6 +209,14 @@ TEST_F(VtvTest, WhatIsNoScenarioAtAllIsToldWithItsLine) {
         EXPECT_EQ(output.code, 2) << text;
         EXPECT_THAT(output.err, HasSubstr(says)) << text;
     }
+}
+
+TEST_F(VtvTest, AModelThatTheMachineCannotReadIsNoFaultOfTheScenario) {
+    // It opens as a plain file, and each read of its beginning fails as a broken disk does.
+    Write("s.toml", "model = \"/proc/self/mem\"\n[[step]]\nsay = \"x\"");
+    const Output output = Vtv({"run", "--check", Path("s.toml")});
+    EXPECT_EQ(output.code, 4);
+    EXPECT_THAT(output.err, HasSubstr("/proc/self/mem: cannot be read: Input/output error"));
 }
 
 TEST_F(VtvTest, EverythingThatAStepCanHavePassesTheCheck) {

@@ -17,6 +17,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr char BROKEN_PROVIDER[] = FAKES "/libfake-missing_slot.so";
+
 // Empty when the document fits.
 std::string Misfit(const std::string& schemaName, const Json::Value& document) {
     Json::Value text;
@@ -63,6 +65,11 @@ void PrintTo(const VerbCall& call, std::ostream* out) {
     }
 }
 
+std::string NameOf(const testing::TestParamInfo<VerbCall>& tested) {
+    return std::regex_replace(tested.param.schema, std::regex("-"), "") +
+           std::to_string(tested.index);
+}
+
 class SchemaTest : public VtvTest, public testing::WithParamInterface<VerbCall> {};
 
 }  // namespace
@@ -96,35 +103,51 @@ TEST_P(SchemaTest, WhatIsPrintedFits) {
 
 INSTANTIATE_TEST_SUITE_P(
     Json, SchemaTest,
-    testing::Values(VerbCall{"show", {"show", "--json"}},
-                    VerbCall{"item", {"show", "voice-settings-alexa", "--json"}},
-                    VerbCall{"press",
-                             {"press", "voice-assistant", "--choose", "1", "--ok", "--json"}},
-                    VerbCall{"press", {"choose", "voice-assistant", "3", "--json"}},
-                    VerbCall{"press", {"press", "voice-settings-alexa", "--ok", "--json"}},
-                    VerbCall{"explain", {"explain", "voice-wake-up", "--json"}},
-                    VerbCall{"setting", {"get", "db/comss/cisblock", "--json"}},
-                    VerbCall{"search", {"search", "voice", "--json"}},
-                    VerbCall{"tvs", {"list", "--json"}},
-                    VerbCall{"models", {"list", "--models", "--json"}},
-                    VerbCall{"policy", {"policy", "show", "--json"}},
-                    VerbCall{"apps", {"app", "list", "--json"}},
-                    VerbCall{"launches", {"app", "list", "--launches", "--json"}},
-                    VerbCall{"permission", {"app", "allow", "--command", "true", "--json"}},
-                    VerbCall{"allowed", {"app", "allowed", "--json"}},
-                    VerbCall{"features", {"feature", "--json"}},
-                    VerbCall{"setting", {"feature", "recorder.microphone_type", "--json"}},
-                    VerbCall{"dump", {"dump"}}, VerbCall{"snapshot", {"snapshot"}},
-                    VerbCall{"diff", {"diff", "default", "other", "--json"}},
-                    VerbCall{"run", {"run", "SCENARIO", "BROKEN", "--json"}},
-                    VerbCall{"run-check", {"run", "--check", "SCENARIO", "BROKEN", "--json"}},
-                    VerbCall{"validate", {"validate", PROVIDER, "--filter", "slot", "--json"}},
-                    VerbCall{"faults", {"fault", "--json"}}, VerbCall{"trace", {"trace", "--json"}},
-                    VerbCall{"log", {"log", "--json"}, true}),
-    [](const testing::TestParamInfo<VerbCall>& tested) {
-        return std::regex_replace(tested.param.schema, std::regex("-"), "") +
-               std::to_string(tested.index);
-    });
+    testing::Values(
+        VerbCall{"show", {"show", "--json"}},
+        VerbCall{"item", {"show", "voice-settings-alexa", "--json"}},
+        VerbCall{"press", {"press", "voice-assistant", "--choose", "1", "--ok", "--json"}},
+        VerbCall{"press", {"choose", "voice-assistant", "3", "--json"}},
+        VerbCall{"press", {"press", "voice-settings-alexa", "--ok", "--json"}},
+        VerbCall{"explain", {"explain", "voice-wake-up", "--json"}},
+        VerbCall{"setting", {"get", "db/comss/cisblock", "--json"}},
+        VerbCall{"search", {"search", "voice", "--json"}}, VerbCall{"texts", {"texts", "--json"}},
+        VerbCall{"texts", {"texts", "--language", "fr", "--todo", "--json"}},
+        VerbCall{"tvs", {"list", "--json"}}, VerbCall{"models", {"list", "--models", "--json"}},
+        VerbCall{"copied", {"copy", "default", "copy", "--json"}},
+        VerbCall{"renamed", {"rename", "other", "renamed", "--json"}},
+        VerbCall{"removed", {"remove", "default", "--force", "--json"}},
+        VerbCall{"policy", {"policy", "show", "--json"}},
+        VerbCall{"apps", {"app", "list", "--json"}},
+        VerbCall{"launches", {"app", "list", "--launches", "--json"}},
+        VerbCall{"permission", {"app", "allow", "--command", "true", "--json"}},
+        VerbCall{"allowed", {"app", "allowed", "--json"}},
+        VerbCall{"features", {"feature", "--json"}},
+        VerbCall{"setting", {"feature", "recorder.microphone_type", "--json"}},
+        VerbCall{"dump", {"dump"}}, VerbCall{"snapshot", {"snapshot"}},
+        VerbCall{"diff", {"diff", "default", "other", "--json"}},
+        VerbCall{"run", {"run", "SCENARIO", "BROKEN", "--json"}},
+        VerbCall{"run-check", {"run", "--check", "SCENARIO", "BROKEN", "--json"}},
+        VerbCall{"validate", {"validate", PROVIDER, "--filter", "slot", "--json"}},
+        VerbCall{"sarif", {"validate", PROVIDER, "--filter", "slot", "--format", "sarif"}},
+        VerbCall{"sarif", {"validate", BROKEN_PROVIDER, "--format", "sarif"}},
+        VerbCall{"faults", {"fault", "--json"}}, VerbCall{"trace", {"trace", "--json"}},
+        VerbCall{"log", {"log", "--json"}, true}),
+    NameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    JsonOfSettings, SchemaTest,
+    testing::Values(VerbCall{"setting", {"get", "db/menu/voice/mva_list.0", "--json"}},
+                    VerbCall{"keys", {"keys", "--json"}},
+                    VerbCall{"describe", {"describe", "db/menu/voice/mva_list", "--json"}},
+                    VerbCall{"describe", {"describe", "recorder.microphone_type", "--json"}},
+                    VerbCall{"show", {"show", "--with", "tnc=off", "--json"}},
+                    VerbCall{"explain", {"explain", "voice", "--with", "tnc=off", "--json"}},
+                    VerbCall{"press", {"press", "voice", "--with", "pp=off", "--json"}},
+                    VerbCall{"wait", {"wait", "network=connected", "--json"}},
+                    VerbCall{"wait", {"wait", "tnc=off", "--timeout", "0", "--json"}},
+                    VerbCall{"recording", {"record", "status", "--json"}}),
+    NameOf);
 
 TEST_F(VtvTest, TheErrorOfAProviderThatCannotBeValidatedFitsItsSchema) {
     const std::string fake = std::string(FAKES) + "/libfake-missing_entry_point.so";
@@ -207,4 +230,22 @@ TEST(Schemas, RefuseWhatIsNoDocumentOfTheirs) {
         ++schemas;
     }
     EXPECT_GE(schemas, 18);
+}
+
+TEST(Schemas, StillFitWhatAVtvOfTheirVersionHasPrinted) {
+    int samples = 0;
+    for (const fs::directory_entry& entry : fs::directory_iterator(SCHEMAS)) {
+        const std::string name = entry.path().stem().string();
+        Json::Value schema;
+        std::ifstream(entry.path()) >> schema;
+        const std::string version = schema["version"].asString();
+        const std::string file = std::string(FORMATS) + "/json/" + name + "-" + version + ".json";
+        Json::Value sample;
+        std::ifstream stream(file);
+        ASSERT_TRUE(Json::Reader().parse(stream, sample))
+            << file << ": keep there what vtv prints with version " << version;
+        EXPECT_EQ(Misfit(name, sample), "") << file;
+        ++samples;
+    }
+    EXPECT_GE(samples, 18);
 }

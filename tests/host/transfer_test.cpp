@@ -90,6 +90,46 @@ TEST_F(VtvTest, ABrokenDumpSaysWhatIsWrongAndMakesNothing) {
     }
 }
 
+// A document is taken whole or not at all: what is wrong with its last word leaves everything
+// alone.
+TEST_F(VtvTest, ADocumentThatCannotBeTakenWholeChangesNothing) {
+    Ok({"set", "db/only/here", "string", "x"});
+    Ok({"snapshot", Path("before.json")});
+    const std::string longKey = "db/" + std::string(300, 'k');
+    const std::string longFeature = "com.vantelo/" + std::string(300, 'f');
+    const std::string longText(size_t{2} * 1024 * 1024, 't');
+    const std::vector<std::string> broken = {
+        R"("settings": {"db/a": 1, ")" + longKey + R"(": 1})",
+        R"("settings": {"db/a": 1, "db/b": ")" + longText + R"("})",
+        R"("settings": {"db/a": 1, "db/menu_widget/language": 5})",
+        R"("settings": {"db/a": 1, "db/menu/voice/passthru": "yes"})",
+        R"("settings": {"db/a": 1}, "features": {")" + longFeature + R"(": true})",
+        R"("settings": {"db/a": 1}, "features": {"voice.voice_recognition_support": true})",
+        R"("settings": {"db/a": 1}, "always_on_voice": {")" + std::string(300, 'a') + R"(": 1})",
+        R"("settings": {"db/a": 1}, "always_on_voice": {"x": "1"})",
+        R"("settings": {"db/a": 1}, "files": ["../x"])",
+        R"("settings": {"db/a": 1}, "network": "sometimes")",
+        R"("settings": {"db/a": 1}, "consents": {"other": true})",
+    };
+    for (const std::string& document : broken) {
+        Write("broken.json", "{" + document + "}");
+        EXPECT_EQ(Vtv({"load", Path("broken.json")}).code, 2) << document.substr(0, 100);
+        EXPECT_EQ(Vtv({"import", Path("broken.json"), "none"}).code, 2) << document.substr(0, 100);
+    }
+    Json::Value snapshot = static_cast<const Json::Value&>(OkJson({"snapshot"}));
+    snapshot["settings"].removeMember("db/only/here");
+    snapshot["settings"][longKey] = 1;
+    Write("broken.json", snapshot.toStyledString());
+    EXPECT_EQ(Vtv({"restore", Path("broken.json")}).code, 2);
+
+    Ok({"snapshot", Path("after.json")});
+    EXPECT_EQ(Read("after.json"), Read("before.json"));
+    EXPECT_EQ(Vtv({"show", "--tv", "none"}).code, 3);
+    for (const auto& [file, text] : Contents("tvs")) {
+        EXPECT_EQ(file.find("none"), std::string::npos) << file << " was left behind";
+    }
+}
+
 TEST_F(VtvTest, LoadChangesWhatTheDocumentHasAndLeavesTheRest) {
     Ok({"account", "signed-out"});
     Write("some.json", R"({"network": "disconnected", "features":

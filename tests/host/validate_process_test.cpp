@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <thread>
 
 namespace fs = std::filesystem;
@@ -125,7 +126,7 @@ TEST_F(ValidateProcessTest, WithoutATvToCheckOnNothingIsSaidOfTheProvider) {
     const Output output = Vtv({"validate", PROVIDER});
     EXPECT_EQ(output.code, 4);
     EXPECT_EQ(output.out, "");
-    EXPECT_THAT(output.err, HasSubstr("farfield-eu"));
+    EXPECT_THAT(output.err, HasSubstr(Path("nowhere/tvs") + ": the models of TVs cannot be read"));
     ExpectNothingLeft();
 }
 
@@ -154,10 +155,14 @@ TEST_F(ValidateProcessTest, WithoutAReaderItLeavesNothingBehind) {
 TEST_F(ValidateProcessTest, KilledItLeavesNothingBehindEither) {
     {
         RunningVtv running(environment, {"validate", FakeFile("hangs_unalarmed")});
-        for (int i = 0; i < 2000 && fs::is_empty(Path("tmp")); ++i) {
+        // The folder of the run, and in it that of a check: somebody is there to remove them.
+        const auto folders = [&] {
+            return std::distance(fs::recursive_directory_iterator(Path("tmp")), {});
+        };
+        for (int i = 0; i < 2000 && folders() < 2; ++i) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
-        EXPECT_FALSE(fs::is_empty(Path("tmp")));
+        EXPECT_GE(folders(), 2);
     }  // SIGKILL
     for (int i = 0; i < 1000 && !fs::is_empty(Path("tmp")); ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));

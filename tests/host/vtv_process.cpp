@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -46,7 +47,9 @@ int Start(const Environment& environment, const std::vector<std::string>& argume
     if (child != 0) {
         return child;
     }
-    dup2(in, STDIN_FILENO);
+    if (in >= 0) {
+        dup2(in, STDIN_FILENO);
+    }
     if (out < 0) {
         close(STDOUT_FILENO);
     } else {
@@ -89,9 +92,11 @@ int CodeOf(int status) {
 VtvTest::VtvTest() {
     folder_ = (fs::temp_directory_path() / "vtv-test-XXXXXX").string();
     EXPECT_NE(mkdtemp(folder_.data()), nullptr);
-    environment = {{"VTV_HOME", folder_ + "/tvs"}, {"HOME", folder_}, {"TERM", "dumb"}};
-    for (const char* name : {"VTV_TV", "VTV_PROVIDER", "VTV_DATA", "XDG_DATA_HOME",
-                             "XDG_CONFIG_HOME", "LANGUAGE", "LC_ALL"}) {
+    environment = {
+        {"VTV_HOME", folder_ + "/tvs"}, {"HOME", folder_}, {"TERM", "dumb"}, {"LANG", "C.UTF-8"}};
+    for (const char* name :
+         {"VTV_TV", "VTV_PROVIDER", "VTV_DATA", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "LANGUAGE",
+          "LC_ALL", "LC_CTYPE", "COLUMNS", "NO_COLOR"}) {
         unsetenv(name);
     }
 }
@@ -142,6 +147,29 @@ Output VtvTest::RunInto(const std::string& file, const std::string& program,
     while (Fill(err[0], &output.err)) {
     }
     close(err[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    output.code = CodeOf(status);
+    return output;
+}
+
+Output VtvTest::OnTerminal(const std::string& program, const std::vector<std::string>& arguments) {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    EXPECT_EQ(grantpt(master) | unlockpt(master), 0);
+    const int terminal = open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    termios settings = {};
+    EXPECT_EQ(tcgetattr(terminal, &settings), 0);
+    cfmakeraw(&settings);  // the terminal itself adds nothing
+    EXPECT_EQ(tcsetattr(terminal, TCSANOW, &settings), 0);
+    const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const std::string path = (fs::path(VTV).parent_path() / program).string();
+    const int child = Start(environment, arguments, nothing, terminal, terminal, path, 30);
+    close(nothing);
+    close(terminal);
+    Output output;
+    while (Fill(master, &output.out)) {
+    }
+    close(master);
     int status = 0;
     waitpid(child, &status, 0);
     output.code = CodeOf(status);
@@ -234,8 +262,12 @@ bool RunningVtv::WaitForError(const std::string& text) {
     return true;
 }
 
-Output RunningVtv::Interrupt() {
-    kill(pid_, SIGINT);
+Output RunningVtv::Interrupt(int signal) {
+    kill(pid_, signal);
+    return End();
+}
+
+Output RunningVtv::End() {
     Drain(out_, err_, &output_);
     int status = 0;
     waitpid(pid_, &status, 0);

@@ -29,6 +29,8 @@ class VtvTest : public testing::Test {
     // none when no file is named.
     Output RunInto(const std::string& file, const std::string& program,
                    const std::vector<std::string>& arguments);
+    // Runs one of them on a terminal; what it prints on both streams is in `out`.
+    Output OnTerminal(const std::string& program, const std::vector<std::string>& arguments);
     JsonDocument OkJson(const std::vector<std::string>& arguments);
     // One item of vtv show --json.
     JsonDocument Item(const std::string& name, const std::vector<std::string>& more = {});
@@ -55,8 +57,11 @@ class RunningVtv {
     // Waits until the standard output holds the text; false after ten seconds or at its end.
     bool WaitFor(const std::string& text);
     bool WaitForError(const std::string& text);
-    // Sends SIGINT and waits for the end.
-    Output Interrupt();
+    // Sends a signal and waits for the end.
+    Output Interrupt(int signal = 2);
+    // Waits for the end.
+    Output End();
+    int Pid() const { return pid_; }
     const std::string& Text() const { return output_.out; }
 
   private:

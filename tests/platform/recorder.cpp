@@ -22,6 +22,8 @@ struct Recorder {
     std::map<std::string, Fault, std::less<>> faults;
     std::optional<Fault> anyFault;
     int callCount = 0;
+    int failedCallCount = 0;
+    std::set<std::string_view> functionsCalled;
     int callsToInterruption = 0;  // 0: none is to come
     std::function<void()> interruption;
     std::vector<Launch> launches;
@@ -97,6 +99,8 @@ void Fail(std::string_view function, int nth, int count, int code) {
 void FailAny(int nth, int count, int code) {
     recorder().anyFault = Fault{nth - 1, count, code};
     recorder().callCount = 0;
+    recorder().failedCallCount = 0;
+    recorder().functionsCalled.clear();
 }
 
 void ClearFaults() {
@@ -112,6 +116,14 @@ void InterruptCall(int nth, std::function<void()> action) {
 
 int CallCount() {
     return recorder().callCount;
+}
+
+int FailedCallCount() {
+    return recorder().failedCallCount;
+}
+
+const std::set<std::string_view>& FunctionsCalled() {
+    return recorder().functionsCalled;
 }
 
 const std::vector<Launch>& Launches() {
@@ -143,8 +155,12 @@ void RecordLine(std::string line) {
 Call::Call(Unwritten, const char* function) : recording_(recorder().recording) {
     Recorder& r = recorder();
     ++r.callCount;
-    if (r.callsToInterruption > 0 && --r.callsToInterruption == 0) {
-        r.interruption();
+    r.functionsCalled.insert(function);
+    if (r.callsToInterruption > 0) {
+        --r.callsToInterruption;
+        if (r.callsToInterruption == 0) {
+            r.interruption();
+        }
     }
     if (r.anyFault && Strikes(*r.anyFault)) {
         fails_ = true;
@@ -157,6 +173,7 @@ Call::Call(Unwritten, const char* function) : recording_(recorder().recording) {
             code_ = fault->second.code;
         }
     }
+    r.failedCallCount += fails_ ? 1 : 0;
 }
 
 void Call::Record(const char* function, std::initializer_list<std::string> arguments) {

@@ -13,6 +13,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -79,8 +80,11 @@ void Fail(std::string_view function, int nth = 1, int count = FOREVER, int code 
 // The same over all functions: the nth coming call of the platform fails, whichever it is.
 void FailAny(int nth, int count = FOREVER, int code = -1);
 void ClearFaults();
-// Platform calls since Reset() or the last FailAny(), failed ones included.
+// Platform calls since Reset() or the last FailAny(), failed ones included; those of them that a
+// fault made fail; and the names of the functions.
 int CallCount();
+int FailedCallCount();
+const std::set<std::string_view>& FunctionsCalled();
 
 // --- Watches --------------------------------------------------------------------------------
 

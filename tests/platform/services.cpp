@@ -67,6 +67,12 @@ int ReadFeature(const Call& call, const char* key, Value* value) {
     return 0;
 }
 
+// A translation stays valid as a catalogue's does: one text for every id ever asked for.
+std::map<std::string, std::set<std::string>>& texts() {
+    static std::map<std::string, std::set<std::string>> instance;
+    return instance;
+}
+
 // "general_voice_dataprovider.cpp: get_int(12) > text" as "FILE FUNCTION LINE text".
 std::string LogLine(const std::string& text) {
     const std::size_t file = text.find(": ");
@@ -121,6 +127,7 @@ void Publish(const std::string& key, const std::string& text) {
 
 void ResetServices() {
     watches() = {};
+    texts() = {};
 }
 
 }  // namespace recording
@@ -331,8 +338,6 @@ void elm_config_item_flush(const char* item) {
 // ------------------------------------------------------------------------------
 
 char* dgettext(const char* domain, const char* id) noexcept {
-    // A translation stays valid as a catalogue's does: one text for every id ever asked for.
-    static std::map<std::string, std::set<std::string>> texts;
     Call call("dgettext", domain, id);
     if (call.Fails()) {
         return nullptr;
@@ -340,7 +345,7 @@ char* dgettext(const char* domain, const char* id) noexcept {
     const auto found = tv().translations.find(View(id));
     const std::string text =
         found != tv().translations.end() ? found->second : "tr(" + Printable(id) + ")";
-    return const_cast<char*>(texts[Printable(id)].insert(text).first->c_str());
+    return const_cast<char*>(texts()[Printable(id)].insert(text).first->c_str());
 }
 
 int access(const char* path, int mode) noexcept {

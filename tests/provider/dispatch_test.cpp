@@ -42,9 +42,6 @@ void PrintTo(const Row& row, std::ostream* out) {
 constexpr Row ROWS[] = {
     {key::VOICE, check_general_voice_supported, check_general_voice_enable,
      "tr(TV_SID_SETTINGS_VOICE)", "tr(TV_SID_SETTINGS_SELELCT_VOICE_ASSISTANT)"},
-    {key::ONBOARDING, check_general_voice_onboarding_supported,
-     check_general_voice_onboarding_enable, "tr(TV_SID_SETTINGS_VOICE)",
-     "tr(TV_SID_SETTINGS_SELELCT_VOICE_ASSISTANT)"},
     {key::ASSISTANT, check_general_voice_voice_assistant, check_return_true,
      "tr(TV_SID_SETTINGS_VOICE_ASSITANT)", "tr(TV_SID_SETTINGS_SELELCT_VOICE_ASSISTANT)"},
     {key::WAKE_UP, check_general_voice_voice_wake_up, check_general_voice_voice_wake_up_enable,
@@ -77,6 +74,9 @@ constexpr Row ROWS[] = {
      "Configure Google Assistant."},
     {key::SALUTE, check_general_voice_voice_settings_salute,
      check_general_voice_voice_settings_salute_enable, "Salute settings", "Configure Salute."},
+    {key::ONBOARDING, check_general_voice_onboarding_supported,
+     check_general_voice_onboarding_enable, "tr(TV_SID_SETTINGS_VOICE)",
+     "tr(TV_SID_SETTINGS_SELELCT_VOICE_ASSISTANT)"},
 };
 
 // TVs on which the rules differ from each other in what they read and say.

@@ -43,12 +43,13 @@ class HostileInput : public Provider {
         HostText why;
         bool flag = false;
         EXPECT_EQ(page->get_disable_text(item, why.Out(), &flag), 0);
-        std::vector<char> buffers(5 * 8192, '\0');
+        constexpr std::size_t ROOM = 8192;
+        std::vector<char> buffers(5 * ROOM, '\0');
         char* b = buffers.data();
-        EXPECT_EQ(page->get_messagebox_info(item, b, b + 8192, b + 2 * 8192, &value), 0);
+        EXPECT_EQ(page->get_messagebox_info(item, b, b + ROOM, b + 2 * ROOM, &value), 0);
         EXPECT_EQ(page->get_messagebox_title(item, b), 0);
-        EXPECT_EQ(page->get_disablepopup_info(item, b, b + 8192, b + 2 * 8192, b + 3 * 8192, &value,
-                                              b + 4 * 8192),
+        EXPECT_EQ(page->get_disablepopup_info(item, b, b + ROOM, b + 2 * ROOM, b + 3 * ROOM, &value,
+                                              b + 4 * ROOM),
                   0);
         HostText property;
         EXPECT_EQ(page->provider_property(item, property.Out()), 0);

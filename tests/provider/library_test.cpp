@@ -10,6 +10,7 @@
 #include <set>
 
 #include "fresh_provider.h"
+#include "platform_functions.h"
 
 using namespace recording;
 
@@ -39,12 +40,12 @@ DynamicSymbols Symbols() {
     DynamicSymbols symbols;
     for (unsigned i = 0; i < header.e_shnum; ++i) {
         ElfW(Shdr) section;
-        at(&section, header.e_shoff + i * header.e_shentsize);
+        at(&section, header.e_shoff + std::size_t{i} * header.e_shentsize);
         if (section.sh_type != SHT_DYNSYM) {
             continue;
         }
         ElfW(Shdr) names;
-        at(&names, header.e_shoff + section.sh_link * header.e_shentsize);
+        at(&names, header.e_shoff + std::size_t{section.sh_link} * header.e_shentsize);
         for (std::size_t offset = section.sh_entsize; offset < section.sh_size;
              offset += section.sh_entsize) {
             ElfW(Sym) symbol;
@@ -207,61 +208,6 @@ const Names CPP_EXPORTS = {
     "LaunchOnboarding(const char*)",
 };
 
-// What the TV must serve.
-const Names PLATFORM = {
-    "vconf_get_int",
-    "vconf_get_bool",
-    "vconf_get_str",
-    "vconf_set_int",
-    "vconf_set_bool",
-    "vconf_set_str",
-    "vconf_notify_key_changed",
-    "vconf_ignore_key_changed",
-    "system_info_get_custom_bool",
-    "system_info_get_custom_int",
-    "system_info_get_custom_string",
-    "__dlog_print",
-    "app_control_create",
-    "app_control_set_operation",
-    "app_control_set_app_id",
-    "app_control_add_extra_data",
-    "app_control_send_launch_request",
-    "app_control_destroy",
-    "bundle_create",
-    "bundle_add_str",
-    "bundle_free",
-    "aul_launch_app",
-    "app_manager_get_app_context",
-    "app_manager_terminate_app",
-    "pkgmgrinfo_appinfo_get_appinfo",
-    "pkgmgrinfo_appinfo_get_metadata_value",
-    "pkgmgrinfo_appinfo_destroy_appinfo",
-    "tts_create",
-    "tts_foreach_supported_voices",
-    "tts_destroy",
-    "avoc_set_sound_feedback",
-    "sso_get_login_state",
-    "sso_get_account_ui_application_package_id",
-    "GetDisclaimerItemAgreement",
-    "connection_profile_check_default_gateway",
-    "AOVSystemDataGetAOVMode",
-    "AOVSystemDataSetAOVMode",
-    "elm_init",
-    "elm_config_access_set",
-    "elm_config_save",
-    "elm_config_item_flush",
-    "dgettext",
-    "access",
-    "TIStorageManagerState::enabled",
-    "TIStorageManager::Instance()",
-    "TIStorageManager::NewLocationId()",
-    "TIStorageManager::CurrentStorage()",
-    "ht::TSDemangler::Demangle(const char*)",
-    "ht::TCStorage::SaveLocation(ht::TCStorage*, ht::TCCallLocation const&)",
-    "ht::TCStorage::ThreadHandle(ht::TCStorage*)",
-    "ht::TCStorage::Commit(ht::TCStorage*, ht::TCThread*)",
-};
-
 // Beside the platform: the C library, the compiler's runtime and jsoncpp.
 const Names C_LIBRARY = {"calloc",
                          "free",
@@ -339,7 +285,7 @@ TEST(Library, ExportsItsListAndNothingElse) {
 
 TEST(Library, ImportsEveryPlatformCall) {
     const Names imported = Declared(Symbols().imported);
-    EXPECT_EQ(Without(PLATFORM, imported), Names());
+    EXPECT_EQ(Without(PLATFORM_FUNCTIONS, imported), Names());
     EXPECT_EQ(std::count_if(imported.begin(), imported.end(), IsTracePrepare), 1);
 }
 
@@ -347,7 +293,7 @@ TEST(Library, ImportsNothingButThePlatformTheRuntimeAndJsoncpp) {
     Names unexpected;
     for (const std::string& symbol : Symbols().imported) {
         const std::string name = Declared(symbol);
-        if (symbol.empty() || PLATFORM.count(name) == 1 || IsTracePrepare(name) ||
+        if (symbol.empty() || PLATFORM_FUNCTIONS.count(name) == 1 || IsTracePrepare(name) ||
             C_LIBRARY.count(symbol) == 1 || LINKER.count(symbol) == 1 ||
             StartsWithOneOf(symbol, RUNTIME_PREFIXES) || StartsWithOneOf(symbol, EXAMINERS) ||
             name.starts_with("Json::") || name.find(" for Json::") != std::string::npos) {
@@ -360,7 +306,7 @@ TEST(Library, ImportsNothingButThePlatformTheRuntimeAndJsoncpp) {
 
 TEST(Library, FindsEveryPlatformCallInThePlatformThatWasLoadedFirst) {
     for (const std::string& symbol : Symbols().imported) {
-        if (PLATFORM.count(Declared(symbol)) == 1) {
+        if (PLATFORM_FUNCTIONS.count(Declared(symbol)) == 1) {
             Dl_info info;
             void* address = dlsym(RTLD_DEFAULT, symbol.c_str());
             ASSERT_NE(address, nullptr) << symbol;

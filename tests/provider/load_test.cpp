@@ -1,18 +1,20 @@
-// Loaded, created, used, deleted and unloaded a thousand times, the provider leaves nothing behind.
+// Loaded, created, used, deleted and unloaded a thousand times, the provider leaves nothing behind;
+// SI_LOADINGS makes it more.
 #include <malloc.h>
 #include <unistd.h>
 
 #include <fstream>
 
 #include "fresh_provider.h"
+#include "tests/environment.h"
 
 using namespace recording;
 
 namespace {
 
 // An emulator takes long to load a library; valgrind sees a leak in fewer rounds, too.
-constexpr int ROUNDS = UNDER_EMULATOR ? 60 : 1000;
-constexpr int WARM_UP = UNDER_EMULATOR ? 20 : 100;
+constexpr unsigned ROUNDS = UNDER_EMULATOR ? 60 : 1000;
+constexpr unsigned WARM_UP = UNDER_EMULATOR ? 20 : 100;
 
 #if defined(__SANITIZE_ADDRESS__)
 #define WATCHED_BY_SANITIZER true
@@ -78,7 +80,8 @@ void Round() {
 TEST(Load, AThousandLoadingsLeaveNothingBehind) {
     long allocated = 0;
     long resident = 0;
-    for (int i = 0; i < ROUNDS; ++i) {
+    const unsigned rounds = NumberFromEnvironment("SI_LOADINGS", ROUNDS);
+    for (unsigned i = 0; i < rounds; ++i) {
         if (i == WARM_UP) {
             Reset();
             allocated = AllocatedBytes();

@@ -3,11 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "abi/si_provider.h"
+#include "host_text.h"
 #include "recording_platform.h"
 #include "si-ready/src/MVAList.h"
 #include "si-ready/src/SIMenuUtil.h"
@@ -30,9 +30,10 @@ inline constexpr const char* TENCENT = "menu/system/general-voice-voice-settings
 inline constexpr const char* ALEXA = "menu/system/general-voice-voice-settings-alexa";
 inline constexpr const char* GOOGLE = "menu/system/general-voice-voice-settings-google";
 inline constexpr const char* SALUTE = "menu/system/general-voice-voice-settings-salute";
-inline constexpr const char* ALL[] = {VOICE,     ONBOARDING, ASSISTANT, WAKE_UP,  ALWAYS,
-                                      SCREEN_ON, HINT,       ORVIK,     ORVIK_CN, TENCENT,
-                                      ALEXA,     GOOGLE,     SALUTE};
+// In the page's order.
+inline constexpr const char* ALL[] = {VOICE,  ASSISTANT, WAKE_UP,   ALWAYS,  SCREEN_ON,
+                                      HINT,   ORVIK,     ORVIK_CN,  TENCENT, ALEXA,
+                                      GOOGLE, SALUTE,    ONBOARDING};
 }  // namespace key
 
 namespace setting {
@@ -209,19 +210,4 @@ class Provider : public testing::Test {
     }
 
     SIProviderTable* page = nullptr;
-};
-
-// Owns a text that the provider handed to the host.
-class HostText {
-  public:
-    HostText() = default;
-    HostText(const HostText&) = delete;
-    HostText& operator=(const HostText&) = delete;
-    ~HostText() { std::free(text_); }
-    char** Out() { return &text_; }
-    bool IsNull() const { return text_ == nullptr; }
-    std::string Text() const { return text_ != nullptr ? text_ : "(null)"; }
-
-  private:
-    char* text_ = nullptr;
 };

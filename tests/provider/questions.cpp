@@ -212,10 +212,10 @@ std::vector<Action> Actions() {
     return actions;
 }
 
-void EverySituation::Prepare(const Action& action) {
+void AnySituation::Prepare(const Situation& situation, const Action& action) {
     Reset();
     // The watch stays as the provider registered it.
-    GetParam().prepare();
+    situation.prepare();
     MVAList::Initialize();
     Publish(setting::POLICY, Policy({::Assistant(1, "ORVIK2", "app.orvik", "Orvik", true),
                                      ::Assistant(2, "ALEXA", "app.alexa", "Alexa"),

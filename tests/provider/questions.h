@@ -28,10 +28,15 @@ struct Action {
 };
 std::vector<Action> Actions();
 
-class EverySituation : public Provider, public testing::WithParamInterface<Situation> {
+class AnySituation : public Provider {
   protected:
     // The situation as it was before the action, whatever the action did to it: four assistants.
-    void Prepare(const Action& action);
+    static void Prepare(const Situation& situation, const Action& action);
+};
+
+class EverySituation : public AnySituation, public testing::WithParamInterface<Situation> {
+  protected:
+    static void Prepare(const Action& action) { AnySituation::Prepare(GetParam(), action); }
 };
 
 #define ON_EVERY_SITUATION(suite)                                                                  \

@@ -10,15 +10,19 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 LEGS = """
-LEGS=(fresh gcc asan good bad nowhere needy long)
-declare -A LEG_TITLE=([fresh]=f [gcc]=g [asan]=a [good]="a good leg" [bad]=b [nowhere]=n [needy]=n [long]=l)
-declare -A LEG_SAMPLE=([long]=none [good]="a sample")
+LEGS=(fresh gcc asan good bad nowhere needy long kinds)
+declare -A LEG_TITLE=([fresh]=f [gcc]=g [asan]=a [good]="a good leg" [bad]=b [nowhere]=n [needy]=n [long]=l [kinds]=k)
+declare -A LEG_SAMPLE=([long]=none [kinds]=none [good]="a sample")
 declare -A LEG_PACKAGES=([needy]=rare-package [asan]=rare-package)
 NEVER_SKIPPED=(fresh gcc asan)
 is_leg() { [[ -n ${1:-} && -n ${LEG_TITLE[$1]:-} ]]; }
 is_deep_only() { [[ ${LEG_SAMPLE[$1]:-} == none ]]; }
 leg_fresh() { leg_nowhere; }
-leg_gcc() { say '<testsuites tests="3" failures="0" disabled="0">' >$LOGS/gcc.a.xml; }
+leg_gcc() {
+    say '<testsuite><testcase/><testcase/><testcase/></testsuite>' >$LOGS/gcc.a.xml
+    say "remark: short is ${SI_SHORT:-false}"
+}
+leg_kinds() { say "$REPORT" >$LOGS/kinds.a.xml; }
 leg_asan() { say asan; }
 leg_good() { say "remark: deep is ${SI_DEEP:-false}"; }
 leg_bad() { say "the reason"; false; say "not reached"; }
@@ -30,12 +34,13 @@ leg_long() { say long; }
 PAGE = """
 ## The last deep run
 
-`./test --deep`, 2020-01-01, commit `abc`, 2 cores.
+Of old.
 
-| leg | --all | --deep | outcome of --deep |
-|---|---|---|---|
-| good | 1.5 | 12.5 | ok |
-| together | 40 | 80 | |
+| leg | --all | --deep | commit and date of --deep | outcome |
+|---|---|---|---|---|
+| good | 1.5 | 12.5 | | |
+| long | - | 40 | `abc1234` 2001-02-03 | ok, of old |
+| together | 40 | 80 | | |
 
 ## Behind it
 """
@@ -55,6 +60,8 @@ UNREACHABLE = "Err:1 http://deb.example bookworm\n  Could not resolve 'deb.examp
 
 
 class TestCommand(unittest.TestCase):
+    report = ""
+
     def setUp(self):
         folder = tempfile.TemporaryDirectory(prefix="si-ready-test-command-")
         self.addCleanup(folder.cleanup)
@@ -84,7 +91,7 @@ class TestCommand(unittest.TestCase):
 
     def start(self, *command, ci=""):
         environment = dict(os.environ, PATH=f"{self.root}/bin:{os.environ['PATH']}", CI=ci,
-                           REGISTRY=str(self.root), TMPDIR=str(self.root))
+                           REGISTRY=str(self.root), REPORT=self.report, TMPDIR=str(self.root))
         environment.pop("SI_DEEP", None)
         return subprocess.run(command, cwd=self.root, env=environment, capture_output=True, text=True,
                               check=False)
@@ -94,6 +101,25 @@ class TestCommand(unittest.TestCase):
 
     def test_cases_are_summed_and_a_leg_without_any_is_one(self):
         self.expect(0, "4 passed, 0 failed", self.start("./test", "gcc", "good"))
+
+    def test_only_what_is_asked_for_without_a_word_leaves_the_longest_tests_to_all(self):
+        for command, short in ((["./test"], "true"), (["./test", "gcc"], "false"),
+                               (["env", "SI_SHORT=true", "./test", "gcc"], "false")):
+            result = self.start(*command)
+            self.expect(0, "3 passed, 0 failed", result)
+            self.assertIn(f"short is {short}", result.stdout, command)
+
+    def test_cases_that_failed_or_did_not_run_are_told_apart(self):
+        for failed, skipped in (("<failure/>", 'result="skipped"'), ("<error/>", 'status="notrun"'),
+                                ("<failure/>", 'status="disabled"')):
+            self.report = f'<a><testcase/><testcase>{failed}</testcase><testcase {skipped}/></a>'
+            self.expect(1, "1 passed, 1 failed, 1 skipped", self.start("./test", "kinds"))
+        self.report = "<a><testcase/><testcase><skipped/></testcase></a>"
+        self.expect(0, "1 passed, 0 failed, 1 skipped", self.start("./test", "kinds"))
+
+    def test_a_report_that_was_not_written_to_its_end_is_a_failure(self):
+        self.report = "<a><testcase/>"
+        self.expect(1, "0 passed, 1 failed", self.start("./test", "kinds"))
 
     def test_a_leg_that_fails_shows_what_it_printed(self):
         result = self.start("./test", "good", "bad")
@@ -160,8 +186,9 @@ class TestCommand(unittest.TestCase):
         result = self.start("scripts/figures", "--write")
         page = (self.root / "docs/testing.md").read_text()
         self.assertEqual(0, result.returncode, result)
-        self.assertRegex(page, r"\| good \| 1\.5 \| 0\.0 \| ok deep is true \|")
-        self.assertIn("| bad |  | 0.0 | FAILED", page)
+        self.assertRegex(page, r"\| good \| 1\.5 \| 0\.0 \| `\w+` 20\d\d-\d\d-\d\d \| ok deep is true \|")
+        self.assertRegex(page, r"\| bad \|  \| 0\.0 \| `\w+` [-\d]+ \| FAILED")
+        self.assertIn("| long | - | 40 | `abc1234` 2001-02-03 | ok, of old |", page)
         self.assertIn("\n## Behind it\n", page)
         self.assertEqual(1, page.count("## The last deep run"))
 
@@ -172,9 +199,10 @@ class TestCommand(unittest.TestCase):
         for name in ("mmdebstrap", "unshare"):
             self.program(name, "#!/bin/sh\nexit 1\n")
         (self.root / ".git").mkdir()
-        result = self.start("scripts/fresh")
-        self.assertEqual(77, result.returncode, result)
-        self.assertRegex(result.stdout, "skip: (making a machine needs root|this machine lets nobody mount)")
+        for script in ("scripts/fresh", "scripts/deb"):
+            result = self.start(script)
+            self.assertEqual(77, result.returncode, result)
+            self.assertRegex(result.stdout, "skip: (making a machine needs root|this machine lets nobody mount)")
 
 
 if __name__ == "__main__":

@@ -1,10 +1,15 @@
 // Applications: launched, running, finished, cancelled, ended; each as a process of its own.
+#include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
+#include <set>
 #include <thread>
 
 #include "applications_fixture.h"
@@ -37,6 +42,23 @@ TEST_F(ApplicationsTest, ALaunchIsRecordedWithItsExtrasAndTime) {
     EXPECT_TRUE(LogHas("launch of org.nemra.wizard type=PIVORA_SETUP: recorded"));
     tv->ClearLaunches();
     EXPECT_TRUE(tv->Launches().empty());
+}
+
+TEST_F(ApplicationsTest, BehindAMarkStandsOnlyWhatWasLaunchedSince) {
+    TurnOn();
+    tv->SetApplications(vtv::ApplicationMode::kRecord);
+    EXPECT_EQ(tv->LaunchMark(), 0U);
+    EXPECT_EQ(LaunchWith(kWizard, "type", "before"), 0);
+    const std::uint64_t mark = tv->LaunchMark();
+    EXPECT_TRUE(tv->Launches(mark).empty());
+    EXPECT_EQ(LaunchWith(kGoogle, "Login", "1"), 0);
+    ASSERT_EQ(tv->Launches(mark).size(), 1U);
+    EXPECT_EQ(tv->Launches(mark)[0].appId, kGoogle);
+    EXPECT_EQ(tv->Launches().size(), 2U);
+    tv->ClearLaunches();
+    EXPECT_EQ(LaunchWith(kWizard, "type", "after"), 0);
+    ASSERT_EQ(tv->Launches(tv->LaunchMark() + 1).size(), 1U)
+        << "a list that was cleared begins anew";
 }
 
 TEST_F(ApplicationsTest, AppControlSendsOperationAddresseeAndExtrasInTheirOrder) {
@@ -213,6 +235,25 @@ TEST_F(ApplicationsTest, TheGenericOnboardingSetsUpTheCurrentAssistantAndWhateve
     EXPECT_TRUE(tv->SignedIn());
 }
 
+TEST_F(ApplicationsTest, AReasonIsHeardWhateverElseHappensInItsFolder) {
+    TurnOn();
+    tv->SetNetwork(vtv::Network::kDisconnected);
+    std::atomic<bool> isOver = false;
+    std::thread others([&] {
+        while (!isOver) {
+            close(open((tv->Dir() + "/apps/.lock").c_str(), O_RDWR | O_CLOEXEC));
+        }
+    });
+    std::set<std::string> reasons;
+    for (int i = 0; i < 200 && reasons.size() < 2; ++i) {
+        reasons.insert(Finish(kOnboarding, "type", "ONBOARDING_SETUP"));
+    }
+    isOver = true;
+    others.join();
+    EXPECT_EQ(reasons.size(), 1U) << *reasons.rbegin();
+    EXPECT_NE(reasons.begin()->find("no network"), std::string::npos);
+}
+
 TEST_F(ApplicationsTest, WithoutANetworkTheSetupFailsWithItsReason) {
     TurnOn();
     tv->SetNetwork(vtv::Network::kDisconnected);
@@ -222,6 +263,38 @@ TEST_F(ApplicationsTest, WithoutANetworkTheSetupFailsWithItsReason) {
     EXPECT_NE(Finish(kGoogle, "Login", "1").find("no network"), std::string::npos);
     EXPECT_TRUE(tv->OwnerFiles().empty());
     EXPECT_FALSE(tv->Consent("tnc"));
+}
+
+TEST_F(ApplicationsTest, WhatCannotBeDoneWithoutANetworkIsDoneOnceThereIsOne) {
+    TurnOn();
+    tv->SetNetwork(vtv::Network::kDisconnected);
+    tv->SetConsent("tnc", false);
+    ASSERT_EQ(LaunchWith(kOnboarding, "type", "ONBOARDING_SETUP"), 0);
+    for (int i = 0; i < 2; ++i) {
+        const std::string why =
+            ErrorOf(vtv::ErrorKind::kNo, [&] { tv->FinishApplication(kOnboarding); });
+        EXPECT_NE(why.find("no network"), std::string::npos) << why;
+        EXPECT_TRUE(tv->IsRunning(kOnboarding));
+        EXPECT_FALSE(tv->Consent("tnc"));
+    }
+    tv->SetNetwork(vtv::Network::kConnected);
+    EXPECT_NO_THROW(tv->FinishApplication(kOnboarding));
+    EXPECT_FALSE(tv->IsRunning(kOnboarding));
+    EXPECT_TRUE(tv->Consent("tnc"));
+}
+
+TEST_F(ApplicationsTest, AnApplicationEndsWhenItsTvIsRemoved) {
+    TurnOn();
+    ASSERT_EQ(LaunchWith(kWizard, "a", "b"), 0);
+    const int pid = tv->RunningApplications().at(0).pid;
+    const int process = static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+    ASSERT_GE(process, 0);
+    std::filesystem::remove_all(tv->Dir());
+    pollfd end{process, POLLIN, 0};
+    EXPECT_EQ(poll(&end, 1, 10000), 1) << "it runs on";
+    syscall(SYS_pidfd_send_signal, process, SIGKILL, nullptr, 0);
+    close(process);
+    tv.reset();
 }
 
 TEST_F(ApplicationsTest, APopupShowsItsTextForItsTimeout) {

@@ -145,8 +145,11 @@ TEST_F(LogTest, AWatcherOfTheLogIsToldWhenItGrows) {
 TEST_F(LogTest, ForeignLinesAreSkipped) {
     TurnOn();
     tv->Log(4, "good");
-    WriteText(tv->LogFile(), "garbage\n\n2026-01-01T00:00:00.000000Z x E t m\n" +
-                                 ReadText(tv->LogFile()) + "cut of");
+    std::string text = "garbage\n\n2026-01-01T00:00:00.000000Z x E t m\n";
+    for (const char* part : {"1", "-00001", "9223372036854775807"}) {
+        text += std::string("2026-01-01T00:00:00.") + part + "Z 1 E t m\n";
+    }
+    WriteText(tv->LogFile(), text + ReadText(tv->LogFile()) + "cut of");
     ASSERT_EQ(tv->ReadLog().size(), 1u);
     EXPECT_EQ(tv->ReadLog()[0].message, "good");
 }

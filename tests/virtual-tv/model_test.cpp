@@ -142,6 +142,8 @@ TEST_F(ModelTest, APolicyThatIsNotNumberedOneToNIsToldWithItsNumbers) {
 
 TEST_F(ModelTest, EveryOtherSlipIsToldWithItsLine) {
     ExpectComplaint("a = \n", 1, "TOML");
+    ExpectComplaint("[~consents]\n", 1, "TOML");
+    ExpectComplaint("\xEF\xBB\xAD = 1\n", 1, "TOML");  // a letter of another script
     ExpectComplaint("titel = \"x\"\n", 1, "Did you mean \"title\"?");
     ExpectComplaint("title = 5\n", 1, "in quotes");
     ExpectComplaint("features = 5\n", 1, "[features]");
@@ -180,6 +182,20 @@ TEST_F(ModelTest, AFailedCreationLeavesNothingBehind) {
     EXPECT_FALSE(std::filesystem::exists(folder / "tv"));
     const auto entries = std::distance(std::filesystem::directory_iterator(folder.Path()), {});
     EXPECT_EQ(entries, 1);
+}
+
+TEST_F(ModelTest, ModelsThatCannotBeListedAreNotTakenForNone) {
+    setenv("VTV_DATA", (folder / "nowhere").c_str(), 1);
+    try {
+        vtv::FindModel("farfield-eu");
+        ADD_FAILURE() << "a model was found where there is no folder";
+    } catch (const vtv::Error& error) {
+        EXPECT_EQ(error.kind(), vtv::ErrorKind::kPlatform);
+        EXPECT_NE(std::string(error.what()).find("nowhere/tvs: the models of TVs cannot be read"),
+                  std::string::npos)
+            << error.what();
+    }
+    unsetenv("VTV_DATA");
 }
 
 TEST_F(ModelTest, ATvIsNotMadeOverSomethingThatIsThere) {

@@ -233,15 +233,12 @@ TEST_F(ServicesTest, VoicesAreTheModelsUntilTheCallbackHasEnough) {
     EXPECT_NE(tts_foreach_supported_voices(nullptr, Collect, &languages), 0);
 }
 
-bool EngineIsInstalled() {
-    void* engine = dlopen("libespeak-ng.so.1", RTLD_NOW);
-    return engine != nullptr;
+bool IsInstalled(const char* library) {
+    return dlopen(library, RTLD_NOW) != nullptr;
 }
 
 TEST_F(ServicesTest, WithoutAListTheVoicesAreTheInstalledEngines) {
-    if (!EngineIsInstalled()) {
-        GTEST_SKIP() << "espeak-ng is not installed";
-    }
+    ASSERT_TRUE(IsInstalled("libespeak-ng.so.1")) << "apt-get install libespeak-ng1";
     TurnOn();
     std::vector<std::string> languages;
     for (const vtv::Voice& voice : tv->Voices()) {
@@ -255,9 +252,7 @@ TEST_F(ServicesTest, WithoutAListTheVoicesAreTheInstalledEngines) {
 }
 
 TEST_F(ServicesTest, TheVoiceGuideSpeaksOnlyWhenItIsOn) {
-    if (!EngineIsInstalled()) {
-        GTEST_SKIP() << "espeak-ng is not installed";
-    }
+    ASSERT_TRUE(IsInstalled("libespeak-ng.so.1")) << "apt-get install libespeak-ng1";
     TurnOnText("language = \"de_DE\"\n[speech]\noutput = \"file\"\n");
     const std::string file = tv->Dir() + "/speech/last.wav";
     EXPECT_FALSE(tv->Speak("Sprache"));
@@ -273,10 +268,7 @@ TEST_F(ServicesTest, TheVoiceGuideSpeaksOnlyWhenItIsOn) {
 }
 
 TEST_F(ServicesTest, TheToolkitsAccessibilityModeIsSavedInTheTvsHome) {
-    const bool installed = dlopen("libelementary.so.1", RTLD_NOW) != nullptr;
-    if (!installed) {
-        GTEST_SKIP() << "Elementary is not installed";
-    }
+    ASSERT_TRUE(IsInstalled("libelementary.so.1")) << "apt-get install libelementary1";
     TurnOn();
     const std::string dir = tv->Dir();
     const std::string home = folder / "home";

@@ -4,7 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 
 #include "platform/settings_store.h"
 #include "tv_fixture.h"
@@ -243,6 +245,53 @@ TEST_F(SettingsTest, WatchingEverythingTellsOfSettingsStateAndFiles) {
 
 // --- Trouble ---
 
+TEST_F(SettingsTest, FilesInFoldersThatAreMadeLaterAreToldToo) {
+    TurnOn();
+    std::vector<std::string> told;
+    tv->WatchAll([&](const vtv::Change& change) {
+        if (change.what == vtv::Change::What::kFile) {
+            told.push_back(change.name);
+        }
+    });
+    const auto heard = [&](const std::string& name) {
+        told.clear();
+        tv->Dispatch();
+        return std::count(told.begin(), told.end(), name);
+    };
+    tv->AddOwnerFile("later/deep/first");
+    EXPECT_EQ(heard("later/deep/first"), 1);
+    tv->AddOwnerFile("later/deep/second");
+    EXPECT_EQ(heard("later/deep/second"), 1);
+    std::filesystem::remove_all(tv->OwnerDir() + "/later");
+    tv->Dispatch();
+    tv->AddOwnerFile("later/deep/third");
+    tv->Dispatch();
+    tv->AddOwnerFile("later/deep/fourth");
+    EXPECT_EQ(heard("later/deep/fourth"), 1);
+    // A folder that goes elsewhere takes its name with it.
+    std::filesystem::rename(tv->OwnerDir() + "/later", tv->OwnerDir() + "/moved");
+    tv->Dispatch();
+    tv->AddOwnerFile("moved/deep/fifth");
+    EXPECT_EQ(heard("moved/deep/fifth"), 1);
+}
+
+TEST_F(SettingsTest, ATvThatIsRemovedOrMovedWhileItIsWatchedIsToldAsGone) {
+    for (const bool moved : {false, true}) {
+        TurnOn();
+        tv->WatchAll([](const vtv::Change&) {});
+        EXPECT_NO_THROW(tv->Dispatch());
+        if (moved) {
+            std::filesystem::rename(tv->Dir(), folder / "elsewhere");
+        } else {
+            std::filesystem::remove_all(tv->Dir());
+        }
+        pollfd source{tv->EventFd(), POLLIN, 0};
+        EXPECT_EQ(poll(&source, 1, 10000), 1);
+        const std::string text = ErrorOf(vtv::ErrorKind::kPlatform, [&] { tv->Dispatch(); });
+        EXPECT_NE(text.find("this TV is gone"), std::string::npos) << text;
+    }
+}
+
 TEST_F(SettingsTest, ADamagedValueReadsAsMissingAndIsLoggedOnce) {
     TurnOn();
     WriteText(tv->Dir() + "/settings/db%2Fcomss%2Fcisblock", "int 3\n1");
@@ -261,16 +310,26 @@ TEST_F(SettingsTest, ADamagedValueReadsAsMissingAndIsLoggedOnce) {
     ASSERT_EQ(tv->Problems().size(), 1u);
 }
 
-TEST_F(SettingsTest, ATvWithAStoreOfANewerVersionOpensAndReadsNothing) {
+TEST_F(SettingsTest, ATvWithAStoreThatHasLostItsVersionOpensAndReadsNothing) {
     TurnOn();
     const std::string dir = tv->Dir();
-    WriteText(dir + "/settings/.store", "99\n");
+    std::filesystem::remove(dir + "/settings/.store");
     Open(dir);
     ASSERT_EQ(tv->Problems().size(), 1u);
-    EXPECT_NE(tv->Problems()[0].find("version 99"), std::string::npos);
+    EXPECT_NE(tv->Problems()[0].find("cannot be read"), std::string::npos);
     EXPECT_EQ(vconf_get_str("db/menu_widget/language"), nullptr);
     EXPECT_NE(vconf_set_int("db/x", 1), 0);
-    EXPECT_TRUE(LogHas("version 99"));
+    EXPECT_TRUE(LogHas("Put the file back"));
+}
+
+TEST_F(SettingsTest, ATvOfANewerVersionIsNeitherOpenedNorChanged) {
+    TurnOn();
+    const std::string dir = tv->Dir();
+    std::filesystem::create_directories(dir + "/.changes/decided/removed/settings");
+    WriteText(dir + "/settings/.store", "99\n");
+    const std::string why = ErrorOf(ErrorKind::kPlatform, [&] { Open(dir); });
+    EXPECT_NE(why.find("version 99"), std::string::npos) << why;
+    EXPECT_TRUE(std::filesystem::exists(dir + "/.changes/decided"));
 }
 
 // As root, a folder without write permission is writable; the tests then run as nobody.

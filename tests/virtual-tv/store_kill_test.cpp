@@ -1,6 +1,7 @@
 // Writers are killed at random moments; what they had been told was written must be there.
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sched.h>
 #include <time.h>
 
 #include <algorithm>
@@ -55,7 +56,41 @@ long NanosecondsOfAWrite(const std::string& dir) {
     return static_cast<long>(std::chrono::nanoseconds(end - begin).count() / kWrites);
 }
 
-TEST(StoreKillTest, AKilledWriterLosesNothingThatWasAcknowledged) {
+// In a group of its own, so that one signal ends it and what it starts.
+class Writer {
+  public:
+    explicit Writer(const std::function<void()>& write)
+        : child_([&] {
+              setpgid(0, 0);
+              write();
+          }) {
+        setpgid(child_.Pid(), child_.Pid());  // whoever is first
+    }
+    void Kill() {
+        kill(-child_.Pid(), SIGKILL);
+        child_.Wait();
+    }
+
+  private:
+    Child child_;
+};
+
+// Where no number of ours means anything, as in a container.
+void InAnotherProcessNamespace(const std::function<void()>& write) {
+    if (unshare(CLONE_NEWPID) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWPID) != 0) {
+        std::cerr << "no namespace of processes here: the writer shares ours\n";
+    }
+    InChild([&] {
+        write();
+        return 0;
+    });
+}
+
+void InOurs(const std::function<void()>& write) {
+    write();
+}
+
+void KillWriters(void (*where)(const std::function<void()>&)) {
     std::mt19937 random(Seed());
     SCOPED_TRACE(SeedNote());
     TemporaryFolder folder;
@@ -67,12 +102,12 @@ TEST(StoreKillTest, AKilledWriterLosesNothingThatWasAcknowledged) {
     for (int round = 0; round < Kills(); ++round) {
         int report[2];
         ASSERT_EQ(pipe(report), 0);
-        Child writer([&] { WriteForever(dir, acknowledged + 1, report[1]); });
+        Writer writer([&] { where([&] { WriteForever(dir, acknowledged + 1, report[1]); }); });
         close(report[1]);
         timespec moment{0, std::uniform_int_distribution<long>(0, longest)(random)};
         nanosleep(&moment, nullptr);
         writer.Kill();
-        writer.Wait();
+        // To its end, which comes when all who could write are gone.
         for (int number; read(report[0], &number, sizeof number) == sizeof number;) {
             acknowledged = number;
         }
@@ -100,6 +135,14 @@ TEST(StoreKillTest, AKilledWriterLosesNothingThatWasAcknowledged) {
         ++files;
     }
     EXPECT_EQ(files, size_t{kKeys} + 1) << "temporary files are left behind";
+}
+
+TEST(StoreKillTest, AKilledWriterLosesNothingThatWasAcknowledged) {
+    KillWriters(InOurs);
+}
+
+TEST(StoreKillTest, AKilledWriterInAnotherProcessNamespaceLosesNothingEither) {
+    KillWriters(InAnotherProcessNamespace);
 }
 
 }  // namespace

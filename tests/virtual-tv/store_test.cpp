@@ -2,12 +2,14 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <iostream>
 #include <map>
 #include <random>
 #include <set>
@@ -339,17 +341,112 @@ TEST_F(StoreTest, ATemporaryNameThatIsTakenIsPassedOver) {
 }
 
 TEST_F(StoreTest, LeftoversOfDeadWritersAreRemovedAndThoseOfLivingOnesStay) {
-    int dead = 0;
-    {
-        Child child([] {});
-        dead = child.Pid();
-    }
-    WriteText(dir + "/.tmp-" + std::to_string(dead) + "-1-1", "x");
+    // Whatever its number means where it is read: a process of a container may have the same.
     WriteText(dir + "/.tmp-" + std::to_string(getpid()) + "-1-1", "x");
+    WriteText(dir + "/.tmp-2147483647-1-1", "x");
     Store store(dir, Store::Durability::kDurable);
     EXPECT_TRUE(store.List().empty());
     store.RemoveLeftovers();
-    EXPECT_EQ(FileCount(), 2u);
+    EXPECT_EQ(FileCount(), 1u) << "only the store's own file";
+
+    static Store* reader = nullptr;
+    Store other(dir, Store::Durability::kDurable);
+    reader = &other;
+    store_file_calls.renameat = [](int fromDir, const char* from, int toDir, const char* to) {
+        reader->RemoveLeftovers();
+        return ::renameat(fromDir, from, toDir, to);
+    };
+    store.Write("db/key", 1);
+    reader = nullptr;
+    EXPECT_VALUE(store, "db/key", 1);
+}
+
+TEST_F(StoreTest, AKeyThatIsWrittenAllTheTimeIsInEveryList) {
+    // In memory, where a file that is replaced while its folder is listed may be listed not at all;
+    // and more keys than the system lists at once, with names of this length.
+    constexpr int kMany = 500;
+    const auto keyOf = [](int i) {
+        return "db/" + std::string(100, 'x') + std::to_string(i % kMany);
+    };
+    const TemporaryFolder memory("/dev/shm");
+    const std::string inMemory = memory / "store";
+    Store::Create(inMemory);
+    Store store(inMemory, Store::Durability::kVolatile);
+    for (int i = 0; i < kMany; ++i) {
+        store.Write(keyOf(i), i);
+    }
+    Child writer([&] {
+        Store other(inMemory, Store::Durability::kVolatile);
+        for (int i = 0; access((inMemory + "/done").c_str(), F_OK) != 0; ++i) {
+            other.Write(keyOf(i), i);
+        }
+    });
+    for (int i = 0; i < 200 && !HasFailure(); ++i) {
+        EXPECT_EQ(store.List().size(), static_cast<size_t>(kMany)) << "list " << i;
+    }
+    WriteText(inMemory + "/done", "");
+    EXPECT_EQ(writer.Wait(), 0);
+}
+
+TEST_F(StoreTest, WritesSurviveAReaderInAnotherProcessNamespace) {
+    Child reader([&] {
+        // Its first child lives in the new namespace, where no number of ours means anything.
+        if (unshare(CLONE_NEWPID) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWPID) != 0) {
+            std::cerr << "no namespace of processes here: the reader shares ours\n";
+        }
+        InChild([&] {
+            Store inside(dir, Store::Durability::kDurable);
+            WriteText(dir + "/started", "");
+            while (access((dir + "/done").c_str(), F_OK) != 0) {
+                inside.RemoveLeftovers();
+            }
+            return 0;
+        });
+    });
+    Store store(dir, Store::Durability::kDurable);
+    while (access((dir + "/started").c_str(), F_OK) != 0) {
+        usleep(1000);
+    }
+    store_file_calls.renameat = [](int fromDir, const char* from, int toDir, const char* to) {
+        usleep(500);  // as long as a disk takes
+        return ::renameat(fromDir, from, toDir, to);
+    };
+    for (int i = 0; i < 400; ++i) {
+        EXPECT_NO_THROW(store.Write("db/key", i));
+    }
+    WriteText(dir + "/done", "");
+    EXPECT_EQ(reader.Wait(), 0);
+    EXPECT_VALUE(store, "db/key", 399);
+}
+
+TEST_F(StoreTest, AValueThatIsLongerThanAnyIsRefusedAndReadAsDamage) {
+    Store store(dir, Store::Durability::kDurable);
+    store.Write("db/long", std::string(Store::kLargestValue, 'x'));
+    try {
+        store.Write("db/long", std::string(Store::kLargestValue + 1, 'y'));
+        ADD_FAILURE() << "it was written";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.kind(), ErrorKind::kUsage);
+    }
+    Value value;
+    ASSERT_EQ(Read(store, "db/long", &value), Store::Status::kOk);
+    EXPECT_TRUE(value == Value(std::string(Store::kLargestValue, 'x')));
+
+    const std::string size = std::to_string(10 * Store::kLargestValue);
+    WriteText(dir + "/db%2Fhuge",
+              "string " + size + "\n" + std::string(10 * Store::kLargestValue, 'z') + "\n");
+    std::string problem;
+    EXPECT_EQ(store.Read("db/huge", &value, &problem), Store::Status::kDamaged);
+    EXPECT_NE(problem.find("larger than any value"), std::string::npos) << problem;
+}
+
+TEST_F(StoreTest, AKeyIsListedOnceWhateverFilesOthersPutBesideIt) {
+    Store store(dir, Store::Durability::kDurable);
+    store.Write("db/key", 1);
+    WriteText(dir + "/db%2fkey", "int 1\n2\n");  // no name that the store gives
+    WriteText(dir + "/%64b%2Fkey", "int 1\n3\n");
+    ASSERT_EQ(store.List().size(), 1u);
+    EXPECT_EQ(store.List()[0].value, Value(1));
 }
 
 // A dull model runs beside the store and must never differ from it.

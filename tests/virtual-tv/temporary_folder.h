@@ -11,9 +11,9 @@
 
 class TemporaryFolder {
   public:
-    TemporaryFolder() {
-        std::string pattern =
-            (std::filesystem::temp_directory_path() / "virtual-tv-XXXXXX").string();
+    explicit TemporaryFolder(
+        const std::filesystem::path& in = std::filesystem::temp_directory_path()) {
+        std::string pattern = (in / "virtual-tv-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) {
             throw std::runtime_error("no temporary folder");
         }

@@ -11,6 +11,7 @@
 #include <map>
 #include <regex>
 #include <set>
+#include <sstream>
 
 #include "platform/settings_store.h"
 #include "tv_fixture.h"
@@ -48,12 +49,21 @@ std::set<std::string> IdsOfTheProvider() {
     return ids;
 }
 
-const char* const kLanguages[] = {"en", "de", "fr", "es", "pt", "ru", "ko", "zh_CN"};
+// As the build knows them.
+std::vector<std::string> SourceLanguages() {
+    std::vector<std::string> languages;
+    std::istringstream lines(ReadText(SOURCE_DIR "/virtual-tv/po/LINGUAS"));
+    for (std::string line; std::getline(lines, line);) {
+        languages.push_back(line);
+    }
+    return languages;
+}
+const std::vector<std::string> kLanguages = SourceLanguages();
 
 TEST_F(TextsTest, EachCatalogueHasExactlyTheIdsOfTheProvider) {
     const auto used = IdsOfTheProvider();
     ASSERT_GT(used.size(), 40u);
-    for (const char* language : kLanguages) {
+    for (const std::string& language : kLanguages) {
         const auto catalogue = Catalogue(language);
         for (const std::string& id : used) {
             EXPECT_EQ(catalogue.count(id), 1u) << language << " lacks " << id;
@@ -76,16 +86,71 @@ TEST_F(TextsTest, PlaceholdersAreTheSameInEveryLanguage) {
         return found;
     };
     const auto english = Catalogue("en");
-    for (const char* language : kLanguages) {
+    for (const std::string& language : kLanguages) {
         for (const auto& [id, text] : Catalogue(language)) {
             EXPECT_EQ(placeholders(text), placeholders(english.at(id))) << language << ": " << id;
         }
     }
 }
 
+TEST_F(TextsTest, GettextFindsNothingWrongWithACatalogue) {
+    for (const std::string& language : kLanguages) {
+        const std::string file = SOURCE_DIR "/virtual-tv/po/" + language + ".po";
+        const std::string check = "msgfmt --check --output-file=/dev/null " + file;
+        EXPECT_EQ(std::system(check.c_str()), 0) << language;
+        EXPECT_NE(ReadText(file).find("\"Language: " + language + "\\n\""), std::string::npos)
+            << language;
+    }
+}
+
+// The name that comes in place of <<A>> may begin with any sound and be of any gender: a word that
+// would have to change before or behind it (de Alexa, d'Orvik; Orvik을, Alexa를) does not stand
+// there.
+TEST_F(TextsTest, NoWordBesideAPlaceholderHasToChangeWithTheName) {
+    const std::map<std::string, std::regex> wrong = {
+        {"fr", std::regex("(^| )([cdjlmnst]['’]|[ld]es?|la|du|au|aux|que|jusque) ?<<[A-Z]>>",
+                          std::regex::icase)},
+        {"es", std::regex("(^| )(el|la|del|al|y|o) <<[A-Z]>>", std::regex::icase)},
+        {"pt", std::regex("(^| )(o|a|do|da|no|na|ao|à|pelo|pela) <<[A-Z]>>", std::regex::icase)},
+        {"pt_BR", std::regex("(^| )(o|a|do|da|no|na|ao|à|pelo|pela) <<[A-Z]>>", std::regex::icase)},
+        {"de",
+         std::regex("(^| )(der|die|das|den|dem|des) <<[A-Z]>>|<<[A-Z]>>s ", std::regex::icase)},
+        {"en", std::regex("(^| )an? <<[A-Z]>>", std::regex::icase)},
+        {"ru", std::regex("(^| )(с|со|в|во|к|ко|о|об) <<[A-Z]>>")},
+        {"ko", std::regex("<<[A-Z]>>(을|를|은|는|이|가|과|와|으로|로)( |$|[.,])")}};
+    const std::set<std::string> unchanging = {"zh_CN"};
+    const std::pair<const char*, const char*> caught[] = {
+        {"fr", "Paramètres de <<A>>"},  {"fr", "Paramètres d'<<A>>"},  {"fr", "Le <<A>>"},
+        {"es", "Ajustes del <<A>>"},    {"pt", "Definições do <<A>>"}, {"de", "<<A>>s Stimme"},
+        {"en", "Use an <<A>> account"}, {"ko", "<<A>>를 설정합니다"}};
+    for (const auto& [language, text] : caught) {
+        EXPECT_TRUE(std::regex_search(text, wrong.at(language))) << text;
+    }
+    for (const std::string& language : kLanguages) {
+        ASSERT_EQ(wrong.count(language) + unchanging.count(language), 1U)
+            << "say what may not stand there in " << language;
+        if (unchanging.count(language) == 1) {
+            continue;
+        }
+        for (const auto& [id, text] : Catalogue(language)) {
+            EXPECT_FALSE(std::regex_search(text, wrong.at(language)))
+                << language << ": " << id << ": " << text;
+        }
+    }
+}
+
+// On a TV whose policy does not name the assistant, the title is what the placeholder leaves: a
+// host can tell it by the space.
+TEST_F(TextsTest, ASpaceStandsBetweenAPlaceholderAndTheRestOfATitle) {
+    for (const std::string& language : kLanguages) {
+        const std::string title = Catalogue(language).at("TV_SID_MIX_SETTINGS");
+        EXPECT_TRUE(title.rfind("<<A>> ", 0) == 0 || title.ends_with(" <<A>>")) << title;
+    }
+}
+
 TEST_F(TextsTest, TheCatalogueOfEveryLanguageIsInstalled) {
     const std::vector<std::string> installed = vtv::Tv::Languages();
-    for (const char* language : kLanguages) {
+    for (const std::string& language : kLanguages) {
         EXPECT_NE(std::find(installed.begin(), installed.end(), language), installed.end())
             << language;
     }
@@ -97,7 +162,8 @@ TEST_F(TextsTest, TheMenuLanguageChooses) {
         {"en_US", "Hands-free Wake-up"},    {"de_DE", "Freihändig aktivieren"},
         {"de_AT", "Freihändig aktivieren"}, {"zh_CN", "免提唤醒"},
         {"zh_CN.UTF-8", "免提唤醒"},        {"ko_KR", "핸즈프리 호출"},
-        {"pt_BR", "Ativação mãos-livres"}};
+        {"pt_PT", "Ativação mãos-livres"},  {"pt_AO", "Ativação mãos-livres"},
+        {"pt_BR", "Ativação por voz"}};
     for (const auto& [language, text] : expected) {
         tv->SetLanguage(language);
         EXPECT_EQ(dgettext("si-ready", kTitle), text) << language;
@@ -130,6 +196,24 @@ TEST_F(TextsTest, AChangeByThePlatformCallOrAnotherProcessIsFollowed) {
     });
     tv->Dispatch();
     EXPECT_EQ(vtv::Text("COM_SID_CANCEL"), "Cancelar");
+}
+
+// The page's buffers hold what people read; a catalogue that somebody sent may hold anything.
+TEST_F(TextsTest, ATranslationThatIsLongerThanAnyPageHasRoomForIsShownAsItsId) {
+    TurnOn();
+    const std::string catalogue = folder / "locale/xx/LC_MESSAGES";
+    std::filesystem::create_directories(catalogue);
+    constexpr size_t kLongest = size_t{64} * 1024;
+    WriteText(folder / "xx.po", "msgid \"FITS\"\nmsgstr \"" + std::string(kLongest, 'f') +
+                                    "\"\nmsgid \"TOO_LONG\"\nmsgstr \"" +
+                                    std::string(kLongest + 1, 'l') + "\"\n");
+    const std::string make = "msgfmt -o " + catalogue + "/si-ready.mo " + (folder / "xx.po");
+    ASSERT_EQ(std::system(make.c_str()), 0);
+    setenv("VTV_DATA", folder.Path().c_str(), 1);
+    tv->SetLanguage("xx");
+    EXPECT_EQ(vtv::Text("FITS"), std::string(kLongest, 'f'));
+    EXPECT_EQ(vtv::Text("TOO_LONG"), "TOO_LONG");
+    unsetenv("VTV_DATA");
 }
 
 // The C library's own texts in two languages that no machine has installed.

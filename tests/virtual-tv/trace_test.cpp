@@ -165,9 +165,8 @@ TEST_F(TraceTest, TheExportIsWhatTraceViewersOpen) {
     TurnOn();
     tv->SetTraceEnabled(true);
     Record(Register("void set(int)", 676, "value %d \"語\"", {"int"}), Bytes(5));
-    tv->ExportTrace(folder / "trace.json");
     Json::Value root;
-    std::istringstream(ReadText(folder / "trace.json")) >> root;
+    std::istringstream(tv->ExportTrace()) >> root;
     ASSERT_EQ(root["traceEvents"].size(), 1u);
     const Json::Value& event = root["traceEvents"][0];
     EXPECT_EQ(event["name"], "value 5 \"語\"");
@@ -176,7 +175,6 @@ TEST_F(TraceTest, TheExportIsWhatTraceViewersOpen) {
     EXPECT_TRUE(event["ts"].isInt64());
     EXPECT_EQ(event["args"]["site"], "src/page.cpp:676");
     EXPECT_EQ(event["args"]["argument 1 (int)"], "5");
-    ErrorOf(vtv::ErrorKind::kPlatform, [&] { tv->ExportTrace(folder / "none/trace.json"); });
 }
 
 TEST_F(TraceTest, TypeNamesBecomeReadable) {

@@ -7,8 +7,8 @@
 /* A process of its own, told to the test by $FAKE_PID_FILE. */
 static void live_on(void) {
     const char* file = getenv("FAKE_PID_FILE");
-    if (file != NULL) {
-        FILE* pid = fopen(file, "w");
+    FILE* pid = file != NULL ? fopen(file, "w") : NULL;
+    if (pid != NULL) {
         fprintf(pid, "%d", getpid());
         fclose(pid);
     }
@@ -18,9 +18,11 @@ static void live_on(void) {
     }
 }
 
-static void* sleep_long(void* nothing) {
-    sleep(1000);
-    return nothing;
+/* A thread that runs the library's own code whenever it is unloaded. */
+static void* work_on(void* counter) {
+    for (volatile unsigned* count = (volatile unsigned*)counter;;) {
+        ++*count;
+    }
 }
 
 static void end_process(void) {
@@ -52,7 +54,8 @@ static void misbehave(void) {
 #endif
 #ifdef FAULT_STARTS_THREAD
     pthread_t thread;
-    pthread_create(&thread, NULL, sleep_long, NULL);
+    static unsigned count;
+    pthread_create(&thread, NULL, work_on, &count);
 #endif
 #ifdef FAULT_STARTS_PROCESS
     if (fork() == 0) {
@@ -71,7 +74,10 @@ static void misbehave(void) {
     usleep(100000);
 #endif
 #ifdef FAULT_FORKS
-    fork();
+    const pid_t child = fork();
+    if (child > 0) {  // the host ends what still runs when the check does
+        waitpid(child, NULL, 0);
+    }
 #endif
 #ifdef FAULT_EXITS_WHEN_CREATED
     _exit(0);
@@ -124,7 +130,7 @@ static void misbehave(void) {
     abort();
 #endif
     (void)live_on;
-    (void)sleep_long;
+    (void)work_on;
     (void)end_process;
 }
 

@@ -18,8 +18,9 @@ std::string Named(const std::string& id, const std::string& name) {
 // The name of the first assistant of that kind.
 std::string NameOf(const State& s, int kind) {
     for (const Assistant& assistant : s.assistants) {
-        if (KindOf(s, assistant.appId) == kind)
+        if (KindOf(s, assistant.appId) == kind) {
             return assistant.name;
+        }
     }
     return "";
 }
@@ -45,20 +46,23 @@ std::string Document(const Entries& entries) {
 // Changes the current assistant's member; a document that is not there is not made.
 void WriteEntry(const State& s, const char* key, Entries& entries, const std::string& value,
                 bool isTaken, Effects& effects) {
-    if (!entries.readable)
+    if (!entries.readable) {
         return;
+    }
     Entries after = entries;
     after.texts[CurrentApp(s)] = value;
     effects.push_back(WriteOf(key, "string", Document(after)));
-    if (isTaken)
+    if (isTaken) {
         entries = after;
+    }
 }
 
 void SetMode(State& s, int mode, Effects& effects) {
     effects.push_back("sets the always-on-voice mode of " + CurrentApp(s) + " to " +
                       std::to_string(mode));
-    if (s.takesMode)
+    if (s.takesMode) {
         s.alwaysOnMode = mode;
+    }
 }
 
 std::string Start(const std::string& app, const std::string& key, const std::string& value) {
@@ -71,15 +75,17 @@ void Append(Effects& effects, const Effects& more) {
 
 int HintValue(const State& s) {
     const std::string hint = EntryOf(s.hints, CurrentApp(s));
-    if (hint == "on_user" || hint == "on_default")
+    if (hint == "on_user" || hint == "on_default") {
         return 1;
+    }
     return hint == "null" ? -1 : 0;
 }
 
 int CurrentNumber(const State& s) {
     for (const Assistant& assistant : s.assistants) {
-        if (assistant.appId == CurrentApp(s))
+        if (assistant.appId == CurrentApp(s)) {
             return assistant.order;
+        }
     }
     return 0;
 }
@@ -91,13 +97,15 @@ bool ModelIsChinese(const State& s) {
 void WriteWakeUp(State& s, int value, Effects& effects) {
     WriteEntry(s, HANDS_FREE_KEY, s.handsFree, value == 1 ? "on" : "off", s.takesHandsFree,
                effects);
-    if (value != 1 && CurrentIsOrvik(s))
+    if (value != 1 && CurrentIsOrvik(s)) {
         SetMode(s, 0, effects);
+    }
 }
 
 void WriteHint(State& s, int value, Effects& effects) {
-    if (HintValue(s) == -1)
+    if (HintValue(s) == -1) {
         return;
+    }
     WriteEntry(s, HINT_KEY, s.hints, value == 1 ? "on_user" : "off_user", s.takesHints, effects);
 }
 
@@ -105,16 +113,20 @@ void WriteAssistant(State& s, int value, Effects& effects) {
     const std::string previous = CurrentApp(s);
     const auto chosen = std::find_if(s.assistants.begin(), s.assistants.end(),
                                      [&](const Assistant& one) { return one.order == value; });
-    if (chosen == s.assistants.end())
+    if (chosen == s.assistants.end()) {
         return;
+    }
     effects.push_back(WriteOf(CURRENT_KEY, "string", chosen->appId));
-    if (s.takesCurrent)
+    if (s.takesCurrent) {
         s.current = chosen->appId;
+    }
     const int kind = KindOf(s, chosen->appId);
-    if (kind == NONE)
+    if (kind == NONE) {
         return;
-    if (KindOf(s, previous) != ORVIK && s.previousAppRuns)
+    }
+    if (KindOf(s, previous) != ORVIK && s.previousAppRuns) {
         effects.push_back("ends " + previous);
+    }
     if (!SetUp(s, kind)) {
         Append(effects, LaunchOnboarding(s));
     } else if (kind != GOOGLE) {
@@ -218,23 +230,26 @@ std::string HelpOf(const State& s, Item item) {
 // In the order of their numbers; of equal numbers the first counts.
 Choices ChoicesOf(const State& s, Item item) {
     Choices choices;
-    if (item != Item::ASSISTANT || s.assistants.size() < 2)
+    if (item != Item::ASSISTANT || s.assistants.size() < 2) {
         return choices;
+    }
     for (const Assistant& assistant : s.assistants) {
         const bool isThere = std::any_of(choices.begin(), choices.end(), [&](const auto& choice) {
             return choice.first == assistant.order;
         });
         const bool isOrvik = KindOf(s, assistant.appId) == ORVIK;
-        if (!isThere)
+        if (!isThere) {
             choices.emplace_back(assistant.order, isOrvik ? ORVIK_NAME : assistant.name);
+        }
     }
     std::sort(choices.begin(), choices.end());
     return choices;
 }
 
 std::optional<Box> ConfirmationOf(Item item) {
-    if (item != Item::ASSISTANT)
+    if (item != Item::ASSISTANT) {
         return std::nullopt;
+    }
     return Box{"TV_SID_SETTINGS_CHANGE_VOICE_ASSIATANT",
                "TV_SID_SETTINGS_WANT_TO_CHAGE_VOICE_ASSITANT", "COM_SID_OK", "COM_SID_CANCEL"};
 }
@@ -245,15 +260,18 @@ Reason ReasonOf(const State& s, Item item) {
         reason.shown = true;
         reason.text = "TV_SID_RNS_CAOCT_MIC_OFF_TURN_ON_TRY_AGAIN";
     }
-    if (item != Item::WAKE_UP || !CurrentIsSetUp(s))
+    if (item != Item::WAKE_UP || !CurrentIsSetUp(s)) {
         return reason;
+    }
     reason.shown = true;
-    if (!CurrentIsOrvik(s))
+    if (!CurrentIsOrvik(s)) {
         return reason;
+    }
     const bool isMicOff = !Yes(s.passThroughMic);
     if (FarFieldTv(s)) {
-        if (Yes(s.connected) && Yes(s.passThrough) && isMicOff)
+        if (Yes(s.connected) && Yes(s.passThrough) && isMicOff) {
             reason.text = "TV_SID_SB_CBJUL_MIC_OFF_NOW_MIC_TRY";
+        }
     } else if (!Yes(s.connected)) {
         reason.text = "TV_SID_SBAR_PASS_CBNOV_UNABLE_CHANGE_SETTINGS_CHECK_POWER";
     } else if (!Yes(s.passThrough)) {
@@ -277,13 +295,15 @@ std::optional<Box> PopupOf(const State& s, Item item) {
         default:
             return std::nullopt;
     }
-    if (!TermsAgreed(s))
+    if (!TermsAgreed(s)) {
         return Box{"COM_SID_OOBE_CDMAR_SETUP_SMART_FEATURES",
                    "TV_SID_ACCOUNT_CDMAR_USE_SMART_FEATURES_CHOOSING_SETTINGS",
                    "COM_SID_OOBE_CDMAR_START_SETUP", ""};
-    if (item == Item::ORVIK && !SignedIn(s) && !ModelIsChinese(s) && !Yes(s.firstTime))
+    }
+    if (item == Item::ORVIK && !SignedIn(s) && !ModelIsChinese(s) && !Yes(s.firstTime)) {
         return Box{"COM_TV_SID_SIGN_IN", "COM_SID_SIGN_IN_VANTELO_ACCOUNT_SIGN_IN",
                    "COM_TV_SID_SIGN_IN", "COM_SID_CANCEL"};
+    }
     return Box{"TV_SID_SETTINGS_SETUP_VOICE_ASSISTANT",
                "TV_SID_SETTINGS_USE_FFEATURE_NEED_SETUP_NOW", "COM_SID_OK", "COM_SID_CANCEL"};
 }
@@ -317,10 +337,12 @@ Effects Write(State& s, Item item, int value) {
 }
 
 Effects PressPopup(const State& s, bool& fails) {
-    if (!TermsAgreed(s))
+    if (!TermsAgreed(s)) {
         return {Start("org.nemra.wizard", "type", "PIVORA_SETUP")};
-    if (!CurrentIsOrvik(s) || SignedIn(s) || Yes(s.firstTime))
+    }
+    if (!CurrentIsOrvik(s) || SignedIn(s) || Yes(s.firstTime)) {
         return LaunchOnboarding(s);
+    }
     fails = !s.accountApp.has_value();
     return fails ? Effects() : Effects{"starts " + *s.accountApp};
 }
@@ -329,30 +351,37 @@ Effects LaunchOnboarding(const State& s) {
     const int kind = KindOf(s, CurrentApp(s));
     const std::string generic = Start("org.nemra.voice-onboarding", "type", "ONBOARDING_SETUP");
     const bool isReady = Yes(s.network) && TermsAgreed(s);
-    if (kind == NONE || kind == SVA || SetUp(s, kind))
+    if (kind == NONE || kind == SVA || SetUp(s, kind)) {
         return {};
-    if (kind == ORVIK && isReady && (ModelIsChinese(s) || SignedIn(s)))
+    }
+    if (kind == ORVIK && isReady && (ModelIsChinese(s) || SignedIn(s))) {
         return {Start("com.vantelo.tv.voice-instant-app", "show_onboarding", "ONBOARDING")};
-    if (kind == GOOGLE && isReady)
+    }
+    if (kind == GOOGLE && isReady) {
         return {Start("com.vantelo.tv.google-assistant", "Login", "1")};
-    if (kind == SALUTE && isReady)
+    }
+    if (kind == SALUTE && isReady) {
         return {Start("com.vantelo.tv.salute-assistant", "PAGETYPE", "ONBOARDING")};
-    if (kind == TENCENT && isReady)
+    }
+    if (kind == TENCENT && isReady) {
         return {Start("com.vantelo.tv.tencent-voice-chrome", "show_onboarding", "ONBOARDING")};
+    }
     return {generic};
 }
 
 Effects NoticeOfChange(const State& s) {
-    if (!WakeUpOn(s))
+    if (!WakeUpOn(s)) {
         return {};
+    }
     return ShowPopup(s,
                      "TV_SID_BJDEC_ASSISTANT_UR_VOICE_ASSI_CHANGED "
                      "TV_SID_BJDEC_ASSISTANT_AFTER_CHANG_IT_TAKE_TIME_USE_VOICE");
 }
 
 Effects ShowPopup(const State& s, const std::string& text) {
-    if (!s.popupCanBeAsked)
+    if (!s.popupCanBeAsked) {
         return {};
+    }
     return {
         "asks for org.nemra.alert-syspopup operation=\"default\" type=\"notification\" text=\"" +
         text + "\" timeout=\"7\""};
@@ -378,8 +407,9 @@ Effects SwitchPassThrough(bool on) {
 
 Choices WakeUpChoices(const State& s) {
     Choices choices;
-    if (CurrentIsOrvik(s))
+    if (CurrentIsOrvik(s)) {
         choices.emplace_back(2, "TV_SID_ORVIK_CCSEP_HANS_FREE_WAKE_UP_AYNTIME");
+    }
     choices.emplace_back(1, "TV_SID_ORVIK_CCSEP_HANDS_FREE_WAKE_UIP_SCREEN_ON");
     choices.emplace_back(0, Named("TV_SID_VOICE_MIX_CCJUL_WAKE_UP_WITH_BUTTON", "COM_ICON_VOICE"));
     return choices;
@@ -402,35 +432,43 @@ std::string PassThroughText(const State& s) {
 }
 
 std::string DeviceKind(const State& s) {
-    if (s.deviceSid.has_value() && !s.deviceSid->empty())
+    if (s.deviceSid.has_value() && !s.deviceSid->empty()) {
         return *s.deviceSid;
-    if (s.modularVersion.has_value() && *s.modularVersion == 1)
+    }
+    if (s.modularVersion.has_value() && *s.modularVersion == 1) {
         return "REP.DEVICE.VANTELO.THE.SKELD";
-    if (s.modularVersion.has_value() && *s.modularVersion == 2)
+    }
+    if (s.modularVersion.has_value() && *s.modularVersion == 2) {
         return "TV_SID_MLED_CAOCT_NON_MICRO_LED";
-    if (Yes(s.projector))
+    }
+    if (Yes(s.projector)) {
         return "PJT_SID_TV";
-    if (Yes(s.monitor))
+    }
+    if (Yes(s.monitor)) {
         return "REP.DEVICE.TESSA.MONITOR";
+    }
     return "REP.DEVICE.TV";
 }
 
 std::string TextForDevice(const State& s, const std::string& tv, const std::string& screen,
                           const std::string& other) {
     const std::string kind = DeviceKind(s);
-    if (kind == "REP.DEVICE.TV")
+    if (kind == "REP.DEVICE.TV") {
         return tv;
+    }
     return kind == "REP.DEVICE.SCREEN" ? screen : Named(other, kind);
 }
 
 bool MenuLanguageIsSpoken(const State& s) {
-    if (!s.menuLanguage.has_value() || s.menuLanguage->size() < 5)
+    if (!s.menuLanguage.has_value() || s.menuLanguage->size() < 5) {
         return false;
+    }
     const bool isWizard = s.wizardMode.has_value() && *s.wizardMode == "PNP_SETUP";
     std::vector<std::string> languages;
     if (!isWizard || !Yes(s.neuralEngine)) {
-        if (s.speechEngineStarts && s.voices.has_value())
+        if (s.speechEngineStarts && s.voices.has_value()) {
             languages = *s.voices;
+        }
     } else if (s.neuralPackageInstalled && s.legacyLanguagesReadable) {
         languages = s.legacyLanguages;
     } else {

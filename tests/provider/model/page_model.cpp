@@ -3,18 +3,24 @@
 namespace model {
 
 static int KindOfId(const std::string& id) {
-    if (id == "ALEXA")
+    if (id == "ALEXA") {
         return ALEXA;
-    if (id == "ORVIK2")
+    }
+    if (id == "ORVIK2") {
         return ORVIK;
-    if (id == "GVA")
+    }
+    if (id == "GVA") {
         return GOOGLE;
-    if (id == "SBER")
+    }
+    if (id == "SBER") {
         return SALUTE;
-    if (id == "SVA")
+    }
+    if (id == "SVA") {
         return SVA;
-    if (id == "TENCENT")
+    }
+    if (id == "TENCENT") {
         return TENCENT;
+    }
     return NONE;
 }
 
@@ -33,8 +39,9 @@ std::string CurrentApp(const State& s) {
 // The first record of the current application; null when it is not listed.
 static const Assistant* CurrentRecord(const State& s) {
     for (const Assistant& assistant : s.assistants) {
-        if (assistant.appId == CurrentApp(s))
+        if (assistant.appId == CurrentApp(s)) {
             return &assistant;
+        }
     }
     return nullptr;
 }
@@ -104,34 +111,41 @@ static bool MicrophoneOn(const State& s) {
 }
 
 static bool OrvikTv(const State& s) {
-    if (!s.orvikFeature.has_value())
+    if (!s.orvikFeature.has_value()) {
         return s.orvikFeatureError == -22;
+    }
     return *s.orvikFeature;
 }
 
 static bool VoiceMenu(const State& s) {
-    if (!Yes(s.voiceRecognition))
+    if (!Yes(s.voiceRecognition)) {
         return false;
-    if (s.block.has_value() && *s.block == 2)
+    }
+    if (s.block.has_value() && *s.block == 2) {
         return false;
+    }
     const bool disabledByPolicy = TermsAgreed(s) && s.assistants.empty();
     return OrvikTv(s) || !disabledByPolicy;
 }
 
 static bool OnboardingInstead(const State& s) {
-    if (!TermsAgreed(s))
+    if (!TermsAgreed(s)) {
         return true;
-    if (CurrentApp(s).empty())
+    }
+    if (CurrentApp(s).empty()) {
         return true;
+    }
     const bool single = s.assistants.size() == 1 || Yes(s.legacy);
     return single && !CurrentIsSetUp(s);
 }
 
 static bool WakeUpShown(const State& s) {
-    if (Yes(s.legacy))
+    if (Yes(s.legacy)) {
         return false;
-    if (FarFieldTv(s) && CurrentHasFarField(s))
+    }
+    if (FarFieldTv(s) && CurrentHasFarField(s)) {
         return true;
+    }
     return CurrentIsOrvik(s) && Yes(s.passThroughModel);
 }
 
@@ -144,14 +158,17 @@ static bool RootEnabled(const State& s) {
 }
 
 static bool WakeUpEnabled(const State& s) {
-    if (!CurrentIsOrvik(s))
+    if (!CurrentIsOrvik(s)) {
         return CurrentIsSetUp(s) && MicrophoneOn(s);
-    if (!Yes(s.china) && !SignedIn(s))
+    }
+    if (!Yes(s.china) && !SignedIn(s)) {
         return false;
+    }
     const bool passThroughInUse = Yes(s.connected) && Yes(s.passThrough);
     if (FarFieldTv(s)) {
-        if (passThroughInUse && !Yes(s.passThroughMic))
+        if (passThroughInUse && !Yes(s.passThroughMic)) {
             return false;
+        }
         return !Yes(s.firstTime);
     }
     return passThroughInUse && Yes(s.passThroughMic) && !Yes(s.firstTime);
@@ -163,12 +180,14 @@ static bool SubItemEnabled(const State& s) {
 
 void TakePolicy(State& s, const std::vector<Assistant>& assistants) {
     s.assistants = assistants;
-    if (assistants.empty())
+    if (assistants.empty()) {
         return;
+    }
     s.kinds.clear();
     for (const Assistant& assistant : assistants) {
-        if (KindOfId(assistant.id) != NONE)
+        if (KindOfId(assistant.id) != NONE) {
             s.kinds[assistant.appId] = KindOfId(assistant.id);
+        }
     }
 }
 

@@ -14,7 +14,6 @@ namespace model {
 
 enum class Item {
     VOICE,
-    ONBOARDING,
     ASSISTANT,
     WAKE_UP,
     ALWAYS,
@@ -26,6 +25,7 @@ enum class Item {
     ALEXA,
     GOOGLE,
     SALUTE,
+    ONBOARDING,
     COUNT
 };
 

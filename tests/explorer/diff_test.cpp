@@ -1,0 +1,217 @@
+// vtv explore diff, run as a process on the provider and on broken ones.
+#include <gtest/gtest.h>
+#include <json/json.h>
+
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "explorer/tv/fixed_lines.h"
+#include "process.h"
+
+namespace {
+
+std::string Folder(const char* name) {
+    return TemporaryFolder() + "/" + name;
+}
+
+// The name of the function that a place of a source lies in.
+std::string FunctionAt(const std::string& source, std::ptrdiff_t place) {
+    static const std::regex head(R"(\n[A-Za-z][^\n]*?(\w+)\()");
+    std::string name;
+    for (std::sregex_iterator at(source.begin(), source.begin() + place, head), end; at != end;
+         ++at) {
+        name = (*at)[1];
+    }
+    return name;
+}
+
+}  // namespace
+
+// On every path of every question of a table, and on more, in every state that it comes to.
+TEST(Diff, AProviderIsLikeItself) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--json", ProviderFile(), ProviderFile()});
+    EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+    const Json::Value root = Parse(result.output);
+    EXPECT_TRUE(root["alike"].asBool());
+    EXPECT_TRUE(root["differences"].empty());
+    EXPECT_TRUE(root["troubles"].empty());
+    Json::UInt64 paths = 0;
+    for (const Json::Value& table :
+         Parse(RunExplorer({"table", "-q", "--json"}).output)["tables"]) {
+        paths += table["paths"].asUInt64();
+    }
+    EXPECT_GT(paths, 100000U);
+    EXPECT_GT(root["questions"].asUInt64(), 3 * paths);
+    EXPECT_TRUE(root["closed"].asBool());
+    EXPECT_GT(root["pairs"].asUInt(), 200U);
+    EXPECT_EQ(root["pairs"], root["states"]["a"]);
+    EXPECT_EQ(root["pairs"], root["states"]["b"]);
+}
+
+// Its memory is the same in both, but never as it was.
+TEST(Diff, AProviderThatCountsItsQuestionsIsNotProvenToBeLikeItself) {
+    const ProcessResult result = RunExplorer(
+        {"diff", "-q", "--only", "visible", "--most-states", "250", BROKEN_COUNTS, BROKEN_COUNTS});
+    EXPECT_EQ(result.exitCode, 4) << result.output << result.errors;
+    EXPECT_NE(result.errors.find("new states go on to appear"), std::string::npos) << result.errors;
+    EXPECT_EQ(result.output, "Alike so far, and not proven.\n");
+}
+
+TEST(Diff, WhatIsNotClosedInItsTimeIsNotProven) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--most-seconds", "0.1", ProviderFile(), ProviderFile()});
+    EXPECT_EQ(result.exitCode, 4) << result.output << result.errors;
+    EXPECT_EQ(result.output, "Alike so far, and not proven.\n");
+}
+
+TEST(Diff, TheShortestSequenceOfCallsShowsADifferenceThatNeedsSeveral) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--json", "--scenarios", Folder("sequence"), ProviderFile(),
+                     FORGETS_THE_THIRD_POLICY});
+    EXPECT_EQ(result.exitCode, 1) << result.output << result.errors;
+    const JsonDocument root = Parse(result.output);
+    ASSERT_EQ(root["differences"].size(), 1U) << result.output;
+    const Json::Value& difference = root["differences"][0];
+    // The first policy comes with create_provider, two more are taken, the next one is not.
+    ASSERT_EQ(difference["sequence"].size(), 3U) << result.output;
+    EXPECT_EQ(difference["sequence"][0].asString().rfind("create_provider", 0), 0U);
+    EXPECT_EQ(difference["question"].asString().rfind("publish", 0), 0U) << result.output;
+    const std::string file = difference["calls"].asString();
+    EXPECT_EQ(RunExplorer({"replay", file, "--provider", ProviderFile()}).exitCode, 0);
+    EXPECT_EQ(RunExplorer({"replay", file, "--provider", FORGETS_THE_THIRD_POLICY}).exitCode, 1);
+}
+
+TEST(Diff, AFileOfCallsThatIsNoneIsRefusedWithItsLine) {
+    const std::string file = TemporaryFolder() + "/calls.toml";
+    for (const auto& [text, line] :
+         {std::pair("[[call]]\ndo = \"jump\"\n", ":1: "),
+          {"[[call]\n", ":1: "},
+          {"\n[[call]]\ndo = \"ask\"\nquestion = \"no-such\"\n", ":2: "},
+          {"[[call]]\ndo = \"create\"\ntv = [[\"no such input\", 1]]\nexpect = []\n", ":3: "},
+          {"[[call]]\ndo = \"create\"\n", ":1: "}}) {
+        std::ofstream(file) << text;
+        const ProcessResult result = RunExplorer({"replay", file, "--provider", ProviderFile()});
+        EXPECT_EQ(result.exitCode, 2) << text << result.errors;
+        EXPECT_NE(result.errors.find(file + line), std::string::npos) << result.errors;
+    }
+    EXPECT_EQ(RunExplorer({"replay", "/no/such/file", "--provider", ProviderFile()}).exitCode, 3);
+}
+
+TEST(Diff, WhatIsAThreadsOwnOrOneInAProcessCannotBeStoredAndIsRefused) {
+    for (const auto& [provider, what] :
+         {std::pair(OWN_OF_EACH_THREAD, "PT_TLS"), {ONE_IN_A_PROCESS, "STB_GNU_UNIQUE"}}) {
+        for (const std::vector<std::string>& words :
+             {std::vector<std::string>{"diff", "-q", ProviderFile(), provider},
+              {"check", "-q", "--provider", provider}}) {
+            const ProcessResult result = RunExplorer(words);
+            EXPECT_EQ(result.exitCode, 4) << what << words.front() << result.output;
+            EXPECT_NE(result.errors.find(what), std::string::npos) << result.errors;
+        }
+    }
+}
+
+TEST(Diff, WhatTakesInMoreThanThePlatformTellsIsRefusedByName) {
+    for (const char* name : {"getenv", "setenv", "open", "mmap", "time", "rand", "strtok",
+                             "setlocale", "__tls_get_addr"}) {
+        const std::string provider = std::string(IMPORTING_PROVIDERS) + name + ".so";
+        for (const std::vector<std::string>& words :
+             {std::vector<std::string>{"diff", "-q", ProviderFile(), provider},
+              {"diff", "-q", provider, ProviderFile()},
+              {"table", "-q", "--provider", provider, "visible:voice"},
+              {"check", "-q", "--provider", provider}}) {
+            const ProcessResult result = RunExplorer(words);
+            EXPECT_EQ(result.exitCode, 4) << name << words.front() << result.output;
+            EXPECT_NE(result.errors.find(": " + std::string(name) + "."), std::string::npos)
+                << result.errors;
+        }
+    }
+}
+
+TEST(Diff, TheLinesThatAreComparedAreThoseOfTheSources) {
+    const std::regex record(R"((?:LOG_ERROR|LOG_INFO|TRACE_EVENT)_AT\(\s*(\d+))");
+    int found = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(PROVIDER_SOURCES)) {
+        std::ostringstream text;
+        text << std::ifstream(entry.path()).rdbuf();
+        const std::string source = text.str();
+        const std::string file = entry.path().filename().string();
+        for (std::sregex_iterator at(source.begin(), source.end(), record), end; at != end; ++at) {
+            if (entry.path().extension() == ".cpp") {
+                ++found;
+                const int line = std::stoi((*at)[1]);
+                EXPECT_TRUE(explorer::IsFixedLine(file, FunctionAt(source, at->position()), line))
+                    << file << line;
+            }
+        }
+    }
+    EXPECT_GT(found, 40);
+    EXPECT_EQ(found, explorer::FixedLines());
+    EXPECT_FALSE(explorer::IsFixedLine("SIMenuUtil.cpp", "SetBoolean", 526));
+    EXPECT_TRUE(explorer::IsFixedLine("SIMenuUtil.cpp", "static void SetBool(const char*)", 526));
+    EXPECT_FALSE(explorer::IsFixedLine("SIMenuUtil.cpp", "SetBool", 527));
+}
+
+TEST(Diff, ShowsTheSmallestStateInWhichTwoProvidersDiffer) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--json", "--all", "--no-reads", "--only", "visible",
+                     "--scenarios", Folder("diff"), ProviderFile(), BROKEN_BOTH_ENTRIES});
+    EXPECT_EQ(result.exitCode, 1) << result.errors;
+    const Json::Value root = Parse(result.output);
+    EXPECT_FALSE(root["alike"].asBool());
+    ASSERT_FALSE(root["differences"].empty());
+    bool found = false;
+    for (const Json::Value& difference : root["differences"]) {
+        found = found || difference["onlyA"][0].asString() == "hidden";
+        EXPECT_TRUE(std::filesystem::exists(difference["scenario"].asString()));
+    }
+    EXPECT_TRUE(found) << result.output;
+}
+
+// Every file that was written: fine with the one, and a failure with the other.
+TEST(Diff, ItsScenariosPassWithTheFirstProviderAndFailWithTheSecond) {
+    for (const char* broken : {BROKEN_BOTH_ENTRIES, BROKEN_WRITES}) {
+        const ProcessResult result =
+            RunExplorer({"diff", "-q", "--json", "--all", "--no-reads", "--only", "visible",
+                         "--scenarios", Folder("replay"), ProviderFile(), broken});
+        ASSERT_EQ(result.exitCode, 1) << result.errors;
+        const Json::Value differences = Parse(result.output)["differences"];
+        ASSERT_FALSE(differences.empty());
+        for (const Json::Value& difference : differences) {
+            const std::string file = difference["scenario"].asString();
+            ASSERT_TRUE(std::filesystem::exists(file)) << difference;
+            const std::string calls = difference["calls"].asString();
+            EXPECT_EQ(RunExplorer({"replay", calls, "--provider", ProviderFile()}).exitCode, 0);
+            EXPECT_EQ(RunExplorer({"replay", calls, "--provider", broken}).exitCode, 1) << calls;
+            const ProcessResult first = RunVtv({"run", "--provider", ProviderFile(), file});
+            EXPECT_EQ(first.exitCode, 0) << first.output << first.errors;
+            const ProcessResult second = RunVtv({"run", "--provider", broken, file});
+            EXPECT_EQ(second.exitCode, 1) << second.output << second.errors;
+        }
+    }
+}
+
+TEST(Diff, BrieflySaysThatTwoProvidersDiffer) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--brief", ProviderFile(), BROKEN_WRITES});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.output, "The providers differ.\n");
+}
+
+TEST(Diff, AProviderThatCrashesIsADifference) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--only", "title", ProviderFile(), BROKEN_CRASHES});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.output.find("crashes"), std::string::npos);
+}
+
+TEST(Diff, OfWhatIsNotThereOrNoProviderIsTold) {
+    EXPECT_EQ(RunExplorer({"diff", "-q", ProviderFile(), "/no/such/file.so"}).exitCode, 3);
+    const std::string text = TemporaryFolder() + "/text.so";
+    std::ofstream(text) << "no library";
+    EXPECT_EQ(RunExplorer({"diff", "-q", ProviderFile(), text}).exitCode, 4);
+}

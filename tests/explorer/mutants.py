@@ -1,0 +1,339 @@
+#!/usr/bin/env python3
+"""Does `vtv explore diff` tell every faulty provider from the right one?
+
+Edits one place of si-ready/src at a time (a condition, constant, text, order, argument, type, return value, a
+statement that goes, a variable that remembers), builds the library and compares it with the original. A mutant that is not told from the original is listed; those in
+tests/explorer/mutants-alike.txt are explained there and do not count as failures.
+
+    tests/explorer/mutants.py --build build/dev            # 90 mutants, spread over all sources
+    tests/explorer/mutants.py --build build/dev --sample   # one of each kind, as the tests run it
+    tests/explorer/mutants.py --build build/dev --all      # every mutant that can be made
+    tests/explorer/mutants.py --build build/dev --faults   # those of tests/explorer/faults.toml, which are told for sure
+
+Exit codes: 0 all were told from the original or are explained, 1 some were not, 2 trouble.
+"""
+
+import argparse
+import collections
+import concurrent.futures
+import json
+import os
+import re
+import shlex
+import subprocess
+import sys
+import tempfile
+import tomllib
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.dirname(os.path.dirname(HERE))
+SOURCES = ["SIMenuUtil", "MVAList", "general_voice_visiblechecker",
+           "general_voice_enablechecker", "general_voice_dataprovider"]
+QUICK_SOURCES = ["general_voice_visiblechecker", "general_voice_enablechecker"]
+EXPLAINED = os.path.join(HERE, "mutants-alike.txt")
+
+TOKEN = re.compile(r'''//[^\n]*|R"\((?:.|\n)*?\)"|"(?:\\.|[^"\\\n])*"|'(?:\\.|[^'\\])*'|'''
+                   r'''[A-Za-z_]\w*|\d+|==|!=|<=|>=|&&|\|\||<<|>>|->|\+\+|--|\+=|::|.''', re.S)
+
+REPLACEMENTS = {
+    "==": ("condition", "!="), "!=": ("condition", "=="), "&&": ("condition", "||"),
+    "||": ("condition", "&&"), "true": ("constant", "false"), "false": ("constant", "true"),
+    "empty": None,
+}
+
+
+def tokens_of(text):
+    """(offset, token) without comments and preprocessor lines."""
+    line_starts_directive = set()
+    offset = 0
+    for line in text.splitlines(keepends=True):
+        if line.lstrip().startswith("#"):
+            line_starts_directive.update(range(offset, offset + len(line)))
+        offset += len(line)
+    for match in TOKEN.finditer(text):
+        token = match.group()
+        if token.startswith("//") or token.isspace() or match.start() in line_starts_directive:
+            continue
+        yield match.start(), token
+
+
+def mutate_text(token):
+    """Another text: its last letter is changed."""
+    body = token[1:-1]
+    for at in range(len(body) - 1, -1, -1):
+        if body[at].isalpha() and (at == 0 or body[at - 1] not in "%\\"):
+            return '"' + body[:at] + ("x" if body[at] != "x" else "y") + body[at + 1:] + '"'
+    return None
+
+
+def edits_of(name, text):
+    """Every single edit: (kind, offset, old, new)."""
+    tokens = list(tokens_of(text))
+    for index, (offset, token) in enumerate(tokens):
+        before = tokens[index - 1][1] if index else ""
+        after = tokens[index + 1][1] if index + 1 < len(tokens) else ""
+        if REPLACEMENTS.get(token):
+            kind, new = REPLACEMENTS[token]
+            # "operator=", rvalue references and default arguments are not conditions.
+            if not (token == "&&" and before in (">", "auto")):
+                yield kind, offset, token, new
+        elif token == "<" and before.isidentifier() is False and after.isdigit():
+            yield "condition", offset, "<", "<="
+        elif token == "!" and after.isidentifier() and before in ("(", "&&", "||", "return", "="):
+            yield "condition", offset, "!", ""
+        elif token.isdigit() and len(token) < 5:
+            yield "constant", offset, token, str(int(token) + 1)
+        elif token.startswith('"') and len(token) > 3 and before not in ("include",):
+            new = mutate_text(token)
+            if new:
+                yield "text", offset, token, new
+    yield from swaps_of(text)
+    yield from rewrites_of(text)
+
+
+STATEMENT = re.compile(r"^    +[A-Za-z_:]+(?:::|\()[^;{}\n]*;$")
+
+
+def swaps_of(text):
+    """Two calls that follow each other change places."""
+    lines = text.splitlines(keepends=True)
+    offset = 0
+    for index, line in enumerate(lines[:-1]):
+        following = lines[index + 1]
+        if (STATEMENT.match(line.rstrip()) and STATEMENT.match(following.rstrip())
+                and "return" not in line + following and "static_assert" not in line):
+            yield "order", offset, line + following, following + line
+        offset += len(line)
+
+
+# (kind, what stands in a line of a function, what takes its place)
+CALL = r"\w[\w:]*\([^()]*\)"
+REWRITES = [
+    ("remembers", re.compile(r"^(    +)((?:const )?(?:auto|int|bool|size_t|std::string|ASSISTANT_TYPE)[&*]* \w+ = )"),
+     r"\1static \2"),
+    ("reads", re.compile(rf"(!?{CALL}) (&&|\|\|) (!?{CALL})"), r"\3 \2 \1"),
+    ("type", re.compile(r"\bVconfGetBool\("), "VconfGetInt("),
+    ("type", re.compile(r"\bVconfGetInt\("), "VconfGetBool("),
+    ("type", re.compile(r"\bvconf_get_bool\("), "vconf_get_int("),
+    ("type", re.compile(r"\bvconf_get_int\("), "vconf_get_bool("),
+    ("free", re.compile(r"^    +[\w:]*(?:free|destroy|clear)\w*\([^;{}]*\);$"), ""),
+    ("argument", re.compile(r"\((\w+), (\w+)\)"), r"(\2, \1)"),
+    ("return", re.compile(r"^(    +)return [^;{}]+;$"), r"\1return {};"),
+    ("left out", re.compile(r"^    +[A-Za-z_:]+\([^;{}]*\);$"), ""),
+]
+
+
+def rewrites_of(text):
+    offset = 0
+    for line in text.splitlines(keepends=True):
+        old = line.rstrip("\n")
+        if line.startswith("    ") and not old.lstrip().startswith("//"):
+            for kind, pattern, replacement in REWRITES:
+                new = pattern.sub(replacement, old, count=1)
+                if new != old:
+                    yield kind, offset, old, new
+        offset += len(line)
+
+
+def all_mutants():
+    mutants = []
+    for name in SOURCES:
+        path = os.path.join(ROOT, "si-ready", "src", name + ".cpp")
+        with open(path, encoding="utf-8") as file:
+            text = file.read()
+        for kind, offset, old, new in edits_of(name, text):
+            mutants.append({"source": name, "kind": kind, "offset": offset, "old": old, "new": new,
+                            "line": text.count("\n", 0, offset) + 1,
+                            "code": text[text.rfind("\n", 0, offset) + 1:
+                                         (text + "\n").find("\n", offset)].strip()})
+    seen = collections.Counter()
+    for mutant in mutants:
+        mutant["name"] = identity(mutant)
+        seen[mutant["name"]] += 1
+        if seen[mutant["name"]] > 1:
+            mutant["name"] += f' ({seen[mutant["name"]]})'
+    return mutants
+
+
+def chosen_faults():
+    with open(os.path.join(HERE, "faults.toml"), "rb") as file:
+        faults = tomllib.load(file)["fault"]
+    for fault in faults:
+        with open(os.path.join(ROOT, "si-ready", "src", fault["file"] + ".cpp"), encoding="utf-8") as file:
+            text = file.read()
+        if text.count(fault["old"]) != 1:
+            raise SystemExit(f'mutants: {fault["what"]!r}: {fault["file"]}.cpp holds {text.count(fault["old"])} times:\n'
+                             + fault["old"])
+        offset = text.index(fault["old"])
+        fault.update(source=fault["file"], kind="alike" if fault.get("alike") else "fault", offset=offset,
+                     line=text.count("\n", 0, offset) + 1, name=fault["what"])
+    return faults
+
+
+def identity(mutant):
+    """A name that stays when lines move."""
+    def shown(text):
+        return " ".join(text.split())
+    return f'{mutant["source"]}: {shown(mutant["code"])}: {shown(mutant["old"])} -> {shown(mutant["new"])}'
+
+
+def one_of_each_kind(mutants):
+    """From the sources that compile quickest: the one in the middle."""
+    kinds = {}
+    for mutant in mutants:
+        if mutant["source"] in QUICK_SOURCES:
+            kinds.setdefault(mutant["kind"], []).append(mutant)
+    return [group[len(group) // 2] for group in kinds.values()]
+
+
+def spread(mutants, count):
+    """Evenly over kinds and sources, always the same ones."""
+    if count >= len(mutants):
+        return mutants
+    kinds = {}
+    for mutant in mutants:
+        kinds.setdefault(mutant["kind"], []).append(mutant)
+    chosen = []
+    share = -(-count // len(kinds))
+    for group in kinds.values():
+        step = max(1.0, len(group) / share)
+        chosen += [group[int(i * step)] for i in range(min(share, len(group)))]
+    return chosen[:count] if len(chosen) >= count else chosen
+
+
+class Builder:
+    """Builds the provider with one source replaced."""
+
+    def __init__(self, build):
+        self.build = os.path.abspath(build)
+        with open(os.path.join(self.build, "compile_commands.json"), encoding="utf-8") as file:
+            commands = json.load(file)
+        self.compile = {}
+        for command in commands:
+            name = os.path.splitext(os.path.basename(command["file"]))[0]
+            if "/si-ready/" in command["file"] and "si-ready.dir" in command["command"]:
+                self.compile[name] = shlex.split(command["command"])
+        missing = [name for name in SOURCES if name not in self.compile]
+        if missing:
+            raise SystemExit(f"mutants: {self.build} does not build {', '.join(missing)}")
+        self.objects = {}
+        for name, words in self.compile.items():
+            self.objects[name] = os.path.join(self.build, words[words.index("-o") + 1])
+        self.script = os.path.join(self.build, "si-ready", "exports.map")
+
+    def make(self, mutant, folder):
+        """The library's file, or None when the mutant does not build."""
+        name = mutant["source"]
+        path = os.path.join(ROOT, "si-ready", "src", name + ".cpp")
+        with open(path, encoding="utf-8") as file:
+            text = file.read()
+        at = mutant["offset"]
+        text = text[:at] + mutant["new"] + text[at + len(mutant["old"]):]
+        source = os.path.join(folder, name + ".cpp")
+        with open(source, "w", encoding="utf-8") as file:
+            file.write(text)
+        words = [word for word in self.compile[name] if word not in ("ccache", "-Werror", "-MD")]
+        words = [word for word in words if not word.startswith("-O")]
+        for option in ("-MT", "-MF"):
+            if option in words:
+                at = words.index(option)
+                del words[at:at + 2]
+        made = os.path.join(folder, name + ".o")
+        words[words.index("-o") + 1] = made
+        words[words.index("-c") + 1] = source
+        if subprocess.run(words + ["-O1", "-w", "-I", os.path.dirname(path)], cwd=self.build,
+                          capture_output=True).returncode != 0:
+            return None
+        library = os.path.join(folder, "mutant.so")
+        objects = [made if other == name else file for other, file in self.objects.items()]
+        link = [words[0], "-shared", "-fPIC", "-o", library, *objects,
+                "-Wl,--version-script=" + self.script, "-ljsoncpp"]
+        if subprocess.run(link, cwd=self.build, capture_output=True).returncode != 0:
+            return None
+        return library
+
+
+def explained():
+    known = {}
+    if os.path.exists(EXPLAINED):
+        with open(EXPLAINED, encoding="utf-8") as file:
+            for line in file:
+                if line.strip() and not line.startswith("#"):
+                    what, _, why = line.rstrip("\n").partition(" | ")
+                    known[what] = why
+    return known
+
+
+def try_mutant(builder, program, original, mutant):
+    with tempfile.TemporaryDirectory(prefix="mutant-") as folder:
+        library = builder.make(mutant, folder)
+        if library is None:
+            return "does not build"
+        only = [word for name in mutant.get("only", []) for word in ("--only", name)]
+        command = [program, "diff", "--brief", "--quiet", "--jobs", "1", *only, original, library]
+        result = subprocess.run(command, capture_output=True, text=True)
+        return {0: "alike", 1: "told"}.get(result.returncode, "trouble: " + result.stderr.strip())
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--build", help="a folder in which the project is built")
+    parser.add_argument("--count", type=int, default=90, help="how many mutants (90)")
+    parser.add_argument("--sample", action="store_true", help="only one of each kind")
+    parser.add_argument("--all", action="store_true", help="every mutant that can be made")
+    parser.add_argument("--faults", action="store_true", help="those of faults.toml")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    parser.add_argument("--json", action="store_true")
+    parser.add_argument("--check", action="store_true", help="only say whether the faults fit the sources")
+    options = parser.parse_args()
+    if options.check:
+        print(f"{len(chosen_faults())} faults fit their sources")
+        return 0
+
+    if options.build is None:
+        parser.error("--build is missing")
+    program = os.path.join(options.build, "bin", "vtv-explore")
+    original = os.path.join(options.build, "lib", "libsi-ready.so")
+    for file in (program, original):
+        if not os.path.exists(file):
+            print(f"mutants: {file} is not there: build first", file=sys.stderr)
+            return 2
+    builder = Builder(options.build)
+    mutants = all_mutants()
+    made = len(mutants)
+    chosen = (chosen_faults() if options.faults else mutants if options.all
+              else one_of_each_kind(mutants) if options.sample else spread(mutants, options.count))
+    known = explained()
+    counts = {"told": 0, "alike": 0, "explained": 0, "does not build": 0, "trouble": 0}
+    survivors = []
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        tried = pool.map(lambda m: try_mutant(builder, program, original, m), chosen)
+        for mutant, verdict in zip(chosen, tried):
+            if verdict == "alike" and (mutant["name"] in known or mutant["kind"] == "alike"):
+                verdict = "explained"
+            elif verdict == "told" and mutant["kind"] == "alike":
+                verdict = "trouble: this change is none that anybody could see"
+            counts[verdict.split(":")[0]] += 1
+            mutant["verdict"] = verdict
+            if verdict not in ("told", "explained"):
+                survivors.append(mutant)
+            if not options.json:
+                print(f'{verdict:14} {mutant["kind"]:9} {mutant["source"]}.cpp:{mutant["line"]}: '
+                      f'{mutant["old"].strip()!r} -> {mutant["new"].strip()!r}', flush=True)
+    if options.json:
+        print(json.dumps({"mutants": chosen, "counts": counts, "possible": made}, indent=2))
+    else:
+        print(f'{len(chosen)} of {made} mutants: ' +
+              ", ".join(f"{number} {what}" for what, number in counts.items() if number))
+        for mutant in survivors:
+            if mutant["verdict"] == "alike":
+                print("not told from the original: " + mutant["name"])
+            elif mutant["verdict"].startswith("trouble"):
+                print("trouble: " + mutant["name"] + "\n" + mutant["verdict"])
+    if counts["trouble"]:
+        return 2
+    return 1 if counts["alike"] else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

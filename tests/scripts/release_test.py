@@ -1,0 +1,70 @@
+"""What a release rests on: one version wherever it is told, packages built with what is named, and a clean tree."""
+
+import pathlib
+import re
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+TELLS = ("CMakeLists.txt", "CHANGELOG.md", "debian/changelog")
+
+
+class Version(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="si-ready-version-")
+        self.addCleanup(folder.cleanup)
+        self.root = pathlib.Path(folder.name)
+        shutil.copytree(ROOT / "scripts", self.root / "scripts")
+        (self.root / "debian").mkdir()
+        for name in TELLS:
+            shutil.copy(ROOT / name, self.root / name)
+
+    def ask(self):
+        return subprocess.run([self.root / "scripts/version"], capture_output=True, text=True, check=False)
+
+    def test_the_build_the_changes_and_the_packages_have_one(self):
+        result = self.ask()
+        self.assertEqual(0, result.returncode, result)
+        self.assertRegex(result.stdout, r"^\d+\.\d+\.\d+\n$")
+
+    def test_another_one_in_any_place_is_named(self):
+        version = self.ask().stdout.strip()
+        for name in TELLS:
+            file = self.root / name
+            text = file.read_text()
+            file.write_text(text.replace(version, "77.0.1", 1))
+            result = self.ask()
+            self.assertEqual(1, result.returncode, name)
+            self.assertIn("77.0.1", result.stderr, name)
+            file.write_text(text)
+
+
+class Packages(unittest.TestCase):
+    def test_they_are_built_with_what_run_installs(self):
+        control = (ROOT / "debian/control").read_text()
+        needs = re.search(r"^Build-Depends:\n((?: .*\n)+)", control, re.MULTILINE).group(1)
+        needs = {line.strip().split(" ")[0].rstrip(",") for line in needs.splitlines()}
+        lists = (ROOT / "scripts/packages.sh").read_text()
+        installs = set()
+        for name in ("PACKAGES", "WINDOW_PACKAGES"):
+            installs |= set(re.search(rf"^{name}=\((.*?)\)", lists, re.MULTILINE | re.DOTALL).group(1).split())
+        # Every package is built with g++; Elementary is opened, and not built with, and fonts are read.
+        installs -= {"g++", "libelementary1", "fonts-dejavu-core", "fonts-wqy-microhei"}
+        self.assertEqual(installs, needs - {"debhelper-compat"})
+
+
+class Release(unittest.TestCase):
+    def test_what_is_not_committed_is_refused_by_name(self):
+        with tempfile.TemporaryDirectory(prefix="si-ready-release-") as folder:
+            root = pathlib.Path(folder)
+            shutil.copytree(ROOT / "scripts", root / "scripts")
+            for command in (["init", "-q"], ["add", "."],
+                            ["-c", "user.name=a", "-c", "user.email=a@b", "commit", "-q", "-m", "All"]):
+                subprocess.run(["git", *command], cwd=root, check=True)
+            (root / "forgotten").write_text("")
+            result = subprocess.run([root / "scripts/release"], capture_output=True, text=True, check=False)
+            self.assertEqual(1, result.returncode, result)
+            self.assertRegex(result.stderr, r"(?s)this is not; commit it.*\?\? forgotten")
+            self.assertFalse((root / "build").exists())
