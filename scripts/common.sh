@@ -42,6 +42,9 @@ in_ci() { [[ ${CI:-} == true ]]; }
 # Whether what takes long is done whole, and not as a sample.
 deep() { [[ ${SI_DEEP:-} == true ]]; }
 
+# Whether somebody waits for a first answer, and what takes longest is left to --all.
+short() { [[ ${SI_SHORT:-} == true ]]; }
+
 # build PRESET [TARGET...]: configures and builds. On a terminal ninja's own line of progress is
 # shown; else nothing, and all of the compiler's output when it fails.
 build() {

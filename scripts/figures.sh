@@ -1,5 +1,5 @@
 # How long each leg takes: measured by ./test, kept in docs/testing.md. Sourced, not run.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2016
 
 FIGURES=build/logs/figures
 FIGURES_PAGE=docs/testing.md
@@ -9,16 +9,20 @@ FIGURES_HEADING='## The last deep run'
 minutes_of() {
     local column=3
     [[ $2 == all ]] || column=4
-    figures_section | awk -F ' *[|] *' -v leg="$1" -v column=$column '$2 == leg { print $column }'
+    figures_cell "$1" "$column"
 }
 
-figures_section() { sed -n "/^$FIGURES_HEADING\$/,/^## /p" "$FIGURES_PAGE"; }
+# figures_cell LEG COLUMN: counted from 1, the leg's name being the second.
+figures_cell() {
+    sed -n "/^$FIGURES_HEADING\$/,/^## /p" "$FIGURES_PAGE" |
+        awk -F ' *[|] *' -v leg="$1" -v column="$2" '$2 == leg { print $column }'
+}
 
 # keep_figures LEG SECONDS WORD TEXT: for scripts/figures.
 keep_figures() {
-    local folder=$FIGURES/all
+    local folder=$FIGURES/all commit
     ! deep || folder=$FIGURES/deep
     mkdir -p "$folder"
-    printf '%s\t%s %s\n' "$2" "$3" "$4" >"$folder/$1"
-    git rev-parse --short HEAD >"$folder.commit" 2>/dev/null || true
+    commit=$(git rev-parse --short HEAD 2>/dev/null || say unknown)
+    printf '%s\t%s %s\t`%s` %(%F)T\n' "$2" "$3" "$4" "$commit" -1 >"$folder/$1"
 }

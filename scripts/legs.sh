@@ -2,20 +2,23 @@
 # shellcheck shell=bash disable=SC2034,SC2153
 
 # In the order in which they run: what every reader meets first, then what tells most in a minute.
-LEGS=(fresh gcc clang format shell tidy words hardening reproducible coverage tv inside asan i686 valgrind arm32 tv-arm32
-    fuzz kills walks mutants)
+LEGS=(fresh gcc window clang format shell tidy words hardening abi reproducible coverage bench tv inside asan i686 valgrind arm32 tv-arm32
+    fuzz soak deb kills walks mutants)
 
 declare -A LEG_TITLE=(
     [fresh]="the README's commands on a Debian 12 with nothing but apt and git"
     [gcc]="everything, as it ships, with g++"
+    [window]="the page on the screen: keys, pictures, a window on a display of its own"
     [clang]="the provider, with clang"
     [format]="every source is formatted by .clang-format"
     [shell]="shellcheck has nothing to say to any script"
     [tidy]="every room and the tests satisfy .clang-tidy"
     [words]="the sources speak of the product alone"
     [hardening]="the library's exports and hardening"
+    [abi]="the contract and the provider's exports are what others were compiled against"
     [reproducible]="the same library, byte for byte, built in two folders"
     [coverage]="the provider's lines, branches and conditions"
+    [bench]="what everything costs; the provider takes no more instructions than before"
     [tv]="a TV build against a small stand-in for the TV's SDK"
     [inside]="the project builds as a part of another one"
     [asan]="everything, with address, undefined-behaviour and leak sanitizers"
@@ -24,17 +27,23 @@ declare -A LEG_TITLE=(
     [arm32]="the provider for 32-bit ARM, under qemu"
     [tv-arm32]="the TV build for 32-bit ARM"
     [fuzz]="the fuzzers find nothing"
-    [kills]="the settings store survives 10,000 kills"
+    [soak]="the provider loaded again and again, and a virtual TV in use, do not grow"
+    [deb]="Debian's packages: built, installed on a pristine machine, used, purged without a trace"
+    [kills]="10,000 kills of a writer, 1,000 of each verb that changes much, 500 power cycles"
     [walks]="the provider answers as its model on 20 random walks"
-    [mutants]="every fault that can be made is told from the provider"
+    [mutants]="every fault that can be made is told from the provider, and others by the tests"
 )
 
 # What --all leaves to --deep: a whole leg ("none"), or all but a sample, in words.
 declare -A LEG_SAMPLE=(
     [fresh]="as root; --deep also as a user with sudo"
     [tidy]="what has changed since the last deep run; --deep every file"
+    [bench]="the provider; --deep everything"
     [inside]="the provider; --deep everything"
-    [fuzz]="5 s a target; --deep 60 s"
+    [window]="as it ships; --deep also with the sanitizers"
+    [fuzz]="the provider, 5 s a target; --deep everything, 60 s"
+    [soak]="a minute of each; --deep 1,000,000 loadings and an hour"
+    [deb]=none # builds all once more, and makes a machine: longer than what --all has left
     [kills]=none
     [walks]=none
     [mutants]=none
@@ -44,12 +53,15 @@ declare -A LEG_SAMPLE=(
 declare -A LEG_PACKAGES=(
     [fresh]="mmdebstrap"
     [gcc]="$TEST_PACKAGES"
-    [clang]="clang-19 googletest"
+    [window]="${WINDOW_PACKAGES[*]} $TEST_PACKAGES xclip xdotool xvfb"
+    [clang]="clang-19 googletest python3"
     [format]="clang-format-19"
     [shell]="shellcheck"
     [tidy]="clang-19 clang-tidy-19 libbenchmark-dev $TEST_PACKAGES"
     [hardening]="binutils"
+    [abi]="abigail-tools"
     [coverage]="clang-19 googletest libclang-rt-19-dev llvm-19"
+    [bench]="${WINDOW_PACKAGES[*]} dbus-daemon dconf-cli dconf-gsettings-backend g++-arm-linux-gnueabihf libbenchmark-dev libglib2.0-bin libglib2.0-dev libjsoncpp-dev:armhf valgrind xdotool xvfb"
     [tv]="binutils"
     [inside]="$TEST_PACKAGES"
     [asan]="$TEST_PACKAGES"
@@ -57,7 +69,9 @@ declare -A LEG_PACKAGES=(
     [valgrind]="googletest valgrind"
     [arm32]="g++-arm-linux-gnueabihf googletest libjsoncpp-dev:armhf qemu-user-static"
     [tv-arm32]="binutils g++-arm-linux-gnueabihf libjsoncpp-dev:armhf"
-    [fuzz]="clang-19 libclang-rt-19-dev"
+    [fuzz]="clang-19 jq libclang-rt-19-dev llvm-19"
+    [soak]="$TEST_PACKAGES"
+    [deb]="$DEB_PACKAGES mmdebstrap"
     [kills]="$TEST_PACKAGES"
     [walks]="$TEST_PACKAGES"
     [mutants]="$TEST_PACKAGES"
@@ -80,7 +94,16 @@ leg_fresh() {
     ! deep || scripts/fresh --as-user
 }
 
-leg_gcc() { build_and_test gcc; }
+leg_gcc() {
+    local tests=gcc
+    ! short || tests=short
+    build_and_test gcc $tests
+}
+# The sanitizers take longer over the toolkit than --all has left.
+leg_window() {
+    build_and_test window-tests
+    ! deep || build_and_test window-asan
+}
 leg_clang() { build_and_test clang; }
 leg_asan() { build_and_test asan; }
 leg_i686() { build_and_test i686; }
@@ -108,12 +131,13 @@ leg_valgrind() {
     return $status
 }
 
+# build_and_test PRESET [TESTS]: TESTS is the preset of the tests, where that is another one.
 build_and_test() {
-    local folder=/dev/shm
-    build "$1"
+    local preset=$1 tests=${2:-$1} folder=/dev/shm
+    build "$preset"
     # What only lasts for a test needs no disk, whose every write would be waited for.
     [[ -d $folder && -w $folder ]] || folder=/tmp
-    TMPDIR=${TMPDIR:-$folder} ctest --preset "$1" --output-junit "$ROOT/$LOGS/$LEG.$1.xml"
+    TMPDIR=${TMPDIR:-$folder} ctest --preset "$tests" --output-junit "$ROOT/$LOGS/$LEG.$preset.xml"
 }
 
 # --- Checks of the sources -----------------------------------------------------------------------
@@ -145,6 +169,8 @@ leg_hardening() {
     scripts/check-library build/release
 }
 
+leg_abi() { scripts/abi; }
+
 leg_reproducible() {
     local copies=build/reproducible folder
     rm -rf "$copies"
@@ -156,6 +182,20 @@ leg_reproducible() {
         cmake --build "$folder/build"
     done
     cmp "$copies"/{a,another/folder}/build/lib/libsi-ready.so
+}
+
+# Beside the commit before; what is not committed yet, beside the last one.
+leg_bench() {
+    local before=HEAD^ extent=--sample
+    build bench
+    git diff --quiet HEAD -- abi cmake platform si-ready || before=HEAD
+    if deep; then
+        extent=--whole
+        build arm32 si-ready
+        cmake --preset release -B build/bench-whole -DSI_BUILD_BENCHMARKS=ON -DSI_BUILD_WINDOW=ON
+        cmake --build build/bench-whole --target store-bench vtv vtv-app vtv-window
+    fi
+    scripts/bench $extent --against $before
 }
 
 leg_tv() { build_for_tv build/tv; }
@@ -198,19 +238,29 @@ leg_inside() {
 # --- What takes long -----------------------------------------------------------------------------
 
 leg_fuzz() {
-    local seconds=5 fuzzer found=build/fuzz/found
-    ! deep || seconds=60
-    build fuzz
-    mkdir -p $found
-    for fuzzer in build/fuzz/bin/*-fuzz; do
-        # It writes what it finds interesting into the first folder; the others are where it starts.
-        "$fuzzer" -max_total_time=$seconds -print_final_stats=1 -artifact_prefix=$found/ $found fuzz/corpus
-    done
+    if deep; then
+        scripts/fuzz --seconds 60
+        scripts/fuzz --coverage
+    else
+        scripts/fuzz --seconds 5 provider replace
+    fi
 }
 
+leg_soak() {
+    local loadings=40000 seconds=60
+    ! deep || loadings=1000000 seconds=3600
+    build gcc
+    SI_LOADINGS=$loadings build/gcc/bin/provider-load-tests --gtest_output="xml:$LOGS/$LEG.load.xml"
+    tests/soak/soak.py --build build/gcc --seconds $seconds
+}
+
+leg_deb() { scripts/deb; }
+
 leg_kills() {
-    build gcc store-tests
+    build gcc
     VTV_KILLS=10000 build/gcc/bin/store-tests --gtest_filter='StoreKill*' --gtest_output="xml:$LOGS/$LEG.kills.xml"
+    VTV_POWER_CYCLES=500 build/gcc/bin/virtual-tv-tests --gtest_filter='*PowerCycle*' --gtest_output="xml:$LOGS/$LEG.cycles.xml"
+    tests/torture/torture.py --build build/gcc --moments 1000 --jobs 2 load restore import power-cycle
 }
 
 leg_walks() {
@@ -223,5 +273,6 @@ leg_walks() {
 
 leg_mutants() {
     build gcc
-    explorer/mutants.py --build build/gcc --all
+    tests/explorer/mutants.py --build build/gcc --all
+    tests/broken-on-purpose
 }
