@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 
 #include "explorer/asking/question.h"
@@ -77,14 +77,18 @@ TEST_F(FindingsTest, ADifferenceIsShownAtItsRule) {
         RunExplorer({"diff", "-q", "--only", "visible:voice-settings-alexa", "--format", "github",
                      ProviderFile(), BROKEN_WRITES});
     EXPECT_EQ(result.exitCode, 1) << result.errors;
-    EXPECT_EQ(
-        result.output.rfind("::error file=si-ready/src/general_voice_visiblechecker.cpp,line=", 0),
-        0U)
-        << result.output;
+    // One by a walk, several by single questions.
+    int differences = 0;
+    std::istringstream lines(result.output);
+    for (std::string line; std::getline(lines, line); ++differences) {
+        EXPECT_EQ(line.rfind("::error file=si-ready/src/general_voice_visiblechecker.cpp,line=", 0),
+                  0U)
+            << line;
+    }
+    EXPECT_GT(differences, 0);
     EXPECT_NE(result.output.find("title=vtv explore diff%3A visible%3Avoice-settings-alexa::"),
               std::string::npos);
     EXPECT_NE(result.output.find("writes db/menu/refresh_menu"), std::string::npos);
-    EXPECT_EQ(std::count(result.output.begin(), result.output.end(), '\n'), 1);
 }
 
 TEST_F(FindingsTest, WhatIsNotProvenIsATroubleAndNoPass) {

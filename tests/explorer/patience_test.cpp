@@ -43,19 +43,19 @@ TEST(Patience, CtrlCShowsWhatWasCheckedSoFarAndThatItIsNotAll) {
 TEST(Patience, WhatEndsADiffEarlyIsNoProof) {
     for (const int signal : {SIGINT, SIGTERM}) {
         const ProcessResult result =
-            InterruptExplorer({"diff", "-q", ProviderFile(), ProviderFile()}, 1500, signal);
+            InterruptExplorer({"diff", "-q", ProviderFile(), ProviderFile()}, 300, signal);
         EXPECT_EQ(result.exitCode, 128 + signal) << result.output << result.errors;
         EXPECT_TRUE(Has(result.errors, "it was interrupted")) << result.errors;
         EXPECT_EQ(result.output, "Interrupted; alike so far, and not proven.\n");
         const ProcessResult json = InterruptExplorer(
-            {"diff", "-q", "--json", ProviderFile(), ProviderFile()}, 1500, signal);
+            {"diff", "-q", "--json", ProviderFile(), ProviderFile()}, 300, signal);
         EXPECT_TRUE(Has(json.output, "\"alike\" : false")) << json.output;
         EXPECT_TRUE(Has(json.output, "\"closed\" : false")) << json.output;
     }
 }
 
 TEST(Patience, SigtermShowsWhatWasCheckedSoFarAsCtrlCDoes) {
-    const ProcessResult result = InterruptExplorer({"check", "-q"}, 1500, SIGTERM);
+    const ProcessResult result = InterruptExplorer({"check", "-q"}, 300, SIGTERM);
     EXPECT_EQ(result.exitCode, 128 + SIGTERM) << result.output;
     EXPECT_TRUE(Has(result.errors, "it was interrupted")) << result.errors;
     EXPECT_TRUE(Has(result.output, "unfinished")) << result.output;

@@ -15,6 +15,8 @@
 #include <sstream>
 #include <thread>
 
+#include "tests/caught_signal.h"
+
 extern char** environ;
 
 namespace {
@@ -80,6 +82,7 @@ ProcessResult Run(const char* program, const std::vector<std::string>& arguments
     }
     posix_spawn_file_actions_destroy(&files);
     if (interruptAfter > 0) {
+        EXPECT_TRUE(WaitUntilCaught(pid, signal));
         std::this_thread::sleep_for(std::chrono::milliseconds(interruptAfter));
         kill(pid, signal);
     }

@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "program/text_width.h"
+#include "tests/caught_signal.h"
 #include "vtv_process.h"
 
 namespace fs = std::filesystem;
@@ -319,6 +320,8 @@ class WatchedTerminal {
         return true;
     }
 
+    pid_t Pid() const { return pid_; }
+
     void Resize(unsigned short rows, unsigned short columns) const {
         const winsize size = {rows, columns, 0, 0};
         EXPECT_EQ(ioctl(master_, TIOCSWINSZ, &size), 0);
@@ -391,6 +394,7 @@ TEST_F(LookTest, AWatchedPageFollowsTheSizeOfItsTerminal) {
     Ok({"show"});
     WatchedTerminal terminal(environment, {"show", "--watch"}, 60, 80);
     ASSERT_TRUE(terminal.WaitFor("╯")) << terminal.Shown();
+    ASSERT_TRUE(WaitUntilCaught(terminal.Pid(), SIGWINCH));
     std::this_thread::sleep_for(std::chrono::milliseconds(300));  // until it waits
     terminal.Resize(60, 40);
     std::string edge = "╭";
