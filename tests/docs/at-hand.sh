@@ -11,3 +11,8 @@ rm -rf "$HOME/.local" # the page starts without a TV
 
 # A model of one's own.
 cp virtual-tv/tvs/single-assistant-gb.toml my-model.toml
+
+# What vtv explore tries, with a few policies: each proof of the pages is made whole by a test of its own.
+export VTV_EXPLORER_DATA=$HOME/few-policies
+mkdir "$VTV_EXPLORER_DATA"
+awk '/^\[\[policy\]\]/ && ++policies > 4 { exit } 1' explorer/inputs.toml >"$VTV_EXPLORER_DATA/inputs.toml"
