@@ -48,6 +48,8 @@ struct CommonOptions {
     std::string provider;
     Format format = Format::kText;
     Shard shard;
+    bool full = false;   // with the values and policies that cost more than they tell
+    int beyond = 0;      // values that are drawn for each input beside those that it names
     int workers = 0;     // 0: as many as there are processors
     bool quiet = false;  // no progress and no rate
 };

@@ -89,6 +89,18 @@ void AddShard(CLI::App& verb, const char* of, CommonOptions& options) {
         ->type_name("I/N");
 }
 
+// How much of what a TV may be is tried.
+void AddExtent(CLI::App& verb, CommonOptions& options) {
+    verb.add_flag("--full", options.full,
+                  "Also the values and policies that cost more than they tell");
+    verb.add_option(
+            "--beyond", options.beyond,
+            "Also draw N values for each number and text that is read: one that is answered "
+            "unlike every named value is told, and nothing is proven then")
+        ->type_name("N")
+        ->check(program::WholeNumber(1));
+}
+
 void AddPatience(CLI::App& verb) {
     verb.add_option_function<double>(
             "--patience", SetPatience,
@@ -157,6 +169,7 @@ void AddTable(CommandLine& line) {
     for (CLI::Option* other : {json, html, markdown, output}) {
         docs->excludes(other);
     }
+    AddExtent(verb, options);
     AddShard(verb, "questions", options);
     AddProviderAndWork(verb, options);
 }
@@ -170,11 +183,13 @@ void AddCheck(CommandLine& line) {
     CLI::Option* list = verb.add_flag("--list", options.list, "Only list the invariants");
     AddFindingsFormats(verb, options);
     AddScenarios(verb, options.scenarios);
+    AddExtent(verb, options);
     AddBounds(verb, options.bounds);
     AddShard(verb, "work", options);
     AddProviderAndWork(verb, options);
-    for (const char* name : {"--json", "--format", "--scenarios", "--most-states", "--most-seconds",
-                             "--shard", "--provider", "--jobs", "--patience", "--quiet"}) {
+    for (const char* name :
+         {"--json", "--format", "--scenarios", "--most-states", "--most-seconds", "--shard",
+          "--full", "--beyond", "--provider", "--jobs", "--patience", "--quiet"}) {
         list->excludes(verb.get_option(name));
     }
 }
@@ -198,6 +213,7 @@ void AddDiff(CommandLine& line) {
     CLI::Option* brief = verb.add_flag("--brief", options.brief, "Only say whether they differ");
     verb.add_flag("--all", options.all, "Show every difference, and not only the nearest one")
         ->excludes(brief);
+    AddExtent(verb, options);
     AddBounds(verb, options.bounds);
     AddFindingsFormats(verb, options)->excludes(brief);
     verb.get_option("--format")->excludes(brief);

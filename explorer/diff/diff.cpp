@@ -9,6 +9,7 @@
 
 #include "calls_file.h"
 #include "comparison.h"
+#include "explorer/asking/beyond.h"
 #include "explorer/asking/source_place.h"
 #include "explorer/engine/arena.h"
 #include "explorer/engine/bytes.h"
@@ -382,12 +383,20 @@ Verdict CompareInRounds(const Inputs& inputs, const DiffOptions& options,
 }  // namespace
 
 int DiffMain(const DiffOptions& options) {
-    Inputs inputs = LoadInputs(InputsFile());
+    Inputs inputs = LoadInputs(InputsFile(), options.full);
     const std::vector<const Question*> questions = QuestionsOf(options.names, ThoroughQuestions());
     CheckSubject(options.provider);
     CheckSubject(options.other);
-    const Verdict verdict = Arena::IsServed() ? CompareWalking(inputs, options, questions)
-                                              : CompareInRounds(inputs, options, questions);
+    Verdict verdict = Arena::IsServed() ? CompareWalking(inputs, options, questions)
+                                        : CompareInRounds(inputs, options, questions);
+    if (verdict.differences.empty()) {
+        CommonOptions other = options;
+        other.provider = options.other;
+        for (const CommonOptions& asked : {CommonOptions(options), other}) {
+            const Lines unnamed = AskBeyond(inputs, questions, asked);
+            verdict.troubles.insert(verdict.troubles.end(), unnamed.begin(), unnamed.end());
+        }
+    }
     ReportRate(options.quiet);
     return Show(inputs, options, verdict);
 }

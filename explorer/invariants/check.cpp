@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "checking.h"
+#include "explorer/asking/beyond.h"
 #include "explorer/asking/source_place.h"
 #include "explorer/tv/state.h"
 #include "host/core/toml_writer.h"
@@ -179,12 +180,14 @@ int CheckMain(const CheckOptions& options) {
         }
         return kExitOk;
     }
-    Inputs inputs = LoadInputs(InputsFile());
+    Inputs inputs = LoadInputs(InputsFile(), options.full);
     CheckSubject(options.provider);
     RequireArena();
     Checking checking(inputs, options, invariants);
     checking.Run();
-    const WalkCount count = checking.Walked().Count();
+    WalkCount count = checking.Walked().Count();
+    const std::vector<std::string> unnamed = AskBeyond(inputs, QuestionsOf({}), options);
+    count.open.insert(count.open.end(), unnamed.begin(), unnamed.end());
     const int code = Show(inputs, options, checking.Verdicts(inputs), count);
     ReportUnknownKeys(checking.Walked().UnknownKeys(), inputs);
     ReportRate(options.quiet);

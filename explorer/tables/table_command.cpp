@@ -4,7 +4,9 @@
 #include <filesystem>
 #include <fstream>
 
+#include "explorer/asking/beyond.h"
 #include "program/counted.h"
+#include "program/visible_text.h"
 #include "table.h"
 
 namespace explorer {
@@ -81,7 +83,7 @@ bool IsTrouble(const Exploration& exploration) {
 }  // namespace
 
 int TableMain(const TableOptions& options) {
-    const Inputs inputs = LoadInputs(InputsFile());
+    const Inputs inputs = LoadInputs(InputsFile(), options.full);
     std::vector<const Question*> questions = QuestionsOf(options.names);
     std::vector<const Question*> mine;
     for (std::size_t i = 0; i < questions.size(); ++i) {
@@ -106,12 +108,16 @@ int TableMain(const TableOptions& options) {
         }
     }
     ReportUnknownKeys(exploration->unknownKeys, inputs);
+    const std::vector<std::string> unnamed = AskBeyond(inputs, mine, options);
+    for (const std::string& line : unnamed) {
+        std::fprintf(stderr, "vtv explore: %s\n", program::OneLine(line).c_str());
+    }
     ReportRate(options.quiet);
     if (exploration->interrupted) {
         std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
         return kExitTrouble;
     }
-    if (!exploration->unknownKeys.empty()) {
+    if (!exploration->unknownKeys.empty() || !unnamed.empty()) {
         return kExitTrouble;
     }
     return isComplete && !IsTrouble(*exploration) ? kExitOk : kExitNo;

@@ -31,7 +31,7 @@ std::string Quoted(const std::string& text) {
 
 class Reader : private vtv::TomlReader {
   public:
-    explicit Reader(const std::string& file) : TomlReader(file) {}
+    Reader(const std::string& file, bool full) : TomlReader(file), full_(full) {}
 
     Inputs Read() {
         toml::table root;
@@ -47,7 +47,10 @@ class Reader : private vtv::TomlReader {
         }
         assistants_ = root["assistants"].as_table();
         for (const toml::table* table : Tables(root, "policy")) {
-            inputs.policies.push_back(ReadPolicy(*table));
+            Policy policy = ReadPolicy(*table);
+            if (full_ || !(*table)["full"].value_or(false)) {
+                inputs.policies.push_back(std::move(policy));
+            }
         }
         if (const toml::array* ids = root["texts"]["with-name"].as_array()) {
             for (const toml::node& id : *ids) {
@@ -81,15 +84,25 @@ class Reader : private vtv::TomlReader {
         input.name = table["name"].value_or(input.key);
         input.type = TypeOf(table, input);
         input.isCurrentAssistant = table["current-assistant"].value_or(false);
-        const toml::array* values = table["values"].as_array();
-        if (values == nullptr || values->empty() || values->size() > Coverage::MAX_VALUES) {
-            Fail(table, Quoted(input.name) + " needs values = [...], 1 to " +
+        ReadValues(table, "values", input);
+        const std::size_t usual = input.values.size();
+        ReadValues(table, "full", input);
+        if (usual == 0 || input.values.size() > Coverage::MAX_VALUES) {
+            Fail(table, Quoted(input.name) + " needs values = [...], with full = [...] 1 to " +
                             std::to_string(Coverage::MAX_VALUES) + " of them");
         }
-        for (const toml::node& node : *values) {
-            input.values.push_back(ReadValue(node, input));
+        if (!full_) {
+            input.values.resize(usual);
         }
         return input;
+    }
+
+    void ReadValues(const toml::table& table, const char* name, Input& input) const {
+        if (const toml::array* values = table[name].as_array()) {
+            for (const toml::node& node : *values) {
+                input.values.push_back(ReadValue(node, input));
+            }
+        }
     }
 
     // What every TV knows has the type that every TV gives it.
@@ -214,6 +227,7 @@ class Reader : private vtv::TomlReader {
         return vtv::WritePolicy(list);
     }
 
+    const bool full_;
     const toml::table* assistants_ = nullptr;
 };
 
@@ -291,8 +305,8 @@ int Inputs::CurrentAssistant() const {
     return -1;
 }
 
-Inputs LoadInputs(const std::string& file) {
-    return Reader(file).Read();
+Inputs LoadInputs(const std::string& file, bool full) {
+    return Reader(file, full).Read();
 }
 
 std::string InputsFile() {

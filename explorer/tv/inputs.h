@@ -77,8 +77,9 @@ struct Inputs {
 // The policy that these documents are, by its place; added when it is none of the inputs'.
 int PlaceOfPolicy(Inputs& inputs, const std::vector<std::string>& published);
 
+// With `full` also the values and policies that the file marks so: they cost more than they tell.
 // Throws vtv::Error.
-Inputs LoadInputs(const std::string& file);
+Inputs LoadInputs(const std::string& file, bool full = false);
 // The file that comes with the explorer: $VTV_EXPLORER_DATA, else found from where the program
 // lies.
 std::string InputsFile();

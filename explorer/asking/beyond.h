@@ -1,0 +1,23 @@
+// Whether the inputs name every value that matters: others are drawn, and each must be answered as
+// one that is named, in every state of the rest of the TV.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "command.h"
+#include "question.h"
+
+namespace explorer {
+
+// Numbers and texts that an input does not name, near those that it does and far from them: the
+// same ones each time. None for what can only be yes or no, or the result of a call.
+std::vector<Value> DrawnValues(const Input& input, int count);
+
+// Draws options.beyond values for each input that the questions read: those that are answered
+// unlike every named one, a line each for people. Throws host::ProviderError.
+std::vector<std::string> AskBeyond(const Inputs& inputs,
+                                   const std::vector<const Question*>& questions,
+                                   const CommonOptions& options);
+
+}  // namespace explorer
