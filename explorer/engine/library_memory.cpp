@@ -12,7 +12,7 @@ namespace {
 
 using Area = std::pair<std::uintptr_t, std::uintptr_t>;  // begin and end
 
-struct Search {
+struct LibrarySearch {
     std::uintptr_t inside = 0;
     std::vector<Area> found;
     Area whole = {0, 0};
@@ -54,7 +54,7 @@ Area WholeOf(const dl_phdr_info& info) {
 }
 
 int Visit(dl_phdr_info* info, std::size_t, void* data) {
-    auto* search = static_cast<Search*>(data);
+    auto* search = static_cast<LibrarySearch*>(data);
     const bool isIt = std::any_of(
         info->dlpi_phdr, info->dlpi_phdr + info->dlpi_phnum, [&](const ElfW(Phdr) & segment) {
             const std::uintptr_t begin = info->dlpi_addr + segment.p_vaddr;
@@ -93,7 +93,7 @@ __attribute__((no_sanitize("address"))) void AppendMemory(std::string* to, const
 }  // namespace
 
 std::vector<std::pair<char*, std::size_t>> WritableAreasAround(const void* inside) {
-    Search search = {reinterpret_cast<std::uintptr_t>(inside), {}};
+    LibrarySearch search = {reinterpret_cast<std::uintptr_t>(inside), {}};
     dl_iterate_phdr(Visit, &search);
     std::vector<std::pair<char*, std::size_t>> areas;
     for (const auto& [begin, end] : search.found) {
@@ -105,7 +105,7 @@ std::vector<std::pair<char*, std::size_t>> WritableAreasAround(const void* insid
 }
 
 std::pair<std::uintptr_t, std::uintptr_t> RangeAround(const void* inside) {
-    Search search = {reinterpret_cast<std::uintptr_t>(inside), {}};
+    LibrarySearch search = {reinterpret_cast<std::uintptr_t>(inside), {}};
     dl_iterate_phdr(Visit, &search);
     return search.whole;
 }
