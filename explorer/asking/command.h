@@ -39,6 +39,7 @@ struct Shard {
     int index = 0;
     int count = 1;
     bool Has(int unit) const { return unit % count == index; }
+    bool IsPart() const { return count > 1; }
 };
 
 enum class Format { kText, kJson, kHtml, kMarkdown, kSarif, kGithub };
