@@ -30,6 +30,29 @@ std::vector<const Question*> QuestionsOf(const std::vector<std::string>& names,
     return questions;
 }
 
+std::vector<const Question*> ShareOf(const std::vector<const Question*>& questions,
+                                     const Shard& shard) {
+    std::vector<const Question*> share;
+    for (std::size_t i = 0; i < questions.size(); ++i) {
+        if (shard.Has(static_cast<int>(i))) {
+            share.push_back(questions[i]);
+        }
+    }
+    return share;
+}
+
+Shard ParseShard(const std::string& text) {
+    Shard shard;
+    char rest = 0;
+    if (std::sscanf(text.c_str(), "%d/%d%c", &shard.index, &shard.count, &rest) != 2 ||
+        shard.count < 1 || shard.index < 1 || shard.index > shard.count) {
+        throw CommandError(kExitUsage,
+                           "--shard " + text + ": write I/N with I from 1 to N, as in 2/8");
+    }
+    --shard.index;
+    return shard;
+}
+
 program::Form FormOf(Format format) {
     return format == Format::kText   ? program::Form::kText
            : format == Format::kJson ? program::Form::kJson

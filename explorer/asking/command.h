@@ -39,7 +39,11 @@ struct Shard {
     int index = 0;
     int count = 1;
     bool Has(int unit) const { return unit % count == index; }
+    bool IsPart() const { return count > 1; }
 };
+
+// "2/8": the second of eight parts. Throws CommandError.
+Shard ParseShard(const std::string& text);
 
 enum class Format { kText, kJson, kHtml, kMarkdown, kSarif, kGithub };
 
@@ -65,6 +69,9 @@ void PrintFindings(Format format, const program::Findings& findings);
 // What the names mean; all of the questions without a name. Throws CommandError with similar names.
 std::vector<const Question*> QuestionsOf(const std::vector<std::string>& names,
                                          const std::vector<Question>& all = Questions());
+// Those of a part.
+std::vector<const Question*> ShareOf(const std::vector<const Question*>& questions,
+                                     const Shard& shard);
 // Throws CommandError.
 void WriteTextFile(const std::string& file, const std::string& text);
 // Only what can be read again.

@@ -216,7 +216,9 @@ void Walk::RunTasks(const std::vector<Task>& tasks) {
                 const int calls = task.behind - task.first;
                 const int joint = task.joints[static_cast<std::size_t>(result.step / calls)];
                 const int call = task.first + result.step % calls;
-                work_.note(joint, call, result);
+                if (IsOurs(joint, call)) {
+                    work_.note(joint, call, result);
+                }
                 ++crashes_[call];
                 return skipped_.insert({joint, call}).second && !IsOver();
             }

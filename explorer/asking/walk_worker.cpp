@@ -31,7 +31,7 @@ class Walk::Worker {
             joint_ = task_.joints[i];
             for (call_ = task_.first; call_ < task_.behind && !isEnough_; ++call_) {
                 shared_.step = static_cast<int>(i) * calls + call_ - task_.first;
-                if (!walk_.IsSkipped(joint_, call_) && walk_.IsNeeded(joint_, call_) &&
+                if (!walk_.IsSkipped(joint_, call_) && IsNeeded() &&
                     walk_.MayBeDone(call_, joint_)) {
                     MakeCall();
                 }
@@ -54,6 +54,9 @@ class Walk::Worker {
     const ProviderState& StateOf(std::size_t i) const {
         return walk_.states_[i][static_cast<std::size_t>(walk_.At(joint_).states[i])];
     }
+
+    // A probe is cheap, and tells every part which calls lead to other states.
+    bool IsNeeded() const { return task_.isProbe || walk_.IsNeeded(joint_, call_); }
 
     void MakeCall() {
         const bool isOurs = walk_.IsOurs(joint_, call_);

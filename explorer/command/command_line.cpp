@@ -14,6 +14,7 @@
 #include "explorer/sequences/sequences.h"
 #include "explorer/tables/depends.h"
 #include "explorer/tables/table.h"
+#include "merge.h"
 #include "program/complete.h"
 #include "program/findings.h"
 #include "program/help.h"
@@ -25,19 +26,6 @@
 namespace explorer {
 
 namespace {
-
-// "2/8": the second of eight parts.
-Shard ParseShard(const std::string& text) {
-    Shard shard;
-    char rest = 0;
-    if (std::sscanf(text.c_str(), "%d/%d%c", &shard.index, &shard.count, &rest) != 2 ||
-        shard.count < 1 || shard.index < 1 || shard.index > shard.count) {
-        throw CommandError(kExitUsage,
-                           "--shard " + text + ": write I/N with I from 1 to N, as in 2/8");
-    }
-    --shard.index;
-    return shard;
-}
 
 struct CommandLine {
     CLI::App app{"Ask a provider everything in every state, and prove that it was", "vtv explore"};
@@ -257,6 +245,22 @@ void AddDepends(CommandLine& line) {
     AddProviderAndWork(verb, options);
 }
 
+void AddMerge(CommandLine& line) {
+    auto [verb, options] =
+        AddVerb(line, "merge", "Show the parts of a check, diff or table as one run shows it",
+                "  vtv explore check --json --shard 1/2 > 1.json\n"
+                "  vtv explore check --json --shard 2/2 > 2.json     on another machine\n"
+                "  vtv explore merge 1.json 2.json\n\n"
+                "Exit codes: those of one run; 2 what is no part, or no part of the same work.",
+                MergeMain);
+    verb.add_option("FILE", options.files, "What each part printed with --json, in any order")
+        ->required();
+    verb.add_option("--scenarios", options.scenarios,
+                    "Folder for the scenario files of what was found, as check and diff have it")
+        ->type_name("FOLDER");
+    AddJson(verb, options);
+}
+
 void AddImpact(CommandLine& line) {
     auto [verb, options] =
         AddVerb(line, "impact",
@@ -335,7 +339,7 @@ int ExploreMain(int argc, char** argv) {
         "Each exploration has a help of its own: vtv help explore check. Exit codes: " +
         program::ExitCodes());
     for (auto* add :
-         {AddTable, AddCheck, AddDiff, AddReplay, AddDepends, AddImpact, AddSequences}) {
+         {AddTable, AddCheck, AddDiff, AddMerge, AddReplay, AddDepends, AddImpact, AddSequences}) {
         add(line);
     }
     program::RefuseEmptyWords(app);

@@ -31,17 +31,7 @@ std::vector<RecordEntry> Only(const std::vector<RecordEntry>& record,
 
 }  // namespace
 
-bool Difference::IsNearerThan(const Difference& other, const Inputs& inputs) const {
-    if (length != other.length) {
-        return length < other.length;
-    }
-    const int weight = smallest.Weight(inputs);
-    const int others = other.smallest.Weight(inputs);
-    return weight != others ? weight < others : question < other.question;
-}
-
-Difference DifferenceOf(const std::string& recordA, const std::string& recordB,
-                        const std::string& question, const State& state) {
+Difference DifferenceOf(const std::string& recordA, const std::string& recordB) {
     const std::vector<RecordEntry> a = ReadRecord(recordA);
     const std::vector<RecordEntry> b = ReadRecord(recordB);
     std::vector<RecordEntry> onlyA = Only(a, b);
@@ -53,38 +43,43 @@ Difference DifferenceOf(const std::string& recordA, const std::string& recordB,
     Difference difference;
     difference.onlyA = TextsOf(onlyA);
     difference.onlyB = TextsOf(onlyB);
-    difference.questions = {question};
-    difference.paths = 1;
-    difference.smallest = state;
-    difference.question = question;
     difference.recordA = recordA;
     difference.recordB = recordB;
     return difference;
 }
 
-void Add(Differences& differences, const Inputs& inputs, const Difference& one) {
+void Place(Difference& difference, const Inputs& inputs, const std::string& question,
+           const State& state) {
+    difference.question = question;
+    difference.questions = {{difference.call, question}};
+    difference.paths = 1;
+    difference.smallest = state;
+    difference.nearness = NearnessOf(inputs, state);
+    difference.nearness.length = 1;
+    difference.nearness.question = question;
+    difference.nearness.joint = difference.joint;
+    difference.nearness.call = difference.call;
+}
+
+void Add(Differences& differences, const Difference& one) {
     const auto [place, isNew] = differences.try_emplace({one.onlyA, one.onlyB}, one);
     if (isNew) {
         return;
     }
     Difference& known = place->second;
     const std::uint64_t paths = known.paths + one.paths;
-    Lines questions = std::move(known.questions);
-    for (const std::string& question : one.questions) {
-        if (std::find(questions.begin(), questions.end(), question) == questions.end()) {
-            questions.push_back(question);
-        }
-    }
-    if (one.IsNearerThan(known, inputs)) {
+    std::set<std::pair<int, std::string>> questions = std::move(known.questions);
+    questions.insert(one.questions.begin(), one.questions.end());
+    if (one.nearness < known.nearness) {
         known = one;
     }
     known.paths = paths;
     known.questions = std::move(questions);
 }
 
-void Merge(const std::vector<Difference>& found, const Inputs& inputs, Differences& into) {
+void Merge(const std::vector<Difference>& found, Differences& into) {
     for (const Difference& one : found) {
-        Add(into, inputs, one);
+        Add(into, one);
     }
 }
 
@@ -172,7 +167,9 @@ void PolicyComparer::Record(const Subject& subject, const Question& question,
 
 void PolicyComparer::Note(const std::string& recordA, const std::string& recordB,
                           const std::string& question, const State& state) {
-    Add(differences_, inputs_, DifferenceOf(recordA, recordB, question, state));
+    Difference difference = DifferenceOf(recordA, recordB);
+    Place(difference, inputs_, question, state);
+    Add(differences_, difference);
 }
 
 }  // namespace explorer

@@ -22,10 +22,12 @@ using Lines = std::vector<std::string>;
 using Differences = std::map<std::pair<Lines, Lines>, Difference>;
 
 // Of unequal records: what only the one and only the other has.
-Difference DifferenceOf(const std::string& recordA, const std::string& recordB,
-                        const std::string& question, const State& state);
-void Add(Differences& differences, const Inputs& inputs, const Difference& one);
-void Merge(const std::vector<Difference>& found, const Inputs& inputs, Differences& into);
+Difference DifferenceOf(const std::string& recordA, const std::string& recordB);
+// Where it shows: in that state, for that question or other call.
+void Place(Difference& difference, const Inputs& inputs, const std::string& question,
+           const State& state);
+void Add(Differences& differences, const Difference& one);
+void Merge(const std::vector<Difference>& found, Differences& into);
 std::vector<Difference> ListOf(const Differences& differences);
 
 class PolicyComparer {

@@ -1,33 +1,23 @@
 // vtv explore diff
 #include "diff.h"
 
-#include <json/json.h>
-
 #include <algorithm>
-#include <cstdio>
-#include <filesystem>
 
 #include "calls_file.h"
 #include "comparison.h"
+#include "diff_result.h"
 #include "explorer/asking/beyond.h"
-#include "explorer/asking/source_place.h"
 #include "explorer/engine/arena.h"
 #include "explorer/engine/bytes.h"
 #include "explorer/engine/workers.h"
 #include "explorer/tv/lazy_tv.h"
 #include "host/core/toml_writer.h"
-#include "program/counted.h"
 #include "replay.h"
-#include "virtual-tv/model/json_text.h"
 #include "walk_comparison.h"
 
 namespace explorer {
 
 namespace {
-
-// ---------------------------------------------------------------------------------------------
-// What is shown
-// ---------------------------------------------------------------------------------------------
 
 // Empty for a difference that no host sees on the page.
 std::string ScenarioOf(const Inputs& inputs, const Difference& difference) {
@@ -51,194 +41,48 @@ std::string ScenarioOf(const Inputs& inputs, const Difference& difference) {
                       comment + steps);
 }
 
-std::string JoinLines(const Lines& lines, const char* head) {
-    std::string text;
-    for (const std::string& line : lines) {
-        text += head + line + "\n";
-    }
-    return text;
-}
-
-// A difference as it is shown: in the words of what led to it.
-struct Shown {
-    Difference difference;
-    Lines calls;  // before the one that shows it
-    std::string scenario;
-    std::string callsFile;
-};
-
-std::string ToText(const Inputs& inputs, const Shown& shown, std::size_t number) {
-    const Difference& difference = shown.difference;
-    const std::string paths = BigNumber(difference.paths).ToString();
-    std::string text = "Difference " + std::to_string(number) + ", on " + paths +
-                       (paths == "1" ? " path of " : " paths of ") +
-                       program::Counted(difference.questions.size(), "question") + "\n";
-    text += JoinLines(difference.onlyA, "  - ");
-    text += JoinLines(difference.onlyB, "  + ");
-    if (!shown.calls.empty()) {
-        text += "  shortest sequence:\n";
-        int step = 0;
-        for (const std::string& call : shown.calls) {
-            text += "      " + std::to_string(++step) + ". " + call + "\n";
-        }
-        text += "      " + std::to_string(++step) + ". " + difference.question + "\n";
-    }
-    text += "  smallest state, asked for " + difference.question + ":\n";
-    text += JoinLines(Describe(inputs, difference.smallest), "      ");
-    std::string others;
-    for (const std::string& question : difference.questions) {
-        others += question == difference.question ? "" : (others.empty() ? "" : ", ") + question;
-    }
-    text += others.empty() ? "" : "  also: " + others + "\n";
-    text += shown.scenario.empty() ? "" : "  scenario: " + shown.scenario + "\n";
-    text += shown.callsFile.empty() ? "" : "  calls: " + shown.callsFile + "\n";
-    return text + "\n";
-}
-
-Json::Value ToJson(const Inputs& inputs, const Shown& shown) {
-    const Difference& difference = shown.difference;
-    Json::Value json;
-    json["onlyA"] = JsonList(difference.onlyA);
-    json["onlyB"] = JsonList(difference.onlyB);
-    json["questions"] = JsonList(difference.questions);
-    json["paths"] = Json::UInt64{difference.paths};
-    json["question"] = difference.question;
-    json["sequence"] = JsonList(shown.calls);
-    json["smallestState"] = JsonList(Describe(inputs, difference.smallest));
-    if (!shown.scenario.empty()) {
-        json["scenario"] = shown.scenario;
-    }
-    if (!shown.callsFile.empty()) {
-        json["calls"] = shown.callsFile;
-    }
-    return json;
-}
-
-// What diff came to.
-struct Verdict {
-    std::vector<Shown> differences;
-    Lines troubles;  // why it is not proven
-    bool interrupted = false;
-    WalkCount count;
-    std::string closed;  // what the proof rests on, in words
-};
-
-Json::Value ToJson(const Inputs& inputs, const Verdict& verdict) {
-    Json::Value json;
-    json["differences"] = Json::arrayValue;
-    for (const Shown& shown : verdict.differences) {
-        json["differences"].append(ToJson(inputs, shown));
-    }
-    const bool isProven = verdict.troubles.empty() && !verdict.interrupted;
-    json["alike"] = verdict.differences.empty() && isProven;
-    json["closed"] = isProven && verdict.differences.empty();
-    json["questions"] = Json::UInt64{TotalRuns()};
-    json["pairs"] = Json::UInt64{verdict.count.joints};
-    json["states"]["a"] = Json::UInt64{verdict.count.states[0]};
-    json["states"]["b"] = Json::UInt64{verdict.count.states[1]};
-    json["calls"] = Json::UInt64{verdict.count.questions};
-    json["paths"] = Json::UInt64{verdict.count.paths};
-    json["troubles"] = JsonList(verdict.troubles);
-    return json;
-}
-
-std::string LastLine(const Verdict& verdict) {
-    return !verdict.differences.empty() ? "The providers differ."
-           : verdict.interrupted        ? "Interrupted; alike so far, and not proven."
-           : !verdict.troubles.empty()  ? "Alike so far, and not proven."
-                                        : "The providers are alike" + verdict.closed + ".";
-}
-
-// About the second provider, which is the one that somebody wants to ship.
-program::Findings FindingsOf(const Inputs& inputs, const DiffOptions& options,
-                             const Verdict& verdict) {
-    program::Findings findings = {"vtv explore diff", {}, verdict.troubles};
-    std::size_t number = 0;
-    for (const Shown& shown : verdict.differences) {
-        const std::string& question = shown.difference.question;
-        const SourcePlace place = PlaceOf(question, options.other);
-        findings.list.push_back({question, "The providers answer " + question + " alike.",
-                                 ToText(inputs, shown, ++number), place.file, place.line});
-    }
-    if (verdict.interrupted) {
-        findings.troubles.emplace_back("interrupted: not everything was compared");
-    }
-    return findings;
-}
-
-int Show(const Inputs& inputs, const DiffOptions& options, const Verdict& verdict) {
-    if (options.format == Format::kJson) {
-        program::Print(vtv::PrettyJson(ToJson(inputs, verdict)) + "\n", program::Form::kJson);
-    } else if (options.format != Format::kText) {
-        PrintFindings(options.format, FindingsOf(inputs, options, verdict));
-    } else if (!options.brief) {
-        std::size_t number = 0;
-        for (const Shown& shown : verdict.differences) {
-            program::Print(ToText(inputs, shown, ++number), program::Form::kText);
-        }
-    }
-    for (const std::string& trouble : verdict.troubles) {
-        std::fprintf(stderr, "vtv explore diff: %s\n", program::OneLine(trouble).c_str());
-    }
-    if (options.format == Format::kText) {
-        std::printf("%s\n", LastLine(verdict).c_str());
-    }
-    if (!verdict.differences.empty()) {
-        return kExitNo;
-    }
-    return verdict.troubles.empty() && !verdict.interrupted ? kExitOk : kExitTrouble;
-}
-
-std::string FileOf(const DiffOptions& options, std::size_t number, const char* end) {
-    std::filesystem::create_directories(options.scenarios);
-    return options.scenarios + "/difference-" + std::to_string(number) + end;
+// A difference in words. The texts of its files are left to whoever knows what it needs.
+ShownDifference Shown(const Inputs& inputs, const Difference& difference) {
+    ShownDifference shown;
+    shown.onlyA = difference.onlyA;
+    shown.onlyB = difference.onlyB;
+    shown.questions = difference.questions;
+    shown.paths = difference.paths;
+    shown.question = difference.question;
+    shown.smallest = Describe(inputs, difference.smallest);
+    shown.nearness = difference.nearness;
+    return shown;
 }
 
 // ---------------------------------------------------------------------------------------------
 // In every pair of states
 // ---------------------------------------------------------------------------------------------
 
-Verdict CompareWalking(Inputs& inputs, const DiffOptions& options,
-                       const std::vector<const Question*>& questions) {
+DiffResult CompareWalking(Inputs& inputs, const DiffOptions& options,
+                          const std::vector<const Question*>& questions) {
     WalkComparison comparison(inputs, options, questions);
     comparison.Run();
     const Walk& walk = comparison.Walked();
-    const Calls& calls = comparison.AllCalls();
-    Verdict verdict;
-    verdict.count = walk.Count();
-    verdict.troubles = verdict.count.open;
-    verdict.interrupted = IsInterrupted();
+    DiffResult result;
+    result.count = walk.Count();
+    result.troubles = result.count.open;
+    result.interrupted = IsInterrupted();
+    result.runs = TotalRuns();
     ReportUnknownKeys(walk.UnknownKeys(), inputs);
-    for (const Difference& found : comparison.Found()) {
-        Shown& shown = verdict.differences.emplace_back();
-        shown.difference = found;
-        shown.difference.smallest.policy = PlaceOfPolicy(inputs, walk.PublishedIn(found.joint));
+    for (Difference& difference : comparison.Found()) {
+        const Difference found = difference;
+        difference.smallest.policy = PlaceOfPolicy(inputs, walk.PublishedIn(found.joint));
+        ShownDifference& shown = result.differences.emplace_back(Shown(inputs, difference));
         shown.calls = walk.CallsTo(found.joint);
-        if (options.scenarios.empty()) {
+        if (!options.HasFiles()) {
             continue;
         }
-        const std::size_t number = verdict.differences.size();
-        const std::string scenario =
-            walk.IsOfAPage(found.joint) ? ScenarioOf(inputs, shown.difference) : "";
-        if (!scenario.empty()) {
-            shown.scenario = FileOf(options, number, ".toml");
-            WriteScenarioFile(shown.scenario, scenario);
-        }
+        shown.scenario = walk.IsOfAPage(found.joint) ? ScenarioOf(inputs, difference) : "";
         if (!found.recordA.empty()) {
-            shown.callsFile = FileOf(options, number, ".calls.toml");
-            WriteScenarioFile(shown.callsFile, ToCallsFile(inputs, options, calls, walk, found));
+            shown.callsFile = ToCallsFile(inputs, options, comparison.AllCalls(), walk, found);
         }
     }
-    const WalkCount& count = verdict.count;
-    verdict.closed = " after every sequence of calls: closed with " +
-                     BigNumber(count.joints).ToString() + " pairs of states, " +
-                     BigNumber(count.questions).ToString() + " questions in them and " +
-                     BigNumber(count.paths).ToString() + " paths";
-    if (options.shard.count > 1) {
-        verdict.closed += ", in part " + std::to_string(options.shard.index + 1) + " of " +
-                          std::to_string(options.shard.count) + " of the work";
-    }
-    return verdict;
+    return result;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -327,7 +171,7 @@ class Rounds {
   private:
     // Of both: whether the task is done again.
     bool Take(BytesReader bytes) {
-        Merge(bytes.Next<std::vector<Difference>>(), inputs_, differences_);
+        Merge(bytes.Next<std::vector<Difference>>(), differences_);
         unknown_.merge(bytes.Next<std::set<std::string>>());
         isClosed_ = bytes.Next<bool>() && isClosed_;
         return false;
@@ -337,12 +181,10 @@ class Rounds {
         const auto step = static_cast<std::size_t>(result.step);
         Difference difference;
         difference.onlyB = {"one of them " + result.trouble};
-        difference.question =
-            step < questions_.size() ? questions_[step]->name : "delete_provider and its like";
-        difference.questions = {difference.question};
-        difference.paths = 1;
-        difference.smallest = {result.task, result.path, {}};
-        Add(differences_, inputs_, difference);
+        Place(difference, inputs_,
+              step < questions_.size() ? questions_[step]->name : "delete_provider and its like",
+              {result.task, result.path, {}});
+        Add(differences_, difference);
         // What goes wrong without a question goes wrong again.
         const bool isNew =
             skipped_[static_cast<std::size_t>(result.task)].insert(result.step).second;
@@ -358,26 +200,20 @@ class Rounds {
     bool isClosed_ = true;
 };
 
-Verdict CompareInRounds(const Inputs& inputs, const DiffOptions& options,
-                        const std::vector<const Question*>& questions) {
+DiffResult CompareInRounds(const Inputs& inputs, const DiffOptions& options,
+                           const std::vector<const Question*>& questions) {
     Rounds rounds(inputs, options, questions);
     rounds.Run();
-    Verdict verdict;
+    DiffResult result;
+    result.isWalked = false;
+    result.runs = TotalRuns();
     for (const Difference& difference : rounds.Found()) {
-        Shown& shown = verdict.differences.emplace_back(Shown{difference, {}, "", ""});
-        const std::string scenario =
-            options.scenarios.empty() ? "" : ScenarioOf(inputs, difference);
-        if (!scenario.empty()) {
-            shown.scenario = FileOf(options, verdict.differences.size(), ".toml");
-            WriteScenarioFile(shown.scenario, scenario);
-        }
+        ShownDifference& shown = result.differences.emplace_back(Shown(inputs, difference));
+        shown.scenario = options.HasFiles() ? ScenarioOf(inputs, difference) : "";
     }
-    verdict.troubles = rounds.Troubles();
-    verdict.interrupted = IsInterrupted();
-    verdict.closed =
-        ", as far as single questions show it: this program is built with a "
-        "sanitizer, so no state of theirs could be put back";
-    return verdict;
+    result.troubles = rounds.Troubles();
+    result.interrupted = IsInterrupted();
+    return result;
 }
 
 }  // namespace
@@ -387,18 +223,18 @@ int DiffMain(const DiffOptions& options) {
     const std::vector<const Question*> questions = QuestionsOf(options.names, ThoroughQuestions());
     CheckSubject(options.provider);
     CheckSubject(options.other);
-    Verdict verdict = Arena::IsServed() ? CompareWalking(inputs, options, questions)
-                                        : CompareInRounds(inputs, options, questions);
-    if (verdict.differences.empty()) {
+    DiffResult result = Arena::IsServed() ? CompareWalking(inputs, options, questions)
+                                          : CompareInRounds(inputs, options, questions);
+    if (result.differences.empty()) {
         CommonOptions other = options;
         other.provider = options.other;
         for (const CommonOptions& asked : {CommonOptions(options), other}) {
-            const Lines unnamed = AskBeyond(inputs, questions, asked);
-            verdict.troubles.insert(verdict.troubles.end(), unnamed.begin(), unnamed.end());
+            const Lines unnamed = AskBeyond(inputs, ShareOf(questions, options.shard), asked);
+            result.troubles.insert(result.troubles.end(), unnamed.begin(), unnamed.end());
         }
     }
     ReportRate(options.quiet);
-    return Show(inputs, options, verdict);
+    return Show(options, result);
 }
 
 }  // namespace explorer

@@ -1,10 +1,13 @@
 // Two providers asked the same in every state.
 #pragma once
 
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "explorer/asking/exploration.h"
+#include "explorer/asking/nearness.h"
 #include "explorer/asking/walk.h"
 #include "explorer/tv/state.h"
 
@@ -20,13 +23,19 @@ struct DiffOptions : CommonOptions {
     bool all = false;                // does not stop at the first difference
     WalkBounds bounds;
     std::string scenarios;  // folder for scenario files; empty: none
+
+    // A part's are written where all parts are merged.
+    bool HasFiles() const { return !scenarios.empty() || shard.IsPart(); }
+    // No part knows what the others find: it ends with what is nearest only where that is all that
+    // is asked.
+    bool FindsAll() const { return all || (shard.IsPart() && !brief); }
 };
 
 // States in which the two differ in the same way.
 struct Difference {
     std::vector<std::string> onlyA;  // what only the first does
     std::vector<std::string> onlyB;
-    std::vector<std::string> questions;
+    std::set<std::pair<int, std::string>> questions;  // with their places among the calls
     std::uint64_t paths = 0;
     State smallest;
     std::string question;  // of the smallest state
@@ -34,15 +43,13 @@ struct Difference {
     std::string recordB;
     int joint = -1;  // what they remember then; -1: as Subject creates them
     int call = -1;   // that shows it
-    int length = 1;  // calls up to that one
+    Nearness nearness;
 
     template <typename Bytes>
     void Members(Bytes& bytes) {
         bytes(onlyA, onlyB, questions, paths, smallest, question, recordA, recordB, joint, call,
-              length);
+              nearness);
     }
-    // The shortest sequence, then the state nearest to a usual TV.
-    bool IsNearerThan(const Difference& other, const Inputs& inputs) const;
 };
 
 // Exit codes as those of diff: 0 alike, 1 different, 2 trouble.

@@ -40,27 +40,21 @@ WalkWork WalkComparison::Work() {
     work.see = [this](const Seen& seen) { return See(seen); };
     work.seen = [this] { return ToBytes(ListOf(differences_)); };
     work.take = [this](BytesReader seen) {
-        Merge(seen.Next<std::vector<Difference>>(), inputs_, differences_);
+        Merge(seen.Next<std::vector<Difference>>(), differences_);
     };
     work.note = [this](int joint, int call, const WorkerResult& result) {
         // One of the two is at fault: that is a difference to look at, unless both are.
         Difference difference;
         difference.onlyB = {"one of them " + result.trouble};
-        difference.question = calls_.NameOf(call);
-        difference.questions = {difference.question};
-        difference.paths = 1;
-        difference.smallest = {0, result.path, {}};
-        difference.joint = joint;
-        difference.call = call;
-        difference.length = LengthOf(joint, call);
-        Add(differences_, inputs_, difference);
+        AddAt(joint, call, {0, result.path, {}}, difference);
     };
     work.found = [this] {
         int nearest = 0;
         for (const auto& [key, difference] : differences_) {
-            nearest = nearest == 0 ? difference.length : std::min(nearest, difference.length);
+            nearest = nearest == 0 ? difference.nearness.length
+                                   : std::min(nearest, difference.nearness.length);
         }
-        return options_.all ? 0 : nearest;
+        return options_.FindsAll() ? 0 : nearest;
     };
     return work;
 }
@@ -80,21 +74,32 @@ bool WalkComparison::See(const Seen& seen) {
     const std::string b(seen.records[1]);
     // The state's documents are told as the first provider found them.
     seen.again();
-    Difference difference =
-        DifferenceOf(a, b, calls_.NameOf(seen.call), CurrentState(0, seen.choices));
-    difference.joint = seen.joint;
-    difference.call = seen.call;
-    difference.length = LengthOf(seen.joint, seen.call);
-    Add(differences_, inputs_, difference);
+    // A path that is looked at another time as well is one path; that time comes unless the walk
+    // ends with this.
+    const bool isCounted = seen.isCounted || !options_.FindsAll();
+    AddAt(seen.joint, seen.call, CurrentState(0, seen.choices), DifferenceOf(a, b), isCounted);
     return !options_.brief;
+}
+
+void WalkComparison::AddAt(int joint, int call, const State& state, Difference difference,
+                           bool isCounted) {
+    difference.joint = joint;
+    difference.call = call;
+    Place(difference, inputs_, calls_.NameOf(call), state);
+    difference.nearness.length = LengthOf(joint, call);
+    difference.paths = isCounted ? 1 : 0;
+    Add(differences_, difference);
 }
 
 std::vector<Difference> WalkComparison::Found() const {
     std::vector<Difference> found = ListOf(differences_);
-    std::stable_sort(found.begin(), found.end(), [&](const Difference& a, const Difference& b) {
-        return a.IsNearerThan(b, inputs_);
+    std::stable_sort(found.begin(), found.end(), [](const Difference& a, const Difference& b) {
+        return a.nearness < b.nearness;
     });
-    if (!options_.all && found.size() > 1) {
+    for (Difference& difference : found) {
+        difference.paths = std::max<std::uint64_t>(1, difference.paths);
+    }
+    if (!options_.FindsAll() && found.size() > 1) {
         found.resize(1);
     }
     return found;

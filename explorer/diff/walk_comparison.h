@@ -33,6 +33,8 @@ class WalkComparison {
   private:
     WalkWork Work();
     bool See(const Seen& seen);
+    void AddAt(int joint, int call, const State& state, Difference difference,
+               bool isCounted = true);
     int LengthOf(int joint, int call) const;
 
     const Inputs& inputs_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <tuple>
 
 #include "explorer/engine/memory.h"
 #include "explorer/tv/lazy_tv.h"
@@ -17,7 +18,7 @@ std::string NameOf(const Question* question) {
     return question != nullptr ? question->name : "the page";
 }
 
-void AddTo(std::vector<Violation>& violations, const Inputs& inputs, const Violation& one) {
+void AddTo(std::vector<Violation>& violations, const Violation& one) {
     const auto known = std::find_if(violations.begin(), violations.end(),
                                     [&](const Violation& other) { return other.what == one.what; });
     if (known == violations.end()) {
@@ -25,7 +26,7 @@ void AddTo(std::vector<Violation>& violations, const Inputs& inputs, const Viola
         return;
     }
     const std::uint64_t paths = known->paths + one.paths;
-    if (one.IsNearerThan(*known, inputs)) {
+    if (one.nearness < known->nearness) {
         *known = one;
     }
     known->paths = paths;
@@ -60,13 +61,14 @@ Checking::Checking(const Inputs& inputs, const CheckOptions& options,
     work_.note = [this](int joint, int call, const WorkerResult& result) {
         const bool isLife = call < calls_.Count();
         for (const std::size_t invariant : InvariantsOf(call)) {
-            Note(invariant, {result.trouble,
-                             1,
-                             {0, result.path, {}},
-                             isLife ? walk_->NameOf(call) : explorer::NameOf(UnitAt(call).question),
-                             joint,
-                             walk_->At(joint).depth,
-                             {}});
+            Note(invariant, call,
+                 {result.trouble,
+                  1,
+                  {0, result.path, {}},
+                  isLife ? walk_->NameOf(call) : explorer::NameOf(UnitAt(call).question),
+                  joint,
+                  {},
+                  {}});
         }
     };
     walk_.emplace(inputs, options, options.bounds, work_);
@@ -124,8 +126,13 @@ std::vector<Verdict> Checking::Verdicts(Inputs& inputs) const {
         for (Violation violation : found_[i]) {
             violation.smallest.policy = PlaceOfPolicy(inputs, walk_->PublishedIn(violation.joint));
             violation.calls = walk_->CallsTo(violation.joint);
+            violation.paths = std::max<std::uint64_t>(1, violation.paths);
             verdicts[i].violations.push_back(std::move(violation));
         }
+        std::sort(verdicts[i].violations.begin(), verdicts[i].violations.end(),
+                  [](const Violation& a, const Violation& b) {
+                      return std::tie(a.nearness, a.what) < std::tie(b.nearness, b.what);
+                  });
     }
     return verdicts;
 }
@@ -183,21 +190,26 @@ bool Checking::See(const Seen& seen) {
             wrong = WrongIn(seen.records.front());
         }
         if (!wrong.empty()) {
-            Note(invariant,
+            // A path that is looked at another time as well is one path.
+            Note(invariant, seen.call,
                  {wrong,
-                  1,
+                  seen.isCounted ? 1U : 0U,
                   CurrentState(0, seen.choices),
                   isLife ? walk_->NameOf(seen.call) : explorer::NameOf(UnitAt(seen.call).question),
                   seen.joint,
-                  walk_->At(seen.joint).depth,
+                  {},
                   {}});
         }
     }
     return true;
 }
 
-void Checking::Note(std::size_t invariant, const Violation& violation) {
-    AddTo(found_[invariant], inputs_, violation);
+void Checking::Note(std::size_t invariant, int call, Violation violation) {
+    violation.nearness = NearnessOf(inputs_, violation.smallest);
+    violation.nearness.length = walk_->At(violation.joint).depth;
+    violation.nearness.joint = violation.joint;
+    violation.nearness.call = call;
+    AddTo(found_[invariant], violation);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -210,7 +222,7 @@ void Checking::Take(BytesReader seen) {
     for (std::size_t i = 0; i < found.size(); ++i) {
         paths_[i] += paths[i];
         for (const Violation& violation : found[i]) {
-            AddTo(found_[i], inputs_, violation);
+            AddTo(found_[i], violation);
         }
     }
 }

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "check.h"
-#include "explorer/tv/state.h"
+#include "explorer/asking/nearness.h"
 
 namespace explorer {
 
@@ -19,23 +19,19 @@ struct Violation {
     State smallest;
     std::string question;
     int joint = -1;                  // what the provider remembers then
-    int depth = 0;                   // calls that lead there
-    std::vector<std::string> calls;  // the same in words
+    std::vector<std::string> calls;  // that lead there, in words
+    Nearness nearness;
 
     template <typename Bytes>
     void Members(Bytes& bytes) {
-        bytes(what, paths, smallest, question, joint, depth, calls);
-    }
-    bool IsNearerThan(const Violation& other, const Inputs& inputs) const {
-        return depth != other.depth ? depth < other.depth
-                                    : smallest.Weight(inputs) < other.smallest.Weight(inputs);
+        bytes(what, paths, smallest, question, joint, calls, nearness);
     }
 };
 
 struct Verdict {
     const Invariant* invariant = nullptr;
     std::uint64_t paths = 0;
-    std::vector<Violation> violations;  // one for each thing that is wrong
+    std::vector<Violation> violations;  // one for each thing that is wrong, nearest first
 };
 
 class Checking {
@@ -70,7 +66,7 @@ class Checking {
     void Look(LivingProvider& provider, int joint, const Unit& unit);
     void JudgeAll(const explorer::Look& look, const Unit& unit);
     bool See(const Seen& seen);
-    void Note(std::size_t invariant, const Violation& violation);
+    void Note(std::size_t invariant, int call, Violation violation);
     void Take(BytesReader seen);
 
     const Inputs& inputs_;

@@ -47,7 +47,8 @@ std::string ProofOf(const Table& table);
 
 std::string TablesAsText(const std::vector<Table>& tables);
 std::string TablesAsMarkdown(const std::vector<Table>& tables, const std::string& title);
-std::string TablesAsJson(const std::vector<Table>& tables);
+// With what a part says of itself, unless that is null.
+std::string TablesAsJson(const std::vector<Table>& tables, const Json::Value& part = {});
 // One page that needs nothing else, with a diagram for each table.
 std::string TablesAsHtml(const std::vector<Table>& tables, const Exploration& exploration);
 std::string EscapeHtml(const std::string& text);

@@ -8,6 +8,7 @@
 #include "program/counted.h"
 #include "program/visible_text.h"
 #include "table.h"
+#include "table_parts.h"
 
 namespace explorer {
 
@@ -24,11 +25,11 @@ std::vector<Table> MakeTables(const Inputs& inputs, Exploration& exploration) {
     return tables;
 }
 
-std::string AsText(Format format, const std::vector<Table>& tables,
-                   const Exploration& exploration) {
+std::string AsText(Format format, const std::vector<Table>& tables, const Exploration& exploration,
+                   const Json::Value& part) {
     switch (format) {
         case Format::kJson:
-            return TablesAsJson(tables);
+            return TablesAsJson(tables, part);
         case Format::kHtml:
             return TablesAsHtml(tables, exploration);
         case Format::kMarkdown:
@@ -75,32 +76,36 @@ void WriteDocs(const std::string& folder, std::vector<Table>& tables) {
     WriteTextFile(folder + "/README.md", index);
 }
 
-bool IsTrouble(const Exploration& exploration) {
-    return std::any_of(exploration.results.begin(), exploration.results.end(),
-                       [](const QuestionResult& result) { return !result.troubles.empty(); });
+int CodeOf(const std::vector<Table>& tables, const Exploration& exploration) {
+    if (exploration.interrupted || !exploration.unknownKeys.empty()) {
+        return kExitTrouble;
+    }
+    const bool isComplete = std::all_of(tables.begin(), tables.end(),
+                                        [](const Table& table) { return table.complete; });
+    const bool isTrouble =
+        std::any_of(exploration.results.begin(), exploration.results.end(),
+                    [](const QuestionResult& result) { return !result.troubles.empty(); });
+    return isComplete && !isTrouble ? kExitOk : kExitNo;
 }
 
 }  // namespace
 
 int TableMain(const TableOptions& options) {
     const Inputs inputs = LoadInputs(InputsFile(), options.full);
-    std::vector<const Question*> questions = QuestionsOf(options.names);
-    std::vector<const Question*> mine;
-    for (std::size_t i = 0; i < questions.size(); ++i) {
-        if (options.shard.Has(static_cast<int>(i))) {
-            mine.push_back(questions[i]);
-        }
-    }
+    const std::vector<const Question*> questions = QuestionsOf(options.names);
+    const std::vector<const Question*> mine = ShareOf(questions, options.shard);
     const std::unique_ptr<Exploration> exploration = Explore(inputs, mine, options);
+    const std::vector<std::string> unnamed = AskBeyond(inputs, mine, options);
     std::vector<Table> tables = MakeTables(inputs, *exploration);
-    const bool isComplete = std::all_of(tables.begin(), tables.end(),
-                                        [](const Table& table) { return table.complete; });
+    const int code = unnamed.empty() ? CodeOf(tables, *exploration) : kExitTrouble;
     if (!options.docs.empty() && exploration->interrupted) {
         std::fputs("vtv explore: the pages stay as they are\n", stderr);
     } else if (!options.docs.empty()) {
         WriteDocs(options.docs, tables);
     } else {
-        const std::string text = AsText(options.format, tables, *exploration);
+        const std::string text = AsText(
+            options.format, tables, *exploration,
+            options.shard.IsPart() ? PartOf(options, questions, tables, code) : Json::Value());
         if (options.output.empty()) {
             program::Print(text, FormOf(options.format));
         } else {
@@ -108,19 +113,14 @@ int TableMain(const TableOptions& options) {
         }
     }
     ReportUnknownKeys(exploration->unknownKeys, inputs);
-    const std::vector<std::string> unnamed = AskBeyond(inputs, mine, options);
     for (const std::string& line : unnamed) {
         std::fprintf(stderr, "vtv explore: %s\n", program::OneLine(line).c_str());
     }
     ReportRate(options.quiet);
     if (exploration->interrupted) {
         std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
-        return kExitTrouble;
     }
-    if (!exploration->unknownKeys.empty() || !unnamed.empty()) {
-        return kExitTrouble;
-    }
-    return isComplete && !IsTrouble(*exploration) ? kExitOk : kExitNo;
+    return code;
 }
 
 }  // namespace explorer

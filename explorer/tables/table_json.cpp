@@ -24,7 +24,7 @@ Json::Value ToJson(const TableRow& row) {
 
 }  // namespace
 
-std::string TablesAsJson(const std::vector<Table>& tables) {
+std::string TablesAsJson(const std::vector<Table>& tables, const Json::Value& part) {
     Json::Value root;
     root["tables"] = Json::arrayValue;
     for (const Table& table : tables) {
@@ -41,6 +41,9 @@ std::string TablesAsJson(const std::vector<Table>& tables) {
         json["complete"] = table.complete;
         json["troubles"] = JsonList(table.troubles);
         root["tables"].append(json);
+    }
+    if (!part.isNull()) {
+        root["part"] = part;
     }
     return vtv::PrettyJson(root) + "\n";
 }

@@ -281,6 +281,7 @@ TEST_F(OutputTest, EveryExplorationSaysSo) {
         {"depends", {"-q", "enabled:voice"}},
         {"diff", {"--brief", "-q", PROVIDER, PROVIDER, "--only", "help:voice"}},
         {"impact", {"-q", Path("policy.json"), Path("policy.json"), "--tv", "no-voice"}},
+        {"merge", {"--help"}},   // of parts that were made before
         {"replay", {"--help"}},  // plays nothing in a program with a sanitizer
         {"sequences", {"-q", "--depth", "0", "--tv", "no-voice"}},
         {"table", {"-q", "help:voice"}}};
@@ -297,7 +298,7 @@ TEST_F(OutputTest, EveryExplorationSaysSo) {
             EXPECT_EQ(RunInto("", "vtv-explore", words).code, 4) << Line(words);
         }
     }
-    EXPECT_EQ(tried, 7);
+    EXPECT_EQ(tried, 8);
     EXPECT_EQ(RunInto("/dev/full", "vtv-explore", {"--help"}).code, 4);
     const Output file =
         RunInto("/dev/null", "vtv-explore", {"table", "-q", "help:voice", "-o", "/dev/full"});

@@ -12,7 +12,7 @@ CONSUMER = pathlib.Path(__file__).resolve().parent / "consumer"
 BUILD = pathlib.Path(os.environ["BUILD"])
 WHOLE = os.environ["WHOLE"] == "1"
 PLATFORM = os.environ["PLATFORM"]
-EXPLORATIONS = ("check", "depends", "diff", "impact", "replay", "sequences", "table")
+EXPLORATIONS = ("check", "depends", "diff", "impact", "merge", "replay", "sequences", "table")
 
 
 def from_cache(name):
