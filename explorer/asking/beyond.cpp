@@ -101,6 +101,12 @@ class Drawer {
     std::mt19937 random_;
 };
 
+std::vector<Value> NamedValues(const Input& input) {
+    std::vector<Value> named = input.values;
+    named.insert(named.end(), input.others.begin(), input.others.end());
+    return named;
+}
+
 bool IsNamed(const std::vector<Value>& values, const Value& drawn) {
     return std::any_of(values.begin(), values.end(), [&](const Value& value) {
         return value.kind == drawn.kind && value.number == drawn.number && value.text == drawn.text;
@@ -111,6 +117,7 @@ bool IsNamed(const std::vector<Value>& values, const Value& drawn) {
 
 std::vector<Value> DrawnValues(const Input& input, int count) {
     constexpr int TRIES = 20;  // for each
+    const std::vector<Value> named = NamedValues(input);
     std::vector<Value> drawn;
     Drawer drawer(input);
     if (!drawer.HasMore() || input.kind == Input::Kind::kWrite) {
@@ -119,7 +126,7 @@ std::vector<Value> DrawnValues(const Input& input, int count) {
     for (int i = 0; i < count * TRIES && static_cast<int>(drawn.size()) < count; ++i) {
         Value value = drawer.Next();
         value.hasPlaceholder = value.text.find(CURRENT_PLACEHOLDER) != std::string::npos;
-        if (!IsNamed(input.values, value) && !IsNamed(drawn, value)) {
+        if (!IsNamed(named, value) && !IsNamed(drawn, value)) {
             drawn.push_back(std::move(value));
         }
     }
@@ -132,7 +139,11 @@ std::vector<Value> DrawnValues(const Input& input, int count) {
 
 namespace {
 
-using DrawnByInput = std::vector<std::vector<Value>>;
+// Of an input. A TV that has taken one of them knows it by its place in memory.
+struct Values {
+    std::vector<Value> named;
+    std::vector<Value> drawn;
+};
 using Unnamed = std::vector<std::pair<int, std::size_t>>;  // inputs, and places of drawn values
 
 class BeyondExplorer {
@@ -140,20 +151,19 @@ class BeyondExplorer {
     BeyondExplorer(const Subject& subject, const Question& question, Shared& shared)
         : subject_(subject), question_(question), shared_(shared) {}
 
-    Unnamed Run(const DrawnByInput& drawn) {
+    Unnamed Run(const std::vector<Values>& values) {
         Unnamed unnamed;
         AnswersWith(-1, nullptr);
         const std::set<int> read = read_;
         for (const int input : read) {
-            const std::vector<Value>& others = drawn[Place(input)];
-            const std::vector<Value>& named = tv().GetInputs().inputs[Place(input)].values;
+            const auto& [named, drawn] = values[Place(input)];
             std::vector<NodeId> answers = {NONE};  // first the drawn value's, then the named ones'
-            for (const Value& value : others.empty() ? others : named) {
+            for (const Value& value : drawn.empty() ? drawn : named) {
                 answers.push_back(AnswersWith(input, &value));
             }
-            for (std::size_t i = 0; i < others.size() && !IsInterrupted(); ++i) {
-                answers.front() = AnswersWith(input, &others[i]);
-                if (!IsInterrupted() && !Comparison(*this, others[i], named).IsAlike(answers)) {
+            for (std::size_t i = 0; i < drawn.size() && !IsInterrupted(); ++i) {
+                answers.front() = AnswersWith(input, &drawn[i]);
+                if (!IsInterrupted() && !Comparison(*this, drawn[i], named).IsAlike(answers)) {
                     unnamed.emplace_back(input, i);
                 }
             }
@@ -291,9 +301,9 @@ std::vector<std::string> AskBeyond(const Inputs& inputs,
     if (options.beyond == 0) {
         return {};
     }
-    DrawnByInput drawn;
+    std::vector<Values> values;
     for (const Input& input : inputs.inputs) {
-        drawn.push_back(DrawnValues(input, options.beyond));
+        values.push_back({NamedValues(input), DrawnValues(input, options.beyond)});
     }
     std::map<Unnamed::value_type, std::string> unnamed;  // and where it showed
     std::vector<std::string> lines;
@@ -304,7 +314,7 @@ std::vector<std::string> AskBeyond(const Inputs& inputs,
         tv().logLevel = LogLevel::kFiles;
         tv().everything = true;
         tv().notesReads = true;
-        return ToBytes(BeyondExplorer(subject, question, shared).Run(drawn));
+        return ToBytes(BeyondExplorer(subject, question, shared).Run(values));
     };
     const auto where = [&](int policy, int unit) {
         return questions[static_cast<std::size_t>(unit)]->name +
@@ -322,7 +332,7 @@ std::vector<std::string> AskBeyond(const Inputs& inputs,
     WorkUnderPolicies(inputs, options, work);
     for (const auto& [one, place] : unnamed) {
         const Input& input = inputs.inputs[static_cast<std::size_t>(one.first)];
-        const Value& value = drawn[static_cast<std::size_t>(one.first)][one.second];
+        const Value& value = values[static_cast<std::size_t>(one.first)].drawn[one.second];
         lines.push_back(input.name + " = " +
                         (value.kind == Value::Kind::kText ? '"' + value.text + '"' : value.words) +
                         " is answered unlike every value that " + inputs.file + " names (" + place +

@@ -92,6 +92,8 @@ class Reader : private vtv::TomlReader {
                             std::to_string(Coverage::MAX_VALUES) + " of them");
         }
         if (!full_) {
+            input.others.assign(input.values.begin() + static_cast<std::ptrdiff_t>(usual),
+                                input.values.end());
             input.values.resize(usual);
         }
         return input;

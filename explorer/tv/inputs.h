@@ -48,6 +48,7 @@ struct Input {
     std::string type;  // settings and features: "bool", "int" or "string"
     bool isCurrentAssistant = false;
     std::vector<Value> values;
+    std::vector<Value> others;  // that are named as well, but not tried
 };
 
 const char* ToText(Input::Kind kind);  // "setting", "feature", ...

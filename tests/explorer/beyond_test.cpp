@@ -55,6 +55,7 @@ TEST(Beyond, NoNamedValueIsDrawnAndNoneTwice) {
     for (const char* name : {"far-field type", "device kind", "hint entry", "account", "voices"}) {
         const Input& input = InputNamed(inputs, name);
         std::vector<Value> all = input.values;
+        all.insert(all.end(), input.others.begin(), input.others.end());
         const std::vector<Value> drawn = explorer::DrawnValues(input, 40);
         EXPECT_EQ(drawn.size(), 40U) << name;
         for (const Value& value : drawn) {
@@ -118,7 +119,10 @@ TEST(Beyond, WhatIsDrawnIsAnsweredAsSomeNamedValue) {
 }
 
 TEST_F(LackingInputs, ANumberThatIsAnsweredUnlikeEveryNamedOneIsTold) {
-    Replace("microphone_type\"\nvalues = [1, 0, 2, -1,", "microphone_type\"\nvalues = [0, -1,");
+    const std::string fails = "{ fails = -22 }, { fails = -1 }]\n";
+    Replace("microphone_type\"\nvalues = [1, 0, 2, -1, " + fails +
+                "full = [3, 4, 5, 6, 7, 8, 2147483647, -2147483648]",
+            "microphone_type\"\nvalues = [0, -1, " + fails);
     const ProcessResult result = RunExplorer({"table", "-q", "--beyond", "8", "reason:voice"});
     EXPECT_EQ(result.exitCode, 4) << result.output;
     EXPECT_TRUE(std::regex_search(result.errors,
@@ -132,7 +136,7 @@ TEST_F(LackingInputs, ANumberThatIsAnsweredUnlikeEveryNamedOneIsTold) {
 }
 
 TEST_F(LackingInputs, ATextThatIsAnsweredUnlikeEveryNamedOneLeavesADiffUnproven) {
-    Replace("\"fr_FR\", \"ja_JP\", \"\", { fails", "\"\", { fails");
+    Replace("full = [\"en_US,de_DE,en_GB\", \"ja_JP\"]", "");
     const ProcessResult result = RunExplorer({"diff", "-q", "--json", "--beyond", "3", "--only",
                                               "function:CSIMenuUtil::IsMenuLanguageSupportTTS",
                                               ProviderFile(), ProviderFile()});
