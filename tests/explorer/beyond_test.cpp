@@ -143,8 +143,7 @@ TEST_F(LackingInputs, ATextThatIsAnsweredUnlikeEveryNamedOneLeavesADiffUnproven)
     EXPECT_EQ(result.exitCode, 4) << result.errors;
     const JsonDocument json = Parse(result.output);
     EXPECT_FALSE(json["alike"].asBool());
-    ASSERT_FALSE(json["troubles"].empty());
-    EXPECT_TRUE(Has(json["troubles"][0].asString(), "voices = \"")) << json["troubles"];
+    EXPECT_TRUE(Has(json["troubles"].toStyledString(), "voices = ")) << json["troubles"];
 }
 
 TEST(Full, HasMoreValuesAndPoliciesWithUpToSixteenAssistants) {
