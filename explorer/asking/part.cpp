@@ -185,7 +185,6 @@ std::string MissingOf(const std::map<int, PartFile>& parts, int of) {
 
 std::vector<PartFile> ReadParts(const std::vector<std::string>& files) {
     std::map<int, PartFile> parts;
-    std::string firstFile;
     for (const std::string& file : files) {
         PartFile read = ReadPart(file);
         if (!parts.empty()) {
