@@ -172,7 +172,7 @@ Words States(const std::string& verb, const Words& line) {
 Words WordsFor(const CLI::App& app, const std::string& what, const Words& line) {
     const std::string verb = program::FullName(app);
     if (what == "EXPLORATION") {
-        return {"table", "check", "sequences", "diff", "depends", "impact"};
+        return {"table", "check", "sequences", "diff", "replay", "merge", "depends", "impact"};
     }
     if (what == "--tv" && verb == "vtv impact") {
         return Models();

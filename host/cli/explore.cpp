@@ -12,7 +12,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr char kExplorations[] = "table, check, sequences, diff, depends or impact";
+constexpr char kExplorations[] = "table, check, sequences, diff, replay, merge, depends or impact";
 
 [[noreturn]] void BecomeExplorer(const Common& common, const Words& arguments) {
     const std::string program =
@@ -40,6 +40,10 @@ void Explore(const Common& common, const CLI::App& verb, const std::string& expl
     if (!common.provider.empty() && words.front() == "diff") {
         throw vtv::Error(vtv::ErrorKind::kUsage,
                          "vtv explore diff: --provider has no effect here: name both providers.");
+    }
+    if (!common.provider.empty() && words.front() == "merge") {
+        throw vtv::Error(vtv::ErrorKind::kUsage,
+                         "vtv explore merge: --provider has no effect here: no provider is asked.");
     }
     BecomeExplorer(common, words);
 }

@@ -179,6 +179,7 @@ INSTANTIATE_TEST_SUITE_P(
             "LinesWithoutLogs", {"explore", "diff", "a", "b", "--lines", "--no-logs"}, "--lines"},
         Useless{
             "ProviderOfDiff", {"explore", "--provider", PROVIDER, "diff", "a", "b"}, "--provider"},
+        Useless{"ProviderOfMerge", {"explore", "--provider", PROVIDER, "merge", "a"}, "--provider"},
         Useless{"ImpactInTwoForms", {"impact", "a", "b", "--json", "--html"}, "--json"},
         Useless{"TableInTwoForms", {"explore", "table", "--json", "--html"}, "--json"},
         Useless{"TableInTwoOtherForms", {"explore", "table", "--html", "--markdown"}, "--html"},
