@@ -154,7 +154,7 @@ find_sources() {
 
 leg_shell() {
     local scripts
-    mapfile -t scripts < <(grep -rlE --exclude-dir=build --exclude-dir=.git '^#!.*\b(bash|sh)$|^# shellcheck shell=' .)
+    mapfile -t scripts < <(grep -rlE --exclude-dir=build --exclude-dir=.git --exclude='*.md' '^#!.*\b(bash|sh)$|^# shellcheck shell=' .)
     shellcheck "${scripts[@]}"
 }
 
