@@ -11,6 +11,7 @@
 #include "vtv_process.h"
 
 using testing::AllOf;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 
 namespace fs = std::filesystem;
@@ -139,7 +140,7 @@ TEST_F(SignalTest, AValidationThatIsEndedShowsWhatItFound) {
         usleep(500000);
         const Output output = validation.Interrupt(signal);
         EXPECT_EQ(output.code, 128 + signal);
-        EXPECT_THAT(output.out, HasSubstr(" checks, 0 failed"));
+        EXPECT_THAT(output.out, ContainsRegex(" checks?, 0 failed"));
         EXPECT_TRUE(IsCleanSoon());
     }
 }
