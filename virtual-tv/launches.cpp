@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "applications.h"
+#include "serve.h"
 #include "virtual-tv/model/json_text.h"
 
 namespace vtv {
@@ -21,6 +22,19 @@ std::string FileOf(const std::string& tvDir) {
 
 [[noreturn]] void FailToRead(const std::string& file, int error) {
     throw Error(ErrorKind::kPlatform, file + ": cannot be read: " + std::strerror(error) + ".");
+}
+
+// What kept it from being written whole; empty when nothing did.
+std::string AppendLine(const std::string& file, const std::string& line) {
+    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
+    const ssize_t written = fd < 0 ? -1 : write(fd, line.data(), line.size());
+    const int error = written < 0 ? errno : ENOSPC;
+    if (fd >= 0) {
+        close(fd);
+    }
+    return written == static_cast<ssize_t>(line.size())
+               ? ""
+               : file + ": the launch cannot be recorded: " + std::strerror(error) + ".";
 }
 
 // Throws Json::Exception for a line that is no record.
@@ -59,20 +73,16 @@ void RecordLaunch(Tv::Impl& tv, const Launch& launch) {
         pair.append(value);
         json["extras"].append(pair);
     }
-    const std::string line = CompactJson(json) + "\n";
-    const int fd =
-        open(FileOf(tv.dir).c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
-    const bool written =
-        fd >= 0 && write(fd, line.data(), line.size()) == static_cast<ssize_t>(line.size());
-    if (fd >= 0) {
-        close(fd);
+    const std::string problem = AppendLine(FileOf(tv.dir), CompactJson(json) + "\n");
+    if (!problem.empty()) {
+        NoteFailure(tv, problem);
     }
     std::string text = "launch of " + launch.appId;
     for (const auto& [key, value] : launch.extras) {
         text += " " + key + "=" + value;
     }
     tv.LogLine(Succeeded(launch) ? kInfo : kError,
-               text + ": " + launch.outcome + (written ? "" : " (and could not be recorded)"));
+               text + ": " + launch.outcome + (problem.empty() ? "" : " (" + problem + ")"));
 }
 
 std::uint64_t Tv::LaunchMark() const {

@@ -73,24 +73,27 @@ std::vector<std::string> CataloguesOrEnglish(const std::string& language) {
     return found.empty() ? CataloguesFor("en") : found;
 }
 
+constexpr std::uint32_t kMagic = 0x950412de;
+
+// A number of a compiled catalogue, whose machine may have had the other order of bytes.
+std::uint32_t NumberAt(const std::string& catalogue, size_t at) {
+    const auto littleEndian = [&](size_t place) {
+        std::array<unsigned char, 4> b{};
+        std::memcpy(b.data(), catalogue.data() + place, b.size());
+        return b[0] | b[1] << 8U | b[2] << 16U | std::uint32_t{b[3]} << 24U;
+    };
+    const std::uint32_t number = littleEndian(at);
+    return littleEndian(0) == kMagic ? number : __builtin_bswap32(number);
+}
+
 // What a compiled catalogue must be for the C library to read it safely: it looks at a header only,
 // and finds texts wherever the file says that they are.
 std::string FaultOf(const std::string& catalogue) {
-    constexpr std::uint32_t kMagic = 0x950412de;
     constexpr size_t kHeader = 28;
     if (catalogue.size() < kHeader) {
         return catalogue.empty() ? "it is empty" : "it ends within its header";
     }
-    bool swapped = false;
-    const auto number = [&](size_t at) {
-        std::array<unsigned char, 4> b{};
-        std::memcpy(b.data(), catalogue.data() + at, b.size());
-        if (swapped) {
-            std::reverse(b.begin(), b.end());
-        }
-        return b[0] | b[1] << 8U | b[2] << 16U | std::uint32_t{b[3]} << 24U;
-    };
-    swapped = number(0) != kMagic;
+    const auto number = [&](size_t at) { return NumberAt(catalogue, at); };
     if (number(0) != kMagic) {
         return "it is no compiled catalogue";
     }
@@ -114,32 +117,41 @@ std::string FaultOf(const std::string& catalogue) {
     return "";
 }
 
-// Why the catalogue of a language answers nothing; empty for one that does.
-std::string ProblemOf(const std::string& language) {
-    constexpr char kRemedy[] =
-        " The page shows ids in place of its texts. Install vtv again, or make the catalogue "
-        "anew: msgfmt -o ";
-    const std::string file = FileOf(language);
-    std::string reason;
-    try {
-        const std::string fault = FaultOf(ReadTextFile(file));
-        reason = fault.empty() ? "" : file + ": this catalogue of texts is damaged: " + fault + ".";
-    } catch (const Error& error) {
-        reason = error.what();
-        reason += reason.back() == '.' ? "" : ".";
-    }
-    return reason.empty() ? "" : reason + kRemedy + file + " " + language + ".po";
+// The first id of a sound catalogue; null for one without texts.
+const char* FirstId(const std::string& catalogue) {
+    return NumberAt(catalogue, 8) == 0
+               ? nullptr
+               : catalogue.c_str() + NumberAt(catalogue, NumberAt(catalogue, 12) + 4);
 }
 
-// One that is damaged is left alone: the page then shows the ids themselves.
-std::string SoundCatalogues(const std::string& language) {
-    std::string sound;
-    for (const std::string& name : CataloguesOrEnglish(language)) {
-        if (ProblemOf(name).empty()) {
-            sound += (sound.empty() ? "" : ":") + name;
+// A catalogue's bytes, and why it answers nothing: empty for one that does.
+struct Catalogue {
+    std::string bytes;
+    std::string problem;
+    bool unread = false;  // it is there, and may be sound
+};
+
+std::string WithRemedy(const std::string& language, const std::string& reason) {
+    return reason + (reason.back() == '.' ? "" : ".") +
+           " The page shows ids in place of its texts. Install vtv again, or make the catalogue "
+           "anew: msgfmt -o " +
+           FileOf(language) + " " + language + ".po";
+}
+
+Catalogue ReadCatalogue(const std::string& language) {
+    const std::string file = FileOf(language);
+    Catalogue catalogue;
+    try {
+        catalogue.bytes = ReadTextFile(file);
+        if (const std::string fault = FaultOf(catalogue.bytes); !fault.empty()) {
+            catalogue.problem =
+                WithRemedy(language, file + ": this catalogue of texts is damaged: " + fault);
         }
+    } catch (const Error& error) {
+        catalogue.problem = WithRemedy(language, error.what());
+        catalogue.unread = error.kind() == ErrorKind::kPlatform;
     }
-    return sound.empty() ? "C" : sound;
+    return catalogue;
 }
 
 // gettext looks at LANGUAGE in every locale but "C"; C.UTF-8 exists on every system.
@@ -176,6 +188,38 @@ class SpeakAsTv {
     std::optional<std::string> formerLanguage_;
 };
 
+// The C library reads a catalogue at the first look-up, once for the whole process, and says
+// nothing when it cannot.
+bool IsLoaded(const std::string& language, const Catalogue& catalogue) {
+    const char* const id = FirstId(catalogue.bytes);
+    if (id == nullptr) {
+        return true;
+    }
+    catalogues = language;
+    const SpeakAsTv tv;
+    return dcgettext(kDomain, id, LC_MESSAGES) != id;  // the id itself stands for no text
+}
+
+// One that is damaged is left alone: the page then shows the ids themselves.
+std::string SoundCatalogues(const std::string& language) {
+    std::string sound;
+    for (const std::string& name : CataloguesOrEnglish(language)) {
+        Catalogue catalogue = ReadCatalogue(name);
+        if (catalogue.problem.empty() && !IsLoaded(name, catalogue)) {
+            catalogue.problem = WithRemedy(
+                name, FileOf(name) + ": the C library cannot read this catalogue of texts");
+            catalogue.unread = true;
+        }
+        if (catalogue.unread) {
+            NoteUnread(catalogue.problem);
+        }
+        if (catalogue.problem.empty()) {
+            sound += (sound.empty() ? "" : ":") + name;
+        }
+    }
+    return sound.empty() ? "C" : sound;
+}
+
 }  // namespace
 
 std::vector<std::string> Tv::Languages() {
@@ -206,9 +250,9 @@ void BindTexts(const std::string& language) {
                     "(/usr/lib/locale/C.utf8, of the package libc-bin): " +
                         std::string(std::strerror(errno)) + ".");
     }
-    catalogues = SoundCatalogues(language);
     bindtextdomain(kDomain, LocaleDir().c_str());
     bind_textdomain_codeset(kDomain, "UTF-8");
+    catalogues = SoundCatalogues(language);
 }
 
 std::string Text(const std::string& id) {
@@ -230,7 +274,7 @@ std::optional<std::string> TextIn(const std::string& language, const std::string
 std::vector<std::string> ProblemsOfTexts(const std::string& language) {
     std::vector<std::string> problems;
     for (const std::string& name : CataloguesOrEnglish(language)) {
-        if (std::string problem = ProblemOf(name); !problem.empty()) {
+        if (std::string problem = ReadCatalogue(name).problem; !problem.empty()) {
             problems.push_back(std::move(problem));
         }
     }

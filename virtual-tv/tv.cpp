@@ -322,9 +322,15 @@ void NoteFailure(Tv::Impl& tv, const std::string& text) {
     }
 }
 
+void NoteUnread(const std::string& why) {
+    if (unread.empty()) {
+        unread = why;
+    }
+}
+
 void ReportException(Tv::Impl& tv, const char* function, const std::exception& exception) {
-    if (dynamic_cast<const Unreadable*>(&exception) != nullptr && unread.empty()) {
-        unread = exception.what();
+    if (dynamic_cast<const Unreadable*>(&exception) != nullptr) {
+        NoteUnread(exception.what());
     }
     tv.LogLine(kError, std::string(function) + ": " + exception.what());
     NoteFailure(tv, exception.what());

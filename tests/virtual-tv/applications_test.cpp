@@ -331,6 +331,18 @@ TEST_F(ApplicationsTest, AProgramThatCannotBeStartedIsAFailedLaunch) {
     EXPECT_FALSE(tv->IsRunning(kWizard));
 }
 
+TEST_F(ApplicationsTest, ALaunchThatCannotBeRecordedIsAFailureWithTheFile) {
+    TurnOn();
+    std::filesystem::create_symlink("/dev/full", tv->Dir() + "/launches.jsonl");
+    tv->LaunchApplication("org.nemra.wizard", {});
+    const std::vector<std::string> failures = tv->TakeFailures();
+    ASSERT_EQ(failures.size(), 1u);
+    EXPECT_EQ(failures[0], tv->Dir() +
+                               "/launches.jsonl: the launch cannot be recorded: No space left on "
+                               "device.");
+    EXPECT_TRUE(LogHas(failures[0]));
+}
+
 TEST_F(ApplicationsTest, LaunchesOfManyProcessesAreAllRecordedWhole) {
     TurnOn();
     tv->SetApplications(vtv::ApplicationMode::kRecord);

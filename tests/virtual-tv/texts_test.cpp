@@ -216,6 +216,56 @@ TEST_F(TextsTest, ATranslationThatIsLongerThanAnyPageHasRoomForIsShownAsItsId) {
     unsetenv("VTV_DATA");
 }
 
+// Whether a TV in the language "xx", whose catalogue is made by that command, says that it is
+// unread.
+bool SaysThatItIsUnread(const TemporaryFolder& folder, const std::string& dir,
+                        const std::string& makeCatalogue) {
+    const std::string catalogue = folder / "locale/xx/LC_MESSAGES/si-ready.mo";
+    std::filesystem::create_directories(folder / "locale/xx/LC_MESSAGES");
+    std::filesystem::remove(catalogue);
+    EXPECT_EQ(std::system((makeCatalogue + " " + catalogue).c_str()), 0);
+    return InChild([&] {
+               setenv("VTV_DATA", folder.Path().c_str(), 1);
+               vtv::Tv tv(dir);
+               tv.SetLanguage("xx");
+               vtv::PowerOn(tv);
+               return vtv::Tv::Unread().find(catalogue) != std::string::npos ? 1 : 0;
+           }) == 1;
+}
+
+// A page of ids, made because a file could not be read at that moment, is no answer.
+TEST_F(TextsTest, ACatalogueThatCannotBeReadIsSaidToBeUnread) {
+    const std::string dir = TurnOn().Dir();
+    WriteText(folder / "xx.po", "msgid \"A\"\nmsgstr \"a\"\n");
+    EXPECT_TRUE(SaysThatItIsUnread(folder, dir, "ln -s si-ready.mo")) << "a link to itself";
+    EXPECT_FALSE(SaysThatItIsUnread(folder, dir, "cp /dev/null")) << "damaged, and read";
+    EXPECT_FALSE(SaysThatItIsUnread(folder, dir, "msgfmt " + (folder / "xx.po") + " -o"));
+}
+
+// Its ids are not sorted, so that the C library does not find them, though all of its parts are in
+// place.
+TEST_F(TextsTest, ACatalogueThatTheCLibraryDoesNotTakeIsSaidToBeUnread) {
+    std::string bytes;
+    const auto add = [&](std::uint32_t number) {
+        for (int byte = 0; byte < 4; ++byte) {
+            bytes += static_cast<char>(number >> (8U * byte));
+        }
+    };
+    constexpr std::uint32_t kIds = 28, kTexts = kIds + 3 * 8, kFirst = kTexts + 3 * 8;
+    for (const std::uint32_t number : {0x950412deU, 0U, 3U, kIds, kTexts, 0U, kFirst}) {
+        add(number);
+    }
+    for (std::uint32_t text = 0; text < 6; ++text) {
+        add(1);
+        add(kFirst + 2 * text);
+    }
+    for (const char* text : {"c", "b", "a", "C", "B", "A"}) {
+        bytes.append(text, 2);
+    }
+    WriteText(folder / "xx.mo", bytes);
+    EXPECT_TRUE(SaysThatItIsUnread(folder, TurnOn().Dir(), "cp " + (folder / "xx.mo")));
+}
+
 // The C library's own texts in two languages that no machine has installed.
 class UserLanguageTest : public TextsTest {
   protected:
