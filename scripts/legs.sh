@@ -94,10 +94,13 @@ leg_fresh() {
     ! deep || scripts/fresh --as-user
 }
 
+# What ./run has built is not built once more for whoever waits.
 leg_gcc() {
-    local tests=gcc
-    ! short || tests=short
-    build_and_test gcc $tests
+    if short; then
+        build_and_test tested short
+    else
+        build_and_test gcc
+    fi
 }
 # The sanitizers take longer over the toolkit than --all has left.
 leg_window() {
