@@ -276,6 +276,6 @@ leg_walks() {
 
 leg_mutants() {
     build gcc
-    tests/explorer/mutants.py --build build/gcc --all
+    tests/explorer/mutants.py --build build/gcc --all --results build/mutants # which goes on where it was interrupted
     tests/broken-on-purpose
 }

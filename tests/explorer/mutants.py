@@ -2,7 +2,8 @@
 """Does `vtv explore diff` tell every faulty provider from the right one?
 
 Edits one place of si-ready/src at a time (a condition, constant, text, order, argument, type, return value, a
-statement that goes, a variable that remembers), builds the library and compares it with the original. A mutant that is not told from the original is listed; those in
+statement that goes, a variable that remembers), builds the library and compares it with the original. One of which the
+compiler makes the very same code is the same program. A mutant that is not told from the original is listed; those in
 tests/explorer/mutants-alike.txt are explained there and do not count as failures.
 
     tests/explorer/mutants.py --build build/dev            # 90 mutants, spread over all sources
@@ -10,16 +11,24 @@ tests/explorer/mutants-alike.txt are explained there and do not count as failure
     tests/explorer/mutants.py --build build/dev --all      # every mutant that can be made
     tests/explorer/mutants.py --build build/dev --faults   # those of tests/explorer/faults.toml, which are told for sure
 
-Exit codes: 0 all were told from the original or are explained, 1 some were not, 2 trouble.
+What takes long can be interrupted, and shared among machines that have the same sources:
+
+    tests/explorer/mutants.py --build build/dev --all --results FILE               # goes on where it was interrupted
+    tests/explorer/mutants.py --build build/dev --all --results FILE --shard 2/8   # the second of eight parts
+    cat FILE... > ALL; tests/explorer/mutants.py --build build/dev --all --results ALL   # the parts together
+
+Exit codes: 0 all were told from the original or are explained, 1 some were not, 2 trouble, 130 interrupted.
 """
 
 import argparse
 import collections
 import concurrent.futures
+import hashlib
 import json
 import os
 import re
 import shlex
+import signal
 import subprocess
 import sys
 import tempfile
@@ -30,6 +39,8 @@ ROOT = os.path.dirname(os.path.dirname(HERE))
 SOURCES = ["SIMenuUtil", "MVAList", "general_voice_visiblechecker",
            "general_voice_enablechecker", "general_voice_dataprovider"]
 QUICK_SOURCES = ["general_voice_visiblechecker", "general_voice_enablechecker"]
+VERDICTS = ("told", "the same code", "explained", "alike", "does not build", "trouble")
+INTERRUPTED = 130
 EXPLAINED = os.path.join(HERE, "mutants-alike.txt")
 
 TOKEN = re.compile(r'''//[^\n]*|R"\((?:.|\n)*?\)"|"(?:\\.|[^"\\\n])*"|'(?:\\.|[^'\\])*'|'''
@@ -221,14 +232,26 @@ class Builder:
             self.objects[name] = os.path.join(self.build, words[words.index("-o") + 1])
         self.script = os.path.join(self.build, "si-ready", "exports.map")
 
-    def make(self, mutant, folder):
-        """The library's file, or None when the mutant does not build."""
-        name = mutant["source"]
-        path = os.path.join(ROOT, "si-ready", "src", name + ".cpp")
-        with open(path, encoding="utf-8") as file:
-            text = file.read()
-        at = mutant["offset"]
-        text = text[:at] + mutant["new"] + text[at + len(mutant["old"]):]
+        # Without the text of a mutant's folder, so that what is the same code is the same file.
+        with tempfile.TemporaryDirectory(prefix="mutant-") as folder:
+            self.codes = {name: self.code_of(self.compiled(name, self.source_of(name), folder)) for name in SOURCES}
+        if not all(self.codes.values()):
+            raise SystemExit(f"mutants: the sources do not compile as in {self.build}: build first")
+
+    @staticmethod
+    def source_of(name):
+        with open(os.path.join(ROOT, "si-ready", "src", name + ".cpp"), encoding="utf-8") as file:
+            return file.read()
+
+    @staticmethod
+    def code_of(made):
+        if made is None:
+            return None
+        with open(made, "rb") as file:
+            return file.read()
+
+    def compiled(self, name, text, folder):
+        """The object file of a source with that text, or None when it does not compile."""
         source = os.path.join(folder, name + ".cpp")
         with open(source, "w", encoding="utf-8") as file:
             file.write(text)
@@ -241,16 +264,69 @@ class Builder:
         made = os.path.join(folder, name + ".o")
         words[words.index("-o") + 1] = made
         words[words.index("-c") + 1] = source
-        if subprocess.run(words + ["-O1", "-w", "-I", os.path.dirname(path)], cwd=self.build,
-                          capture_output=True).returncode != 0:
-            return None
+        sources = os.path.join(ROOT, "si-ready", "src")
+        # In a session of its own, so that Ctrl-C does not look like a mutant that does not compile.
+        done = subprocess.run(words + ["-O1", "-w", "-I", sources, f"-ffile-prefix-map={folder}={sources}"],
+                              cwd=self.build, capture_output=True, start_new_session=True)
+        return made if done.returncode == 0 else None
+
+    def make(self, mutant, folder):
+        """(the library's file, "") or (None, why there is none)."""
+        name = mutant["source"]
+        text = self.source_of(name)
+        at = mutant["offset"]
+        text = text[:at] + mutant["new"] + text[at + len(mutant["old"]):]
+        made = self.compiled(name, text, folder)
+        if made is None:
+            return None, "does not build"
+        if self.code_of(made) == self.codes[name]:
+            return None, "the same code"
         library = os.path.join(folder, "mutant.so")
         objects = [made if other == name else file for other, file in self.objects.items()]
-        link = [words[0], "-shared", "-fPIC", "-o", library, *objects,
+        link = [self.compile[name][0], "-shared", "-fPIC", "-o", library, *objects,
                 "-Wl,--version-script=" + self.script, "-ljsoncpp"]
-        if subprocess.run(link, cwd=self.build, capture_output=True).returncode != 0:
-            return None
-        return library
+        link = [word for word in link if word != "ccache"]
+        done = subprocess.run(link, cwd=self.build, capture_output=True, start_new_session=True)
+        return (library, "") if done.returncode == 0 else (None, "does not build")
+
+
+class Results:
+    """What was found already, one JSON object a line: of a mutant, and of the program and provider that it was found with."""
+
+    def __init__(self, file, judged_by):
+        self.file = file
+        self.digest = hashlib.sha256()
+        for name in judged_by:
+            with open(name, "rb") as one:
+                self.digest.update(one.read())
+        self.digest = self.digest.hexdigest()[:16]
+        self.verdicts = {}
+        if file and os.path.exists(file):
+            with open(file, encoding="utf-8") as lines:
+                for line in lines:
+                    self.take(line)
+
+    def take(self, line):
+        try:
+            found = json.loads(line)
+            if found["with"] == self.digest:
+                self.verdicts[found["mutant"]] = found["verdict"]
+        except (ValueError, KeyError, TypeError):
+            pass  # cut off where the run was ended
+
+    def add(self, mutant, verdict):
+        self.verdicts[mutant["name"]] = verdict
+        if self.file:
+            with open(self.file, "a", encoding="utf-8") as lines:
+                lines.write("\n" * self.is_cut_off()
+                            + json.dumps({"with": self.digest, "mutant": mutant["name"], "verdict": verdict}) + "\n")
+
+    def is_cut_off(self):
+        with open(self.file, "rb") as lines:
+            if lines.seek(0, os.SEEK_END) == 0:
+                return False
+            lines.seek(-1, os.SEEK_END)
+            return lines.read(1) != b"\n"
 
 
 def explained():
@@ -266,32 +342,92 @@ def explained():
 
 def try_mutant(builder, program, original, mutant):
     with tempfile.TemporaryDirectory(prefix="mutant-") as folder:
-        library = builder.make(mutant, folder)
+        library, why = builder.make(mutant, folder)
         if library is None:
-            return "does not build"
+            return why
         only = [word for name in mutant.get("only", []) for word in ("--only", name)]
         command = [program, "diff", "--brief", "--quiet", "--jobs", "1", *only, original, library]
-        result = subprocess.run(command, capture_output=True, text=True)
+        result = subprocess.run(command, capture_output=True, text=True, start_new_session=True)
         return {0: "alike", 1: "told"}.get(result.returncode, "trouble: " + result.stderr.strip())
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+def judged(mutant, verdict, known):
+    """The verdict, by what is known of the mutant beforehand."""
+    if verdict == "alike" and (mutant["name"] in known or mutant["kind"] == "alike"):
+        return "explained"
+    if verdict == "told" and mutant["kind"] == "alike":
+        return "trouble: this change is none that anybody could see"
+    return verdict
+
+
+def try_all(chosen, results, jobs, attempt, tell):
+    """Whether all were tried; Ctrl-C and SIGTERM end it behind those that are being tried."""
+    def once(mutant):
+        return None if mutant["name"] in results.verdicts else attempt(mutant)
+
+    tries = {}
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        former = {number: signal.signal(number, lambda *_: [one.cancel() for one in list(tries)])
+                  for number in (signal.SIGINT, signal.SIGTERM)}
+        try:
+            tries.update((pool.submit(once, mutant), mutant) for mutant in chosen)
+            for one in concurrent.futures.as_completed(tries):
+                if one.cancelled():
+                    continue
+                if one.result() is not None:
+                    results.add(tries[one], one.result())
+                tell(tries[one])
+        finally:
+            for number, handler in former.items():
+                signal.signal(number, handler)
+    return not any(one.cancelled() for one in tries)
+
+
+def part_of(mutants, shard):
+    part, parts = (int(number) for number in shard.split("/"))
+    if not 1 <= part <= parts:
+        raise ValueError
+    return mutants[part - 1::parts]
+
+
+def arguments():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", help="a folder in which the project is built")
     parser.add_argument("--count", type=int, default=90, help="how many mutants (90)")
     parser.add_argument("--sample", action="store_true", help="only one of each kind")
     parser.add_argument("--all", action="store_true", help="every mutant that can be made")
     parser.add_argument("--faults", action="store_true", help="those of faults.toml")
+    parser.add_argument("--shard", metavar="I/N", default="1/1", help="only the Ith of N parts")
+    parser.add_argument("--results", metavar="FILE", help="keeps what is found; what it holds is not tried again")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--json", action="store_true")
     parser.add_argument("--check", action="store_true", help="only say whether the faults fit the sources")
     options = parser.parse_args()
+    if options.build is None and not options.check:
+        parser.error("--build is missing")
+    try:
+        part_of([], options.shard)
+    except ValueError:
+        parser.error(f"--shard is I/N, as 2/8, and not {options.shard}")
+    return options
+
+
+def report(counts, survivors, tried, made, is_whole):
+    print(f'{"" if is_whole else "interrupted: "}{tried} of {made} mutants: ' +
+          ", ".join(f"{number} {what}" for what, number in counts.items() if number))
+    for mutant in survivors:
+        if mutant["verdict"] == "alike":
+            print("not told from the original: " + mutant["name"])
+        elif mutant["verdict"].startswith("trouble"):
+            print("trouble: " + mutant["name"] + "\n" + mutant["verdict"])
+
+
+def main():
+    options = arguments()
     if options.check:
         print(f"{len(chosen_faults())} faults fit their sources")
         return 0
 
-    if options.build is None:
-        parser.error("--build is missing")
     program = os.path.join(options.build, "bin", "vtv-explore")
     original = os.path.join(options.build, "lib", "libsi-ready.so")
     for file in (program, original):
@@ -300,36 +436,32 @@ def main():
             return 2
     builder = Builder(options.build)
     mutants = all_mutants()
-    made = len(mutants)
-    chosen = (chosen_faults() if options.faults else mutants if options.all
-              else one_of_each_kind(mutants) if options.sample else spread(mutants, options.count))
+    chosen = part_of(chosen_faults() if options.faults else mutants if options.all
+                     else one_of_each_kind(mutants) if options.sample else spread(mutants, options.count), options.shard)
     known = explained()
-    counts = {"told": 0, "alike": 0, "explained": 0, "does not build": 0, "trouble": 0}
+    results = Results(options.results, (program, original))
+    counts = dict.fromkeys(VERDICTS, 0)
     survivors = []
-    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        tried = pool.map(lambda m: try_mutant(builder, program, original, m), chosen)
-        for mutant, verdict in zip(chosen, tried):
-            if verdict == "alike" and (mutant["name"] in known or mutant["kind"] == "alike"):
-                verdict = "explained"
-            elif verdict == "told" and mutant["kind"] == "alike":
-                verdict = "trouble: this change is none that anybody could see"
-            counts[verdict.split(":")[0]] += 1
-            mutant["verdict"] = verdict
-            if verdict not in ("told", "explained"):
-                survivors.append(mutant)
-            if not options.json:
-                print(f'{verdict:14} {mutant["kind"]:9} {mutant["source"]}.cpp:{mutant["line"]}: '
-                      f'{mutant["old"].strip()!r} -> {mutant["new"].strip()!r}', flush=True)
+    tried = []
+
+    def tell(mutant):
+        mutant["verdict"] = judged(mutant, results.verdicts[mutant["name"]], known)
+        tried.append(mutant)
+        counts[mutant["verdict"].split(":")[0]] += 1
+        if mutant["verdict"] == "alike" or mutant["verdict"].startswith("trouble"):
+            survivors.append(mutant)
+        if not options.json:
+            print(f'{mutant["verdict"]:14} {mutant["kind"]:9} {mutant["source"]}.cpp:{mutant["line"]}: '
+                  f'{mutant["old"].strip()!r} -> {mutant["new"].strip()!r}', flush=True)
+
+    is_whole = try_all(chosen, results, options.jobs,
+                       lambda mutant: try_mutant(builder, program, original, mutant), tell)
     if options.json:
-        print(json.dumps({"mutants": chosen, "counts": counts, "possible": made}, indent=2))
+        print(json.dumps({"mutants": tried, "counts": counts, "possible": len(mutants), "whole": is_whole}, indent=2))
     else:
-        print(f'{len(chosen)} of {made} mutants: ' +
-              ", ".join(f"{number} {what}" for what, number in counts.items() if number))
-        for mutant in survivors:
-            if mutant["verdict"] == "alike":
-                print("not told from the original: " + mutant["name"])
-            elif mutant["verdict"].startswith("trouble"):
-                print("trouble: " + mutant["name"] + "\n" + mutant["verdict"])
+        report(counts, survivors, len(tried), len(mutants), is_whole)
+    if not is_whole:
+        return INTERRUPTED
     if counts["trouble"]:
         return 2
     return 1 if counts["alike"] else 0
