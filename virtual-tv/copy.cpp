@@ -126,10 +126,15 @@ std::vector<std::string> NamesIn(int dir, const std::string& path) {
         FailToCopy(path, "cannot be read");
     }
     std::vector<std::string> names;
-    while (const dirent* entry = readdir(entries)) {
+    for (errno = 0; const dirent* entry = readdir(entries); errno = 0) {
         names.emplace_back(entry->d_name);
     }
+    const int error = errno;
     closedir(entries);
+    if (error != 0) {
+        errno = error;
+        FailToCopy(path, "cannot be read");
+    }
     std::erase_if(names, [](const std::string& name) { return name == "." || name == ".."; });
     return names;
 }

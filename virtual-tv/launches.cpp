@@ -76,6 +76,7 @@ void RecordLaunch(Tv::Impl& tv, const Launch& launch) {
     const std::string problem = AppendLine(FileOf(tv.dir), CompactJson(json) + "\n");
     if (!problem.empty()) {
         NoteFailure(tv, problem);
+        NoteMachineFailure(problem);
     }
     std::string text = "launch of " + launch.appId;
     for (const auto& [key, value] : launch.extras) {

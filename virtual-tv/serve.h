@@ -31,8 +31,8 @@ bool IsSilenced(const char* function);
 
 // A failure that whoever pressed wants to hear of; see Tv::TakeFailures().
 void NoteFailure(Tv::Impl& tv, const std::string& text);
-// Of what is there and could not be read; the first stands in Tv::Unread().
-void NoteUnread(const std::string& why);
+// The first stands in Tv::MachineFailure().
+void NoteMachineFailure(const std::string& why);
 
 // For calls that return an int error.
 template <typename Body>

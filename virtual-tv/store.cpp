@@ -300,7 +300,7 @@ void Store::Fail(const char* what, std::string_view key, int error) const {
     } else {
         text += " The old value is still there.";
     }
-    throw Error(ErrorKind::kPlatform, text);
+    throw MachineFailed(ErrorKind::kPlatform, text);
 }
 
 void Store::Write(std::string_view key, const Value& value) {
@@ -334,10 +334,10 @@ void Store::Write(std::string_view key, const Value& value) {
         Fail("cannot be written", key, error);
     }
     if (durable && calls.fsync(dirFd_) != 0) {
-        throw Error(ErrorKind::kPlatform,
-                    dir_ + ": \"" + std::string(key) +
-                        "\" was written, but may not survive a power failure: " +
-                        std::strerror(errno) + ".");
+        throw MachineFailed(ErrorKind::kPlatform,
+                            dir_ + ": \"" + std::string(key) +
+                                "\" was written, but may not survive a power failure: " +
+                                std::strerror(errno) + ".");
     }
 }
 
@@ -350,10 +350,10 @@ bool Store::Remove(std::string_view key) {
         Fail("cannot be unset", key, errno);
     }
     if (durability_ == Durability::kDurable && store_file_calls.fsync(dirFd_) != 0) {
-        throw Error(ErrorKind::kPlatform,
-                    dir_ + ": \"" + std::string(key) +
-                        "\" was unset, but may be back after a power failure: " +
-                        std::strerror(errno) + ".");
+        throw MachineFailed(ErrorKind::kPlatform,
+                            dir_ + ": \"" + std::string(key) +
+                                "\" was unset, but may be back after a power failure: " +
+                                std::strerror(errno) + ".");
     }
     return true;
 }

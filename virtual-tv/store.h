@@ -17,15 +17,20 @@
 
 namespace vtv {
 
-// The machine kept something of a TV from being read: it is there, and whoever would go on without
-// it would tell of another TV.
-class Unreadable : public Error {
+// The machine did not do what a TV asked of it: a full disk, a missing permission.
+class MachineFailed : public Error {
+    using Error::Error;
+};
+
+// It kept something from being read: that is there, and whoever would go on without it would tell
+// of another TV.
+class Unreadable : public MachineFailed {
   public:
     // Throws it when the error is one of the machine's and none of the file's.
     static void ThrowIf(int error, const std::string& path);
 
   private:
-    using Error::Error;
+    using MachineFailed::MachineFailed;
 };
 
 class Store {

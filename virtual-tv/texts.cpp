@@ -15,6 +15,7 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <set>
 
 #include "serve.h"
 #include "tv_impl.h"
@@ -37,6 +38,8 @@ constexpr size_t kLongestText = size_t{64} * 1024;
 
 // Those that answer, best first: "de_DE:de".
 std::string catalogues;
+// The files that the C library has read: they answer whatever becomes of them.
+std::set<std::string> loaded;
 // Where they lie: the folder of a catalogue that is tried, or empty.
 std::string triedFolder;
 
@@ -190,7 +193,7 @@ class SpeakAsTv {
 
 // The C library reads a catalogue at the first look-up, once for the whole process, and says
 // nothing when it cannot.
-bool IsLoaded(const std::string& language, const Catalogue& catalogue) {
+bool IsFoundIn(const std::string& language, const Catalogue& catalogue) {
     const char* const id = FirstId(catalogue.bytes);
     if (id == nullptr) {
         return true;
@@ -200,20 +203,32 @@ bool IsLoaded(const std::string& language, const Catalogue& catalogue) {
     return dcgettext(kDomain, id, LC_MESSAGES) != id;  // the id itself stands for no text
 }
 
-// One that is damaged is left alone: the page then shows the ids themselves.
+// Whether the catalogue answers. One that is damaged is left alone: the page then shows the ids
+// themselves.
+bool Load(const std::string& language) {
+    if (loaded.count(FileOf(language)) != 0) {
+        return true;
+    }
+    Catalogue catalogue = ReadCatalogue(language);
+    if (catalogue.problem.empty() && !IsFoundIn(language, catalogue)) {
+        catalogue.problem = WithRemedy(
+            language, FileOf(language) + ": the C library cannot read this catalogue of texts");
+        catalogue.unread = true;
+    }
+    if (catalogue.unread) {
+        NoteMachineFailure(catalogue.problem);
+    }
+    if (!catalogue.problem.empty()) {
+        return false;
+    }
+    loaded.insert(FileOf(language));
+    return true;
+}
+
 std::string SoundCatalogues(const std::string& language) {
     std::string sound;
     for (const std::string& name : CataloguesOrEnglish(language)) {
-        Catalogue catalogue = ReadCatalogue(name);
-        if (catalogue.problem.empty() && !IsLoaded(name, catalogue)) {
-            catalogue.problem = WithRemedy(
-                name, FileOf(name) + ": the C library cannot read this catalogue of texts");
-            catalogue.unread = true;
-        }
-        if (catalogue.unread) {
-            NoteUnread(catalogue.problem);
-        }
-        if (catalogue.problem.empty()) {
+        if (Load(name)) {
             sound += (sound.empty() ? "" : ":") + name;
         }
     }
@@ -274,7 +289,8 @@ std::optional<std::string> TextIn(const std::string& language, const std::string
 std::vector<std::string> ProblemsOfTexts(const std::string& language) {
     std::vector<std::string> problems;
     for (const std::string& name : CataloguesOrEnglish(language)) {
-        if (std::string problem = ReadCatalogue(name).problem; !problem.empty()) {
+        std::string problem = loaded.count(FileOf(name)) != 0 ? "" : ReadCatalogue(name).problem;
+        if (!problem.empty()) {
             problems.push_back(std::move(problem));
         }
     }

@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 namespace {
 
 Tv* current = nullptr;
-std::string unread;  // see Tv::Unread()
+std::string machineFailure;  // see Tv::MachineFailure()
 std::vector<Watcher::Id> ownWatches;
 
 void FollowLanguage(Tv& tv) {
@@ -247,8 +247,8 @@ std::vector<std::string> Tv::TakeFailures() {
     return std::exchange(impl_->failures, {});
 }
 
-const std::string& Tv::Unread() {
-    return unread;
+const std::string& Tv::MachineFailure() {
+    return machineFailure;
 }
 
 const Model& Tv::GetModel() const {
@@ -322,15 +322,15 @@ void NoteFailure(Tv::Impl& tv, const std::string& text) {
     }
 }
 
-void NoteUnread(const std::string& why) {
-    if (unread.empty()) {
-        unread = why;
+void NoteMachineFailure(const std::string& why) {
+    if (machineFailure.empty()) {
+        machineFailure = why;
     }
 }
 
 void ReportException(Tv::Impl& tv, const char* function, const std::exception& exception) {
-    if (dynamic_cast<const Unreadable*>(&exception) != nullptr) {
-        NoteUnread(exception.what());
+    if (dynamic_cast<const MachineFailed*>(&exception) != nullptr) {
+        NoteMachineFailure(exception.what());
     }
     tv.LogLine(kError, std::string(function) + ": " + exception.what());
     NoteFailure(tv, exception.what());

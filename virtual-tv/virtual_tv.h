@@ -130,9 +130,9 @@ class VTV_EXPORT Tv {
     // fail is not among them: the page shows what comes of it.
     std::vector<std::string> TakeFailures();
 
-    // Why something that a platform call of this process asked for could not be read, although it
-    // is there; empty when nothing was. The page that was made without it is no TV's page.
-    static const std::string& Unread();
+    // The first thing that the machine did not do for a platform call of this process: read what is
+    // there, write, record; empty when it did all. A page that was made without it is no TV's page.
+    static const std::string& MachineFailure();
 
     const Model& GetModel() const;
 

@@ -41,10 +41,10 @@ int Report(const std::string& text, int code) {
     return code;
 }
 
-// What was found by looking at a TV that could not be read is neither a yes nor a no.
+// What was found with a TV whose machine failed is neither a yes nor a no.
 int Verdict(int code) {
-    const std::string& unread = vtv::Tv::Unread();
-    return unread.empty() ? code : Report(unread, kPlatform);
+    const std::string& failure = vtv::Tv::MachineFailure();
+    return failure.empty() || code == kPlatform ? code : Report(failure, kPlatform);
 }
 
 // The verb that the arguments name, as far as they were understood: the last one, or the first that

@@ -274,15 +274,15 @@ void Run(Common& common, const RunOptions& options) {
         results.Add(result);
         folder.DoneWith(dirOf(told++));
     };
-    const std::string unread =
+    const std::string machineFailure =
         host::PlayInProcesses(scenarios, Processes(options.jobs), play, GoOn, tell);
     results.Conclude(options);
     common.exitCode = results.ExitCode();
     if (!GoOn()) {
         TellOfSignal(common, *endingSignal, results.Whole() + " of " + Count(scenarios.size()));
     }
-    if (!unread.empty()) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform, unread);
+    if (!machineFailure.empty()) {
+        throw vtv::Error(vtv::ErrorKind::kPlatform, machineFailure);
     }
 }
 

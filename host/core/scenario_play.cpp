@@ -49,6 +49,10 @@ class Player {
             }
             return judge.Failures();
         } catch (const vtv::Error& error) {
+            // What the machine did not do proves nothing of the page.
+            if (error.kind() == vtv::ErrorKind::kPlatform) {
+                throw vtv::Error(error.kind(), Told(error));
+            }
             return {Told(error)};
         } catch (const MeaninglessPress& error) {
             return {Told(error)};

@@ -88,7 +88,7 @@ class HandoverReader {
 std::string ToBytes(const ScenarioResult& result) {
     HandoverWriter writer;
     writer.Plain(HandoverKind::kResult);
-    writer.Text(vtv::Tv::Unread());
+    writer.Text(vtv::Tv::MachineFailure());
     writer.Text(result.file);
     writer.Text(result.title);
     writer.Texts(result.problems);
@@ -125,13 +125,13 @@ std::string ErrorToBytes(HandoverKind kind, int detail, const char* what) {
     }
 }
 
-ScenarioResult ReadHandover(HandoverReader& reader, std::string* unread) {
+ScenarioResult ReadHandover(HandoverReader& reader, std::string* machineFailure) {
     const auto kind = reader.Plain<HandoverKind>();
     if (kind != HandoverKind::kResult) {
         ThrowError(kind, reader);
     }
     const std::string unreadThere = reader.Text();
-    *unread = unread->empty() ? unreadThere : *unread;
+    *machineFailure = machineFailure->empty() ? unreadThere : *machineFailure;
     ScenarioResult result;
     result.file = reader.Text();
     result.title = reader.Text();
@@ -303,7 +303,7 @@ void TellResult(int answer, const std::function<ScenarioResult()>& play) {
 std::string PlayInProcesses(const std::vector<Scenario>& scenarios, size_t jobs,
                             const PlayOne& play, const std::function<bool()>& goOn,
                             const std::function<void(const ScenarioResult& result)>& tell) {
-    std::string unread;
+    std::string machineFailure;
     PlayingProcesses processes(play);
     size_t begun = 0;
     size_t told = 0;
@@ -316,10 +316,10 @@ std::string PlayInProcesses(const std::vector<Scenario>& scenarios, size_t jobs,
                 FailAsEnded(scenarios[told], answer->status);
             }
             HandoverReader reader(answer->bytes);
-            tell(ReadHandover(reader, &unread));
+            tell(ReadHandover(reader, &machineFailure));
         }
         if (processes.Running() == 0) {
-            return unread;
+            return machineFailure;
         }
         processes.WaitForOne();
     }

@@ -4,6 +4,7 @@
     tests/torture/torture.py --build build/gcc --all            # every point
     tests/torture/torture.py --build build/gcc --sample 500     # as many, of every kind
     tests/torture/torture.py --build build/gcc --all load run   # of some scenes (scenes.py)
+    tests/torture/torture.py --build build/gcc --all --call 'write.*launches'   # of some calls
     tests/torture/torture.py --build build/gcc --point 'load 301 full+'
 
 A point is a scene, the number of a call, and what happens to it: "kill", or a trouble of failing_calls.cpp, which with
@@ -18,6 +19,7 @@ import collections
 import multiprocessing
 import pathlib
 import random
+import re
 import sys
 import tempfile
 import time
@@ -38,10 +40,12 @@ def is_killed(call):
     return call.name in CHANGING or "full" in call.troubles or (call.name == "fcntl" and "locks" in call.troubles)
 
 
-def points_of(studio):
-    """(kind, point) of a scene, in the order of its calls."""
+def points_of(studio, wanted):
+    """(kind, point) of a scene, in the order of its calls; of those that are wanted."""
     found = []
     for call, is_loading in studio.loading:
+        if not re.search(wanted, f"{studio.scene.name} {call.name}({call.detail})"):
+            continue
         if is_loading and not studio.scene.loads and call.name != "execve":
             continue
         hows = [trouble + more for trouble in call.troubles for more in ("", "+")]
@@ -88,8 +92,8 @@ def try_point(point):
     return point, *studio_of(point.scene).strike(point.number, point.how)
 
 
-def list_points(name):
-    return points_of(studio_of(name))
+def list_points(name, wanted):
+    return points_of(studio_of(name), wanted)
 
 
 def list_allocations(name):
@@ -122,6 +126,7 @@ def arguments():
     parser.add_argument("--all", action="store_true")
     parser.add_argument("--sample", type=int, default=0)
     parser.add_argument("--memory", type=int, default=0, help="so many allocations fail, too; with --all, all")
+    parser.add_argument("--call", default="", metavar="REGEX", help="only of calls like it, as 'copy getdents64(12:/.../state)'")
     parser.add_argument("--moments", type=int, default=0, help="so many kills of each scene at random moments, too")
     parser.add_argument("--shard", default="1/1", help="the nth of m parts, as 1/2")
     parser.add_argument("--point", action="append", default=[])
@@ -146,9 +151,10 @@ def main():
             points = [Point(name, int(number), how) for name, number, how in
                       (point.split() for point in options.point)]
         else:
-            points = [point for some in pool.map(list_points, names, 1) for point in some]
+            lists = pool.starmap(list_points, [(name, options.call) for name in names], 1)
+            points = [point for some in lists for point in some]
             points = [point for _, point in points] if options.all else sample(points, options.sample)
-            if options.memory or options.all:
+            if options.memory or (options.all and not options.call):
                 allocations = [point for name in names for point in pool.apply(list_allocations, (name,))]
                 step = 1 if options.all else max(1, len(allocations) / options.memory)
                 points += [allocations[int(i * step)] for i in range(int(len(allocations) / step))]

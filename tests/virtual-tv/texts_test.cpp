@@ -229,7 +229,7 @@ bool SaysThatItIsUnread(const TemporaryFolder& folder, const std::string& dir,
                vtv::Tv tv(dir);
                tv.SetLanguage("xx");
                vtv::PowerOn(tv);
-               return vtv::Tv::Unread().find(catalogue) != std::string::npos ? 1 : 0;
+               return vtv::Tv::MachineFailure().find(catalogue) != std::string::npos ? 1 : 0;
            }) == 1;
 }
 
