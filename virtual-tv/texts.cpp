@@ -5,6 +5,7 @@
 
 #include <libintl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -131,7 +132,7 @@ const char* FirstId(const std::string& catalogue) {
 struct Catalogue {
     std::string bytes;
     std::string problem;
-    bool unread = false;  // it is there, and may be sound
+    bool unread = false;  // by the machine: it is there, and may be sound
 };
 
 std::string WithRemedy(const std::string& language, const std::string& reason) {
@@ -152,7 +153,7 @@ Catalogue ReadCatalogue(const std::string& language) {
         }
     } catch (const Error& error) {
         catalogue.problem = WithRemedy(language, error.what());
-        catalogue.unread = error.kind() == ErrorKind::kPlatform;
+        catalogue.unread = error.kind() == ErrorKind::kPlatform && access(file.c_str(), R_OK) == 0;
     }
     return catalogue;
 }

@@ -1,5 +1,6 @@
 // Texts: the menu language chooses the catalogue, and the catalogues have exactly the page's ids.
 #include <libintl.h>
+#include <sys/resource.h>
 
 #include <cerrno>
 #include <clocale>
@@ -15,6 +16,7 @@
 
 #include "platform/settings_store.h"
 #include "tv_fixture.h"
+#include "virtual-tv/texts.h"
 
 namespace {
 
@@ -216,30 +218,36 @@ TEST_F(TextsTest, ATranslationThatIsLongerThanAnyPageHasRoomForIsShownAsItsId) {
     unsetenv("VTV_DATA");
 }
 
-// Whether a TV in the language "xx", whose catalogue is made by that command, says that it is
-// unread.
+// Whether a TV says that the machine failed to read the catalogue of "xx", which is made by that
+// command, when it looks for a text there.
 bool SaysThatItIsUnread(const TemporaryFolder& folder, const std::string& dir,
-                        const std::string& makeCatalogue) {
+                        const std::string& makeCatalogue, const std::function<void()>& trouble) {
     const std::string catalogue = folder / "locale/xx/LC_MESSAGES/si-ready.mo";
     std::filesystem::create_directories(folder / "locale/xx/LC_MESSAGES");
-    std::filesystem::remove(catalogue);
     EXPECT_EQ(std::system((makeCatalogue + " " + catalogue).c_str()), 0);
     return InChild([&] {
                setenv("VTV_DATA", folder.Path().c_str(), 1);
                vtv::Tv tv(dir);
-               tv.SetLanguage("xx");
                vtv::PowerOn(tv);
+               trouble();
+               vtv::TextIn("xx", "A");
                return vtv::Tv::MachineFailure().find(catalogue) != std::string::npos ? 1 : 0;
            }) == 1;
 }
 
+void LackDescriptors() {
+    const rlimit none{3, 3};
+    setrlimit(RLIMIT_NOFILE, &none);
+}
+
 // A page of ids, made because a file could not be read at that moment, is no answer.
-TEST_F(TextsTest, ACatalogueThatCannotBeReadIsSaidToBeUnread) {
+TEST_F(TextsTest, ACatalogueThatTheMachineCannotReadNowIsSaidToBeUnread) {
     const std::string dir = TurnOn().Dir();
     WriteText(folder / "xx.po", "msgid \"A\"\nmsgstr \"a\"\n");
-    EXPECT_TRUE(SaysThatItIsUnread(folder, dir, "ln -s si-ready.mo")) << "a link to itself";
-    EXPECT_FALSE(SaysThatItIsUnread(folder, dir, "cp /dev/null")) << "damaged, and read";
-    EXPECT_FALSE(SaysThatItIsUnread(folder, dir, "msgfmt " + (folder / "xx.po") + " -o"));
+    const std::string make = "msgfmt " + (folder / "xx.po") + " -o";
+    EXPECT_TRUE(SaysThatItIsUnread(folder, dir, make, LackDescriptors));
+    EXPECT_FALSE(SaysThatItIsUnread(folder, dir, make, [] {}));
+    EXPECT_FALSE(SaysThatItIsUnread(folder, dir, "cp /dev/null", [] {})) << "read, and damaged";
 }
 
 // Its ids are not sorted, so that the C library does not find them, though all of its parts are in
@@ -263,7 +271,7 @@ TEST_F(TextsTest, ACatalogueThatTheCLibraryDoesNotTakeIsSaidToBeUnread) {
         bytes.append(text, 2);
     }
     WriteText(folder / "xx.mo", bytes);
-    EXPECT_TRUE(SaysThatItIsUnread(folder, TurnOn().Dir(), "cp " + (folder / "xx.mo")));
+    EXPECT_TRUE(SaysThatItIsUnread(folder, TurnOn().Dir(), "cp " + (folder / "xx.mo"), [] {}));
 }
 
 // The C library's own texts in two languages that no machine has installed.
