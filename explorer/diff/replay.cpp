@@ -1,9 +1,8 @@
 #include "replay.h"
 
 #include <algorithm>
-#include <map>
 
-#include "explorer/tv/record.h"
+#include "explorer/asking/steps.h"
 #include "host/core/toml_writer.h"
 
 namespace explorer {
@@ -15,93 +14,12 @@ using host::TomlText;
 constexpr char STEP[] = "[[step]]\n";
 using Record = std::vector<RecordEntry>;
 
-std::string TextAbout(const Record& record, const char* about) {
-    const RecordEntry* answer = FindAnswer(record, about);
-    return answer != nullptr ? answer->Text() : "";
-}
-
-bool IsTrue(const Record& record, const char* about) {
-    const RecordEntry* answer = FindAnswer(record, about);
-    return answer != nullptr && answer->value == Said(true);
-}
-
-std::string NumberAbout(const Record& record, const char* about) {
-    const RecordEntry* answer = FindAnswer(record, about);
-    const int* number = answer != nullptr ? std::get_if<int>(&answer->value) : nullptr;
-    return number != nullptr ? std::to_string(*number) : TomlText("none");
-}
-
-// "[...]" of the choices "NUMBER: TEXT".
-std::string ChoicesIn(const Record& record) {
-    std::vector<std::string> choices;
-    for (const RecordEntry& entry : record) {
-        const Numbered* choice = std::get_if<Numbered>(&entry.value);
-        if (choice != nullptr && entry.Is(Entry::kAnswer, answers::CHOICE)) {
-            choices.push_back(std::to_string(choice->number) + ": " + choice->text);
-        }
-    }
-    return TomlList(choices);
-}
-
-// "[...]" of all that stands in a box: the title, the message, the buttons.
-std::string TextsOfBox(const Record& record) {
-    std::vector<std::string> texts;
-    for (const RecordEntry& entry : record) {
-        if (entry.kind == Entry::kAnswer && entry.subject != answers::ACTION &&
-            std::holds_alternative<std::string>(entry.value)) {
-            texts.push_back(entry.Text());
-        }
-    }
-    return TomlList(texts);
-}
-
-// "WHAT = VALUE"; empty for what is no question of an item's look.
-std::string ExpectedAnswer(Asks kind, const Record& record) {
-    switch (kind) {
-        case Asks::kVisible:
-            return std::string("visible = ") +
-                   (IsTrue(record, answers::VISIBLE) ? "true" : "false");
-        case Asks::kEnabled:
-            return std::string("enabled = ") +
-                   (IsTrue(record, answers::ENABLED) ? "true" : "false");
-        case Asks::kValue:
-            return "value = " + NumberAbout(record, answers::VALUE);
-        case Asks::kTitle:
-            return "title = " + TomlText(TextAbout(record, answers::TITLE));
-        case Asks::kHelp:
-            return "help = " + TomlText(TextAbout(record, answers::HELP));
-        case Asks::kReason:
-            return "reason = " + TomlText(IsTrue(record, answers::SHOWN)
-                                              ? TextAbout(record, answers::REASON)
-                                              : "");
-        case Asks::kChoices:
-            return "choices = " + ChoicesIn(record);
-        case Asks::kConfirmation:
-            return "box = " + TextsOfBox(record);
-        case Asks::kPopup:
-            return "popup = " + TextsOfBox(record);
-        default:
-            return "";
-    }
-}
-
 std::string AnswerStep(const Question& question, const Record& record) {
-    const std::string answer = ExpectedAnswer(question.kind, record);
+    const std::string answer = AnswerIn(question.kind, record);
     if (answer.empty() || question.item == nullptr) {
         return "";
     }
     return std::string("expect.answer.") + question.item->name + " = { " + answer + " }\n";
-}
-
-std::string StoredText(const RecordEntry& written) {
-    return std::visit(
-        [](const auto& value) -> std::string {
-            if constexpr (std::is_constructible_v<vtv::Value, decltype(value)>) {
-                return TomlValue(value);
-            }
-            return "";
-        },
-        written.value);
 }
 
 // What a setting that the path decided holds before anything is written, as the step sets it.
@@ -121,30 +39,12 @@ std::string StoredBefore(const Inputs& inputs, const State& state, const std::st
 
 std::string EffectSteps(const Inputs& inputs, const State& state, const Question& question,
                         const Record& record, const Record& other) {
-    std::vector<std::string> launches;
-    std::vector<std::string> toasts;
-    std::map<std::string, std::string> settings;
-    std::string modes;
+    Effects effects = EffectsIn(record);
     std::string before;
-    for (const RecordEntry& entry : record) {
-        if (entry.kind == Entry::kLaunch) {
-            launches.push_back(ExpectedLaunch(entry.subject, entry.extras));
-        } else if (entry.kind == Entry::kPopup) {
-            const auto text = std::find_if(entry.extras.begin(), entry.extras.end(),
-                                           [](const auto& extra) { return extra.first == "text"; });
-            toasts.push_back(text != entry.extras.end() ? text->second : "");
-        } else if (entry.kind == Entry::kWrite) {
-            settings[entry.subject] = StoredText(entry);
-        } else if (const int* mode = std::get_if<int>(&entry.value);
-                   mode != nullptr && entry.kind == Entry::kMode) {
-            modes += "expect.state." + TomlText("always_on_voice/" + entry.subject) + " = " +
-                     std::to_string(*mode) + "\n";
-        }
-    }
     for (const RecordEntry& entry : other) {
-        if (entry.kind == Entry::kWrite && settings.count(entry.subject) == 0) {
+        if (entry.kind == Entry::kWrite && effects.settings.count(entry.subject) == 0) {
             const std::string stored = StoredBefore(inputs, state, entry.subject);
-            settings[entry.subject] = stored.empty() ? "\"(missing)\"" : stored;
+            effects.settings[entry.subject] = stored.empty() ? "\"(missing)\"" : stored;
             before += stored.empty()
                           ? std::string(STEP) + "unset = " + TomlText(entry.subject) + "\n\n"
                           : "";
@@ -157,12 +57,7 @@ std::string EffectSteps(const Inputs& inputs, const State& state, const Question
     } else {
         step += AnswerStep(question, record);
     }
-    step += "expect.launched = " + TomlList(launches) + "\nexpect.toast = " + TomlList(toasts) +
-            "\n" + modes;
-    for (const auto& [key, value] : settings) {
-        step += "expect.setting." + TomlText(key) + " = " + value + "\n";
-    }
-    return step;
+    return step + MembersOf("expect", effects);
 }
 
 bool IsLog(const RecordEntry& entry) {

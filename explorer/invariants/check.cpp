@@ -49,13 +49,17 @@ std::vector<const Invariant*> InvariantsOf(const std::vector<std::string>& names
 
 namespace {
 
+// Fails on the provider that is at fault, where a page can show what is wrong.
 std::string ScenarioOf(const Inputs& inputs, const Verdict& verdict, const Violation& violation) {
+    const std::string what = violation.question + ": " + violation.what;
     const std::string steps =
-        host::TomlComment(verdict.invariant->sentence) +
-        host::TomlComment("Here: " + violation.question + ": " + violation.what) +
-        "[[step]]\nsay = " +
-        host::TomlText("look at " + violation.question + ": " + violation.what) + "\n";
-    return ToScenario(inputs, violation.smallest, verdict.invariant->sentence, steps);
+        violation.steps.empty()
+            ? "# No page shows it; this is the TV on which it was found.\n[[step]]\nsay = " +
+                  host::TomlText("look at " + what) + "\n"
+            : violation.steps;
+    return ToScenario(inputs, violation.smallest, verdict.invariant->sentence,
+                      host::TomlComment(verdict.invariant->sentence) +
+                          host::TomlComment("Here: " + what) + steps);
 }
 
 CheckResult ResultOf(const Checking& checking, Inputs& inputs) {

@@ -6,6 +6,7 @@
 
 #include "explorer/engine/memory.h"
 #include "explorer/tv/lazy_tv.h"
+#include "violation_steps.h"
 
 namespace explorer {
 
@@ -18,9 +19,13 @@ std::string NameOf(const Question* question) {
     return question != nullptr ? question->name : "the page";
 }
 
+std::vector<Violation>::iterator Known(std::vector<Violation>& violations, const Violation& one) {
+    return std::find_if(violations.begin(), violations.end(),
+                        [&](const Violation& other) { return other.what == one.what; });
+}
+
 void AddTo(std::vector<Violation>& violations, const Violation& one) {
-    const auto known = std::find_if(violations.begin(), violations.end(),
-                                    [&](const Violation& other) { return other.what == one.what; });
+    const auto known = Known(violations, one);
     if (known == violations.end()) {
         violations.push_back(one);
         return;
@@ -68,7 +73,9 @@ Checking::Checking(const Inputs& inputs, const CheckOptions& options,
                   isLife ? walk_->NameOf(call) : explorer::NameOf(UnitAt(call).question),
                   joint,
                   {},
-                  {}});
+                  {},
+                  {}},
+                 Unanswered(isLife ? nullptr : UnitAt(call).question));
         }
     };
     walk_.emplace(inputs, options, options.bounds, work_);
@@ -158,8 +165,9 @@ void Checking::Look(LivingProvider& provider, int joint, const Unit& unit) {
         JudgeAll(look, unit);
     } catch (const std::exception& exception) {
         for (const std::size_t invariant : unit.invariants) {
-            wrong_[invariant] =
-                std::string("an exception leaves the provider: ") + exception.what();
+            wrong_[invariant] = {
+                std::string("an exception leaves the provider: ") + exception.what(),
+                Unanswered(unit.question)};
         }
     }
 }
@@ -167,12 +175,13 @@ void Checking::Look(LivingProvider& provider, int joint, const Unit& unit) {
 void Checking::JudgeAll(const explorer::Look& look, const Unit& unit) {
     for (const std::size_t invariant : unit.invariants) {
         std::string wrong;  // lies with the provider's own memory
+        look.ForgetSeen();
         {
             const ProviderMemory counted;
             wrong = invariants_[invariant]->check(look, unit.question);
         }
         if (!wrong.empty()) {
-            wrong_[invariant] = wrong;
+            wrong_[invariant] = {wrong, look.Seen()};
         }
     }
 }
@@ -182,9 +191,13 @@ bool Checking::See(const Seen& seen) {
     const bool isLife = seen.call < calls_.Count();
     for (const std::size_t invariant : InvariantsOf(seen.call)) {
         std::string wrong;
+        Observed observed;
         if (!isLife) {
             paths_[invariant] += seen.isCounted ? 1 : 0;
-            wrong = wrong_[invariant];
+            if (const auto found = wrong_.find(invariant); found != wrong_.end()) {
+                wrong = found->second.what;
+                observed = found->second.observed;
+            }
         }
         if (wrong.empty() && invariants_[invariant]->name == NOTHING_GOES_WRONG) {
             wrong = WrongIn(seen.records.front());
@@ -198,17 +211,24 @@ bool Checking::See(const Seen& seen) {
                   isLife ? walk_->NameOf(seen.call) : explorer::NameOf(UnitAt(seen.call).question),
                   seen.joint,
                   {},
-                  {}});
+                  {},
+                  {}},
+                 observed);
         }
     }
     return true;
 }
 
-void Checking::Note(std::size_t invariant, int call, Violation violation) {
+void Checking::Note(std::size_t invariant, int call, Violation violation,
+                    const Observed& observed) {
     violation.nearness = NearnessOf(inputs_, violation.smallest);
     violation.nearness.length = walk_->At(violation.joint).depth;
     violation.nearness.joint = violation.joint;
     violation.nearness.call = call;
+    const auto known = Known(found_[invariant], violation);
+    if (known == found_[invariant].end() || violation.nearness < known->nearness) {
+        violation.steps = StepsOf(observed);
+    }
     AddTo(found_[invariant], violation);
 }
 

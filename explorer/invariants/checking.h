@@ -21,10 +21,11 @@ struct Violation {
     int joint = -1;                  // what the provider remembers then
     std::vector<std::string> calls;  // that lead there, in words
     Nearness nearness;
+    std::string steps;  // of a scenario that fails there; empty where no page shows it
 
     template <typename Bytes>
     void Members(Bytes& bytes) {
-        bytes(what, paths, smallest, question, joint, calls, nearness);
+        bytes(what, paths, smallest, question, joint, calls, nearness, steps);
     }
 };
 
@@ -66,7 +67,7 @@ class Checking {
     void Look(LivingProvider& provider, int joint, const Unit& unit);
     void JudgeAll(const explorer::Look& look, const Unit& unit);
     bool See(const Seen& seen);
-    void Note(std::size_t invariant, int call, Violation violation);
+    void Note(std::size_t invariant, int call, Violation violation, const Observed& observed);
     void Take(BytesReader seen);
 
     const Inputs& inputs_;
@@ -79,7 +80,11 @@ class Checking {
     std::vector<std::vector<Violation>> found_;
     std::vector<std::uint64_t> paths_;
     // In a worker.
-    std::map<std::size_t, std::string> wrong_;  // by invariant, on this path
+    struct Wrong {
+        std::string what;
+        Observed observed;
+    };
+    std::map<std::size_t, Wrong> wrong_;  // by invariant, on this path
     int policyOf_ = -1;
     PolicyState policy_;
 };

@@ -86,7 +86,7 @@ std::string AChoiceToMake(const Look& look, const Question*) {
     if (!look.Visible(ASSISTANT)) {
         return "";
     }
-    const std::size_t count = look.Provider().Choices(FindItem(ASSISTANT)->key).size();
+    const std::size_t count = look.CountChoices(ASSISTANT);
     if (count == 0) {
         return "there is no list";
     }

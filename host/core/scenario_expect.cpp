@@ -255,80 +255,6 @@ Expectation ReadFiles(const Reading& reading, const toml::node& node) {
     };
 }
 
-// ---------------------------------------------------------------------------------------------
-// Log and trace
-// ---------------------------------------------------------------------------------------------
-
-// "function: message" of the step's records.
-Texts Records(const StepOutcome& outcome) {
-    Texts texts;
-    const std::vector<vtv::LogRecord> records = outcome.tv->ReadLog();
-    for (size_t i = outcome.logBefore; i < records.size(); ++i) {
-        texts.push_back(records[i].function + ": " + records[i].message);
-    }
-    return texts;
-}
-
-auto Holding(const std::string& part) {
-    return [&part](const std::string& text) { return text.find(part) != std::string::npos; };
-}
-
-// Each text must be part of a record, in that order.
-Expectation ReadLog(const Reading& reading, const toml::node& node) {
-    return [wanted = reading.reader.Some(node, reading.name), line = LineOf(node)](Judge& judge) {
-        const Texts records = Records(judge.Outcome());
-        auto at = records.begin();
-        for (const std::string& part : wanted) {
-            at = std::find_if(at, records.end(), Holding(part));
-            if (at == records.end()) {
-                judge.Fail(line, "the log of this step has no " + InQuotes(part));
-                return;
-            }
-            ++at;
-        }
-    };
-}
-
-Expectation ReadNoLog(const Reading& reading, const toml::node& node) {
-    return [wanted = reading.reader.Some(node, reading.name), line = LineOf(node)](Judge& judge) {
-        const Texts records = Records(judge.Outcome());
-        for (const std::string& part : wanted) {
-            const auto found = std::find_if(records.begin(), records.end(), Holding(part));
-            if (found != records.end()) {
-                judge.Fail(line, "the log of this step has " + InQuotes(*found));
-            }
-        }
-    };
-}
-
-// The whole records, one after the other.
-Expectation ReadLogRun(const Reading& reading, const toml::node& node) {
-    return [wanted = reading.reader.Some(node, reading.name), line = LineOf(node)](Judge& judge) {
-        const Texts records = Records(judge.Outcome());
-        if (std::search(records.begin(), records.end(), wanted.begin(), wanted.end()) ==
-            records.end()) {
-            judge.Fail(
-                line, "the log of this step does not have these records in a row: " + List(wanted));
-        }
-    };
-}
-
-Expectation ReadExpectedTrace(const Reading& reading, const toml::node& node) {
-    return [wanted = reading.reader.Some(node, reading.name), line = LineOf(node)](Judge& judge) {
-        Texts messages;
-        const std::vector<vtv::TraceEvent> events = judge.Outcome().tv->ReadTrace();
-        for (size_t i = judge.Outcome().traceBefore; i < events.size(); ++i) {
-            messages.push_back(events[i].message);
-        }
-        for (const std::string& part : wanted) {
-            if (std::none_of(messages.begin(), messages.end(), Holding(part))) {
-                judge.Fail(line, "the trace of this step has no " + InQuotes(part) + ", but " +
-                                     List(messages));
-            }
-        }
-    };
-}
-
 struct ExpectMember {
     const char* name;
     Expectation (*read)(const Reading& reading, const toml::node& node);
@@ -363,19 +289,46 @@ void ExpectPressDone(Judge& judge) {
     }
 }
 
-}  // namespace
-
-std::vector<Expectation> ReadExpectations(ScenarioReader& reader, const toml::table& step) {
-    const toml::node* node = step.get("expect");
+std::vector<Expectation> ReadMembers(ScenarioReader& reader, const toml::table& step,
+                                     const std::string& name) {
     std::vector<Expectation> all;
-    if (node == nullptr || !node->is_table() || !node->as_table()->contains("refused")) {
-        all.emplace_back(ExpectPressDone);
-    }
-    if (node != nullptr) {
-        reader.Members(reader.Table(*node, "expect"), "expect", kMembers,
+    if (const toml::node* node = step.get(name)) {
+        reader.Members(reader.Table(*node, name), name, kMembers,
                        [&](const ExpectMember& member, const toml::node& value) {
                            all.push_back(member.read({reader, step, member.name}, value));
                        });
+    }
+    return all;
+}
+
+// Met where at least one of them is not.
+Expectation NotTogether(std::vector<Expectation> all, int line) {
+    return [all = Together(std::move(all)), line](Judge& judge) {
+        Judge together("", judge.Outcome());
+        all(together);
+        if (together.Failures().empty()) {
+            judge.Fail(line, "all that \"never\" names is so");
+        }
+    };
+}
+
+}  // namespace
+
+std::vector<Expectation> ReadExpectations(ScenarioReader& reader, const toml::table& step) {
+    const toml::table* expected = step["expect"].as_table();
+    std::vector<Expectation> all;
+    if (expected == nullptr || !expected->contains("refused")) {
+        all.emplace_back(ExpectPressDone);
+    }
+    for (Expectation& one : ReadMembers(reader, step, "expect")) {
+        all.push_back(std::move(one));
+    }
+    if (const toml::node* never = step.get("never")) {
+        if (never->is_table() && never->as_table()->empty()) {
+            reader.Problem(*never,
+                           "\"never\" is empty, and that is always so: write what must not be.");
+        }
+        all.push_back(NotTogether(ReadMembers(reader, step, "never"), LineOf(*never)));
     }
     return all;
 }

@@ -32,7 +32,7 @@ Play ReadSet(const Reading& reading, const toml::node& node) {
 
 Play ReadForce(const Reading& reading, const toml::node& node) {
     if (reading.reader.Flag(node, reading.name) && !reading.step.contains("set") &&
-        !reading.step.contains("expect")) {
+        !reading.step.contains("expect") && !reading.step.contains("never")) {
         reading.reader.Problem(node, "\"force\" needs a \"set\" in the same step.");
     }
     return nullptr;  // read by those whom it concerns

@@ -114,7 +114,7 @@ std::vector<StepMember> AllMembers() {
 const std::vector<StepMember>& PageMembers() {
     static const std::vector<StepMember> members = {
         {"hand", ReadHand, true}, {"press", ReadPress, true}, {"choose", RequirePress},
-        {"answer", RequirePress}, {"expect", ReadExpect},
+        {"answer", RequirePress}, {"expect", ReadExpect},     {"never", ReadExpect},
     };
     return members;
 }

@@ -89,6 +89,29 @@ TEST_F(VtvTest, EveryKindOfExpectationCanFail) {
     }
 }
 
+// On this TV the page is visible, and the onboarding entry is not.
+TEST_F(VtvTest, WhatIsNeverToBeIsOnlyAFailureWhenAllOfItIsSo) {
+    const std::string is = "never.answer.voice = { visible = true }\n";
+    const std::string is_too = "never.answer.onboarding = { visible = false }\n";
+    const std::string is_not = "never.answer.voice-wake-up = { title = \"x\" }\n";
+    const std::pair<std::string, int> steps[] = {
+        {is, 1}, {is_not, 0}, {is + is_too, 1}, {is + is_not, 0}, {is_not + is_too, 0}};
+    for (const auto& [step, code] : steps) {
+        Write("s.toml", "[[step]]\n\n" + step);
+        const Output output = Vtv({"run", Path("s.toml")});
+        EXPECT_EQ(output.code, code) << step << output.out;
+        EXPECT_EQ(output.out.find("s.toml:3: all that \"never\" names is so") != std::string::npos,
+                  code == 1)
+            << step << output.out;
+    }
+    // Beside what is expected, each for itself.
+    Write("s.toml", "[[step]]\nexpect.page.voice = \"hidden\"\n" + is_not);
+    EXPECT_EQ(Vtv({"run", Path("s.toml")}).code, 1);
+    // And with a press, whose refusal is a failure all the same.
+    Write("s.toml", "[[step]]\npress = \"voice-settings-google\"\n" + is_not);
+    EXPECT_EQ(Vtv({"run", Path("s.toml")}).code, 1);
+}
+
 TEST_F(VtvTest, ABrokenScenarioIsToldWithFileAndLine) {
     const std::vector<std::pair<std::string, std::string>> broken = {
         {"title = ", "s.toml:1: this is no TOML"},
@@ -99,7 +122,10 @@ TEST_F(VtvTest, ABrokenScenarioIsToldWithFileAndLine) {
         {"[[step]]\n\nchoose = 1", "s.toml:3: \"choose\" needs a \"press\""},
         {"[[step]]\npress = \"voice\"\nanswer = \"yes\"", "s.toml:3: \"answer\" is"},
         {"[[step]]\nexpect.pages = 1", "s.toml:2: \"pages\" is unknown in expect"},
-        {"[[step]]\nexpect.page.voice = \"gone\"", "s.toml:2: an item is"}};
+        {"[[step]]\nexpect.page.voice = \"gone\"", "s.toml:2: an item is"},
+        {"[[step]]\nnever.pages = 1", "s.toml:2: \"pages\" is unknown in never"},
+        {"[[step]]\n\nnever = {}", "s.toml:3: \"never\" is empty"},
+        {"[[step]]\nnever = 5", "s.toml:2: \"never\" must be a table"}};
     for (const auto& [text, says] : broken) {
         Write("s.toml", text);
         const Output output = Vtv({"run", Path("s.toml")});

@@ -1,0 +1,109 @@
+#include "look.h"
+
+#include "explorer/engine/memory.h"
+#include "explorer/tv/lazy_tv.h"
+
+namespace explorer {
+
+namespace {
+
+const char* KeyOf(const char* item) {
+    return FindItem(item)->key;
+}
+
+}  // namespace
+
+bool Look::Visible(const char* item) const {
+    const bool isVisible = subject_.Provider().IsVisible(KeyOf(item));
+    Note({FindItem(item), Asks::kVisible, isVisible ? 1 : 0, {}});
+    return isVisible;
+}
+
+bool Look::Enabled(const char* item) const {
+    const bool isEnabled = subject_.Provider().IsEnabled(KeyOf(item));
+    Note({FindItem(item), Asks::kEnabled, isEnabled ? 1 : 0, {}});
+    return isEnabled;
+}
+
+int Look::Value(const char* item) const {
+    const int value = subject_.Provider().GetInt(KeyOf(item)).value_or(NO_VALUE);
+    Note({FindItem(item), Asks::kValue, value, {}});
+    return value;
+}
+
+std::size_t Look::CountChoices(const char* item) const {
+    const auto choices = subject_.Provider().Choices(KeyOf(item));
+    const PlatformMemory own;
+    Observed::Fact fact{FindItem(item), Asks::kChoices, 0, {}};
+    for (const auto& choice : choices) {
+        fact.choices.push_back(std::to_string(choice.value) + ": " + choice.text);
+    }
+    Note(std::move(fact));
+    return choices.size();
+}
+
+void Look::Write(const char* item, int value) const {
+    {
+        const PlatformMemory own;
+        seen_.handed.emplace_back(FindItem(item), value);
+        seen_.facts.clear();
+        handedAt_ = tv().Record().size();
+    }
+    subject_.Provider().SetInt(KeyOf(item), value);
+}
+
+void Look::PressPopup(const char* item) const {
+    Write(item, SI_ACTION_VALUE);
+}
+
+bool Look::OffersPopup(const char* item) const {
+    return subject_.Provider().DisablePopup(KeyOf(item)).has_value();
+}
+
+std::string Look::RecordOf(const Question& question) const {
+    const std::size_t before = tv().Record().size();
+    Ask(subject_, question);
+    return std::string(tv().Record().substr(before));
+}
+
+std::vector<RecordEntry> Look::AskFor(const Question& question) const {
+    if (askedFor_ != &question) {
+        record_ = RecordOf(question);
+        askedFor_ = &question;
+    }
+    seen_.question = &question;
+    return ReadRecord(record_);
+}
+
+int Look::Now(Input::Kind kind, const char* key) const {
+    const Input* input = tv().GetInputs().Find(kind, key);
+    const explorer::Value* value =
+        input != nullptr ? tv().Current(tv().GetInputs().IndexOf(*input)) : nullptr;
+    return value == nullptr ? -1 : value->number;
+}
+
+std::string Look::TextNow(Input::Kind kind, const char* key) const {
+    const Input* input = tv().GetInputs().Find(kind, key);
+    const explorer::Value* value =
+        input != nullptr ? tv().Current(tv().GetInputs().IndexOf(*input)) : nullptr;
+    return value == nullptr || value->kind != explorer::Value::Kind::kText ? "" : value->text;
+}
+
+void Look::ForgetSeen() const {
+    seen_.handed.clear();
+    seen_.facts.clear();
+    seen_.question = nullptr;
+}
+
+Observed Look::Seen() const {
+    Observed seen = seen_;
+    seen.record = seen.handed.empty() ? record_ : std::string(tv().Record().substr(handedAt_));
+    return seen;
+}
+
+void Look::Note(Observed::Fact fact) const {
+    const PlatformMemory own;
+    seen_.facts.push_back(std::move(fact));
+}
+
+}  // namespace explorer
