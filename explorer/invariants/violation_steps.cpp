@@ -55,9 +55,8 @@ std::string FactsOf(const Observed& observed) {
 // Met by every provider that comes to an end here: no title reads like that.
 std::string UnansweredStep(const Question& question) {
     const std::string answer = question.kind == Asks::kTitle ? "" : AnswerIn(question.kind, {});
-    return STEP +
-           NeverAnswered(*question.item,
-                         "title = \"(none)\"" + (answer.empty() ? "" : ", " + answer));
+    return STEP + NeverAnswered(*question.item,
+                                "title = \"(none)\"" + (answer.empty() ? "" : ", " + answer));
 }
 
 std::string QuestionStep(const Question& question, const std::string& bytes) {

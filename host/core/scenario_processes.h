@@ -17,9 +17,9 @@ void TellResult(int answer, const std::function<ScenarioResult()>& play);
 // hears what came of each that was begun, in order, each as soon as it can. The processes end with
 // this one.
 //
-// Returns the first of their vtv::Tv::MachineFailure(). Throws what playing one has thrown (a ProviderError
-// or vtv::Error as such), after those before it were told, and kPlatform for one whose process
-// ended before it was through.
+// Returns the first of their vtv::Tv::MachineFailure(). Throws what playing one has thrown (a
+// ProviderError or vtv::Error as such), after those before it were told, and kPlatform for one
+// whose process ended before it was through.
 std::string PlayInProcesses(const std::vector<Scenario>& scenarios, size_t jobs,
                             const PlayOne& play, const std::function<bool()>& goOn,
                             const std::function<void(const ScenarioResult& result)>& tell);
