@@ -3,7 +3,7 @@
 
 # In the order in which they run: what every reader meets first, then what tells most in a minute.
 LEGS=(fresh gcc window clang format shell tidy words hardening abi reproducible coverage bench tv inside asan i686 valgrind arm32 tv-arm32
-    fuzz soak deb kills walks mutants)
+    arm32-explorer fuzz soak deb kills walks mutants)
 
 declare -A LEG_TITLE=(
     [fresh]="the README's commands on a Debian 12 with nothing but apt and git"
@@ -26,6 +26,7 @@ declare -A LEG_TITLE=(
     [valgrind]="the provider under valgrind"
     [arm32]="the provider for 32-bit ARM, under qemu"
     [tv-arm32]="the TV build for 32-bit ARM"
+    [arm32-explorer]="the explorer for 32-bit ARM: its tables are those of x86-64, and diff tells its providers apart"
     [fuzz]="the fuzzers find nothing"
     [soak]="the provider loaded again and again, and a virtual TV in use, do not grow"
     [deb]="Debian's packages: built, installed on a pristine machine, used, purged without a trace"
@@ -41,6 +42,7 @@ declare -A LEG_SAMPLE=(
     [bench]="the provider; --deep everything"
     [inside]="the provider; --deep everything"
     [window]="as it ships; --deep also with the sanitizers"
+    [arm32-explorer]="what is visible is compared; --deep everything"
     [fuzz]="the provider, 5 s a target; --deep everything, 60 s"
     [soak]="a minute of each; --deep 1,000,000 loadings and an hour"
     [deb]=none # builds all once more, and makes a machine: longer than what --all has left
@@ -69,6 +71,7 @@ declare -A LEG_PACKAGES=(
     [valgrind]="googletest valgrind"
     [arm32]="g++-arm-linux-gnueabihf googletest libjsoncpp-dev:armhf qemu-user-static"
     [tv-arm32]="binutils g++-arm-linux-gnueabihf libjsoncpp-dev:armhf"
+    [arm32-explorer]="g++-arm-linux-gnueabihf libjsoncpp-dev:armhf qemu-user-static $TEST_PACKAGES"
     [fuzz]="clang-19 jq libclang-rt-19-dev llvm-19"
     [soak]="$TEST_PACKAGES"
     [deb]="$DEB_PACKAGES mmdebstrap"
@@ -228,6 +231,21 @@ link_for_tv() {
     cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_COMPILE_WARNING_AS_ERROR=ON "$@" \
         -DSI_TV_SDK_INCLUDE_DIR="$ROOT/tests/tv-sdk/include" -DSI_TV_SDK_LIBRARIES="$libraries"
     cmake --build "$build"
+}
+
+# The binary that ships is the one that is proven.
+leg_arm32_explorer() {
+    local build=build/arm32-explorer status=0 only=(--only visible)
+    local explore=(qemu-arm-static -L / "$build/bin/vtv-explore")
+    ! deep || only=()
+    build gcc vtv-explore si-ready
+    build arm32-explorer
+    build/gcc/bin/vtv-explore table --json --quiet >"$build/x86-64.json"
+    "${explore[@]}" table --json --quiet >"$build/arm.json"
+    cmp "$build"/{x86-64,arm}.json
+    "${explore[@]}" diff --quiet "${only[@]}" "$build"/lib/libsi-ready.so "$build"/lib/libsi-ready.so
+    "${explore[@]}" diff --quiet "${only[@]}" "$build"/lib/lib{si-ready,broken-both-entries}.so || status=$?
+    ((status == 1)) || die "diff ended with $status, although the second provider shows both entries"
 }
 
 leg_inside() {

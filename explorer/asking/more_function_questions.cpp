@@ -25,7 +25,7 @@ void AskInt(const Subject& subject, const Question& question) {
 }
 
 void AskWriter(const Subject& subject, const Question& question) {
-    Answer(answers::RESULT, FunctionOf<int, int>(subject, question)(1));
+    FunctionOf<void, int>(subject, question)(1);
 }
 
 void AskChoicesOf(const Subject& subject, const Question& question) {
