@@ -112,7 +112,7 @@ Effects EffectsIn(const Record& record) {
             effects.settings[entry.subject] = StoredText(entry);
         } else if (const int* mode = std::get_if<int>(&entry.value);
                    mode != nullptr && entry.kind == Entry::kMode) {
-            effects.modes[entry.subject] = *mode;
+            effects.modes[entry.subject] = std::to_string(*mode);
         }
     }
     return effects;
@@ -122,8 +122,8 @@ std::string MembersOf(const std::string& word, const Effects& effects) {
     std::string lines = word + ".launched = " + TomlList(effects.launches) + "\n" + word +
                         ".toast = " + TomlList(effects.toasts) + "\n";
     for (const auto& [application, mode] : effects.modes) {
-        lines += word + ".state." + TomlText("always_on_voice/" + application) + " = " +
-                 std::to_string(mode) + "\n";
+        lines +=
+            word + ".state." + TomlText("always_on_voice/" + application) + " = " + mode + "\n";
     }
     for (const auto& [key, value] : effects.settings) {
         lines += word + ".setting." + TomlText(key) + " = " + value + "\n";

@@ -13,13 +13,13 @@ namespace explorer {
 // "WHAT = VALUE" of an item's answer; empty for what is no question of an item's look.
 std::string AnswerIn(Asks kind, const std::vector<RecordEntry>& record);
 
-// What an answer does beside: applications and notifications as a scenario names them, the settings
-// that it writes with their values as TOML.
+// What an answer does beside: applications and notifications as a scenario names them, and what it
+// writes, with values as TOML.
 struct Effects {
     std::vector<std::string> launches;
     std::vector<std::string> toasts;
     std::map<std::string, std::string> settings;
-    std::map<std::string, int> modes;  // of always-on voice, by application
+    std::map<std::string, std::string> modes;  // of always-on voice, by application
 };
 Effects EffectsIn(const std::vector<RecordEntry>& record);
 

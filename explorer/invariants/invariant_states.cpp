@@ -240,7 +240,7 @@ std::string OffEndsAlways(const Look& look, const Question*) {
     if (current == nullptr || current->id != "ORVIK2" || !tv().IsEveryWriteTaken()) {
         return "";
     }
-    return look.Now(Input::Kind::kCall, "AOVSystemDataGetAOVMode") != 0 ? "the mode is not 0" : "";
+    return look.Now(Input::Kind::kCall, MODE_CALL) != 0 ? "the mode is not 0" : "";
 }
 
 bool IsSwitch(const Question& question) {

@@ -2,6 +2,9 @@
 
 #include "explorer/engine/memory.h"
 #include "explorer/tv/lazy_tv.h"
+#include "explorer/tv/state.h"
+#include "host/core/toml_writer.h"
+#include "virtual-tv/model/keys.h"
 
 namespace explorer {
 
@@ -47,6 +50,8 @@ void Look::Write(const char* item, int value) const {
         const PlatformMemory own;
         seen_.handed.emplace_back(FindItem(item), value);
         seen_.facts.clear();
+        seen_.settings.clear();
+        seen_.modes.clear();
         handedAt_ = tv().Record().size();
     }
     subject_.Provider().SetInt(KeyOf(item), value);
@@ -76,22 +81,22 @@ std::vector<RecordEntry> Look::AskFor(const Question& question) const {
 }
 
 int Look::Now(Input::Kind kind, const char* key) const {
-    const Input* input = tv().GetInputs().Find(kind, key);
-    const explorer::Value* value =
-        input != nullptr ? tv().Current(tv().GetInputs().IndexOf(*input)) : nullptr;
+    const explorer::Value* value = CurrentOf(kind, key);
+    NoteHeld(kind, key, value);
     return value == nullptr ? -1 : value->number;
 }
 
 std::string Look::TextNow(Input::Kind kind, const char* key) const {
-    const Input* input = tv().GetInputs().Find(kind, key);
-    const explorer::Value* value =
-        input != nullptr ? tv().Current(tv().GetInputs().IndexOf(*input)) : nullptr;
+    const explorer::Value* value = CurrentOf(kind, key);
+    NoteHeld(kind, key, value);
     return value == nullptr || value->kind != explorer::Value::Kind::kText ? "" : value->text;
 }
 
 void Look::ForgetSeen() const {
     seen_.handed.clear();
     seen_.facts.clear();
+    seen_.settings.clear();
+    seen_.modes.clear();
     seen_.question = nullptr;
 }
 
@@ -104,6 +109,30 @@ Observed Look::Seen() const {
 void Look::Note(Observed::Fact fact) const {
     const PlatformMemory own;
     seen_.facts.push_back(std::move(fact));
+}
+
+const explorer::Value* Look::CurrentOf(Input::Kind kind, const char* key) const {
+    const Input* input = tv().GetInputs().Find(kind, key);
+    return input != nullptr ? tv().Current(tv().GetInputs().IndexOf(*input)) : nullptr;
+}
+
+// Before anything was handed over, it is what the scenario has made it.
+void Look::NoteHeld(Input::Kind kind, const char* key, const explorer::Value* value) const {
+    if (seen_.handed.empty()) {
+        return;
+    }
+    const PlatformMemory own;
+    if (kind == Input::Kind::kSetting) {
+        const bool isThere = value != nullptr && value->kind != explorer::Value::Kind::kFails;
+        seen_.settings[key] =
+            isThere ? TomlValue(StoredBy(*value, value->text)) : host::TomlText("(missing)");
+    } else if (kind == Input::Kind::kCall && key == std::string_view(MODE_CALL)) {
+        const explorer::Value* current =
+            CurrentOf(Input::Kind::kSetting, vtv::kCurrentAssistantKey);
+        const std::string application = current != nullptr ? current->text : "";
+        seen_.modes[application] =
+            value != nullptr ? std::to_string(value->number) : host::TomlText("(missing)");
+    }
 }
 
 }  // namespace explorer

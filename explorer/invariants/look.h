@@ -1,6 +1,7 @@
 // How an invariant looks at a provider, and what it has seen.
 #pragma once
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,6 +24,9 @@ struct Observed {
     };
     std::vector<std::pair<const Item*, int>> handed;
     std::vector<Fact> facts;  // since the last that was handed
+    // What the TV held then, of what was looked at: values as TOML, by key and by application.
+    std::map<std::string, std::string> settings;
+    std::map<std::string, std::string> modes;  // of always-on voice
     const Question* question = nullptr;
     // Of the question, or of what was handed last; empty where neither came to an end.
     std::string record;
@@ -58,6 +62,9 @@ class Look {
 
   private:
     void Note(Observed::Fact fact) const;
+    // The TV's input, as it is now; null for what was never read.
+    const explorer::Value* CurrentOf(Input::Kind kind, const char* key) const;
+    void NoteHeld(Input::Kind kind, const char* key, const explorer::Value* value) const;
 
     const Subject& subject_;
     const PolicyState& policy_;

@@ -77,6 +77,18 @@ std::string QuestionStep(const Question& question, const std::string& bytes) {
                                 (isSilent ? "" : MembersOf("never", effects));
 }
 
+// What was done since something was handed over, and what the TV held then.
+std::string EffectsOf(const Observed& observed) {
+    Effects effects = EffectsIn(ReadRecord(observed.record));
+    for (const auto& [key, value] : observed.settings) {
+        effects.settings[key] = value;
+    }
+    for (const auto& [application, mode] : observed.modes) {
+        effects.modes[application] = mode;
+    }
+    return MembersOf("never", effects);
+}
+
 }  // namespace
 
 std::string StepsOf(const Observed& observed) {
@@ -91,7 +103,7 @@ std::string StepsOf(const Observed& observed) {
     }
     const std::string facts = FactsOf(observed);
     if (!observed.handed.empty()) {
-        return steps + facts + MembersOf("never", EffectsIn(ReadRecord(observed.record)));
+        return steps + facts + EffectsOf(observed);
     }
     return facts.empty() ? "" : STEP + facts;
 }

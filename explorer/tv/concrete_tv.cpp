@@ -12,7 +12,6 @@ namespace explorer {
 
 namespace {
 
-constexpr char MODE_CALL[] = "AOVSystemDataGetAOVMode";
 constexpr char CONTEXT_CALL[] = "app_manager_get_app_context";
 
 constexpr std::size_t MAX_VALUES = 0x10000;

@@ -38,6 +38,8 @@ Value TextValue(const std::string& text);
 Value StoredValue(const vtv::Value& stored);
 
 inline constexpr std::string_view CURRENT_PLACEHOLDER = "<current>";
+// Answers the always-on-voice mode of the current assistant.
+inline constexpr char MODE_CALL[] = "AOVSystemDataGetAOVMode";
 
 struct Input {
     enum class Kind { kSetting, kFeature, kFile, kConsent, kCall, kWrite };

@@ -267,7 +267,7 @@ int Tv::WriteText(const char* key, const char* text) {
 int Tv::SetMode(const char* appId, int mode) {
     const PlatformMemory own;
     Append(Entry::kMode, appId != nullptr ? appId : "(null)", mode);
-    return Write(Lookup(Input::Kind::kCall, "AOVSystemDataGetAOVMode"),
+    return Write(Lookup(Input::Kind::kCall, MODE_CALL),
                  Lookup(Input::Kind::kCall, "AOVSystemDataSetAOVMode"), NumberValue(mode, "int"));
 }
 

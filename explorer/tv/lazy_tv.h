@@ -106,7 +106,7 @@ class Tv {
     int WriteNumber(const char* key, int number);
     int WriteFlag(const char* key, bool flag);
     int WriteText(const char* key, const char* text);
-    // The always-on-voice mode is what "AOVSystemDataGetAOVMode" answers from now on.
+    // The always-on-voice mode is what MODE_CALL answers from now on.
     int SetMode(const char* appId, int mode);
     void Log(int priority, const char* format, std::va_list arguments);
     void AppendTrace(std::string_view event);

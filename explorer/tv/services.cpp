@@ -192,7 +192,7 @@ int access(const char* path, int mode) noexcept {
 }
 
 int AOVSystemDataGetAOVMode(void) {
-    return tv().ReadCall("AOVSystemDataGetAOVMode").number;
+    return tv().ReadCall(explorer::MODE_CALL).number;
 }
 
 int AOVSystemDataSetAOVMode(const char* appId, int mode) {

@@ -153,7 +153,7 @@ std::string ToScenario(const Inputs& inputs, const State& state, const std::stri
         const Input& input = inputs.inputs[state.path[i].input];
         const Value& value = input.values[state.path[i].value];
         const std::string step =
-            input.key == "AOVSystemDataGetAOVMode"
+            input.key == MODE_CALL
                 ? "state." + TomlText("always_on_voice/" + CurrentOf(inputs, state)) + " = " +
                       std::to_string(value.number)
                 : StepOf(input, value, i < state.texts.size() ? state.texts[i] : "");

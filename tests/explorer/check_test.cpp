@@ -83,6 +83,13 @@ TEST(Check, AProviderThatWritesWhileItIsAskedIsFoundOut) {
     ExpectToFailOnlyOn(BROKEN_WRITES, Parse(result.output)["invariants"][0]["violations"][0]);
 }
 
+// What is wrong is what it does not do, which no answer shows.
+TEST(Check, AProviderThatLeavesTheModeAsItWasIsFoundOutByHandingItTheValue) {
+    const ProcessResult result = Check(LEAVES_ALWAYS_ON, "off-ends-always-on");
+    EXPECT_EQ(result.exitCode, 1);
+    ExpectToFailOnlyOn(LEAVES_ALWAYS_ON, Parse(result.output)["invariants"][0]["violations"][0]);
+}
+
 TEST(Check, AProviderThatLeaksIsFoundOut) {
     const ProcessResult result = Check(BROKEN_LEAKS, "nothing-goes-wrong");
     EXPECT_EQ(result.exitCode, 1);
