@@ -1,6 +1,7 @@
 // Every request to start an application, one JSON object a line.
 #include <fcntl.h>
 #include <json/json.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -24,9 +25,20 @@ std::string FileOf(const std::string& tvDir) {
     throw Error(ErrorKind::kPlatform, file + ": cannot be read: " + std::strerror(error) + ".");
 }
 
+// As a full disk leaves it.
+bool EndsWithinALine(int fd) {
+    struct stat info{};
+    char last = '\n';
+    return fstat(fd, &info) == 0 && info.st_size > 0 &&
+           pread(fd, &last, 1, info.st_size - 1) == 1 && last != '\n';
+}
+
 // What kept it from being written whole; empty when nothing did.
-std::string AppendLine(const std::string& file, const std::string& line) {
-    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
+std::string AppendLine(const std::string& file, std::string line) {
+    const int fd = open(file.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
+    if (fd >= 0 && EndsWithinALine(fd)) {
+        line.insert(0, "\n");
+    }
     const ssize_t written = fd < 0 ? -1 : write(fd, line.data(), line.size());
     const int error = written < 0 ? errno : ENOSPC;
     if (fd >= 0) {

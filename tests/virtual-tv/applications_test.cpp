@@ -343,6 +343,20 @@ TEST_F(ApplicationsTest, ALaunchThatCannotBeRecordedIsAFailureWithTheFile) {
     EXPECT_TRUE(LogHas(failures[0]));
 }
 
+TEST_F(ApplicationsTest, ANoteThatWasCutOffCostsNoOther) {
+    TurnOn();
+    tv->SetApplications(vtv::ApplicationMode::kRecord);
+    tv->LaunchApplication(kWizard, {});
+    const std::string file = tv->Dir() + "/launches.jsonl";
+    std::filesystem::resize_file(file, std::filesystem::file_size(file) - 5);
+    const std::uint64_t mark = tv->LaunchMark();
+    for (int more = 0; more < 2; ++more) {
+        tv->LaunchApplication(kWizard, {{"more", std::to_string(more)}});
+    }
+    EXPECT_EQ(tv->Launches().size(), 2u);
+    EXPECT_EQ(tv->Launches(mark).size(), 2u);
+}
+
 TEST_F(ApplicationsTest, LaunchesOfManyProcessesAreAllRecordedWhole) {
     TurnOn();
     tv->SetApplications(vtv::ApplicationMode::kRecord);
