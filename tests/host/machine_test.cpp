@@ -133,7 +133,10 @@ class ThrowawayTest : public MachineTest {
         environment["TMPDIR"] = "";  // as good as not set
         environment["XDG_RUNTIME_DIR"] = runtime_;
     }
-    ~ThrowawayTest() override { fs::remove_all(runtime_); }
+    ~ThrowawayTest() override {
+        std::error_code ignored;
+        fs::remove_all(runtime_, ignored);
+    }
 
     // The folder in which it is, without the end of its name, which is random.
     std::string PlaceOf(const Words& words) {
