@@ -142,7 +142,7 @@ bool ChangeList(Change change) {
         Fail(dir, std::string("cannot be made: ") + std::strerror(errno) + ".");
     }
     std::vector<std::string> commands = AllowedCommands();  // checks the folder, too
-    const FileLock lock(dir + "/.lock");
+    const FileLock lock(dir, ".lock");
     commands = AllowedCommands();
     if (!change(commands)) {
         return false;

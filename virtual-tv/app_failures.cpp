@@ -8,19 +8,28 @@
 
 namespace vtv {
 
+namespace {
+
+// Below the TV's folder.
+std::string FailureName(int pid) {
+    return "apps/" + FailureFileName(pid);
+}
+
+}  // namespace
+
 void LeaveFailure(const std::string& tvDir, int pid, const Error& failure) {
-    const std::string file = FailureFolder(tvDir) + "/" + FailureFileName(pid);
+    const std::string name = FailureName(pid);
     int error = 0;
-    unlink(file.c_str());
-    WriteNewFile(file, std::to_string(static_cast<int>(failure.kind())) + " " + failure.what(),
-                 &error);
+    unlink((tvDir + "/" + name).c_str());
+    WriteTvFile(tvDir, name,
+                std::to_string(static_cast<int>(failure.kind())) + " " + failure.what(), &error);
 }
 
 std::optional<Error> TakeFailure(const std::string& tvDir, int pid) {
     constexpr size_t kLongest = 4096;
-    const std::string file = FailureFolder(tvDir) + "/" + FailureFileName(pid);
+    const std::string name = FailureName(pid);
     std::string text(kLongest, '\0');
-    const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    const int fd = OpenTvFile(tvDir, name, O_RDONLY);
     const ssize_t size = fd >= 0 ? read(fd, text.data(), text.size()) : 0;
     if (fd >= 0) {
         close(fd);
@@ -30,7 +39,7 @@ std::optional<Error> TakeFailure(const std::string& tvDir, int pid) {
     if (space == std::string::npos) {
         return std::nullopt;  // it may be about to be written
     }
-    unlink(file.c_str());
+    unlink((tvDir + "/" + name).c_str());
     const bool no = text.substr(0, space) == std::to_string(static_cast<int>(ErrorKind::kNo));
     return Error(no ? ErrorKind::kNo : ErrorKind::kPlatform, text.substr(space + 1));
 }

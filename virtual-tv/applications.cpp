@@ -70,7 +70,7 @@ void Start(Tv::Impl& tv, Launch* launch) {
         }
     }
     // Nobody else starts the same application meanwhile, and it cannot end before it is registered.
-    const FileLock lock(tv.dir + "/apps/.lock");
+    const FileLock lock(tv.dir, kAppsLock);
     for (const RunningApplication& running : ListRunning(tv.dir)) {
         if (running.appId == launch->appId && launch->appId != kNotification) {
             launch->outcome = "resumed";
@@ -86,7 +86,7 @@ void Start(Tv::Impl& tv, Launch* launch) {
     Program program;
     program.arguments = Arguments(tv, *launch, package, mode);
     program.environment = {"VTV_TV=" + tv.dir, "VTV_APP_ID=" + launch->appId};
-    program.logFile = tv.dir + "/log/applications.log";
+    program.tvDir = tv.dir;
     program.blockAppSignals = !IsForeign(package);
     program.record = registration.Descriptor();
     int error = 0;
@@ -244,7 +244,7 @@ void Tv::CancelApplication(const std::string& appId) {
 
 void Tv::EnterApplication(const std::string& appId, const Extras& extras) {
     // The launcher has registered what it started; a program started by hand does it itself.
-    const FileLock lock(impl_->dir + "/apps/.lock");
+    const FileLock lock(impl_->dir, kAppsLock);
     if (IsRegistered(impl_->dir, getpid())) {
         return;
     }
@@ -260,7 +260,7 @@ void Tv::ReportFailure(const Error& failure) {
 }
 
 void Tv::LeaveApplication() {
-    const FileLock lock(impl_->dir + "/apps/.lock");
+    const FileLock lock(impl_->dir, kAppsLock);
     Unregister(impl_->dir, getpid());
 }
 

@@ -24,7 +24,7 @@ std::string WhyNotAllowed(const std::string& command);
 struct Program {
     std::vector<std::string> arguments;
     std::vector<std::string> environment;  // besides this process's own
-    std::string logFile;                   // where its output goes
+    std::string tvDir;                     // to whose log its output goes
     bool blockAppSignals = false;
     int record = -1;  // a descriptor for LockRecord(), which the program keeps open
 };

@@ -76,11 +76,10 @@ CallKind KindOf(std::string_view function) {
 }
 
 Switches::Switches(const std::string& tvDir) {
-    const std::string file = tvDir + "/switches";
-    int fd = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kFileMode);
+    int fd = OpenTvFile(tvDir, kSwitches, O_RDWR | O_CREAT);
     writable_ = fd >= 0;
     if (fd < 0) {
-        fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+        fd = OpenTvFile(tvDir, kSwitches, O_RDONLY);
     }
     if (fd < 0) {
         return;

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
+#include <sstream>
 
 #include "applications.h"
 #include "serve.h"
@@ -17,13 +17,7 @@ namespace vtv {
 
 namespace {
 
-std::string FileOf(const std::string& tvDir) {
-    return tvDir + "/launches.jsonl";
-}
-
-[[noreturn]] void FailToRead(const std::string& file, int error) {
-    throw Error(ErrorKind::kPlatform, file + ": cannot be read: " + std::strerror(error) + ".");
-}
+constexpr char kLaunches[] = "launches.jsonl";
 
 // As a full disk leaves it.
 bool EndsWithinALine(int fd) {
@@ -34,8 +28,8 @@ bool EndsWithinALine(int fd) {
 }
 
 // What kept it from being written whole; empty when nothing did.
-std::string AppendLine(const std::string& file, std::string line) {
-    const int fd = open(file.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
+std::string AppendLine(const std::string& tvDir, std::string line) {
+    const int fd = OpenTvFile(tvDir, kLaunches, O_RDWR | O_CREAT | O_APPEND);
     if (fd >= 0 && EndsWithinALine(fd)) {
         line.insert(0, "\n");
     }
@@ -46,7 +40,8 @@ std::string AppendLine(const std::string& file, std::string line) {
     }
     return written == static_cast<ssize_t>(line.size())
                ? ""
-               : file + ": the launch cannot be recorded: " + std::strerror(error) + ".";
+               : tvDir + "/" + kLaunches +
+                     ": the launch cannot be recorded: " + std::strerror(error) + ".";
 }
 
 // Throws Json::Exception for a line that is no record.
@@ -85,7 +80,7 @@ void RecordLaunch(Tv::Impl& tv, const Launch& launch) {
         pair.append(value);
         json["extras"].append(pair);
     }
-    const std::string problem = AppendLine(FileOf(tv.dir), CompactJson(json) + "\n");
+    const std::string problem = AppendLine(tv.dir, CompactJson(json) + "\n");
     if (!problem.empty()) {
         NoteFailure(tv, problem);
         NoteMachineFailure(problem);
@@ -99,45 +94,38 @@ void RecordLaunch(Tv::Impl& tv, const Launch& launch) {
 }
 
 std::uint64_t Tv::LaunchMark() const {
-    const std::string file = FileOf(impl_->dir);
+    const std::string file = impl_->dir + "/" + kLaunches;
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(file, error);
     if (error && error != std::errc::no_such_file_or_directory) {
-        FailToRead(file, error.value());
+        throw Error(ErrorKind::kPlatform, file + ": cannot be read: " + error.message() + ".");
     }
     return error ? 0 : size;
 }
 
 std::vector<Launch> Tv::Launches(std::uint64_t mark) const {
-    std::vector<Launch> launches;
-    const std::string name = FileOf(impl_->dir);
-    errno = 0;
-    std::ifstream file(name);
-    if (!file.is_open()) {
-        if (errno != ENOENT) {
-            FailToRead(name, errno);
-        }
-        return launches;  // nothing was launched yet
-    }
     // What was cleared since begins anew.
-    file.seekg(static_cast<std::streamoff>(mark <= LaunchMark() ? mark : 0));
-    for (std::string line; std::getline(file, line);) {
+    const off_t from = mark <= LaunchMark() ? static_cast<off_t>(mark) : 0;
+    std::istringstream lines(ReadTvFile(impl_->dir, kLaunches, from).value_or(""));
+    std::vector<Launch> launches;
+    for (std::string line; std::getline(lines, line);) {
         try {
             launches.push_back(ParseLaunch(line));
         } catch (const Json::Exception&) {
             continue;  // cut off by a full disk or a power failure, or written by another hand
         }
     }
-    if (file.bad()) {
-        FailToRead(name, errno);
-    }
     return launches;
 }
 
 void Tv::ClearLaunches() {
-    if (truncate(FileOf(impl_->dir).c_str(), 0) != 0 && errno != ENOENT) {
-        throw Error(ErrorKind::kPlatform,
-                    FileOf(impl_->dir) + ": cannot be cleared: " + std::strerror(errno) + ".");
+    const int fd = OpenTvFile(impl_->dir, kLaunches, O_WRONLY | O_TRUNC);
+    if (fd < 0 && errno != ENOENT) {
+        throw Error(ErrorKind::kPlatform, impl_->dir + "/" + kLaunches +
+                                              ": cannot be cleared: " + std::strerror(errno) + ".");
+    }
+    if (fd >= 0) {
+        close(fd);
     }
 }
 

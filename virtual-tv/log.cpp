@@ -58,20 +58,20 @@ LogWriter::~LogWriter() {
     }
 }
 
-std::vector<std::string> LogWriter::Paths() const {
-    std::vector<std::string> paths;
+std::vector<std::string> LogWriter::Names() {
+    std::vector<std::string> names;
     for (int i = kOldFiles; i >= 1; --i) {
-        paths.push_back(Path() + "." + std::to_string(i));
+        names.push_back(kFile + ("." + std::to_string(i)));
     }
-    paths.push_back(Path());
-    return paths;
+    names.emplace_back(kFile);
+    return names;
 }
 
 bool LogWriter::Open() {
     if (fd_ >= 0) {
         close(fd_);
     }
-    fd_ = open(Path().c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
+    fd_ = OpenTvFile(tvDir_, kFile, O_WRONLY | O_CREAT | O_APPEND);
     return fd_ >= 0;
 }
 
@@ -84,14 +84,14 @@ bool LogWriter::IsCurrent() const {
 
 // Throws kPlatform.
 void LogWriter::Rotate() {
-    const FileLock lock(dir_ + "/.lock");
+    const FileLock lock(tvDir_, kLock);
     struct stat info;
     if (stat(Path().c_str(), &info) != 0 || info.st_size < kMaxSize) {
         return;  // another process was sooner
     }
-    const std::vector<std::string> paths = Paths();
-    for (size_t i = 0; i + 1 < paths.size(); ++i) {
-        rename(paths[i + 1].c_str(), paths[i].c_str());
+    const std::vector<std::string> names = Names();
+    for (size_t i = 0; i + 1 < names.size(); ++i) {
+        rename((tvDir_ + "/" + names[i + 1]).c_str(), (tvDir_ + "/" + names[i]).c_str());
     }
 }
 

@@ -74,14 +74,16 @@ void SplitPrefix(LogRecord* record) {
     record->message.erase(0, end + 4);
 }
 
+[[noreturn]] void FailToRead(const std::string& path) {
+    throw Error(ErrorKind::kPlatform, path + ": cannot be read: " + std::strerror(errno) + ".");
+}
+
 // The whole lines of a file from an offset on; the offset moves behind them.
-std::vector<LogRecord> ReadLines(int fd, off_t* offset) {
+std::vector<LogRecord> ReadLines(int fd, const std::string& path, off_t* offset) {
     std::vector<LogRecord> records;
     std::string text;
-    char buffer[64 * 1024];
-    off_t at = *offset;
-    for (ssize_t size; (size = pread(fd, buffer, sizeof buffer, at)) > 0; at += size) {
-        text.append(buffer, static_cast<size_t>(size));
+    if (!ReadToEnd(fd, *offset, &text)) {
+        FailToRead(path);
     }
     std::string_view rest = text;
     for (size_t end; (end = rest.find('\n')) != std::string_view::npos;
@@ -142,21 +144,23 @@ struct LogReader::Impl {
         off_t offset = 0;
     };
 
-    explicit Impl(const Tv::Impl& tv) : lock(tv.dir + "/log/.lock"), paths(tv.log.Paths()) {}
+    explicit Impl(const Tv::Impl& tv) : tvDir(tv.dir) {}
 
-    std::string lock;
-    std::vector<std::string> paths;
+    std::string tvDir;
     LogFilter filter;
     std::vector<std::unique_ptr<File>> files;
 
     // Oldest first; what is read on stays open, what is gone is closed.
     void Reopen() {
-        const FileLock noRotation(lock);
+        const FileLock noRotation(tvDir, LogWriter::kLock);
         std::vector<std::unique_ptr<File>> present;
-        for (const std::string& path : paths) {
-            const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-            if (fd < 0) {
+        for (const std::string& name : LogWriter::Names()) {
+            const int fd = OpenTvFile(tvDir, name, O_RDONLY);
+            if (fd < 0 && errno == ENOENT) {
                 continue;
+            }
+            if (fd < 0) {
+                FailToRead(tvDir + "/" + name);
             }
             auto file = std::make_unique<File>(fd);
             struct stat info;
@@ -187,7 +191,7 @@ std::vector<LogRecord> LogReader::ReadNew() {
     impl_->Reopen();
     std::vector<LogRecord> records;
     for (const auto& file : impl_->files) {
-        for (LogRecord& record : ReadLines(file->fd, &file->offset)) {
+        for (LogRecord& record : ReadLines(file->fd, impl_->tvDir + "/log", &file->offset)) {
             if (Matches(impl_->filter, record)) {
                 records.push_back(std::move(record));
             }

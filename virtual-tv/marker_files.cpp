@@ -60,25 +60,43 @@ std::vector<std::string> Tv::OwnerFiles() const {
     return files;
 }
 
+namespace {
+
+// Below the TV's folder.
+std::string OwnerFileName(const std::string& path) {
+    return "owner/" + RequireOwnerFile(path);
+}
+
+[[noreturn]] void Fail(const std::string& file, const char* what) {
+    throw Error(ErrorKind::kPlatform,
+                file + ": cannot be " + what + ": " + std::strerror(errno) + ".");
+}
+
+}  // namespace
+
 void Tv::AddOwnerFile(const std::string& path) {
-    const std::string file = OwnerDir() + "/" + RequireOwnerFile(path);
-    EnsureDir(fs::path(file).parent_path().string());
-    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kFileMode);
+    const std::string name = OwnerFileName(path);
+    EnsureDir(fs::path(impl_->dir + "/" + name).parent_path().string());
+    const int fd = OpenTvFile(impl_->dir, name, O_WRONLY | O_CREAT);
     if (fd < 0) {
-        throw Error(ErrorKind::kPlatform, file + ": cannot be made: " + std::strerror(errno) + ".");
+        Fail(impl_->dir + "/" + name, "made");
     }
     close(fd);
 }
 
 bool Tv::RemoveOwnerFile(const std::string& path) {
-    const std::string file = OwnerDir() + "/" + RequireOwnerFile(path);
-    if (unlink(file.c_str()) == 0) {
-        return true;
+    const fs::path name = OwnerFileName(path);
+    const int folder = OpenTvFolder(impl_->dir, name.parent_path().string());
+    const bool removed = folder >= 0 && unlinkat(folder, name.filename().c_str(), 0) == 0;
+    const int error = errno;
+    if (folder >= 0) {
+        close(folder);
     }
-    if (errno == ENOENT || errno == ENOTDIR) {
-        return false;
+    errno = error;
+    if (!removed && error != ENOENT && error != ENOTDIR) {
+        Fail(impl_->dir + "/" + name.string(), "removed");
     }
-    throw Error(ErrorKind::kPlatform, file + ": cannot be removed: " + std::strerror(errno) + ".");
+    return removed;
 }
 
 namespace {

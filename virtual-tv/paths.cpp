@@ -1,8 +1,6 @@
 // Where things lie: on this machine, and in a TV's folder.
-#include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,7 +11,6 @@
 #include <cstring>
 #include <filesystem>
 
-#include "store_files.h"
 #include "tv_impl.h"
 
 namespace vtv {
@@ -21,8 +18,6 @@ namespace vtv {
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr std::uintmax_t kLargestFile = std::uintmax_t{256} * 1024 * 1024;
 
 std::string Environment(const char* name) {
     const char* value = std::getenv(name);
@@ -112,24 +107,6 @@ void RequireTrustedFolders(const std::string& dir) {
     }
 }
 
-bool WriteNewFile(const std::string& file, std::string_view content, int* error) {
-    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kFileMode);
-    if (fd < 0) {
-        *error = errno;
-        return false;
-    }
-    bool good = true;
-    while (good && !content.empty()) {
-        const ssize_t size = write(fd, content.data(), content.size());
-        good = size >= 0 || errno == EINTR;
-        content.remove_prefix(size > 0 ? static_cast<size_t>(size) : 0);
-    }
-    // A pipe or a terminal has nothing to be made durable.
-    good = good && (store_file_calls.fsync(fd) == 0 || errno == EINVAL);
-    *error = errno;
-    return close(fd) == 0 && good;
-}
-
 std::string BootId() {
     constexpr const char* kFile = "/proc/sys/kernel/random/boot_id";
     char text[64] = "";
@@ -146,56 +123,6 @@ std::string BootId() {
                         ". It tells whether the machine has been off, which a TV has to know.");
     }
     return {text, static_cast<size_t>(size)};
-}
-
-void RequirePlainFiles(const std::string& dir) {
-    std::error_code error;
-    fs::recursive_directory_iterator entries(dir, error);
-    for (; !error && entries != fs::recursive_directory_iterator(); entries.increment(error)) {
-        if (entries.depth() == 0 && entries->path().filename() == "apps" &&
-            fs::is_directory(entries->symlink_status(error))) {
-            entries.disable_recursion_pending();  // read with care, file by file
-            continue;
-        }
-        const fs::file_type type = entries->symlink_status(error).type();
-        if (type != fs::file_type::regular && type != fs::file_type::directory &&
-            type != fs::file_type::not_found) {
-            throw Error(ErrorKind::kUsage,
-                        entries->path().string() +
-                            ": this is no plain file and no folder. A TV that somebody sent could "
-                            "change other files of yours by it: remove it, or make the TV anew.");
-        }
-        if (type == fs::file_type::regular && entries->file_size(error) > kLargestFile && !error) {
-            throw Error(ErrorKind::kUsage, entries->path().string() +
-                                               ": this is larger than any file of a TV. Remove it, "
-                                               "or make the TV anew.");
-        }
-        error.clear();  // of one file, which may have gone meanwhile
-    }
-    Unreadable::ThrowIf(error.value(), dir);
-}
-
-FileLock::FileLock(const std::string& file) {
-    fd_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kFileMode);
-    int error = fd_ >= 0 ? EINTR : errno;
-    while (fd_ >= 0 && error == EINTR) {
-        error = flock(fd_, LOCK_EX) == 0 ? 0 : errno;
-    }
-    // A link is nobody's lock, and no TV that is opened has one.
-    const bool isReadOnly = error == EACCES || error == EPERM || error == EROFS || error == ELOOP;
-    if (error == 0 || (fd_ < 0 && (isReadOnly || error == ENOENT))) {
-        return;
-    }
-    if (fd_ >= 0) {
-        close(fd_);
-    }
-    throw Error(ErrorKind::kPlatform, file + ": cannot be locked: " + std::strerror(error) + ".");
-}
-
-FileLock::~FileLock() {
-    if (fd_ >= 0) {
-        close(fd_);
-    }
 }
 
 }  // namespace vtv

@@ -37,6 +37,7 @@ namespace vtv {
 namespace {
 
 constexpr char kSuffix[] = ".json";
+constexpr char kStarting[] = "apps/.starting";
 constexpr off_t kLargest = off_t{4} * 1024 * 1024;  // of a file; a launch's extras are in it
 // Above the descriptors that scripts use for themselves.
 constexpr int kLockDescriptor = 400;
@@ -44,8 +45,12 @@ constexpr int kLockDescriptor = 400;
 std::string FolderOf(const std::string& tvDir) {
     return tvDir + "/apps";
 }
+// Below the TV's folder.
+std::string NameOf(int pid) {
+    return "apps/" + std::to_string(pid) + kSuffix;
+}
 std::string FileOf(const std::string& tvDir, int pid) {
-    return FolderOf(tvDir) + "/" + std::to_string(pid) + kSuffix;
+    return tvDir + "/" + NameOf(pid);
 }
 
 // 0 for a name that is not "PID.json".
@@ -97,8 +102,7 @@ class AppFile {
   public:
     AppFile(const std::string& tvDir, int pid) : path_(FileOf(tvDir, pid)) {
         own_ = pid == getpid() ? OwnDescriptorOf(path_) : -1;
-        fd_ =
-            own_ >= 0 ? own_ : open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+        fd_ = own_ >= 0 ? own_ : OpenTvFile(tvDir, NameOf(pid), O_RDONLY);
         error_ = fd_ >= 0 ? 0 : errno;
         Unreadable::ThrowIf(error_, path_);
     }
@@ -114,12 +118,10 @@ class AppFile {
     bool IsPlain() const { return Size() >= 0; }
     int Holder() const { return own_ >= 0 ? getpid() : HolderOf(fd_, path_); }
     std::string Text() const {
-        std::string text(static_cast<size_t>(std::max<off_t>(Size(), 0)), '\0');
-        const ssize_t size = pread(fd_, text.data(), text.size(), 0);
-        if (size < 0) {
+        std::string text;
+        if (!ReadToEnd(fd_, 0, &text)) {
             Unreadable::ThrowIf(errno, path_);
         }
-        text.resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
         return text;
     }
     // Unless somebody has put another in its place.
@@ -258,9 +260,9 @@ std::vector<RunningApplication> ListRunning(const std::string& tvDir,
 // ---------------------------------------------------------------------------------------------
 
 Registration::Registration(const std::string& tvDir)
-    : tvDir_(tvDir), temporary_(FolderOf(tvDir) + "/.starting") {
+    : tvDir_(tvDir), temporary_(tvDir + "/" + kStarting) {
     unlink(temporary_.c_str());  // of a launcher that was killed
-    const int fd = open(temporary_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode);
+    const int fd = OpenTvFile(tvDir, kStarting, O_RDWR | O_CREAT | O_EXCL);
     if (fd >= 0) {
         descriptor_ = fcntl(fd, F_DUPFD_CLOEXEC, kLockDescriptor);
         if (descriptor_ < 0) {

@@ -106,7 +106,8 @@ int SpawnDetached(const Program& program, int* error) {
         *error = errno;
         return -1;
     }
-    const int log = open(program.logFile.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    const int log =
+        OpenTvFile(program.tvDir, "log/applications.log", O_WRONLY | O_CREAT | O_APPEND);
     const pid_t child = fork();
     if (child == 0) {
         setsid();

@@ -197,7 +197,7 @@ bool Play(Tv::Impl& tv, const std::string& file) {
     Program player;
     player.arguments = {"/bin/sh", "-c", "pw-play \"$1\" || paplay \"$1\" || aplay -q \"$1\"", "sh",
                         file};
-    player.logFile = tv.dir + "/log/applications.log";
+    player.tvDir = tv.dir;
     return SpawnDetached(player, &error) > 0;
 }
 
@@ -230,10 +230,11 @@ bool Tv::Speak(const std::string& text) {
         impl_->LogLine(kError, "no speech: " + problem);
         return false;
     }
-    const std::string file = impl_->dir + "/speech/last.wav";
+    constexpr const char* kFile = "speech/last.wav";
+    const std::string file = impl_->dir + "/" + kFile;
     int error = 0;
-    if (!WriteNewFile(file, Wave(engine->Synthesize(text, Language()), engine->SampleRate()),
-                      &error)) {
+    if (!WriteTvFile(impl_->dir, kFile,
+                     Wave(engine->Synthesize(text, Language()), engine->SampleRate()), &error)) {
         impl_->LogLine(kError, file + ": cannot be written: " + std::strerror(error));
         return false;
     }

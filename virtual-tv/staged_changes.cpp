@@ -20,8 +20,9 @@ namespace {
 std::string ChangesOf(const std::string& tvDir) {
     return tvDir + "/.changes";
 }
+constexpr char kStaged[] = ".changes/staged";
 std::string StagedOf(const std::string& tvDir) {
-    return ChangesOf(tvDir) + "/staged";
+    return tvDir + "/" + kStaged;
 }
 std::string DecidedOf(const std::string& tvDir) {
     return ChangesOf(tvDir) + "/decided";
@@ -84,10 +85,12 @@ std::vector<std::string> FilesBelow(const std::string& dir) {
     return files;
 }
 
-void MakeEmptyFile(const std::string& path) {
+// Below the TV's folder.
+void MakeEmptyFile(const std::string& tvDir, const std::string& name) {
+    const std::string path = tvDir + "/" + name;
     EnsureDir(fs::path(path).parent_path().string());
     int error = 0;
-    if (!WriteNewFile(path, "", &error)) {
+    if (!WriteTvFile(tvDir, name, "", &error)) {
         Fail(path, "cannot be made", std::strerror(error));
     }
 }
@@ -124,7 +127,7 @@ void Discard(const std::string& tvDir) {
 
 }  // namespace
 
-StagedChanges::StagedChanges(const std::string& tvDir) : tvDir_(tvDir), lock_(tvDir + "/.lock") {
+StagedChanges::StagedChanges(const std::string& tvDir) : tvDir_(tvDir), lock_(tvDir, kLock) {
     if (Exists(DecidedOf(tvDir))) {
         DoDecided(tvDir);
     }
@@ -182,11 +185,11 @@ void StagedChanges::Write(const Store& store, const std::string& key,
 }
 
 void StagedChanges::AddFile(const std::string& file) {
-    MakeEmptyFile(StagedOf(tvDir_) + kWritten + file);
+    MakeEmptyFile(tvDir_, std::string(kStaged) + kWritten + file);
 }
 
 void StagedChanges::RemoveFile(const std::string& file) {
-    MakeEmptyFile(StagedOf(tvDir_) + kRemoved + file);
+    MakeEmptyFile(tvDir_, std::string(kStaged) + kRemoved + file);
 }
 
 void StagedChanges::SyncFolders() const {
@@ -211,7 +214,7 @@ void StagedChanges::Commit() {
     }
 }
 
-ChangesHalted::ChangesHalted(const std::string& tvDir) : lock_(tvDir + "/.lock") {
+ChangesHalted::ChangesHalted(const std::string& tvDir) : lock_(tvDir, kLock) {
     if (Exists(DecidedOf(tvDir))) {
         DoDecided(tvDir);
     }

@@ -52,10 +52,10 @@ void Append(const std::string& record) {
     if (tracedTv == nullptr) {
         return;
     }
-    const std::string file = tracedTv->dir + "/trace/events";
-    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kFileMode);
+    const int fd = OpenTvFile(tracedTv->dir, kTraceFile, O_WRONLY | O_CREAT | O_APPEND);
     if (fd < 0 || write(fd, record.data(), record.size()) != static_cast<ssize_t>(record.size())) {
-        tracedTv->LogLine(kError, file + ": a trace record is lost: " + std::strerror(errno));
+        tracedTv->LogLine(kError, tracedTv->dir + "/" + kTraceFile +
+                                      ": a trace record is lost: " + std::strerror(errno));
     }
     if (fd >= 0) {
         close(fd);
@@ -99,7 +99,7 @@ void Tv::SetTraceEnabled(bool enabled) {
 void Tv::ClearTrace() {
     // Emptied and not removed: a call site is told of once, by a process that may go on for long.
     // Its locations are therefore kept.
-    CompactTrace(TraceFile());
+    CompactTrace(impl_->dir);
 }
 
 }  // namespace vtv

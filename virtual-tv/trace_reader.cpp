@@ -56,13 +56,6 @@ class Bytes {
     bool good_ = true;
 };
 
-std::string ReadFile(const std::string& path) {
-    std::ifstream stream(path, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
 // For what does not begin as a record of this program does. Behind other records it may be what a
 // crash has left; nothing else that is unknown is passed over.
 void RequireKnownVersion(const std::string& path, std::string_view record, bool isFirst) {
@@ -177,8 +170,9 @@ std::string PutIn(const std::string& format, const std::vector<TraceArgument>& a
 
 }  // namespace
 
-void CompactTrace(const std::string& path) {
-    const std::string content = ReadFile(path);
+void CompactTrace(const std::string& tvDir) {
+    const std::string path = tvDir + "/" + kTraceFile;
+    const std::string content = ReadTvFile(tvDir, kTraceFile).value_or("");
     std::string kept;
     ForEachRecord(path, content,
                   [&](const TraceRecordHeader& header, std::string_view, std::string_view whole) {
@@ -190,7 +184,7 @@ void CompactTrace(const std::string& path) {
     if (content.empty()) {
         return;
     }
-    bool good = WriteNewFile(path + ".new", kept, &error);
+    bool good = WriteTvFile(tvDir, kTraceFile + std::string(".new"), kept, &error);
     if (good && std::rename((path + ".new").c_str(), path.c_str()) != 0) {
         error = errno;
         good = false;
@@ -204,7 +198,7 @@ void CompactTrace(const std::string& path) {
 std::vector<TraceEvent> Tv::ReadTrace() const {
     std::map<std::tuple<uint32_t, uint32_t, uint32_t>, Location> locations;
     std::vector<TraceEvent> events;
-    const std::string content = ReadFile(TraceFile());
+    const std::string content = ReadTvFile(impl_->dir, kTraceFile).value_or("");
     ForEachRecord(TraceFile(), content,
                   [&](const TraceRecordHeader& header, std::string_view body, std::string_view) {
                       const auto site = std::make_tuple(header.pid, header.session, header.siteId);

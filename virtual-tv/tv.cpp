@@ -56,21 +56,29 @@ void FollowOthers(Tv& tv) {
 
 // What "memory/" holds is gone after the machine was restarted, as after a power cycle.
 void ForgetLastBoot(const std::string& dir, Store& memory) {
-    const std::string file = dir + "/memory/.boot";
     const std::string boot = BootId();
-    std::error_code error;
-    if (fs::exists(file, error) && ReadTextFile(file) == boot) {
+    if (ReadTvFile(dir, kBootFile) == boot) {
         return;
     }
-    const FileLock lock(dir + "/.lock");
-    if (fs::exists(file, error) && ReadTextFile(file) == boot) {
+    const FileLock lock(dir, kLock);
+    const std::optional<std::string> last = ReadTvFile(dir, kBootFile);
+    if (last == boot) {
         return;  // another process was sooner
     }
-    if (fs::exists(file, error)) {
+    if (last) {
         memory.RemoveAll();
     }
     int ignored = 0;
-    WriteNewFile(file, boot, &ignored);
+    WriteTvFile(dir, kBootFile, boot, &ignored);
+}
+
+Model ReadModel(const std::string& dir) {
+    const std::string file = dir + "/" + kModelFile;
+    const std::optional<std::string> text = ReadTvFile(dir, kModelFile);
+    if (!text) {
+        throw Error(ErrorKind::kNoSuch, file + " cannot be read: " + std::strerror(ENOENT));
+    }
+    return ParseModel(*text, file);
 }
 
 void RequireKnownVersions(const std::string& dir) {
@@ -98,7 +106,7 @@ void ApplyModel(const Model& model, Tv::Impl& tv) {
         const std::string path = tv.dir + "/owner/" + file;
         EnsureDir(fs::path(path).parent_path().string());
         int error = 0;
-        if (!WriteNewFile(path, "", &error)) {
+        if (!WriteTvFile(tv.dir, "owner/" + file, "", &error)) {
             throw Error(ErrorKind::kPlatform,
                         path + ": cannot be made: " + std::strerror(error) + ".");
         }
@@ -124,18 +132,18 @@ void MakeFolders(const std::string& dir) {
     for (const char* store : {"/settings", "/memory", "/state", "/faults"}) {
         Store::Create(dir + store);
     }
-    const FileLock made(dir + "/.lock");  // so that nobody who only reads has to make it
+    const FileLock made(dir, kLock);  // so that nobody who only reads has to make it
 }
 
 Tv::Impl::Impl(const std::string& tvDir)
     : dir(tvDir),
-      model(LoadModel(tvDir + "/tv.toml")),
+      model(ReadModel(tvDir)),
       settings(tvDir + "/settings", Store::Durability::kDurable),
       memory(tvDir + "/memory", Store::Durability::kVolatile),
       state(tvDir + "/state", Store::Durability::kDurable),
       faults(tvDir + "/faults", Store::Durability::kVolatile),
       switches(tvDir),
-      log(tvDir + "/log") {
+      log(tvDir) {
     model.name = StateOr<std::string>("model", model.name);
 }
 
@@ -170,9 +178,9 @@ void Tv::Create(const std::string& dir, const std::string& modelText, const std:
     const std::string& aside = folder.Aside();
     MakeFolders(aside);
     int code = 0;
-    if (!WriteNewFile(aside + "/tv.toml", modelText, &code) ||
-        !WriteNewFile(aside + "/switches", std::string(4, '\0'), &code) ||
-        !WriteNewFile(aside + "/memory/.boot", BootId(), &code)) {
+    if (!WriteTvFile(aside, kModelFile, modelText, &code) ||
+        !WriteTvFile(aside, kSwitches, std::string(4, '\0'), &code) ||
+        !WriteTvFile(aside, kBootFile, BootId(), &code)) {
         throw Error(ErrorKind::kPlatform,
                     aside + ": cannot be written: " + std::strerror(code) + ".");
     }
@@ -189,7 +197,7 @@ void Tv::Create(const std::string& dir, const std::string& modelText, const std:
 
 bool Tv::IsTv(const std::string& dir) {
     struct stat info;
-    return stat((dir + "/tv.toml").c_str(), &info) == 0 &&
+    return stat((dir + "/" + kModelFile).c_str(), &info) == 0 &&
            stat((dir + "/settings").c_str(), &info) == 0;
 }
 
@@ -261,7 +269,7 @@ std::string Tv::LogFile() const {
     return impl_->log.Path();
 }
 std::string Tv::TraceFile() const {
-    return impl_->dir + "/trace/events";
+    return impl_->dir + "/" + kTraceFile;
 }
 
 void Tv::PowerCycle() {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "store.h"
+#include "tv_files.h"
 #include "virtual-tv/model/keys.h"
 #include "virtual_tv.h"
 #include "watcher.h"
@@ -22,6 +23,14 @@ namespace vtv {
 // Key of the TV's state that is followed while it runs.
 inline constexpr char kTraceSwitch[] = "trace/enabled";
 
+// Files of a TV's folder.
+inline constexpr char kLock[] = ".lock";           // of whoever changes many things at once
+inline constexpr char kAppsLock[] = "apps/.lock";  // of whoever starts or ends applications
+inline constexpr char kModelFile[] = "tv.toml";
+inline constexpr char kBootFile[] = "memory/.boot";
+inline constexpr char kSwitches[] = "switches";
+inline constexpr char kTraceFile[] = "trace/events";
+
 // What tells of a write (a rename) or a removal in a store's folder.
 inline constexpr uint32_t kStoreEvents = IN_MOVED_TO | IN_DELETE;
 
@@ -30,34 +39,22 @@ inline constexpr int kInfo = 4;
 inline constexpr int kWarning = 5;
 inline constexpr int kError = 6;
 
-// An advisory lock on a file, held while the object lives. Where the file must not be made (a
-// read-only folder) nothing is locked: nothing can be written there either. Throws kPlatform for
-// every other lock that cannot be had.
-class FileLock {
-  public:
-    explicit FileLock(const std::string& file);
-    ~FileLock();
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-
-  private:
-    int fd_;
-};
-
 // The TV's log: one record a line, appended whole, rotated by whoever finds it full.
 class LogWriter {
   public:
+    static constexpr char kFile[] = "log/tv.log";
+    static constexpr char kLock[] = "log/.lock";
     static constexpr off_t kMaxSize = off_t{1024} * 1024;
     static constexpr int kOldFiles = 3;  // tv.log.1 (newest) to tv.log.3
 
-    explicit LogWriter(const std::string& dir) : dir_(dir) {}
+    explicit LogWriter(const std::string& tvDir) : tvDir_(tvDir) {}
     ~LogWriter();
     LogWriter(const LogWriter&) = delete;
     LogWriter& operator=(const LogWriter&) = delete;
 
-    std::string Path() const { return dir_ + "/tv.log"; }
-    // Oldest first; the last is Path().
-    std::vector<std::string> Paths() const;
+    std::string Path() const { return tvDir_ + "/" + kFile; }
+    // Below the TV's folder, oldest first; the last is kFile.
+    static std::vector<std::string> Names();
     // False when the record could not be written.
     bool Append(int priority, const std::string& tag, const std::string& message);
 
@@ -66,7 +63,7 @@ class LogWriter {
     bool IsCurrent() const;
     void Rotate();
 
-    std::string dir_;
+    std::string tvDir_;
     int fd_ = -1;
 };
 
@@ -140,9 +137,6 @@ struct Tv::Impl {
     void FollowSwitches();
 };
 
-// Whatever the umask, nobody else writes into a TV.
-inline constexpr mode_t kFolderMode = 0755;
-inline constexpr mode_t kFileMode = 0644;
 void EnsureDir(const std::string& dir);  // with its parents
 // Throws kPlatform when the folder of a TV, or the one that it lies in, belongs to another user but
 // root, or can be written by others.
@@ -150,12 +144,8 @@ void RequireTrustedFolders(const std::string& dir);
 std::string Absolute(const std::string& dir);
 // What the folder of a TV without a model and any value holds.
 void MakeFolders(const std::string& dir);
-// Throws kUsage for a link, a pipe or a device in a TV's folder, because the TV writes into its
-// files, and for one that is too large to be a TV's, because the TV reads them.
-void RequirePlainFiles(const std::string& dir);
 // Throws what opening a TV would: kNoSuch, kUsage, kPlatform.
 void RequireTv(const std::string& path);
-bool WriteNewFile(const std::string& file, std::string_view content, int* error);
 TimePoint Now();
 
 // The path in its shortest form. Throws kUsage for what is no file below /home/owner.
@@ -172,6 +162,6 @@ enum class CallKind { ASKS, CHANGES, ENDS, RECORDS };
 CallKind KindOf(std::string_view function);
 void EndRunningApplications(const std::string& tvDir);
 std::string BootId();  // of the machine; another one after each start. Throws kPlatform.
-void CompactTrace(const std::string& path);  // keeps the call sites, drops the events
+void CompactTrace(const std::string& tvDir);  // keeps the call sites, drops the events
 
 }  // namespace vtv

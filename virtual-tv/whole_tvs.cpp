@@ -52,9 +52,9 @@ std::vector<RunningApplication> RunningOn(const std::string& path) {
 // Keeps what changes many things at once, and what starts applications, from a TV.
 class Standstill {
   public:
-    explicit Standstill(const std::string& path) : changes_(path + "/.lock") {
+    explicit Standstill(const std::string& path) : changes_(path, kLock) {
         if (HasApps(path)) {
-            starts_.emplace(path + "/apps/.lock");
+            starts_.emplace(path, kAppsLock);
         }
     }
 

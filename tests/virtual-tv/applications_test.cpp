@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -338,13 +339,21 @@ TEST_F(ApplicationsTest, AProgramThatCannotBeStartedIsAFailedLaunch) {
 
 TEST_F(ApplicationsTest, ALaunchThatCannotBeRecordedIsAFailureWithTheFile) {
     TurnOn();
-    std::filesystem::create_symlink("/dev/full", tv->Dir() + "/launches.jsonl");
+    // What is allowed is less than what is there, and more than the log needs.
+    constexpr rlim_t kMost = 1 << 20;
+    WriteText(tv->Dir() + "/launches.jsonl", std::string(kMost, '\n'));
+    const auto ignored = signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small = {kMost, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
     tv->LaunchApplication("org.nemra.wizard", {});
+    setrlimit(RLIMIT_FSIZE, &before);
+    signal(SIGXFSZ, ignored);
     const std::vector<std::string> failures = tv->TakeFailures();
     ASSERT_EQ(failures.size(), 1u);
-    EXPECT_EQ(failures[0], tv->Dir() +
-                               "/launches.jsonl: the launch cannot be recorded: No space left on "
-                               "device.");
+    EXPECT_EQ(failures[0],
+              tv->Dir() + "/launches.jsonl: the launch cannot be recorded: File too large.");
     EXPECT_TRUE(LogHas(failures[0]));
 }
 

@@ -1,0 +1,175 @@
+// A TV's files are opened as plain files of its own folder, whatever has come to lie there since
+// the TV was opened.
+#include "virtual-tv/tv_files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <functional>
+
+#include "tv_fixture.h"
+
+namespace fs = std::filesystem;
+
+namespace vtv {
+namespace {
+
+class TvFilesTest : public testing::Test {
+  protected:
+    TvFilesTest() {
+        fs::create_directories(folder / "tv/log");
+        WriteText(tv + "/log/tv.log", "plain");
+        WriteText(outside, "untouched");
+    }
+
+    // The reason why it was not opened; 0 when it was.
+    int ErrorOfOpening(const std::string& name, int flags = O_RDONLY) const {
+        errno = 0;
+        const int fd = OpenTvFile(tv, name, flags);
+        const int error = fd < 0 ? errno : 0;
+        if (fd >= 0) {
+            close(fd);
+        }
+        return error;
+    }
+
+    TemporaryFolder folder;
+    const std::string tv = folder / "tv";
+    const std::string outside = folder / "outside";
+};
+
+TEST_F(TvFilesTest, APlainFileIsOpenedReadAndWritten) {
+    EXPECT_EQ(ErrorOfOpening("log/tv.log"), 0);
+    EXPECT_EQ(ReadTvFile(tv, "log/tv.log"), "plain");
+    EXPECT_EQ(ReadTvFile(tv, "log/tv.log", 3), "in");
+    EXPECT_EQ(ReadTvFile(tv, "log/tv.log", 9), "");
+    EXPECT_EQ(ReadTvFile(tv, "log/none"), std::nullopt);
+    int error = 0;
+    EXPECT_TRUE(WriteTvFile(tv, "log/tv.log", "new", &error));
+    EXPECT_EQ(ReadText(tv + "/log/tv.log"), "new");
+}
+
+TEST_F(TvFilesTest, ATvMayBeNamedByALink) {
+    fs::create_directory_symlink(tv, folder / "link");
+    EXPECT_EQ(ReadTvFile(folder / "link", "log/tv.log"), "plain");
+}
+
+TEST_F(TvFilesTest, ALinkIsNeitherReadNorWrittenNorEmptied) {
+    fs::create_symlink(outside, tv + "/link");
+    for (const int flags : {O_RDONLY, O_WRONLY | O_CREAT, O_WRONLY | O_TRUNC, O_RDWR | O_APPEND}) {
+        EXPECT_EQ(ErrorOfOpening("link", flags), ELOOP) << flags;
+    }
+    EXPECT_THROW(ReadTvFile(tv, "link"), Error);
+    int error = 0;
+    EXPECT_FALSE(WriteTvFile(tv, "link", "foreign", &error));
+    EXPECT_EQ(error, ELOOP);
+    EXPECT_EQ(ReadText(outside), "untouched");
+}
+
+TEST_F(TvFilesTest, NoLinkIsFollowedOnTheWay) {
+    fs::create_directory(folder / "elsewhere");
+    WriteText(folder / "elsewhere/file", "untouched");
+    fs::create_directory_symlink(folder / "elsewhere", tv + "/log/link");
+    EXPECT_EQ(ErrorOfOpening("log/link/file"), ENOTDIR);
+    EXPECT_EQ(ErrorOfOpening("log/link/new", O_WRONLY | O_CREAT), ENOTDIR);
+    EXPECT_FALSE(fs::exists(folder / "elsewhere/new"));
+    EXPECT_LT(OpenTvFolder(tv, "log/link"), 0);
+}
+
+TEST_F(TvFilesTest, AFolderIsOpenedAsAFolderOnly) {
+    EXPECT_EQ(ErrorOfOpening("log"), EINVAL);
+    for (const char* name : {"", "log"}) {
+        const int fd = OpenTvFolder(tv, name);
+        EXPECT_GE(fd, 0) << name;
+        close(fd);
+    }
+    EXPECT_LT(OpenTvFolder(tv, "log/tv.log"), 0);
+}
+
+TEST_F(TvFilesTest, APipeIsRefusedWithoutWaitingForItsOtherEnd) {
+    ASSERT_EQ(mkfifo((tv + "/pipe").c_str(), 0600), 0);
+    EXPECT_EQ(ErrorOfOpening("pipe"), EINVAL);
+    EXPECT_EQ(ErrorOfOpening("pipe", O_RDWR), EINVAL);
+    EXPECT_EQ(ErrorOfOpening("pipe", O_WRONLY), ENXIO);
+}
+
+TEST_F(TvFilesTest, AFileThatIsLargerThanAnyOfATvIsRefused) {
+    WriteText(tv + "/large", "");
+    fs::resize_file(tv + "/large", std::uintmax_t{256} << 20U);
+    EXPECT_EQ(ErrorOfOpening("large"), 0);
+    fs::resize_file(tv + "/large", (std::uintmax_t{256} << 20U) + 1);
+    EXPECT_EQ(ErrorOfOpening("large"), EFBIG);
+}
+
+TEST_F(TvFilesTest, NobodyElseWritesIntoWhatIsMadeWhateverTheUmask) {
+    const mode_t mask = umask(0);
+    int error = 0;
+    EXPECT_TRUE(WriteTvFile(tv, "new", "", &error));
+    umask(mask);
+    EXPECT_EQ(fs::status(tv + "/new").permissions(), fs::perms(0644));
+}
+
+// A TV that is on while another program changes its folder.
+class ChangedTvTest : public TvTest {
+  protected:
+    ChangedTvTest() {
+        WriteText(folder / "outside", "untouched");
+        TurnOn();
+        tv->SetTraceEnabled(true);
+    }
+    // In place of what lies there.
+    void Link(const std::string& name) {
+        fs::remove_all(tv->Dir() + "/" + name);
+        fs::create_symlink(folder / "outside", tv->Dir() + "/" + name);
+    }
+    // Links a folder in place of the TV's.
+    std::string LinkFolder(const std::string& name) {
+        std::string elsewhere = folder / "elsewhere";
+        fs::create_directory(elsewhere);
+        fs::remove_all(tv->Dir() + "/" + name);
+        fs::create_directory_symlink(elsewhere, tv->Dir() + "/" + name);
+        return elsewhere;
+    }
+    void ExpectNothingOutside() { EXPECT_EQ(ReadText(folder / "outside"), "untouched"); }
+};
+
+TEST_F(ChangedTvTest, NoRecordOfTheLogLeavesIt) {
+    Link("log/tv.log");
+    tv->Log(4, "hello");
+    ExpectNothingOutside();
+    ErrorOf(ErrorKind::kPlatform, [&] { tv->ReadLog(); });
+}
+
+TEST_F(ChangedTvTest, NoFolderOfItsLogLeadsElsewhere) {
+    const std::string elsewhere = LinkFolder("log");
+    tv->Log(4, "hello");
+    EXPECT_TRUE(fs::is_empty(elsewhere));
+}
+
+TEST_F(ChangedTvTest, NoEventOfTheTraceLeavesItAndItIsNotClearedElsewhere) {
+    Link("trace/events");
+    ErrorOf(ErrorKind::kPlatform, [&] { tv->ReadTrace(); });
+    ErrorOf(ErrorKind::kPlatform, [&] { tv->ClearTrace(); });
+    ExpectNothingOutside();
+}
+
+TEST_F(ChangedTvTest, NoRecordOfALaunchIsReadOrClearedElsewhere) {
+    Link("launches.jsonl");
+    ErrorOf(ErrorKind::kPlatform, [&] { tv->Launches(); });
+    ErrorOf(ErrorKind::kPlatform, [&] { tv->ClearLaunches(); });
+    ExpectNothingOutside();
+}
+
+TEST_F(ChangedTvTest, NoFileOfItsOwnerIsMadeOrRemovedElsewhere) {
+    const std::string elsewhere = LinkFolder("owner/share");
+    WriteText(elsewhere + "/mark", "");
+    EXPECT_FALSE(tv->RemoveOwnerFile("share/mark"));
+    ErrorOf(ErrorKind::kPlatform, [&] { tv->AddOwnerFile("share/other"); });
+    EXPECT_TRUE(fs::exists(elsewhere + "/mark"));
+    EXPECT_FALSE(fs::exists(elsewhere + "/other"));
+}
+
+}  // namespace
+}  // namespace vtv
