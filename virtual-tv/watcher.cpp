@@ -1,6 +1,5 @@
 #include "watcher.h"
 
-#include <dirent.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
@@ -12,6 +11,7 @@
 #include <exception>
 #include <fstream>
 
+#include "folder_names.h"
 #include "virtual-tv/model/error.h"
 
 namespace vtv {
@@ -254,16 +254,9 @@ std::map<std::string, Watcher::Stamp> Watcher::Stamps(const Subscription& subscr
         stamps[subscription.fileName] = StampOf(folder + "/" + subscription.fileName);
         return stamps;
     }
-    DIR* dir = opendir(folder.c_str());
-    if (dir == nullptr) {
-        return stamps;
+    for (const std::string& name : NamesIn(folder)) {
+        stamps[name] = StampOf(folder + "/" + name);
     }
-    while (const dirent* entry = readdir(dir)) {
-        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
-            stamps[entry->d_name] = StampOf(folder + "/" + entry->d_name);
-        }
-    }
-    closedir(dir);
     return stamps;
 }
 
