@@ -45,6 +45,9 @@ deep() { [[ ${SI_DEEP:-} == true ]]; }
 # Whether somebody waits for a first answer, and what takes longest is left to --all.
 short() { [[ ${SI_SHORT:-} == true ]]; }
 
+# Whether a leg has passed already in this run of ./test.
+has_passed() { [[ " ${SI_PASSED_LEGS:-} " == *" $1 "* ]]; }
+
 # build PRESET [TARGET...]: configures and builds. On a terminal ninja's own line of progress is
 # shown; else nothing, and all of the compiler's output when it fails.
 build() {

@@ -20,9 +20,12 @@ figures_cell() {
 
 # keep_figures LEG SECONDS WORD TEXT: for scripts/figures.
 keep_figures() {
-    local folder=$FIGURES/all commit
-    ! deep || folder=$FIGURES/deep
-    mkdir -p "$folder"
+    local kind kinds=(all) commit
+    ! deep || kinds=(deep)
+    [[ -n ${LEG_SAMPLE[$1]:-} ]] || kinds=(all deep) # it does the same in both
     commit=$(git rev-parse --short HEAD 2>/dev/null || say unknown)
-    printf '%s\t%s %s\t`%s` %(%F)T\n' "$2" "$3" "$4" "$commit" -1 >"$folder/$1"
+    for kind in "${kinds[@]}"; do
+        mkdir -p "$FIGURES/$kind"
+        printf '%s\t%s %s\t`%s` %(%F)T\n' "$2" "$3" "$4" "$commit" -1 >"$FIGURES/$kind/$1"
+    done
 }

@@ -38,6 +38,7 @@ declare -A LEG_TITLE=(
 # What --all leaves to --deep: a whole leg ("none"), or all but a sample, in words.
 declare -A LEG_SAMPLE=(
     [fresh]="as root; --deep also as a user with sudo"
+    [gcc]="what fresh has not run; --deep everything"
     [tidy]="what has changed since the last deep run; --deep every file"
     [bench]="the provider; --deep everything"
     [inside]="the provider; --deep everything"
@@ -97,10 +98,12 @@ leg_fresh() {
     ! deep || scripts/fresh --as-user
 }
 
-# What ./run has built is not built once more for whoever waits.
+# What ./run has built is not built once more for whoever waits; what has passed on a fresh machine is not run once more.
 leg_gcc() {
     if short; then
         build_and_test tested short
+    elif has_passed fresh && ! deep; then
+        build_and_test gcc rest
     else
         build_and_test gcc
     fi
@@ -294,6 +297,7 @@ leg_walks() {
 
 leg_mutants() {
     build gcc
+    tests/explorer/mutants.py --build build/gcc --faults
     tests/explorer/mutants.py --build build/gcc --all --results build/mutants # which goes on where it was interrupted
     tests/broken-on-purpose
 }

@@ -1,5 +1,6 @@
 """./test with legs of its own and a registry that says what a test wants: what passes, fails and may be skipped."""
 
+import json
 import os
 import pathlib
 import shutil
@@ -20,7 +21,7 @@ is_deep_only() { [[ ${LEG_SAMPLE[$1]:-} == none ]]; }
 leg_fresh() { leg_nowhere; }
 leg_gcc() {
     say '<testsuite><testcase/><testcase/><testcase/></testsuite>' >$LOGS/gcc.a.xml
-    say "remark: short is ${SI_SHORT:-false}"
+    say "remark: short is ${SI_SHORT:-false}, good has passed: $(has_passed good && say yes || say no)"
 }
 leg_kinds() { say "$REPORT" >$LOGS/kinds.a.xml; }
 leg_asan() { say asan; }
@@ -109,6 +110,16 @@ class TestCommand(unittest.TestCase):
             self.expect(0, "3 passed, 0 failed", result)
             self.assertIn(f"short is {short}", result.stdout, command)
 
+    def test_a_leg_knows_which_have_passed_before_it_in_this_run(self):
+        for command, passed in ((["good", "gcc"], "yes"), (["gcc", "good"], "no"), (["bad", "gcc"], "no")):
+            for before in ([], ["env", "SI_PASSED_LEGS=good"]):
+                self.assertIn(f"good has passed: {passed}", self.start(*before, "./test", *command).stdout, command)
+
+    def test_what_the_short_tests_leave_out_is_the_rest(self):
+        presets = json.loads((ROOT / "CMakePresets.json").read_text())["testPresets"]
+        filters = {preset["name"]: preset["filter"] for preset in presets if "filter" in preset}
+        self.assertEqual(filters["short"]["exclude"]["name"] + r"|^provider\.Model\.", filters["rest"]["include"]["name"])
+
     def test_cases_that_failed_or_did_not_run_are_told_apart(self):
         for failed, skipped in (("<failure/>", 'result="skipped"'), ("<error/>", 'status="notrun"'),
                                 ("<failure/>", 'status="disabled"')):
@@ -187,10 +198,18 @@ class TestCommand(unittest.TestCase):
         page = (self.root / "docs/testing.md").read_text()
         self.assertEqual(0, result.returncode, result)
         self.assertRegex(page, r"\| good \| 1\.5 \| 0\.0 \| `\w+` 20\d\d-\d\d-\d\d \| ok deep is true \|")
-        self.assertRegex(page, r"\| bad \|  \| 0\.0 \| `\w+` [-\d]+ \| FAILED")
+        self.assertRegex(page, r"\| bad \| 0\.0 \| 0\.0 \| `\w+` [-\d]+ \| FAILED")
         self.assertIn("| long | - | 40 | `abc1234` 2001-02-03 | ok, of old |", page)
         self.assertIn("\n## Behind it\n", page)
         self.assertEqual(1, page.count("## The last deep run"))
+
+    def test_a_leg_that_does_the_same_in_both_is_measured_by_either_and_a_sample_is_no_deep_run(self):
+        self.start("./test", "good")
+        self.test_figures_that_nobody_measured_are_refused()
+        self.start("./test", "good", "bad")
+        page = self.start("scripts/figures").stdout
+        self.assertRegex(page, r"\| good \| 0\.0 \| 12\.5 \|")
+        self.assertRegex(page, r"\| bad \| 0\.0 \| 0\.0 \| `\w+` [-\d]+ \| FAILED")
 
     def test_figures_that_nobody_measured_are_refused(self):
         self.assertIn("run ./test --deep first", self.start("scripts/figures").stderr)
