@@ -169,9 +169,12 @@ class Stage:
             self.left = self.settle(scene, process, status) if code is not None else []
             out.seek(0)
             err.seek(0)
-            played = Played(None if code is None else int(code), out.read(), err.read(),
-                            [Call.parse(line) for line in trace.read_text(errors="replace").splitlines()])
-        return played
+            return Played(None if code is None else int(code), out.read(), err.read(), self.calls())
+
+    def calls(self):
+        """Those that are written down by now: all, or the one that was struck."""
+        text = pathlib.Path(f"{self.root}.trace").read_text(errors="replace")
+        return [Call.parse(line) for line in text.splitlines()]
 
     def with_failing_memory(self, which):
         return ["/usr/bin/env", f"LD_PRELOAD={self.programs.failing_memory}", f"FAILING_ALLOCATION={which}",
@@ -418,6 +421,20 @@ class Judge:
             if look.returncode != 0 or look.stderr:
                 self.wrong.append(f"vtv show ends with {look.returncode}: {look.stderr}")
 
+    def is_application_struck(self):
+        """Then that of the first time may end at any moment, and have been resumed before."""
+        calls = self.stage.calls()
+        goes_on = self.scene.launches and not self.scene.ends
+        return goes_on and calls != [] and (self.struck is None or calls[0].program == "vtv-app" or self.how[-1] == "+")
+
+    def say_again(self, wanted):
+        again = self.stage.vtv(*self.scene.command)
+        if again.returncode != wanted:
+            self.wrong.append(f"said again it ends with {again.returncode} and not {wanted}: {again.stderr.strip()}")
+        deadline = time.monotonic() + SETTLES
+        while self.scene.ends and self.stage.applications() and time.monotonic() < deadline:
+            time.sleep(0.01)
+
     def judge_what_follows(self):
         """The TV works on, and so does the verb."""
         self.judge_show()
@@ -426,14 +443,12 @@ class Judge:
         is_between = not is_done and here != self.studio.before
         if self.scene.model or is_done:
             self.judge_state(here, "the next one sees")
-        again = self.stage.vtv(*self.scene.command)
-        wanted = self.scene.again if is_done else 0
-        if again.returncode != wanted:
-            self.wrong.append(f"said again it ends with {again.returncode} and not {wanted}: {again.stderr.strip()}")
-        deadline = time.monotonic() + SETTLES
-        while self.scene.ends and self.stage.applications() and time.monotonic() < deadline:
-            time.sleep(0.01)
+        self.say_again(self.scene.again if is_done else 0)
         here = self.stage.state()
+        deadline = time.monotonic() + SETTLES
+        while self.of_note(here) != self.studio.after and self.is_application_struck() and time.monotonic() < deadline:
+            self.say_again(0)
+            here = self.stage.state()
         self.judge_what_is_left(here, AT_LAST)
         if not self.scene.turns and not (self.scene.ends and is_between) and self.of_note(here) != self.studio.after:
             self.complain_of_state("said again", here, self.studio.after)
