@@ -9,8 +9,6 @@ namespace cli {
 
 namespace {
 
-using Seconds = std::chrono::seconds;
-
 // The seconds that "90s", "5m", "2h", "1d" stand for; -1 for anything else.
 int64_t ParseDuration(std::string text) {
     if (text.rfind('-', 0) == 0) {
@@ -54,7 +52,7 @@ vtv::TimePoint ParseSince(const std::string& text) {
     const auto now =
         std::chrono::time_point_cast<std::chrono::microseconds>(std::chrono::system_clock::now());
     if (const int64_t ago = ParseDuration(text); ago >= 0) {
-        return now - Seconds(ago);
+        return now - std::chrono::seconds(ago);
     }
     const std::time_t today = std::chrono::system_clock::to_time_t(now);
     for (const char* form : {"%H:%M:%S", "%H:%M", "%Y-%m-%d", "%Y-%m-%dT%H:%M:%S", "%Y-%m-%dT%H:%M",
@@ -63,7 +61,7 @@ vtv::TimePoint ParseSince(const std::string& text) {
         gmtime_r(&today, &parts);
         parts.tm_hour = parts.tm_min = parts.tm_sec = 0;
         if (Parse(text, form, &parts)) {
-            return vtv::TimePoint(Seconds(timegm(&parts)));
+            return vtv::TimePoint(std::chrono::seconds(timegm(&parts)));
         }
     }
     throw vtv::Error(vtv::ErrorKind::kUsage,

@@ -54,7 +54,7 @@ toml::table Values(const std::map<std::string, vtv::Value>& wanted,
     return table;
 }
 
-toml::array List(const std::vector<std::string>& texts) {
+toml::array ArrayOf(const std::vector<std::string>& texts) {
     toml::array list;
     for (const std::string& text : texts) {
         list.push_back(text);
@@ -68,7 +68,7 @@ toml::table ToToml(const Recording::Step& step) {
         if (const auto* value = std::get_if<vtv::Value>(&member)) {
             Insert(table, name, *value);
         } else if (const auto* texts = std::get_if<std::vector<std::string>>(&member)) {
-            table.insert(name, List(*texts));
+            table.insert(name, ArrayOf(*texts));
         } else {
             table.insert(name, Values(std::get<std::map<std::string, vtv::Value>>(member), {}));
         }
@@ -151,9 +151,9 @@ std::string FirstSteps(const vtv::Tv& tv) {
     state.erase("model");  // the name under which the TV knows it
     add("set", Values(now.settings, fresh.settings));
     add("state", Values(state, fresh.state));
-    add("unset", List(Missing(KeysOf(fresh.settings), KeysOf(now.settings))));
-    add("file-add", List(Missing(now.ownerFiles, fresh.ownerFiles)));
-    add("file-remove", List(Missing(fresh.ownerFiles, now.ownerFiles)));
+    add("unset", ArrayOf(Missing(KeysOf(fresh.settings), KeysOf(now.settings))));
+    add("file-add", ArrayOf(Missing(now.ownerFiles, fresh.ownerFiles)));
+    add("file-remove", ArrayOf(Missing(fresh.ownerFiles, now.ownerFiles)));
     toml::array faults;
     for (const vtv::Fault& fault : tv.Faults()) {
         faults.push_back(FaultTable(fault));

@@ -25,7 +25,7 @@ std::string ErrorOf(const std::string& file) {
 
 constexpr char kVoice[] = "menu/system/general-voice";
 constexpr char kAssistant[] = "menu/system/general-voice-voice-assistant";
-constexpr char kWakeUp[] = "menu/system/general-voice-voice-wake-up";
+constexpr char kWakeUpItem[] = "menu/system/general-voice-voice-wake-up";
 constexpr char kOrvikSettings[] = "menu/system/general-voice-voice-settings-orvik";
 
 }  // namespace
@@ -35,7 +35,7 @@ TEST(Provider, AnswersWithValuesOfItsOwn) {
     EXPECT_TRUE(provider.IsVisible(kVoice));
     EXPECT_FALSE(provider.IsVisible("x"));
     EXPECT_TRUE(provider.IsEnabled(kAssistant));
-    EXPECT_FALSE(provider.IsEnabled(kWakeUp));
+    EXPECT_FALSE(provider.IsEnabled(kWakeUpItem));
     EXPECT_EQ(provider.Title(kVoice), "Voice");
     EXPECT_EQ(provider.Title("x"), std::nullopt);
     EXPECT_EQ(provider.Help(kVoice), "Help");
@@ -58,7 +58,7 @@ TEST(Provider, CopiesTheListOfChoices) {
     const Provider provider(Fake("sound"));
     const std::vector<host::Choice> expected = {{1, "One"}, {2, "Two"}};
     EXPECT_EQ(provider.Choices(kAssistant), expected);
-    EXPECT_TRUE(provider.Choices(kWakeUp).empty());
+    EXPECT_TRUE(provider.Choices(kWakeUpItem).empty());
 }
 
 TEST(Provider, SkipsAHoleInAList) {
@@ -71,14 +71,14 @@ TEST(Provider, ABoxHasAsManyButtonsAsItSays) {
     const host::Box confirmation = {"Change", "Change it?", {"Yes", "No"}, std::nullopt};
     const host::Box popup = {"Set up", "Set it up?", {"Start"}, 9999};
     EXPECT_EQ(provider.Confirmation(kAssistant), confirmation);
-    EXPECT_EQ(provider.Confirmation(kWakeUp), std::nullopt);
+    EXPECT_EQ(provider.Confirmation(kWakeUpItem), std::nullopt);
     EXPECT_EQ(provider.DisablePopup(kOrvikSettings), popup);
-    EXPECT_EQ(provider.DisablePopup(kWakeUp), std::nullopt);
+    EXPECT_EQ(provider.DisablePopup(kWakeUpItem), std::nullopt);
 }
 
 TEST(Provider, ADisableTextCountsOnlyWithItsFlag) {
     const Provider provider(Fake("sound"));
-    EXPECT_EQ(provider.DisableText(kWakeUp), "Not now.");
+    EXPECT_EQ(provider.DisableText(kWakeUpItem), "Not now.");
     EXPECT_EQ(provider.DisableText(kOrvikSettings), std::nullopt);
 }
 
