@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <thread>
 
-#include "platform/calls.h"
 #include "serve.h"
 #include "tv_impl.h"
 
@@ -16,18 +15,8 @@ namespace vtv {
 
 namespace {
 
-struct PlatformCall {
-    const char* name;
-    CallKind kind;
-};
-
-constexpr PlatformCall kPlatformCalls[] = {
-#define CALL(result, name, parameters, failure, does) {#name, CallKind::does},
-    SI_PLATFORM_CALLS(CALL)
-#undef CALL
-        {"access", CallKind::ASKS},
-    {"PrepareCallBuffer", CallKind::RECORDS},
-};
+constexpr char kOfTheLibrary[] = "access";
+constexpr char kOfTheTrace[] = "PrepareCallBuffer";
 
 // "always -1 0", as it is kept in the TV's folder under the function's name.
 std::string Format(const Fault& fault) {
@@ -59,8 +48,8 @@ bool Parse(const Setting& setting, Fault* fault) {
 
 const std::vector<std::string>& PlatformFunctions() {
     static const std::vector<std::string> functions = [] {
-        std::vector<std::string> names;
-        for (const PlatformCall& call : kPlatformCalls) {
+        std::vector<std::string> names = {kOfTheLibrary, kOfTheTrace};
+        for (const platform::DescribedCall& call : platform::CALLS) {
             names.emplace_back(call.name);
         }
         std::sort(names.begin(), names.end());
@@ -69,10 +58,11 @@ const std::vector<std::string>& PlatformFunctions() {
     return functions;
 }
 
-CallKind KindOf(std::string_view function) {
-    const auto* call = std::find_if(std::begin(kPlatformCalls), std::end(kPlatformCalls),
-                                    [&](const PlatformCall& one) { return one.name == function; });
-    return call != std::end(kPlatformCalls) ? call->kind : CallKind::ASKS;
+platform::Does WhatDoes(std::string_view function) {
+    const platform::DescribedCall* call = platform::Find(function);
+    return call != nullptr           ? call->does
+           : function == kOfTheTrace ? platform::Does::RECORDS
+                                     : platform::Does::ASKS;
 }
 
 Switches::Switches(const std::string& tvDir) {
@@ -151,7 +141,7 @@ bool Faulted(Tv::Impl& tv, const char* function, int* result) {
         tv.switches.Announce();
     }
     tv.LogLine(kWarning, "fault: " + fault.function + " fails");
-    if (KindOf(function) == CallKind::CHANGES) {
+    if (WhatDoes(function) == platform::Does::CHANGES) {
         NoteFailure(tv, fault.function + " failed, as it was told to. Faults are listed and " +
                             "cleared with \"vtv fault\".");
     }

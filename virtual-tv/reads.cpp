@@ -48,8 +48,8 @@ bool IsSilenced(const char* function) {
     if (substitutes == nullptr) {
         return false;
     }
-    const CallKind kind = KindOf(function);
-    return kind == CallKind::CHANGES || kind == CallKind::RECORDS;
+    const platform::Does does = WhatDoes(function);
+    return does == platform::Does::CHANGES || does == platform::Does::RECORDS;
 }
 
 void StartRecordingReads() {

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/call_table.h"
 #include "store.h"
 #include "tv_files.h"
 #include "virtual-tv/model/keys.h"
@@ -157,9 +158,8 @@ void BindTexts(const std::string& language);
 void UseTraceOf(Tv::Impl* tv);
 void FollowTraceSwitch(Tv::Impl& tv);
 void ForgetKeyCallbacks(Tv::Impl& tv);
-// As platform/calls.h says of each call.
-enum class CallKind { ASKS, CHANGES, ENDS, RECORDS };
-CallKind KindOf(std::string_view function);
+// One of PlatformFunctions().
+platform::Does WhatDoes(std::string_view function);
 void EndRunningApplications(const std::string& tvDir);
 std::string BootId();  // of the machine; another one after each start. Throws kPlatform.
 void CompactTrace(const std::string& tvDir);  // keeps the call sites, drops the events

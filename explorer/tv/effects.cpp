@@ -20,18 +20,14 @@ std::string Printable(const char* text) {
     return text != nullptr ? text : "(null)";
 }
 
-constexpr char BUNDLE[] = "a bundle";
-constexpr char REQUEST[] = "a request to an application";
-constexpr char CONTEXT[] = "an application's context";
-
 int ResultOf(const char* function) {
     const Value& value = tv().ReadCall(function);
     return value.kind == Value::Kind::kFails ? value.number : 0;
 }
 
-int AddExtra(const char* what, void* handle, const char* key, const char* value) {
+int AddExtra(const char* call, void* handle, const char* key, const char* value) {
     const PlatformMemory own;
-    if (Handle* known = explorer::UseHandle(what, handle)) {
+    if (Handle* known = explorer::UseHandle(call, handle)) {
         known->extras.emplace_back(Printable(key), Printable(value));
     }
     return 0;
@@ -55,22 +51,22 @@ extern "C" {
 
 bundle* bundle_create(void) {
     tv().Note("bundle_create");
-    return reinterpret_cast<bundle*>(explorer::HandOutHandle(BUNDLE));
+    return reinterpret_cast<bundle*>(explorer::HandOutHandle(__func__));
 }
 
 int bundle_add_str(bundle* b, const char* key, const char* value) {
-    return AddExtra(BUNDLE, b, key, value);
+    return AddExtra(__func__, b, key, value);
 }
 
 int bundle_free(bundle* b) {
     tv().Note("bundle_free");
-    explorer::TakeHandleBack(BUNDLE, b);
+    explorer::TakeHandleBack(__func__, b);
     return 0;
 }
 
 int aul_launch_app(const char* appId, bundle* extras) {
     const PlatformMemory own;
-    const Handle* request = extras != nullptr ? explorer::UseHandle(BUNDLE, extras) : nullptr;
+    const Handle* request = extras != nullptr ? explorer::UseHandle(__func__, extras) : nullptr;
     RecordLaunch(Entry::kLaunch, Printable(appId),
                  request != nullptr ? request->extras : vtv::Extras());
     return ResultOf("aul_launch_app");
@@ -80,26 +76,26 @@ int app_control_create(app_control_h* handle) {
     const PlatformMemory own;
     const int result = ResultOf("app_control_create");
     if (result == 0) {
-        *handle = reinterpret_cast<app_control_h>(explorer::HandOutHandle(REQUEST));
+        *handle = reinterpret_cast<app_control_h>(explorer::HandOutHandle(__func__));
     }
     return result;
 }
 
 // The operation is shown as one of the extras.
 int app_control_set_operation(app_control_h handle, const char* operation) {
-    return AddExtra(REQUEST, handle, "operation", operation);
+    return AddExtra(__func__, handle, "operation", operation);
 }
 
 int app_control_set_app_id(app_control_h handle, const char* appId) {
     const PlatformMemory own;
-    if (Handle* request = explorer::UseHandle(REQUEST, handle)) {
+    if (Handle* request = explorer::UseHandle(__func__, handle)) {
         request->appId = Printable(appId);
     }
     return 0;
 }
 
 int app_control_add_extra_data(app_control_h handle, const char* key, const char* value) {
-    return AddExtra(REQUEST, handle, key, value);
+    return AddExtra(__func__, handle, key, value);
 }
 
 int app_control_send_launch_request(app_control_h handle, app_control_reply_cb reply,
@@ -108,7 +104,7 @@ int app_control_send_launch_request(app_control_h handle, app_control_reply_cb r
     if (reply != nullptr || userData != nullptr) {
         tv().Note("app_control_send_launch_request", "wants a reply");
     }
-    const Handle* request = explorer::UseHandle(REQUEST, handle);
+    const Handle* request = explorer::UseHandle(__func__, handle);
     RecordLaunch(Entry::kPopup, request != nullptr ? request->appId : "?",
                  request != nullptr ? request->extras : vtv::Extras());
     return ResultOf("app_control_send_launch_request");
@@ -116,7 +112,7 @@ int app_control_send_launch_request(app_control_h handle, app_control_reply_cb r
 
 int app_control_destroy(app_control_h handle) {
     tv().Note("app_control_destroy");
-    explorer::TakeHandleBack(REQUEST, handle);
+    explorer::TakeHandleBack(__func__, handle);
     return 0;
 }
 
@@ -125,7 +121,7 @@ int app_manager_get_app_context(const char* appId, app_context_h* context) {
     const int result = ResultOf("app_manager_get_app_context");
     tv().Note("app_manager_get_app_context", appId);
     if (result == 0) {
-        Handle* handle = explorer::HandOutHandle(CONTEXT);
+        Handle* handle = explorer::HandOutHandle(__func__);
         handle->appId = Printable(appId);
         handle->isOut = false;  // nobody gives it back
         *context = reinterpret_cast<app_context_h>(handle);

@@ -21,29 +21,30 @@ void NoteWrong(const std::string& text) {
 
 }  // namespace
 
-Handle* HandOutHandle(const char* what) {
+Handle* HandOutHandle(std::string_view call) {
     const PlatformMemory own;
     Handle& handle = handles[next++ % handles.size()];
-    handle = {what, true, "", {}};
+    handle = {platform::ObjectOf(call), true, "", {}};
     return &handle;
 }
 
-Handle* UseHandle(const char* what, void* handle) {
+Handle* UseHandle(std::string_view call, void* handle) {
     const PlatformMemory own;
+    const platform::Object object = platform::ObjectOf(call);
     const auto known = std::find_if(handles.begin(), handles.end(),
                                     [handle](const Handle& one) { return &one == handle; });
-    if (known == handles.end() || std::string_view(known->what) != what) {
-        NoteWrong(std::string("uses what is not ") + what);
+    if (known == handles.end() || known->object != object) {
+        NoteWrong(std::string("uses what is not ") + platform::InWords(object));
         return nullptr;
     }
     if (!known->isOut) {
-        NoteWrong(std::string("uses ") + what + " that was given back");
+        NoteWrong(std::string("uses ") + platform::InWords(object) + " that was given back");
     }
     return &*known;
 }
 
-void TakeHandleBack(const char* what, void* handle) {
-    if (Handle* known = UseHandle(what, handle)) {
+void TakeHandleBack(std::string_view call, void* handle) {
+    if (Handle* known = UseHandle(call, handle)) {
         known->isOut = false;
     }
 }
@@ -56,7 +57,7 @@ void NoteLostHandles() {
     for (Handle& handle : handles) {
         if (handle.isOut) {
             const PlatformMemory own;
-            NoteWrong(std::string("never gives back ") + handle.what);
+            NoteWrong(std::string("never gives back ") + platform::InWords(handle.object));
             handle.isOut = false;
         }
     }

@@ -4,24 +4,26 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
+#include "platform/call_table.h"
 #include "virtual-tv/model/launch.h"
 
 namespace explorer {
 
 struct Handle {
-    const char* what = "";  // "a bundle"
+    platform::Object object = platform::Object::NOTHING;
     bool isOut = false;
     // What was put into it.
     std::string appId;
     vtv::Extras extras;
 };
 
-// Never null. Lives as long as the process.
-Handle* HandOutHandle(const char* what);
+// Of the object that the platform's call is about. Never null. Lives as long as the process.
+Handle* HandOutHandle(std::string_view call);
 // Null for what was never handed out, which is noted as wrong; so is one that is not out.
-Handle* UseHandle(const char* what, void* handle);
-void TakeHandleBack(const char* what, void* handle);
+Handle* UseHandle(std::string_view call, void* handle);
+void TakeHandleBack(std::string_view call, void* handle);
 // The next handle is the first one again, as it is at the begin of the process.
 void RestartHandles();
 // What is still out is lost from now on: noted as wrong, and forgotten.

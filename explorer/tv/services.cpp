@@ -65,14 +65,11 @@ int ToFlag(int result, int number, bool* flag) {
     return result;
 }
 
-constexpr char PACKAGE[] = "the information on an application";
-constexpr char SPEECH[] = "the speech engine";
-
 template <typename Handle>
-int Lend(const char* function, const char* what, Handle* handle) {
-    const int result = ResultOf(tv().ReadCall(function));
+int Lend(const char* call, Handle* handle) {
+    const int result = ResultOf(tv().ReadCall(call));
     if (result == 0) {
-        *handle = reinterpret_cast<Handle>(explorer::HandOutHandle(what));
+        *handle = reinterpret_cast<Handle>(explorer::HandOutHandle(call));
     }
     return result;
 }
@@ -205,13 +202,13 @@ int AOVSystemDataSetAOVMode(const char* appId, int mode) {
 
 int pkgmgrinfo_appinfo_get_appinfo(const char* appId, pkgmgrinfo_appinfo_h* handle) {
     tv().Note("pkgmgrinfo_appinfo_get_appinfo", appId);
-    return Lend("pkgmgrinfo_appinfo_get_appinfo", PACKAGE, handle);
+    return Lend(__func__, handle);
 }
 
 int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h handle, const char* key,
                                           char** value) {
     tv().Note("pkgmgrinfo_appinfo_get_metadata_value", key);
-    explorer::UseHandle(PACKAGE, handle);
+    explorer::UseHandle(__func__, handle);
     const Value& answer = tv().ReadCall("pkgmgrinfo_appinfo_get_metadata_value");
     if (Fails(answer)) {
         return answer.number;
@@ -222,19 +219,19 @@ int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h handle, const cha
 
 int pkgmgrinfo_appinfo_destroy_appinfo(pkgmgrinfo_appinfo_h handle) {
     tv().Note("pkgmgrinfo_appinfo_destroy_appinfo");
-    explorer::TakeHandleBack(PACKAGE, handle);
+    explorer::TakeHandleBack(__func__, handle);
     return 0;
 }
 
 int tts_create(tts_h* tts) {
-    return Lend("tts_create", SPEECH, tts);
+    return Lend(__func__, tts);
 }
 
 int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, void* userData) {
     if (tts == nullptr) {
         return -1;
     }
-    explorer::UseHandle(SPEECH, tts);
+    explorer::UseHandle(__func__, tts);
     const Value& value = tv().ReadCall("tts_foreach_supported_voices");
     if (Fails(value)) {
         return value.number;
@@ -253,7 +250,7 @@ int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, voi
 }
 
 int tts_destroy(tts_h tts) {
-    explorer::TakeHandleBack(SPEECH, tts);
+    explorer::TakeHandleBack(__func__, tts);
     return ResultOf(tv().ReadCall("tts_destroy"));
 }
 

@@ -50,19 +50,19 @@ int app_control_create(app_control_h* control) {
     if (call.Fails() || control == nullptr) {
         return call.Code();
     }
-    *control = static_cast<app_control_h>(NewHandle("app control"));
+    *control = static_cast<app_control_h>(NewHandle(call));
     requests()[*control] = {};
     return 0;
 }
 
 int app_control_set_operation(app_control_h control, const char* operation) {
     Call call("app_control_set_operation", operation);
-    return call.Fails() || !IsHandle(control, "app control") ? call.Code() : 0;
+    return call.Fails() || !IsHandle(call, control) ? call.Code() : 0;
 }
 
 int app_control_set_app_id(app_control_h control, const char* appId) {
     Call call("app_control_set_app_id", appId);
-    if (call.Fails() || !IsHandle(control, "app control")) {
+    if (call.Fails() || !IsHandle(call, control)) {
         return call.Code();
     }
     requests()[control].appId = Printable(appId);
@@ -71,7 +71,7 @@ int app_control_set_app_id(app_control_h control, const char* appId) {
 
 int app_control_add_extra_data(app_control_h control, const char* key, const char* value) {
     Call call("app_control_add_extra_data", key, value);
-    if (call.Fails() || !IsHandle(control, "app control")) {
+    if (call.Fails() || !IsHandle(call, control)) {
         return call.Code();
     }
     requests()[control].extras[Printable(key)] = Printable(value);
@@ -82,7 +82,7 @@ int app_control_send_launch_request(app_control_h control, app_control_reply_cb 
                                     void* userData) {
     Call call("app_control_send_launch_request", callback == nullptr ? "(null)" : "callback",
               userData == nullptr ? "(null)" : "user data");
-    if (call.Fails() || !IsHandle(control, "app control")) {
+    if (call.Fails() || !IsHandle(call, control)) {
         return call.Code();
     }
     AddLaunch(requests()[control]);
@@ -91,7 +91,7 @@ int app_control_send_launch_request(app_control_h control, app_control_reply_cb 
 
 int app_control_destroy(app_control_h control) {
     Call call("app_control_destroy");
-    EndHandle(control, "app control");
+    EndHandle(call, control);
     return call.Fails() ? call.Code() : 0;
 }
 
@@ -100,14 +100,14 @@ bundle* bundle_create(void) {
     if (call.Fails()) {
         return nullptr;
     }
-    bundle* b = static_cast<bundle*>(NewHandle("bundle"));
+    bundle* b = static_cast<bundle*>(NewHandle(call));
     requests()[b] = {};
     return b;
 }
 
 int bundle_add_str(bundle* b, const char* key, const char* value) {
     Call call("bundle_add_str", key, value);
-    if (call.Fails() || !IsHandle(b, "bundle")) {
+    if (call.Fails() || !IsHandle(call, b)) {
         return call.Code();
     }
     requests()[b].extras[Printable(key)] = Printable(value);
@@ -118,7 +118,7 @@ int bundle_add_str(bundle* b, const char* key, const char* value) {
 int bundle_free(bundle* b) {
     Call call("bundle_free");
     if (b != nullptr) {
-        EndHandle(b, "bundle");
+        EndHandle(call, b);
     }
     return call.Fails() ? call.Code() : 0;
 }
@@ -128,7 +128,7 @@ int aul_launch_app(const char* appId, bundle* b) {
     if (call.Fails()) {
         return call.Code();
     }
-    Launch launch = IsHandle(b, "bundle") ? requests()[b] : Launch();
+    Launch launch = IsHandle(call, b) ? requests()[b] : Launch();
     launch.appId = Printable(appId);
     AddLaunch(launch);
     return 1;  // a process id
@@ -153,7 +153,7 @@ int pkgmgrinfo_appinfo_get_appinfo(const char* appId, pkgmgrinfo_appinfo_h* hand
     if (call.Fails() || handle == nullptr || !tv().packages.contains(Printable(appId))) {
         return call.Code();
     }
-    *handle = NewHandle("package information");
+    *handle = NewHandle(call);
     openPackages()[*handle] = Printable(appId);
     return 0;
 }
@@ -161,7 +161,7 @@ int pkgmgrinfo_appinfo_get_appinfo(const char* appId, pkgmgrinfo_appinfo_h* hand
 int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h handle, const char* key,
                                           char** value) {
     Call call("pkgmgrinfo_appinfo_get_metadata_value", key);
-    if (call.Fails() || value == nullptr || !IsHandle(handle, "package information")) {
+    if (call.Fails() || value == nullptr || !IsHandle(call, handle)) {
         return call.Code();
     }
     const auto& items = tv().packages[openPackages()[handle]];
@@ -176,7 +176,7 @@ int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h handle, const cha
 
 int pkgmgrinfo_appinfo_destroy_appinfo(pkgmgrinfo_appinfo_h handle) {
     Call call("pkgmgrinfo_appinfo_destroy_appinfo");
-    EndHandle(handle, "package information");
+    EndHandle(call, handle);
     return call.Fails() ? call.Code() : 0;
 }
 
@@ -185,14 +185,14 @@ int tts_create(tts_h* tts) {
     if (call.Fails() || tts == nullptr) {
         return call.Code();
     }
-    *tts = static_cast<tts_h>(NewHandle("speech engine"));
+    *tts = static_cast<tts_h>(NewHandle(call));
     return 0;
 }
 
 int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, void* userData) {
     Call call("tts_foreach_supported_voices", HandleName(tts),
               userData == nullptr ? "(null)" : "user data");
-    if (call.Fails() || callback == nullptr || !IsHandle(tts, "speech engine")) {
+    if (call.Fails() || callback == nullptr || !IsHandle(call, tts)) {
         return call.Code();
     }
     const int depth = platformDepth;
@@ -209,7 +209,7 @@ int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, voi
 
 int tts_destroy(tts_h tts) {
     Call call("tts_destroy");
-    EndHandle(tts, "speech engine");
+    EndHandle(call, tts);
     return call.Fails() ? call.Code() : 0;
 }
 

@@ -29,7 +29,7 @@ HeapString strings[MAX_STRINGS];
 int stringCount = 0;
 
 struct Handle {
-    const char* kind;
+    platform::Object object = platform::Object::NOTHING;
     bool ended = false;
 };
 struct Handles {
@@ -41,11 +41,13 @@ Handles& handles() {
     return instance;
 }
 
+char* Keep(std::string_view text, const char* function);
+
 // Whether this process's free() comes here at all: not when a tool has replaced it, nor in an
 // executable without allocation_faults.cpp. Strings are not counted then.
 bool FreeIsSeen() {
     static const bool seen = [] {
-        std::free(HandOut("probe", "probe"));
+        std::free(Keep("probe", "probe"));
         const bool counted = strings[stringCount - 1].freed == 1;
         stringCount -= counted ? 0 : 1;
         return counted;
@@ -70,9 +72,7 @@ void ForgetFreedStrings() {
     stringCount = kept;
 }
 
-}  // namespace
-
-char* HandOut(std::string_view text, const char* function) {
+char* Keep(std::string_view text, const char* function) {
     if (stringCount == MAX_STRINGS) {
         ForgetFreedStrings();
     }
@@ -87,6 +87,15 @@ char* HandOut(std::string_view text, const char* function) {
     block[text.size()] = '\0';
     strings[stringCount++] = {block, text.size() + 1, function, 0};
     return block;
+}
+
+}  // namespace
+
+char* HandOut(const Call& call, std::string_view text) {
+    if (call.Object() != platform::Object::TEXT) {
+        std::abort();  // the list of calls says that something else comes back
+    }
+    return Keep(text, call.Function());
 }
 
 bool KeepFreed(void* block) {
@@ -104,21 +113,21 @@ bool KeepFreed(void* block) {
     return false;
 }
 
-void* NewHandle(const char* kind) {
+void* NewHandle(const Call& call) {
     char* handle = new char;
-    handles().all[handle] = {kind};
+    handles().all[handle] = {call.Object()};
     return handle;
 }
 
-bool IsHandle(const void* handle, const char* kind) {
+bool IsHandle(const Call& call, const void* handle) {
     const auto found = handles().all.find(handle);
-    return found != handles().all.end() && std::strcmp(found->second.kind, kind) == 0 &&
+    return found != handles().all.end() && found->second.object == call.Object() &&
            !found->second.ended;
 }
 
-void EndHandle(void* handle, const char* kind) {
-    if (!IsHandle(handle, kind)) {
-        handles().misuse.push_back(std::string(kind) +
+void EndHandle(const Call& call, void* handle) {
+    if (!IsHandle(call, handle)) {
+        handles().misuse.push_back(std::string(platform::InWords(call.Object())) +
                                    (handle == nullptr ? ": null" : ": not a live handle") +
                                    " given back");
         return;
@@ -131,7 +140,7 @@ std::vector<std::string> Debts() {
     std::vector<std::string> debts = handles().misuse;
     for (const auto& [address, handle] : handles().all) {
         if (!handle.ended) {
-            debts.push_back(std::string(handle.kind) + ": not given back");
+            debts.push_back(std::string(platform::InWords(handle.object)) + ": not given back");
         }
     }
     for (int i = 0; FreeIsSeen() && i < stringCount; ++i) {

@@ -152,7 +152,8 @@ void RecordLine(std::string line) {
     }
 }
 
-Call::Call(Unwritten, const char* function) : recording_(recorder().recording) {
+Call::Call(Unwritten, const char* function)
+    : function_(function), recording_(recorder().recording) {
     Recorder& r = recorder();
     ++r.callCount;
     r.functionsCalled.insert(function);
@@ -174,6 +175,14 @@ Call::Call(Unwritten, const char* function) : recording_(recorder().recording) {
         }
     }
     r.failedCallCount += fails_ ? 1 : 0;
+}
+
+platform::Object Call::Object() const {
+    const platform::Object object = platform::ObjectOf(function_);
+    if (object == platform::Object::NOTHING) {
+        std::abort();  // the list of calls does not say what comes back
+    }
+    return object;
 }
 
 void Call::Record(const char* function, std::initializer_list<std::string> arguments) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/call_table.h"
 #include "recording_platform.h"
 
 namespace recording {
@@ -44,11 +45,15 @@ class Call {
     bool Fails() const { return fails_; }
     // The code of the failure that the test asked for.
     int Code() const { return code_; }
+    const char* Function() const { return function_; }
+    // What it hands out, works on or gives back. One that the list of calls gives none has none.
+    platform::Object Object() const;
 
   private:
     void Record(const char* function, std::initializer_list<std::string> arguments);
 
     PlatformCode inside_;
+    const char* function_;
     bool recording_ = false;
     bool fails_ = false;
     int code_ = -1;
@@ -58,15 +63,15 @@ bool IsRecording();
 void RecordLine(std::string line);
 
 // A heap string that the caller is to free; its debt is counted.
-char* HandOut(std::string_view text, const char* function);
+char* HandOut(const Call& call, std::string_view text);
 // Called by the process's free(). True when the block stays with the platform for now, to see
 // whether it is freed again.
 bool KeepFreed(void* block);
 
-// A handle that the caller is to destroy once.
-void* NewHandle(const char* kind);
-bool IsHandle(const void* handle, const char* kind);
-void EndHandle(void* handle, const char* kind);
+// A handle of the call's object, which the caller is to give back once.
+void* NewHandle(const Call& call);
+bool IsHandle(const Call& call, const void* handle);
+void EndHandle(const Call& call, void* handle);
 
 void ResetDebts();
 void ResetApplications();

@@ -164,7 +164,7 @@ char* vconf_get_str(const char* key) {
     if (call.Fails() || found == nullptr) {
         return nullptr;
     }
-    return HandOut(*found, "vconf_get_str");
+    return HandOut(call, *found);
 }
 
 int vconf_set_int(const char* key, int value) {
@@ -223,7 +223,7 @@ int system_info_get_custom_string(const char* key, char** value) {
     std::string text;
     const int result = ReadFeature(call, key, &text);
     if (result == 0 && value != nullptr) {
-        *value = HandOut(text, "system_info_get_custom_string");
+        *value = HandOut(call, text);
     }
     return result;
 }
@@ -275,8 +275,7 @@ int sso_get_account_ui_application_package_id(char** id) {
     if (call.Fails() || id == nullptr) {
         return call.Code();
     }
-    *id = tv().accountApp ? HandOut(*tv().accountApp, "sso_get_account_ui_application_package_id")
-                          : nullptr;
+    *id = tv().accountApp ? HandOut(call, *tv().accountApp) : nullptr;
     return 0;
 }
 

@@ -18,7 +18,7 @@ inline const std::set<std::string> PLATFORM_FUNCTIONS = {
     "ht::TCStorage::SaveLocation(ht::TCStorage*, ht::TCCallLocation const&)",
     "ht::TCStorage::ThreadHandle(ht::TCStorage*)",
     "ht::TCStorage::Commit(ht::TCStorage*, ht::TCThread*)",
-#define CALL(result, name, parameters, failure, does) #name,
+#define CALL(result, name, parameters, failure, does, object) #name,
     SI_PLATFORM_CALLS(CALL)
 #undef CALL
 };

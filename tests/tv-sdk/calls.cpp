@@ -6,8 +6,8 @@
 
 #include "../../platform/calls.h"
 
-#define CALL(result, name, parameters, failure, does) \
-    result name parameters {                          \
-        return failure;                               \
+#define CALL(result, name, parameters, failure, does, object) \
+    result name parameters {                                  \
+        return failure;                                       \
     }
 CALLS(CALL)

@@ -9,6 +9,7 @@
 
 #include "platform/account.h"
 #include "platform/applications.h"
+#include "platform/call_table.h"
 #include "platform/features.h"
 #include "platform/settings_store.h"
 #include "tv_fixture.h"
@@ -133,8 +134,9 @@ std::vector<std::string> DeclaredFunctions() {
         std::string text = ReadText(entry.path().string());
         text =
             std::regex_replace(text, std::regex(R"(/\*[\s\S]*?\*/|//[^\n]*|\btypedef[^;]*;)"), "");
-        if (entry.path().filename() == "trace_storage.h") {
-            continue;  // C++; its exports are mangled
+        const std::string name = entry.path().filename();
+        if (name == "trace_storage.h" || name == "call_table.h") {
+            continue;  // C++: the exports of the one are mangled, the other has none
         }
         for (std::sregex_iterator match(text.begin(), text.end(), declaration), end; match != end;
              ++match) {
@@ -158,6 +160,20 @@ TEST_F(FaultsTest, EveryPlatformCallIsServedAndCanBeMadeToFail) {
     }
     EXPECT_EQ(known.size(), declared.size() + 2)
         << "besides the platform's there are access and PrepareCallBuffer";
+}
+
+TEST(CallTable, EachHandleComesBackByOneCallAndNothingElseByAny) {
+    using platform::Object;
+    for (const Object object : {Object::NOTHING, Object::TEXT, Object::REQUEST, Object::BUNDLE,
+                                Object::PACKAGE, Object::SPEECH, Object::CONTEXT}) {
+        const bool isHandle = object == Object::REQUEST || object == Object::BUNDLE ||
+                              object == Object::PACKAGE || object == Object::SPEECH;
+        const auto ends = std::count_if(
+            std::begin(platform::CALLS), std::end(platform::CALLS), [&](const auto& call) {
+                return call.object == object && call.does == platform::Does::ENDS;
+            });
+        EXPECT_EQ(ends, isHandle ? 1 : 0) << platform::InWords(object);
+    }
 }
 
 }  // namespace

@@ -1,0 +1,62 @@
+// The calls of calls.h as a table, for those who keep books of what is handed out.
+#pragma once
+
+#include <string_view>
+
+#include "calls.h"
+
+namespace platform {
+
+enum class Does { ASKS, CHANGES, ENDS, RECORDS };
+enum class Object { NOTHING, TEXT, REQUEST, BUNDLE, PACKAGE, SPEECH, CONTEXT };
+
+struct DescribedCall {
+    std::string_view name;
+    Does does;
+    Object object;
+};
+
+inline constexpr DescribedCall CALLS[] = {
+#define CALL(result, name, parameters, failure, does, object) {#name, Does::does, Object::object},
+    SI_PLATFORM_CALLS(CALL)
+#undef CALL
+};
+
+// Null for what is no call of the list.
+constexpr const DescribedCall* Find(std::string_view name) {
+    for (const DescribedCall& call : CALLS) {
+        if (call.name == name) {
+            return &call;
+        }
+    }
+    return nullptr;
+}
+
+// NOTHING for what is no call of the list, too.
+constexpr Object ObjectOf(std::string_view name) {
+    const DescribedCall* call = Find(name);
+    return call != nullptr ? call->object : Object::NOTHING;
+}
+
+// As people call it.
+constexpr const char* InWords(Object object) {
+    switch (object) {
+        case Object::TEXT:
+            return "a text";
+        case Object::REQUEST:
+            return "a request to an application";
+        case Object::BUNDLE:
+            return "a bundle";
+        case Object::PACKAGE:
+            return "the information on an application";
+        case Object::SPEECH:
+            return "the speech engine";
+        case Object::CONTEXT:
+            return "an application's context";
+        case Object::NOTHING:
+            break;
+    }
+    return "nothing";
+}
+
+}  // namespace platform
