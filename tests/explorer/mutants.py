@@ -430,7 +430,8 @@ def main():
 
     program = os.path.join(options.build, "bin", "vtv-explore")
     original = os.path.join(options.build, "lib", "libsi-ready.so")
-    for file in (program, original):
+    inputs = os.path.join(options.build, "share", "vtv", "explorer", "inputs.toml")  # decides what is asked
+    for file in (program, original, inputs):
         if not os.path.exists(file):
             print(f"mutants: {file} is not there: build first", file=sys.stderr)
             return 2
@@ -439,7 +440,7 @@ def main():
     chosen = part_of(chosen_faults() if options.faults else mutants if options.all
                      else one_of_each_kind(mutants) if options.sample else spread(mutants, options.count), options.shard)
     known = explained()
-    results = Results(options.results, (program, original))
+    results = Results(options.results, (program, original, inputs))
     counts = dict.fromkeys(VERDICTS, 0)
     survivors = []
     tried = []

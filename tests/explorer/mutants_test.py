@@ -84,6 +84,11 @@ class MutantsTest(unittest.TestCase):
         parts = [name for part in (1, 2, 3) for name in mutants.part_of(everything, f"{part}/3")]
         self.assertEqual(sorted(everything), sorted(parts))
 
+    def test_each_explanation_is_of_a_mutant_that_can_be_made(self):
+        names = {mutant["name"] for mutant in mutants.all_mutants() + mutants.chosen_faults()}
+        self.assertGreater(len(mutants.explained()), 20)
+        self.assertEqual([], [name for name in mutants.explained() if name not in names])
+
     def test_a_part_that_there_is_not_is_refused(self):
         for shard in ("0/3", "4/3", "1", "a/b", "1/0"):
             done = subprocess.run([*PROGRAM, "--build", BUILD, "--shard", shard], capture_output=True, text=True,
