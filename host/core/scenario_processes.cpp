@@ -14,6 +14,7 @@
 #include <map>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <type_traits>
 
 #include "host/page/provider.h"
@@ -52,7 +53,8 @@ class HandoverWriter {
 
 class HandoverReader {
   public:
-    explicit HandoverReader(std::string bytes) : bytes_(std::move(bytes)) {}
+    // The bytes outlive it.
+    explicit HandoverReader(std::string_view bytes) : bytes_(bytes) {}
 
     template <typename T>
     T Plain() {
@@ -81,7 +83,7 @@ class HandoverReader {
         return bytes_.data() + at_ - size;
     }
 
-    std::string bytes_;
+    std::string_view bytes_;
     size_t at_ = 0;
 };
 
