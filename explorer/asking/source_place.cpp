@@ -7,6 +7,7 @@
 #include <regex>
 #include <vector>
 
+#include "host/page/rules.h"
 #include "question.h"
 
 namespace fs = std::filesystem;
@@ -17,41 +18,14 @@ namespace {
 
 constexpr char SOURCES[] = "si-ready/src";
 
-// The table's slot that a host asks.
-const char* SlotOf(Asks kind) {
-    switch (kind) {
-        case Asks::kTitle:
-            return "get_display_name";
-        case Asks::kHelp:
-            return "get_help_text";
-        case Asks::kValue:
-            return "get_int";
-        case Asks::kChoices:
-            return "get_list_items";
-        case Asks::kConfirmation:
-            return "get_messagebox_info";
-        case Asks::kReason:
-            return "get_disable_text";
-        case Asks::kPopup:
-            return "get_disablepopup_info";
-        case Asks::kWrite:
-        case Asks::kPress:
-            return "set_int";
-        case Asks::kProperties:
-            return "provider_property";
-        case Asks::kVisible:
-        case Asks::kEnabled:
-        case Asks::kOtherTypes:
-        case Asks::kFunction:
-            break;
-    }
-    return "";
-}
-
 // "setPassthruEnabled=1" asks the function setPassthruEnabled.
 std::string FunctionOf(const Question& question) {
     const std::string function = question.function.substr(0, question.function.find('='));
-    return function.empty() ? SlotOf(question.kind) : function;
+    if (!function.empty()) {
+        return function;
+    }
+    const char* slot = host::SlotOf(question.name.substr(0, question.name.find(':')));
+    return slot != nullptr ? slot : "";
 }
 
 // The line at which the function is defined.

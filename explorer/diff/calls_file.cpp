@@ -122,12 +122,7 @@ class CallsReader : private vtv::TomlReader {
         : TomlReader(file), inputs_(inputs) {}
 
     Played Read() {
-        toml::table root;
-        try {
-            root = toml::parse(vtv::ReadTextFile(File()), File());
-        } catch (const toml::parse_error& error) {
-            Fail(error.source(), std::string(error.description()));
-        }
+        const toml::table root = ReadFile();
         CheckKeys(root, "in a file of calls", {"logs", "lines", "reads", "call"});
         Played played;
         played.records = {Bool(root, "logs", true), Bool(root, "lines", false),
@@ -168,17 +163,14 @@ class CallsReader : private vtv::TomlReader {
             }
         }
         ReadTv(table, one);
-        if (const toml::array* lines = table["expect"].as_array()) {
-            one.expected.emplace();
-            for (const toml::node& line : *lines) {
-                one.expected->push_back(line.value_or(std::string()));
-            }
+        if (table.contains("expect")) {
+            one.expected = Strings(table, "expect");
         }
         return one;
     }
 
     void ReadTv(const toml::table& table, PlayedCall& one) const {
-        const toml::array* pairs = table["tv"].as_array();
+        const toml::array* pairs = List(table, "tv");
         for (std::size_t i = 0; pairs != nullptr && i < pairs->size(); ++i) {
             const toml::array* pair = pairs->get(i)->as_array();
             if (pair == nullptr || pair->size() != 2) {

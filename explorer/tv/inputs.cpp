@@ -7,7 +7,6 @@
 #include "explorer/engine/coverage.h"
 #include "virtual-tv/model/known_settings.h"
 #include "virtual-tv/model/policy.h"
-#include "virtual-tv/model/text_file.h"
 #include "virtual-tv/model/toml_reader.h"
 #include "virtual-tv/model/tv_model.h"
 
@@ -29,33 +28,32 @@ std::string Quoted(const std::string& text) {
     return '"' + text + '"';
 }
 
+bool IsType(const std::string& text) {
+    return text == "bool" || text == "int" || text == "string";
+}
+
 class Reader : private vtv::TomlReader {
   public:
     Reader(const std::string& file, bool full) : TomlReader(file), full_(full) {}
 
     Inputs Read() {
-        toml::table root;
-        try {
-            root = toml::parse(vtv::ReadTextFile(File()), File());
-        } catch (const toml::parse_error& error) {
-            Fail(error.source(), std::string(error.description()));
-        }
+        const toml::table root = ReadFile();
+        CheckKeys(root, "here", {"input", "assistants", "policy", "texts"});
         Inputs inputs;
         inputs.file = File();
         for (const toml::table* table : Tables(root, "input")) {
             inputs.inputs.push_back(ReadInput(*table, inputs));
         }
-        assistants_ = root["assistants"].as_table();
+        assistants_ = Table(root, "assistants");
         for (const toml::table* table : Tables(root, "policy")) {
             Policy policy = ReadPolicy(*table);
-            if (full_ || !(*table)["full"].value_or(false)) {
+            if (full_ || !Bool(*table, "full", false)) {
                 inputs.policies.push_back(std::move(policy));
             }
         }
-        if (const toml::array* ids = root["texts"]["with-name"].as_array()) {
-            for (const toml::node& id : *ids) {
-                inputs.textsWithName.push_back(id.value_or(std::string()));
-            }
+        if (const toml::table* texts = Table(root, "texts")) {
+            CheckKeys(*texts, "in [texts]", {"with-name"});
+            inputs.textsWithName = Strings(*texts, "with-name");
         }
         if (inputs.inputs.empty() || inputs.policies.empty()) {
             throw vtv::Error(vtv::ErrorKind::kUsage,
@@ -66,24 +64,27 @@ class Reader : private vtv::TomlReader {
 
   private:
     Input ReadInput(const toml::table& table, const Inputs& before) const {
+        std::vector<std::string> known = {"name", "type", "current-assistant", "values", "full"};
         Input input;
         int kinds = 0;
         for (const KindName& kind : KIND_NAMES) {
-            if (const auto key = table[kind.name].value<std::string>()) {
+            known.emplace_back(kind.name);
+            if (table.contains(kind.name)) {
                 input.kind = kind.kind;
-                input.key = *key;
+                input.key = RequiredString(table, kind.name, "an input");
                 ++kinds;
             }
         }
+        CheckKeys(table, "in an input", known);
         if (kinds != 1) {
             Fail(table, "an input is one of: setting, feature, file, consent, call, write");
         }
         if (before.Find(input.kind, input.key) != nullptr) {
             Fail(table, Quoted(input.key) + " is here twice");
         }
-        input.name = table["name"].value_or(input.key);
+        input.name = String(table, "name", input.key);
         input.type = TypeOf(table, input);
-        input.isCurrentAssistant = table["current-assistant"].value_or(false);
+        input.isCurrentAssistant = Bool(table, "current-assistant", false);
         ReadValues(table, "values", input);
         const std::size_t usual = input.values.size();
         ReadValues(table, "full", input);
@@ -100,7 +101,7 @@ class Reader : private vtv::TomlReader {
     }
 
     void ReadValues(const toml::table& table, const char* name, Input& input) const {
-        if (const toml::array* values = table[name].as_array()) {
+        if (const toml::array* values = List(table, name)) {
             for (const toml::node& node : *values) {
                 input.values.push_back(ReadValue(node, input));
             }
@@ -122,7 +123,7 @@ class Reader : private vtv::TomlReader {
         }
         const bool isTyped =
             input.kind == Input::Kind::kSetting || input.kind == Input::Kind::kFeature;
-        if (isTyped && type != "bool" && type != "int" && type != "string") {
+        if (isTyped && !IsType(type)) {
             Fail(table, Quoted(input.name) + " needs type = \"bool\", \"int\" or \"string\"");
         }
         return type;
@@ -140,20 +141,18 @@ class Reader : private vtv::TomlReader {
     }
 
     void ReadTableValue(const toml::table& table, const Input& input, Value& value) const {
-        if (const auto code = table["fails"].value<int>()) {
-            value.kind = Value::Kind::kFails;
-            value.number = *code;
-            value.words = *code == keys::FAILED ? "fails" : "fails with " + std::to_string(*code);
-        } else if (table["missing"].value_or(false)) {
+        CheckKeys(table, "in a value",
+                  {"value", "text", "fails", "missing", "stored", "null", "as", "odd"});
+        const std::size_t notes = (table.contains("as") ? 1 : 0) + (table.contains("odd") ? 1 : 0);
+        if (const toml::node* code = table.get("fails")) {
+            ReadFailure(*code, value);
+        } else if (Bool(table, "missing", false)) {
             value = MissingValue();
-        } else if (const auto type = table["stored"].value<std::string>()) {
-            if (*type == input.type) {
-                Fail(table, "stored = " + Quoted(*type) + " is the input's own type");
-            }
+        } else if (table.contains("stored")) {
             value = MissingValue();
-            value.storedType = *type;
-            value.words = "of type " + *type;
-        } else if (table["null"].value_or(false)) {
+            value.storedType = OtherType(table, input);
+            value.words = "of type " + value.storedType;
+        } else if (Bool(table, "null", false)) {
             value.kind = Value::Kind::kNull;
             value.words = "null";
         } else if (const toml::node* text = table.get("text")) {
@@ -161,12 +160,39 @@ class Reader : private vtv::TomlReader {
         } else if (const toml::node* plain = table.get("value")) {
             ReadPlainValue(*plain, input, value);
         } else {
-            Fail(table,
-                 "a value is { value = ... }, { text = ... }, { fails = N }, "
-                 "{ missing = true }, { stored = \"type\" } or { null = true }");
+            FailAsValue(table);
         }
-        value.words = table["as"].value_or(value.words);
-        value.isOdd = table["odd"].value_or(false);
+        if (table.size() != notes + 1) {
+            FailAsValue(table);
+        }
+        value.words = String(table, "as", value.words);
+        value.isOdd = Bool(table, "odd", false);
+    }
+
+    [[noreturn]] void FailAsValue(const toml::table& table) const {
+        Fail(table,
+             "a value is one of { value = ... }, { text = ... }, { fails = N }, "
+             "{ missing = true }, { stored = \"type\" } and { null = true }");
+    }
+
+    void ReadFailure(const toml::node& code, Value& value) const {
+        if (!code.is_integer()) {
+            Fail(code, "\"fails\" must be the result of the call, a whole number.");
+        }
+        value.kind = Value::Kind::kFails;
+        value.number = Integer(code);
+        value.words =
+            value.number == keys::FAILED ? "fails" : "fails with " + std::to_string(value.number);
+    }
+
+    // What is stored where the input's own type is looked for.
+    std::string OtherType(const toml::table& table, const Input& input) const {
+        const std::string type = String(table, "stored", "");
+        if (!IsType(type) || type == input.type) {
+            Fail(table, "stored = " + Quoted(type) +
+                            " must be the one of bool, int and string that the input is not");
+        }
+        return type;
     }
 
     void ReadPlainValue(const toml::node& node, const Input& input, Value& value) const {
@@ -183,11 +209,12 @@ class Reader : private vtv::TomlReader {
     }
 
     Policy ReadPolicy(const toml::table& table) const {
+        CheckKeys(table, "in a policy", {"name", "published", "full"});
         Policy policy;
-        policy.name = table["name"].value_or(std::string());
-        const toml::array* published = table["published"].as_array();
-        if (policy.name.empty() || published == nullptr) {
-            Fail(table, "a policy needs name = \"...\" and published = [...]");
+        policy.name = RequiredString(table, "name", "a policy");
+        const toml::array* published = List(table, "published");
+        if (published == nullptr) {
+            Fail(table, "a policy needs published = [...]");
         }
         for (const toml::node& node : *published) {
             if (const auto text = node.value<std::string>()) {
@@ -208,14 +235,18 @@ class Reader : private vtv::TomlReader {
         for (const toml::node& entry : *ids) {
             vtv::Assistant assistant;
             assistant.order = static_cast<int>(list.size()) + 1;
-            assistant.id = entry.value_or(std::string());
+            if (!entry.is_string()) {
+                Fail(entry, "an assistant is its id in quotes, \"ID\" or \"ID+\"");
+            }
+            assistant.id = entry.as_string()->get();
             assistant.farField = !assistant.id.empty() && assistant.id.back() == '+';
             if (assistant.farField) {
                 assistant.id.pop_back();
             }
             const toml::table* own =
-                assistants_ == nullptr ? nullptr : (*assistants_)[assistant.id].as_table();
+                assistants_ == nullptr ? nullptr : Table(*assistants_, assistant.id.c_str());
             if (own != nullptr) {
+                CheckKeys(*own, "in an assistant", {"app", "name"});
                 assistant.appId = RequiredString(*own, "app", "an assistant");
                 assistant.name = String(*own, "name", assistant.id);
             } else if (const auto* known = vtv::FindKnownAssistant(assistant.id)) {

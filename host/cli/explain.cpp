@@ -35,14 +35,16 @@ void PrintReads(const std::vector<vtv::Read>& reads, const vtv::Tv& tv) {
     }
 }
 
+std::string InWords(const host::Rule& rule) {
+    return std::string(rule.function) + " in " + rule.source;
+}
+
 void Print(const host::Reasons& reasons, const std::string& about, const vtv::Tv& tv) {
     std::cout << '\n'
               << Paint(Look::kNote, about + host::Heading(reasons)) << ": "
               << program::OneLine(reasons.because) << '\n';
     if (reasons.rule.function != nullptr) {
-        std::cout << Paint(Look::kDim, std::string("  rule: ") + reasons.rule.function + " in " +
-                                           reasons.rule.source)
-                  << '\n';
+        std::cout << Paint(Look::kDim, "  rule: " + InWords(reasons.rule)) << '\n';
     }
     for (const host::Difference& difference : reasons.differences.found) {
         const std::string other = difference.answer.empty() ? "nothing" : difference.answer;
@@ -60,6 +62,11 @@ void Print(const host::Explanation& explanation, const vtv::Tv& tv) {
     for (const host::Reasons& reasons : explanation.reasons) {
         Print(reasons, "", tv);
     }
+    std::cout << "\nWhere the rest is decided:\n";
+    for (const host::FurtherRule& further : explanation.further) {
+        std::cout << "  " << program::Pad(further.inWords, 29)
+                  << Paint(Look::kDim, InWords(further.rule)) << '\n';
+    }
 }
 
 }  // namespace
@@ -73,8 +80,9 @@ void AddExplain(CLI::App& app, Common& common) {
                 "  vtv explain voice-wake-up --with account=signed-out     what if?\n"
                 "  vtv explain voice-settings-google --json\n\n"
                 "Each answer is followed by its reason, the rule in the provider's source, what\n"
-                "would change the answer, and what was read for it, in order. Reasons are found\n"
-                "by experiment: the provider is asked again with other values, of which\n"
+                "would change the answer, and what was read for it, in order; last come the\n"
+                "functions behind the item's texts, choices, presses and popup. Reasons are\n"
+                "found by experiment: the provider is asked again with other values, of which\n"
                 "nothing reaches the TV.",
                 kTv | kProvider | kJson);
     verb->add_option("ITEM", *name, "The item, by name or key")->required();

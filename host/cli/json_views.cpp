@@ -157,16 +157,21 @@ Json::Value DifferencesToJson(const host::Differences& differences) {
     return json;
 }
 
+Json::Value RuleToJson(const host::Rule& rule) {
+    Json::Value json;
+    if (rule.function != nullptr) {
+        json["function"] = rule.function;
+        json["source"] = rule.source;
+    }
+    return json;
+}
+
 Json::Value ReasonsToJson(const host::Reasons& reasons, const vtv::Tv& tv) {
     Json::Value json;
     json["question"] = reasons.question;
     json["answer"] = reasons.answer;
     json["because"] = reasons.because;
-    json["rule"] = Json::Value();
-    if (reasons.rule.function != nullptr) {
-        json["rule"]["function"] = reasons.rule.function;
-        json["rule"]["source"] = reasons.rule.source;
-    }
+    json["rule"] = RuleToJson(reasons.rule);
     json["otherwise"] = DifferencesToJson(reasons.differences);
     json["reads"] = Json::Value(Json::arrayValue);
     for (const vtv::Read& read : reasons.reads) {
@@ -195,6 +200,13 @@ Json::Value ToJson(const host::Explanation& explanation, const vtv::Tv& tv) {
     json["questions"] = Json::Value(Json::arrayValue);
     for (const host::Reasons& reasons : explanation.reasons) {
         json["questions"].append(ReasonsToJson(reasons, tv));
+    }
+    json["further"] = Json::Value(Json::arrayValue);
+    for (const host::FurtherRule& further : explanation.further) {
+        Json::Value one;
+        one["question"] = further.question;
+        one["rule"] = RuleToJson(further.rule);
+        json["further"].append(one);
     }
     return json;
 }

@@ -131,12 +131,16 @@ class Asker {
         });
     }
 
-    // What a viewer is told who selects the dimmed item.
-    Reasons DimmedReason(const Item& item) {
-        return Ask(item, "reason", [&item](const Provider& provider) {
-            const std::optional<Box> popup = provider.DisablePopup(item.key);
-            return provider.DisableText(item.key).value_or(popup ? popup->message : "");
+    // What a viewer is told who selects the dimmed item: the reason, or the popup's message.
+    Reasons DimmedReason(const Provider& provider, const Item& item) {
+        Reasons reasons = Ask(item, "reason", [&item](const Provider& asked) {
+            const std::optional<Box> popup = asked.DisablePopup(item.key);
+            return asked.DisableText(item.key).value_or(popup ? popup->message : "");
         });
+        if (!provider.DisableText(item.key) && !reasons.answer.empty()) {
+            reasons.rule = RuleOf(item, "popup");
+        }
+        return reasons;
     }
 
   private:
@@ -231,8 +235,9 @@ Explanation Explain(const Provider& provider, const vtv::Tv& tv, const Item& ite
         explanation.reasons.push_back(asker.Value(item));
     }
     if (!explanation.view.enabled) {
-        explanation.reasons.push_back(asker.DimmedReason(item));
+        explanation.reasons.push_back(asker.DimmedReason(provider, item));
     }
+    explanation.further = FurtherRulesOf(item);
     explanation.sentence = SentenceOf(page, explanation);
     return explanation;
 }

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "host/page/page.h"
-#include "rules.h"
+#include "host/page/rules.h"
 #include "virtual-tv/virtual_tv.h"
 #include "what_if.h"
 
@@ -35,6 +35,7 @@ struct Explanation {
     // "Hands-free Wake-up is dimmed: signed out; it would be enabled with the account signed in"
     std::string sentence;
     std::vector<Reasons> reasons;
+    std::vector<FurtherRule> further;
 };
 
 // The provider's own TV must be on. Nothing on the TV is changed.

@@ -80,6 +80,7 @@ std::vector<KeyDescription::Reader> ReadersOf(const Provider& provider, const st
         }
         if (!provider.IsEnabled(item.key)) {
             add("reason", [&] { provider.DisableText(item.key); });
+            add("popup", [&] { provider.DisablePopup(item.key); });
         }
     }
     return readers;

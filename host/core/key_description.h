@@ -7,7 +7,7 @@
 
 #include "host/page/page.h"
 #include "host/page/provider.h"
-#include "rules.h"
+#include "host/page/rules.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {
@@ -16,7 +16,7 @@ struct KeyDescription {
     // An answer about an item that reads the key on the TV as it is now.
     struct Reader {
         const Item* item;
-        std::string question;  // "visible", "enabled", "value", "reason"
+        std::string question;  // "visible", "enabled", "value", "reason", "popup"
         Rule rule;
     };
     // An application that the page starts, as it would be finished on the TV as it is now.

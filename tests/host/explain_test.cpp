@@ -189,6 +189,39 @@ TEST_F(Explaining, InEveryStateItSaysOfEachItemWhatThePageShows) {
     EXPECT_GT(unreachable.size(), 8U);  // otherwise nothing was tested
 }
 
+TEST_F(Explaining, ADimmedItemsRuleIsTheFunctionThatTellsTheViewer) {
+    std::set<std::string> told;
+    for (const char* model : kModels) {
+        for (const bool agreed : {false, true}) {
+            TurnOn(model);
+            tv_->SetConsent("tnc", agreed);
+            tv_->SetSignedIn(false);
+            tv_->Set("db/menu/voice/passthru", false);
+            LoadAgain();
+            for (const Item& item : host::PageItems()) {
+                const host::Explanation explanation = host::Explain(*provider_, *tv_, item);
+                const host::Reasons& last = explanation.reasons.back();
+                if (last.question != "reason" || last.answer.empty()) {
+                    continue;
+                }
+                const std::optional<host::Box> popup = provider_->DisablePopup(item.key);
+                const bool isPopups = popup && popup->message == last.answer;
+                EXPECT_STREQ(last.rule.function,
+                             isPopups ? "get_disablepopup_info" : "get_disable_text")
+                    << model << " " << explanation.sentence;
+                told.insert(std::string(last.rule.function) + " " + item.name);
+            }
+        }
+    }
+    // Every item that has a popup, and some that have a reason.
+    for (const Item& item : host::PageItems()) {
+        const bool hasPopup = item.kind == vtv::ItemKind::kApplication;
+        EXPECT_EQ(told.count(std::string("get_disablepopup_info ") + item.name), hasPopup ? 1U : 0U)
+            << item.name;
+    }
+    EXPECT_EQ(told.count("get_disable_text voice-wake-up"), 1U);
+}
+
 TEST_F(Explaining, EachReasonChangesTheAnswerOfTheRealTvAndNoPartOfItDoes) {
     size_t held = 0;
     size_t together = 0;
@@ -378,6 +411,10 @@ TEST(Rules, AreThoseOfTheProvidersTables) {
         RulesIn("si-ready/src/general_voice_enablechecker.cpp", "ENABLE_RULES", "check_\\w+");
     const auto values =
         RulesIn("si-ready/src/general_voice_dataprovider.cpp", "MENU_NODES", "checknode_int_\\w+");
+    const auto choices =
+        RulesIn("si-ready/src/general_voice_dataprovider.cpp", "MENU_NODES", "get_list_items_\\w+");
+    const auto writers =
+        RulesIn("si-ready/src/general_voice_dataprovider.cpp", "MENU_NODES", "setnode_int_\\w+");
     ASSERT_EQ(visible.size(), host::PageItems().size());
     ASSERT_EQ(enabled.size(), host::PageItems().size());
     ASSERT_EQ(values.size(), host::PageItems().size());
@@ -385,13 +422,12 @@ TEST(Rules, AreThoseOfTheProvidersTables) {
         EXPECT_EQ(NameOf(host::RuleOf(item, "visible")), visible.at(item.key)) << item.name;
         EXPECT_EQ(NameOf(host::RuleOf(item, "enabled")), enabled.at(item.key)) << item.name;
         EXPECT_EQ(NameOf(host::RuleOf(item, "value")), values.at(item.key)) << item.name;
-        for (const char* question : {"visible", "enabled", "value", "reason"}) {
-            const host::Rule rule = host::RuleOf(item, question);
-            if (rule.function != nullptr) {
-                EXPECT_THAT(ReadFile(fs::path(SOURCE_DIR) / rule.source),
-                            HasSubstr(std::string(rule.function) + "("))
-                    << item.name;
-            }
+        EXPECT_EQ(NameOf(host::RuleOf(item, "choices")), choices.at(item.key)) << item.name;
+        EXPECT_EQ(NameOf(host::RuleOf(item, "set")), writers.at(item.key)) << item.name;
+        for (const host::FurtherRule& further : host::FurtherRulesOf(item)) {
+            EXPECT_THAT(ReadFile(fs::path(SOURCE_DIR) / further.rule.source),
+                        HasSubstr(std::string(" ") + further.rule.function + "("))
+                << item.name << " " << further.question;
         }
     }
 }

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "spelling.h"
+#include "text_file.h"
 
 namespace vtv {
 
@@ -13,6 +14,14 @@ void TomlReader::Fail(const toml::source_region& where, const std::string& text)
 
 void TomlReader::Fail(const toml::node& where, const std::string& text) const {
     Fail(where.source(), text);
+}
+
+toml::table TomlReader::ReadFile() const {
+    try {
+        return toml::parse(ReadTextFile(file_), file_);
+    } catch (const toml::parse_error& error) {
+        Fail(error.source(), std::string(error.description()));
+    }
 }
 
 void TomlReader::CheckKeys(const toml::table& table, const std::string& where,
@@ -55,6 +64,27 @@ std::vector<const toml::table*> TomlReader::Tables(const toml::table& parent,
         tables.push_back(element.as_table());
     }
     return tables;
+}
+
+const toml::array* TomlReader::List(const toml::table& parent, const char* key) const {
+    const toml::node* node = parent.get(key);
+    if (node != nullptr && !node->is_array()) {
+        Fail(*node, "\"" + std::string(key) + "\" must be a list: write " + key + " = [...].");
+    }
+    return node != nullptr ? node->as_array() : nullptr;
+}
+
+std::vector<std::string> TomlReader::Strings(const toml::table& parent, const char* key) const {
+    std::vector<std::string> strings;
+    if (const toml::array* list = List(parent, key)) {
+        for (const toml::node& node : *list) {
+            if (!node.is_string()) {
+                Fail(node, "\"" + std::string(key) + "\" must be a list of texts in quotes.");
+            }
+            strings.push_back(node.as_string()->get());
+        }
+    }
+    return strings;
 }
 
 std::string TomlReader::String(const toml::table& table, const char* key,

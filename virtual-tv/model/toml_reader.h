@@ -18,6 +18,7 @@ class TomlReader {
     explicit TomlReader(std::string file) : file_(std::move(file)) {}
 
     const std::string& File() const { return file_; }
+    toml::table ReadFile() const;
     [[noreturn]] void Fail(const toml::source_region& where, const std::string& text) const;
     [[noreturn]] void Fail(const toml::node& where, const std::string& text) const;
 
@@ -27,6 +28,10 @@ class TomlReader {
     // Null when the key is absent.
     const toml::table* Table(const toml::table& parent, const char* key) const;
     std::vector<const toml::table*> Tables(const toml::table& parent, const char* key) const;
+    // Null when the key is absent.
+    const toml::array* List(const toml::table& parent, const char* key) const;
+    // Empty when the key is absent.
+    std::vector<std::string> Strings(const toml::table& parent, const char* key) const;
     std::string String(const toml::table& table, const char* key,
                        const std::string& otherwise) const;
     // what: whose key it is, "an assistant".

@@ -283,31 +283,21 @@ void ModelReader::ReadSpeech(const toml::table& root) {
         model_.speechOutput != "none") {
         Fail(*speech->get("output"), "output must be \"sound\", \"file\" or \"none\".");
     }
-    const toml::node* voices = speech->get("voices");
-    if (voices == nullptr) {
+    if (!speech->contains("voices")) {
         return;
     }
-    if (!voices->is_array()) {
-        Fail(*voices, "voices must be a list: write [\"en_US\", \"de_DE\"].");
-    }
     model_.voices.emplace();
-    for (const toml::node& node : *voices->as_array()) {
-        if (!node.is_string()) {
-            Fail(node, "a voice must be a language in quotes, for example \"en_US\".");
-        }
-        model_.voices->push_back({node.as_string()->get(), 0});
+    for (const std::string& language : Strings(*speech, "voices")) {
+        model_.voices->push_back({language, 0});
     }
 }
 
 void ModelReader::ReadOwnerFiles(const toml::table& root) {
-    const toml::node* files = root.get("owner_files");
+    const toml::array* files = List(root, "owner_files");
     if (files == nullptr) {
         return;
     }
-    if (!files->is_array()) {
-        Fail(*files, "owner_files must be a list of paths below /home/owner.");
-    }
-    for (const toml::node& file : *files->as_array()) {
+    for (const toml::node& file : *files) {
         const std::string path = file.is_string() ? file.as_string()->get() : "";
         if (path.empty() || path.front() == '/' ||
             *fs::path(path).lexically_normal().begin() == "..") {
