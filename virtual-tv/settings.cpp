@@ -99,18 +99,27 @@ const Store& Tv::Impl::StoreOf(const std::string& key) const {
     return StartsWith(key, "db/") ? settings : memory;
 }
 
-std::optional<Value> Tv::Get(const std::string& key) const {
+std::optional<Setting> Tv::Find(const std::string& key) const {
+    Setting setting{key, std::nullopt, ""};
     Value value;
-    std::string problem;
-    switch (impl_->StoreOf(key).Read(key, &value, &problem)) {
+    switch (impl_->StoreOf(key).Read(key, &value, &setting.problem)) {
         case Store::Status::kOk:
-            return value;
+            setting.value = std::move(value);
+            return setting;
         case Store::Status::kMissing:
             return std::nullopt;
         case Store::Status::kDamaged:
             break;
     }
-    throw Error(ErrorKind::kPlatform, problem);
+    return setting;
+}
+
+std::optional<Value> Tv::Get(const std::string& key) const {
+    const std::optional<Setting> setting = Find(key);
+    if (setting && !setting->value) {
+        throw Error(ErrorKind::kPlatform, setting->problem);
+    }
+    return setting ? setting->value : std::nullopt;
 }
 
 void Tv::Set(const std::string& key, const Value& value) {

@@ -365,15 +365,15 @@ std::vector<Setting> Store::List() const {
     }
     for (const std::string& name : NamesIn(dir_)) {
         const std::string key = DecodeKey(name);
-        if (key.empty() || EncodeKey(key) != name) {
-            continue;  // a key has one name; another hand's second one is no value of it
+        if (key.empty()) {
+            continue;
         }
         Setting setting;
         setting.key = key;
         Value value;
         const Status status = Read(key, &value, &setting.problem);
         if (status == Status::kMissing) {
-            continue;  // unset since it was listed, or a file that no key encodes to
+            continue;  // unset since it was listed
         }
         if (status == Status::kOk) {
             setting.value = std::move(value);

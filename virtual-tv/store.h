@@ -79,7 +79,7 @@ class Store {
 
     // Empty for a key that cannot be one.
     static std::string EncodeKey(std::string_view key);
-    // Empty for a file that is no key's, such as a temporary one.
+    // Empty for a file that is no key's: a temporary one, or a name that EncodeKey() gives to none.
     static std::string DecodeKey(std::string_view fileName);
 
     // The name of the key's file. Throws kUsage for a key that is empty or too long.

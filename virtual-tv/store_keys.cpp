@@ -57,7 +57,8 @@ std::string Store::DecodeKey(std::string_view fileName) {
         key += static_cast<char>(HexDigit(fileName[i + 1]) * 16 + HexDigit(fileName[i + 2]));
         i += 2;
     }
-    return key;
+    // A key has one name; another hand's second one is no value of it.
+    return EncodeKey(key) == fileName ? key : std::string();
 }
 
 }  // namespace vtv

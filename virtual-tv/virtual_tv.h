@@ -146,6 +146,8 @@ class VTV_EXPORT Tv {
     // Absent when there is no such key. Throws kUsage for what is no key, kPlatform for a damaged
     // value.
     std::optional<Value> Get(const std::string& key) const;
+    // As Get(), for who goes on with a damaged value: that is told in the setting.
+    std::optional<Setting> Find(const std::string& key) const;
     // Durable when it returns ("memory/": until the next power cycle). Replaces the type as well.
     void Set(const std::string& key, const Value& value);
     // False when there was no such key. Watchers are called for this too.

@@ -85,18 +85,19 @@ Tv::WatchId Tv::WatchAll(std::function<void(const Change&)> callback) {
     const WatchId id = impl_->nextWatch++;
     std::vector<Watcher::Id>& ids = impl_->watches[id];
     Watcher& watcher = impl_->GetWatcher();
-    const auto watchStore = [&](const Store& store, Change::What what) {
-        ids.push_back(
-            watcher.Watch(store.Dir(), kStoreEvents, "", [callback, what](const std::string& name) {
-                const std::string key = Store::DecodeKey(name);
-                if (!key.empty()) {
-                    callback({what, key});
-                }
-            }));
+    // What another hand puts there is no key of the store when it begins otherwise.
+    const auto watchStore = [&](const Store& store, Change::What what, const char* begin) {
+        ids.push_back(watcher.Watch(store.Dir(), kStoreEvents, "",
+                                    [callback, what, begin](const std::string& name) {
+                                        const std::string key = Store::DecodeKey(name);
+                                        if (!key.empty() && key.rfind(begin, 0) == 0) {
+                                            callback({what, key});
+                                        }
+                                    }));
     };
-    watchStore(impl_->settings, Change::What::kSetting);
-    watchStore(impl_->memory, Change::What::kSetting);
-    watchStore(impl_->state, Change::What::kState);
+    watchStore(impl_->settings, Change::What::kSetting, "db/");
+    watchStore(impl_->memory, Change::What::kSetting, "memory/");
+    watchStore(impl_->state, Change::What::kState, "");
 
     std::make_shared<OwnerWatch>(*impl_, ids, callback)->Follow("", false);
     return id;

@@ -16,29 +16,32 @@ struct WatchOptions {
     int count = 0;
 };
 
-std::map<std::string, vtv::Value> ValuesOf(const vtv::Tv& tv) {
-    std::map<std::string, vtv::Value> values;
-    for (const vtv::Setting& setting : tv.Settings()) {
-        if (setting.value) {
-            values[setting.key] = *setting.value;
-        }
+std::map<std::string, vtv::Setting> SettingsOf(const vtv::Tv& tv) {
+    std::map<std::string, vtv::Setting> settings;
+    for (vtv::Setting& setting : tv.Settings()) {
+        settings[setting.key] = std::move(setting);
     }
-    return values;
+    return settings;
 }
 
 // One write, or removal, of a setting.
 struct Change {
     std::string key;
-    std::optional<vtv::Value> before;
-    std::optional<vtv::Value> value;
+    std::optional<vtv::Setting> before;
+    std::optional<vtv::Setting> now;
     vtv::Writing writing;
 };
 
 Json::Value ChangeToJson(const Change& change) {
-    Json::Value json = change.value ? SettingToJson(change.key, *change.value) : Json::Value();
+    const bool hasValue = change.now && change.now->value;
+    Json::Value json = hasValue ? SettingToJson(change.key, *change.now->value) : Json::Value();
     json["key"] = change.key;
-    json["removed"] = !change.value.has_value();
-    json["before"] = change.before ? ToJson(*change.before) : Json::Value();
+    json["removed"] = !change.now.has_value();
+    if (change.now && !hasValue) {
+        json["problem"] = change.now->problem;
+    }
+    json["before"] =
+        change.before && change.before->value ? ToJson(*change.before->value) : Json::Value();
     json["time"] = vtv::ToText(change.writing.time);
     json["writer"] = Json::Value();
     if (change.writing.pid != 0) {
@@ -48,14 +51,20 @@ Json::Value ChangeToJson(const Change& change) {
     return json;
 }
 
+std::string ShownOr(const std::optional<vtv::Setting>& setting, const char* whenThereIsNone) {
+    return !setting ? whenThereIsNone : setting->value ? Shown(*setting->value) : "(damaged)";
+}
+
 void Print(const Change& change) {
     std::cout << Paint(Look::kDim, TimeOfDay(vtv::ToText(change.writing.time), 12) + " ")
-              << program::OneLine(change.key + " = " +
-                                  (change.value ? Shown(*change.value) : "(removed)"))
-              << Paint(Look::kDim, "  was " + (change.before ? Shown(*change.before) : "(unset)"));
+              << program::OneLine(change.key + " = " + ShownOr(change.now, "(removed)"))
+              << Paint(Look::kDim, "  was " + ShownOr(change.before, "(unset)"));
     if (change.writing.pid != 0) {
         std::cout << Paint(Look::kDim, "  by " + change.writing.program + " " +
                                            std::to_string(change.writing.pid));
+    }
+    if (change.now && !change.now->value) {
+        std::cout << program::OneLine("  " + change.now->problem);
     }
     std::cout << std::endl;
 }
@@ -63,9 +72,9 @@ void Print(const Change& change) {
 void Watch(const Common& common, const WatchOptions& options) {
     vtv::Tv tv(TvDir(common));
     int seen = 0;
-    std::map<std::string, vtv::Value> known;
+    std::map<std::string, vtv::Setting> known;
     const auto tell = [&](const std::string& key) {
-        Change change{key, std::nullopt, tv.Get(key), {}};
+        Change change{key, std::nullopt, tv.Find(key), {}};
         if (const auto before = known.find(key); before != known.end()) {
             change.before = before->second;
         }
@@ -80,8 +89,8 @@ void Watch(const Common& common, const WatchOptions& options) {
             Print(change);
         }
         known.erase(key);
-        if (change.value) {
-            known[key] = *change.value;
+        if (change.now) {
+            known[key] = *change.now;
         }
     };
     for (const std::string& key : options.keys) {
@@ -94,7 +103,7 @@ void Watch(const Common& common, const WatchOptions& options) {
             }
         });
     }
-    known = ValuesOf(tv);
+    known = SettingsOf(tv);
     Note(std::string("Watching") + (options.keys.empty() ? " every key" : "") +
          "; end with Ctrl-C.");
     while ((options.count == 0 || seen < options.count) && WaitForTv(tv)) {

@@ -47,6 +47,33 @@ TEST_F(VtvTest, AWatchTellsWhenWhatItWasAndWhoWrote) {
     EXPECT_TRUE(told[2]["before"].isNull());
 }
 
+TEST_F(VtvTest, AWatchTellsADamagedValueAndGoesOn) {
+    Ok({"set", "db/a", "int", "1"});
+    const auto put = [this](const std::string& name, const std::string& text) {
+        Write("put", text);
+        ASSERT_EQ(rename(Path("put").c_str(), Path("tvs/default/settings/" + name).c_str()), 0);
+    };
+    RunningVtv watching(environment, {"watch", "--count", "2"});
+    RunningVtv documents(environment, {"watch", "--count", "2", "--json"});
+    ASSERT_TRUE(watching.WaitForError("Watching") && documents.WaitForError("Watching"));
+    put("%64b%2Fa", "int 1\n7\n");  // another spelling of a key's file is no key of the TV
+    put("foo", "int 1\n7\n");       // nor is what begins as none does
+    put("db%2Fa", "junk");
+    ASSERT_TRUE(watching.WaitFor("db/a = (damaged)  was 1"));
+    ASSERT_TRUE(documents.WaitFor("problem"));
+    Ok({"set", "db/a", "int", "2"});
+    const Output text = watching.End();
+    EXPECT_EQ(text.code, 0) << text.err;
+    EXPECT_THAT(text.out, HasSubstr("it is no file of this store. Write the key again"));
+    EXPECT_THAT(text.out, HasSubstr("db/a = 2  was (damaged)"));
+    const std::vector<Json::Value> told = Documents(documents.End().out);
+    ASSERT_EQ(told.size(), 2U);
+    EXPECT_THAT(told[0]["problem"].asString(), HasSubstr("it is no file of this store"));
+    EXPECT_FALSE(told[0]["removed"].asBool() || told[0].isMember("value"));
+    EXPECT_EQ(told[1]["value"], 2);
+    EXPECT_TRUE(told[1]["before"].isNull());
+}
+
 TEST_F(VtvTest, AWatchTellsThatAnApplicationWrote) {
     Ok({"new", "box", "--model", "out-of-the-box-us"});
     Ok({"app", "mode", "auto", "--tv", "box"});
