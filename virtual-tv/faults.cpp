@@ -5,11 +5,12 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <sstream>
 #include <thread>
 
 #include "serve.h"
 #include "tv_impl.h"
+#include "virtual-tv/model/limits.h"
 
 namespace vtv {
 
@@ -27,21 +28,19 @@ std::string Format(const Fault& fault) {
            std::to_string(fault.delayMs);
 }
 
-bool Parse(const Setting& setting, Fault* fault) {
-    if (!setting.value || !std::holds_alternative<std::string>(*setting.value)) {
-        return false;
+// What is wrong with it; empty when nothing is.
+std::string Parse(const Value& value, Fault* fault) {
+    const std::string* text = std::get_if<std::string>(&value);
+    std::istringstream words(text != nullptr ? *text : "");
+    std::string kind;
+    if (!(words >> kind >> fault->result >> fault->delayMs) || !words.eof() ||
+        (kind != "once" && kind != "always" && kind != "slow")) {
+        return "\"" + ToText(value) + "\" is no fault.";
     }
-    char kind[16];
-    fault->function = setting.key;
-    if (std::sscanf(std::get<std::string>(*setting.value).c_str(), "%15s %d %d", kind,
-                    &fault->result, &fault->delayMs) != 3) {
-        return false;
-    }
-    const std::string name = kind;
-    fault->kind = name == "once"     ? Fault::Kind::kOnce
-                  : name == "always" ? Fault::Kind::kAlways
+    fault->kind = kind == "once"     ? Fault::Kind::kOnce
+                  : kind == "always" ? Fault::Kind::kAlways
                                      : Fault::Kind::kSlow;
-    return true;
+    return fault->kind == Fault::Kind::kSlow ? DelayProblem(fault->delayMs) : "";
 }
 
 }  // namespace
@@ -155,9 +154,9 @@ void Tv::SetFault(const Fault& fault) {
         throw Error(ErrorKind::kNoSuch,
                     "\"" + fault.function + "\" is no platform call that can be made to fail.");
     }
-    if (fault.delayMs < 0) {
-        throw Error(ErrorKind::kUsage,
-                    "A call cannot be made faster: the delay must be 0 or more milliseconds.");
+    if (const std::string problem = DelayProblem(fault.delayMs);
+        fault.kind == Fault::Kind::kSlow && !problem.empty()) {
+        throw Error(ErrorKind::kUsage, problem);
     }
     impl_->faults.Write(fault.function, Format(fault));
     impl_->switches.Announce();
@@ -170,11 +169,22 @@ bool Tv::ClearFault(const std::string& function) {
     return removed;
 }
 
+void Tv::ClearFaults() {
+    impl_->faults.RemoveAll();
+    impl_->switches.Announce();
+}
+
+std::string ProblemOfFault(const Value& value) {
+    Fault ignored;
+    return Parse(value, &ignored);
+}
+
 std::vector<Fault> Tv::Faults() const {
     std::vector<Fault> faults;
     for (const Setting& setting : impl_->faults.List()) {
         Fault fault;
-        if (Parse(setting, &fault)) {
+        fault.function = setting.key;
+        if (setting.value && Parse(*setting.value, &fault).empty()) {
             faults.push_back(fault);
         }
     }
@@ -185,7 +195,8 @@ void Tv::Impl::FollowSwitches() {
     activeFaults.clear();
     for (const Setting& setting : faults.List()) {
         Fault fault;
-        if (Parse(setting, &fault)) {
+        fault.function = setting.key;
+        if (setting.value && Parse(*setting.value, &fault).empty()) {
             activeFaults[fault.function] = fault;
         }
     }

@@ -22,10 +22,8 @@ std::string AbsenceKey(const std::string& key) {
 }
 
 std::optional<Value> ReadFeature(const Tv::Impl& tv, const std::string& key) {
-    Value value;
-    std::string problem;
-    if (tv.state.Read(OverrideKey(key), &value, &problem) == Store::Status::kOk) {
-        return value;
+    if (std::optional<Value> tried = tv.ReadState(OverrideKey(key))) {
+        return tried;
     }
     if (tv.StateOr<bool>(AbsenceKey(key), false)) {
         return std::nullopt;

@@ -17,8 +17,6 @@ namespace vtv {
 
 namespace {
 
-constexpr char kLaunches[] = "launches.jsonl";
-
 // As a full disk leaves it.
 bool EndsWithinALine(int fd) {
     struct stat info{};
@@ -29,7 +27,7 @@ bool EndsWithinALine(int fd) {
 
 // What kept it from being written whole; empty when nothing did.
 std::string AppendLine(const std::string& tvDir, std::string line) {
-    const int fd = OpenTvFile(tvDir, kLaunches, O_RDWR | O_CREAT | O_APPEND);
+    const int fd = kLaunchesFile.OpenToAdd(tvDir);
     if (fd >= 0 && EndsWithinALine(fd)) {
         line.insert(0, "\n");
     }
@@ -40,7 +38,7 @@ std::string AppendLine(const std::string& tvDir, std::string line) {
     }
     return written == static_cast<ssize_t>(line.size())
                ? ""
-               : tvDir + "/" + kLaunches +
+               : tvDir + "/" + kLaunchesFile.name +
                      ": the launch cannot be recorded: " + std::strerror(error) + ".";
 }
 
@@ -61,6 +59,18 @@ Launch ParseLaunch(const std::string& line) {
         launch.extras.emplace_back(pair[0].asString(), pair[1].asString());
     }
     return launch;
+}
+
+void AddLaunches(const std::string& tvDir, const std::string& name, off_t from,
+                 std::vector<Launch>* launches) {
+    std::istringstream lines(ReadTvFile(tvDir, name, from).value_or(""));
+    for (std::string line; std::getline(lines, line);) {
+        try {
+            launches->push_back(ParseLaunch(line));
+        } catch (const Json::Exception&) {
+            continue;  // cut off by a full disk or a power failure, or written by another hand
+        }
+    }
 }
 
 }  // namespace
@@ -94,7 +104,7 @@ void RecordLaunch(Tv::Impl& tv, const Launch& launch) {
 }
 
 std::uint64_t Tv::LaunchMark() const {
-    const std::string file = impl_->dir + "/" + kLaunches;
+    const std::string file = impl_->dir + "/" + kLaunchesFile.name;
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(file, error);
     if (error && error != std::errc::no_such_file_or_directory) {
@@ -103,30 +113,32 @@ std::uint64_t Tv::LaunchMark() const {
     return error ? 0 : size;
 }
 
-std::vector<Launch> Tv::Launches(std::uint64_t mark) const {
-    // What was cleared since begins anew.
-    const off_t from = mark <= LaunchMark() ? static_cast<off_t>(mark) : 0;
-    std::istringstream lines(ReadTvFile(impl_->dir, kLaunches, from).value_or(""));
+std::vector<Launch> Tv::Launches() const {
+    const FileLock noneSetAside(impl_->dir, GrowingFile::kLock);
     std::vector<Launch> launches;
-    for (std::string line; std::getline(lines, line);) {
-        try {
-            launches.push_back(ParseLaunch(line));
-        } catch (const Json::Exception&) {
-            continue;  // cut off by a full disk or a power failure, or written by another hand
-        }
+    for (const std::string& name : kLaunchesFile.Names()) {
+        AddLaunches(impl_->dir, name, 0, &launches);
+    }
+    return launches;
+}
+
+std::vector<Launch> Tv::LaunchesSince(std::uint64_t mark) const {
+    const FileLock noneSetAside(impl_->dir, GrowingFile::kLock);
+    std::vector<Launch> launches;
+    const auto from = static_cast<off_t>(mark);
+    if (mark <= LaunchMark()) {
+        AddLaunches(impl_->dir, kLaunchesFile.name, from, &launches);
+        return launches;
+    }
+    // What the mark was set in has been set aside since, or cleared.
+    for (const std::string& name : kLaunchesFile.Names()) {
+        AddLaunches(impl_->dir, name, name == kLaunchesFile.name ? 0 : from, &launches);
     }
     return launches;
 }
 
 void Tv::ClearLaunches() {
-    const int fd = OpenTvFile(impl_->dir, kLaunches, O_WRONLY | O_TRUNC);
-    if (fd < 0 && errno != ENOENT) {
-        throw Error(ErrorKind::kPlatform, impl_->dir + "/" + kLaunches +
-                                              ": cannot be cleared: " + std::strerror(errno) + ".");
-    }
-    if (fd >= 0) {
-        close(fd);
-    }
+    kLaunchesFile.Remove(impl_->dir);
 }
 
 }  // namespace vtv

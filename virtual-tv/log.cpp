@@ -1,11 +1,8 @@
-// The TV's log: __dlog_print, the file behind it and its rotation.
+// The TV's log: __dlog_print, and the file behind it.
 #include "platform/log.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <vector>
@@ -52,67 +49,11 @@ std::string FormatLogLine(TimePoint time, int pid, int priority, const std::stri
     return line;
 }
 
-LogWriter::~LogWriter() {
-    if (fd_ >= 0) {
-        close(fd_);
-    }
-}
-
-std::vector<std::string> LogWriter::Names() {
-    std::vector<std::string> names;
-    for (int i = kOldFiles; i >= 1; --i) {
-        names.push_back(kFile + ("." + std::to_string(i)));
-    }
-    names.emplace_back(kFile);
-    return names;
-}
-
-bool LogWriter::Open() {
-    if (fd_ >= 0) {
-        close(fd_);
-    }
-    fd_ = OpenTvFile(tvDir_, kFile, O_WRONLY | O_CREAT | O_APPEND);
-    return fd_ >= 0;
-}
-
-// Another process may have rotated the file that this one has open.
-bool LogWriter::IsCurrent() const {
-    struct stat ours, named;
-    return fd_ >= 0 && fstat(fd_, &ours) == 0 && stat(Path().c_str(), &named) == 0 &&
-           ours.st_ino == named.st_ino && ours.st_dev == named.st_dev;
-}
-
-// Throws kPlatform.
-void LogWriter::Rotate() {
-    const FileLock lock(tvDir_, kLock);
-    struct stat info;
-    if (stat(Path().c_str(), &info) != 0 || info.st_size < kMaxSize) {
-        return;  // another process was sooner
-    }
-    const std::vector<std::string> names = Names();
-    for (size_t i = 0; i + 1 < names.size(); ++i) {
-        rename((tvDir_ + "/" + names[i + 1]).c_str(), (tvDir_ + "/" + names[i]).c_str());
-    }
-}
-
 bool LogWriter::Append(int priority, const std::string& tag, const std::string& message) {
-    if (!IsCurrent() && !Open()) {
-        return false;
-    }
-    struct stat info;
-    if (fstat(fd_, &info) == 0 && info.st_size >= kMaxSize) {
-        try {
-            Rotate();
-        } catch (const Error&) {
-            // The log grows on until somebody can.
-        }
-        if (!Open()) {
-            return false;
-        }
-    }
+    const int fd = file_.Descriptor();
     const std::string line = FormatLogLine(Now(), getpid(), priority, tag, message);
     // One write: records of several processes never mix.
-    return write(fd_, line.data(), line.size()) == static_cast<ssize_t>(line.size());
+    return fd >= 0 && write(fd, line.data(), line.size()) == static_cast<ssize_t>(line.size());
 }
 
 void Tv::Log(int priority, const std::string& text) {

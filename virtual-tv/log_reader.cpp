@@ -74,16 +74,12 @@ void SplitPrefix(LogRecord* record) {
     record->message.erase(0, end + 4);
 }
 
-[[noreturn]] void FailToRead(const std::string& path) {
-    throw Error(ErrorKind::kPlatform, path + ": cannot be read: " + std::strerror(errno) + ".");
-}
-
 // The whole lines of a file from an offset on; the offset moves behind them.
 std::vector<LogRecord> ReadLines(int fd, const std::string& path, off_t* offset) {
     std::vector<LogRecord> records;
     std::string text;
     if (!ReadToEnd(fd, *offset, &text)) {
-        FailToRead(path);
+        FailToRead(path, errno);
     }
     std::string_view rest = text;
     for (size_t end; (end = rest.find('\n')) != std::string_view::npos;
@@ -152,15 +148,15 @@ struct LogReader::Impl {
 
     // Oldest first; what is read on stays open, what is gone is closed.
     void Reopen() {
-        const FileLock noRotation(tvDir, LogWriter::kLock);
+        const FileLock noRotation(tvDir, GrowingFile::kLock);
         std::vector<std::unique_ptr<File>> present;
-        for (const std::string& name : LogWriter::Names()) {
+        for (const std::string& name : kLogFile.Names()) {
             const int fd = OpenTvFile(tvDir, name, O_RDONLY);
             if (fd < 0 && errno == ENOENT) {
                 continue;
             }
             if (fd < 0) {
-                FailToRead(tvDir + "/" + name);
+                FailToRead(tvDir + "/" + name, errno);
             }
             auto file = std::make_unique<File>(fd);
             struct stat info;

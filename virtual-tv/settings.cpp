@@ -148,11 +148,19 @@ std::vector<Setting> Tv::Settings() const {
 std::map<std::string, Value> Tv::State() const {
     std::map<std::string, Value> state;
     for (const Setting& setting : impl_->state.List()) {
-        if (setting.value) {
+        if (setting.value && ProblemOfState(setting.key, *setting.value).empty()) {
             state[setting.key] = *setting.value;
         }
     }
     return state;
+}
+
+std::optional<Value> Tv::Impl::ReadState(const std::string& key) const {
+    Value value;
+    std::string problem;
+    const bool isGood = state.Read(key, &value, &problem) == Store::Status::kOk &&
+                        ProblemOfState(key, value).empty();
+    return isGood ? std::optional(value) : std::nullopt;
 }
 
 void ForgetKeyCallbacks(Tv::Impl& tv) {

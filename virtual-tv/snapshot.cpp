@@ -41,10 +41,8 @@ bool Covers(const StateEntry& entry, const std::string& name) {
 }  // namespace
 
 void CheckState(const std::string& name, const Value& value) {
-    std::vector<std::string> names;
     for (const StateEntry& entry : kStateEntries) {
         if (!Covers(entry, name)) {
-            names.emplace_back(entry.name);
             continue;
         }
         if (entry.type != nullptr && std::string(entry.type) != TypeName(value)) {
@@ -60,8 +58,21 @@ void CheckState(const std::string& name, const Value& value) {
         Store::RequireKey(name);
         return;
     }
+    std::vector<std::string> names;
+    for (const StateEntry& entry : kStateEntries) {
+        names.emplace_back(entry.name);
+    }
     throw Error(ErrorKind::kUsage, "a TV has no state \"" + name + "\"." + DidYouMean(name, names) +
                                        " Known: " + Join(names) + ".");
+}
+
+std::string ProblemOfState(const std::string& name, const Value& value) {
+    try {
+        CheckState(name, value);
+        return "";
+    } catch (const Error& error) {
+        return error.what();
+    }
 }
 
 void Tv::SetTogether(const std::map<std::string, std::optional<Value>>& values) {

@@ -106,8 +106,7 @@ int SpawnDetached(const Program& program, int* error) {
         *error = errno;
         return -1;
     }
-    const int log =
-        OpenTvFile(program.tvDir, "log/applications.log", O_WRONLY | O_CREAT | O_APPEND);
+    const int log = kApplicationsLog.OpenToAdd(program.tvDir);
     const pid_t child = fork();
     if (child == 0) {
         setsid();

@@ -32,13 +32,17 @@ std::string DecidedOf(const std::string& tvDir) {
 constexpr char kWritten[] = "/written/";
 constexpr char kRemoved[] = "/removed/";
 
-bool Exists(const std::string& path) {
-    std::error_code ignored;
-    return fs::exists(fs::symlink_status(path, ignored));
-}
-
 [[noreturn]] void Fail(const std::string& path, const char* what, const std::string& why) {
     throw Error(ErrorKind::kPlatform, path + ": " + what + ": " + why + ".");
+}
+
+bool Exists(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::symlink_status(path, error);
+    if (status.type() == fs::file_type::none) {
+        Fail(path, "cannot be read", error.message());
+    }
+    return fs::exists(status);
 }
 
 void Rename(const std::string& from, const std::string& to) {

@@ -136,6 +136,7 @@ const char* Parse(std::string_view content, Value* value) {
 
 void Unreadable::ThrowIf(int error, const std::string& path) {
     switch (error) {
+        case EACCES:
         case EIO:
         case EMFILE:
         case ENFILE:
@@ -170,7 +171,8 @@ void Store::Create(const std::string& dir) {
     }
 }
 
-Store::Store(const std::string& dir, Durability durability) : dir_(dir), durability_(durability) {
+Store::Store(const std::string& dir, Durability durability, const char* remedy)
+    : dir_(dir), durability_(durability), remedy_(remedy) {
     dirFd_ = open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dirFd_ < 0) {
         Unreadable::ThrowIf(errno, dir);
@@ -260,11 +262,15 @@ Store::Status Store::Read(std::string_view key, Value* value, std::string* probl
     }
     const char* wrong = read ? Parse(file.Text(), value) : std::strerror(error);
     if (wrong != nullptr) {
-        *problem = dir_ + "/" + name + ": the value of \"" + std::string(key) +
-                   "\" cannot be read: " + wrong + ". Write the key again, or unset it.";
+        *problem = Damaged(key, std::string(wrong) + ".");
         return Status::kDamaged;
     }
     return Status::kOk;
+}
+
+std::string Store::Damaged(std::string_view key, const std::string& what) const {
+    return dir_ + "/" + EncodeKey(key) + ": the value of \"" + std::string(key) +
+           "\" cannot be read: " + what + " " + remedy_;
 }
 
 std::string Store::RequireName(std::string_view key) const {
@@ -272,20 +278,6 @@ std::string Store::RequireName(std::string_view key) const {
         throw Error(ErrorKind::kPlatform, problem_);
     }
     return RequireKey(key);
-}
-
-std::string Store::RequireKey(std::string_view key) {
-    std::string name = EncodeKey(key);
-    if (name.empty()) {
-        throw Error(
-            ErrorKind::kUsage,
-            key.empty()
-                ? std::string("A key must not be empty.")
-                : "The key \"" + std::string(key.substr(0, 60)) + "...\" is too long: at most " +
-                      std::to_string(kMaxEncodedKey) +
-                      " bytes, where all but letters, digits, '_', '-' and '.' count three.");
-    }
-    return name;
 }
 
 void Store::Fail(const char* what, std::string_view key, int error) const {

@@ -51,7 +51,9 @@ class Store {
     // Makes an empty store; the folder may exist.
     static void Create(const std::string& dir);
 
-    Store(const std::string& dir, Durability durability);
+    // remedy: what people can do about a damaged value.
+    Store(const std::string& dir, Durability durability,
+          const char* remedy = "Write the key again, or unset it.");
     ~Store();
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
@@ -69,6 +71,8 @@ class Store {
     void Write(std::string_view key, const Value& value);
     // False when there was no such key. Throws kPlatform when the system refuses.
     bool Remove(std::string_view key);
+    // What is told of a value that is damaged in this way: its file, and what to do.
+    std::string Damaged(std::string_view key, const std::string& what) const;
     // Absent when there is no such key.
     std::optional<Writing> LastWriting(std::string_view key) const;
     // Sorted by key; damaged ones with their problem. Throws Unreadable.
@@ -92,6 +96,7 @@ class Store {
 
     std::string dir_;
     Durability durability_;
+    const char* remedy_;
     int dirFd_ = -1;
     std::string problem_;
     bool unknownVersion_ = false;

@@ -61,4 +61,18 @@ std::string Store::DecodeKey(std::string_view fileName) {
     return EncodeKey(key) == fileName ? key : std::string();
 }
 
+std::string Store::RequireKey(std::string_view key) {
+    std::string name = EncodeKey(key);
+    if (name.empty()) {
+        throw Error(
+            ErrorKind::kUsage,
+            key.empty()
+                ? std::string("A key must not be empty.")
+                : "The key \"" + std::string(key.substr(0, 60)) + "...\" is too long: at most " +
+                      std::to_string(kMaxEncodedKey) +
+                      " bytes, where all but letters, digits, '_', '-' and '.' count three.");
+    }
+    return name;
+}
+
 }  // namespace vtv

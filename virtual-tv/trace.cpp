@@ -1,10 +1,10 @@
 // Trace storage: call sites and events, appended to the TV's trace file while tracing is on.
 #include <cxxabi.h>
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <map>
 
 #include "platform/trace_storage.h"
 #include "serve.h"
@@ -28,6 +28,7 @@ namespace {
 
 Tv::Impl* tracedTv = nullptr;
 int nextLocationId = 0;
+std::map<std::string, std::string> sites;  // of this process: what each says, and its last record
 
 uint32_t Session() {
     static const auto session =
@@ -52,13 +53,18 @@ void Append(const std::string& record) {
     if (tracedTv == nullptr) {
         return;
     }
-    const int fd = OpenTvFile(tracedTv->dir, kTraceFile, O_WRONLY | O_CREAT | O_APPEND);
-    if (fd < 0 || write(fd, record.data(), record.size()) != static_cast<ssize_t>(record.size())) {
-        tracedTv->LogLine(kError, tracedTv->dir + "/" + kTraceFile +
-                                      ": a trace record is lost: " + std::strerror(errno));
+    const int fd = tracedTv->trace.Descriptor();
+    std::string text;
+    if (tracedTv->trace.IsAnother()) {
+        // A call site is told of once, by a process that may go on for long.
+        for (const auto& [what, site] : sites) {
+            text += site;
+        }
     }
-    if (fd >= 0) {
-        close(fd);
+    text += record;
+    if (fd < 0 || write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        tracedTv->LogLine(kError, tracedTv->dir + "/" + kTraceFile.name +
+                                      ": a trace record is lost: " + std::strerror(errno));
     }
 }
 
@@ -97,9 +103,7 @@ void Tv::SetTraceEnabled(bool enabled) {
 }
 
 void Tv::ClearTrace() {
-    // Emptied and not removed: a call site is told of once, by a process that may go on for long.
-    // Its locations are therefore kept.
-    CompactTrace(impl_->dir);
+    kTraceFile.Remove(impl_->dir);
 }
 
 }  // namespace vtv
@@ -126,7 +130,10 @@ VTV_EXPORT void TCStorage::SaveLocation(TCStorage*, const TCCallLocation& locati
     for (const std::string& type : location.argumentTypes) {
         vtv::AppendText(&body, type);
     }
-    vtv::Append(vtv::Header(vtv::TraceRecordKind::kLocation, body.size(), location.id) + body);
+    const std::string record =
+        vtv::Header(vtv::TraceRecordKind::kLocation, body.size(), location.id) + body;
+    vtv::Append(record);
+    vtv::sites[body] = record;
 }
 
 VTV_EXPORT TCThread* TCStorage::ThreadHandle(TCStorage*) {

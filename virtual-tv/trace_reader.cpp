@@ -1,13 +1,8 @@
 // Reading a trace back, decoded, and exporting it.
 #include <json/json.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 #include <tuple>
 
 #include "trace_format.h"
@@ -59,11 +54,13 @@ class Bytes {
 // For what does not begin as a record of this program does. Behind other records it may be what a
 // crash has left; nothing else that is unknown is passed over.
 void RequireKnownVersion(const std::string& path, std::string_view record, bool isFirst) {
-    const bool isTrace = record.substr(0, 3) == "VTR" && record[3] >= '0' && record[3] <= '9';
+    const bool isTrace =
+        record.size() > 3 && record.substr(0, 3) == "VTR" && record[3] >= '0' && record[3] <= '9';
     const std::string problem = VersionProblem(
         "a trace", isTrace ? std::optional<int64_t>(record[3] - '0') : std::nullopt, kTraceVersion);
     if (!problem.empty() && (isTrace || isFirst)) {
-        throw Error(ErrorKind::kPlatform, path + ": " + problem);
+        throw Error(ErrorKind::kPlatform,
+                    path + ": " + problem + " To be rid of it: vtv trace --clear");
     }
 }
 
@@ -74,18 +71,20 @@ void ForEachRecord(const std::string& path, const std::string& content, Callback
     while (!bytes.Rest().empty()) {
         const std::string_view begin = bytes.Rest();
         const auto header = bytes.Number<TraceRecordHeader>();
-        if (!bytes.Good()) {
+        const bool isFirst = begin.size() == content.size();
+        if (!bytes.Good() &&
+            (!isFirst || std::string_view("VTR").starts_with(begin.substr(0, 3)))) {
             return;
         }
         if (header.magic != kTraceMagic) {
-            RequireKnownVersion(path, begin, begin.size() == content.size());
+            RequireKnownVersion(path, begin, isFirst);
             return;
         }
         const std::string_view body = bytes.Take(header.size);
         if (!bytes.Good()) {
             return;
         }
-        callback(header, body, begin.substr(0, sizeof header + body.size()));
+        callback(header, body);
     }
 }
 
@@ -168,63 +167,46 @@ std::string PutIn(const std::string& format, const std::vector<TraceArgument>& a
     return text;
 }
 
-}  // namespace
+// By process, session and number of the call site.
+using Locations = std::map<std::tuple<uint32_t, uint32_t, uint32_t>, Location>;
 
-void CompactTrace(const std::string& tvDir) {
-    const std::string path = tvDir + "/" + kTraceFile;
-    const std::string content = ReadTvFile(tvDir, kTraceFile).value_or("");
-    std::string kept;
-    ForEachRecord(path, content,
-                  [&](const TraceRecordHeader& header, std::string_view, std::string_view whole) {
-                      if (header.kind == TraceRecordKind::kLocation) {
-                          kept += whole;
-                      }
-                  });
-    int error = 0;
-    if (content.empty()) {
-        return;
+TraceEvent DecodeEvent(const TraceRecordHeader& header, std::string_view body,
+                       const Location& location) {
+    TraceEvent event;
+    event.time = TimePoint(std::chrono::microseconds(header.time));
+    event.pid = static_cast<int>(header.pid);
+    event.thread = static_cast<int>(header.thread);
+    event.file = location.file;
+    event.line = location.line;
+    event.function = location.function;
+    event.format = location.format;
+    Bytes payload(body);
+    for (const std::string& type : location.types) {
+        event.arguments.push_back({type, DecodeArgument(type, &payload)});
     }
-    bool good = WriteTvFile(tvDir, kTraceFile + std::string(".new"), kept, &error);
-    if (good && std::rename((path + ".new").c_str(), path.c_str()) != 0) {
-        error = errno;
-        good = false;
-    }
-    if (!good) {
-        throw Error(ErrorKind::kPlatform,
-                    path + ": cannot be cleared: " + std::strerror(error) + ".");
-    }
+    event.message = PutIn(event.format, event.arguments);
+    return event;
 }
 
+}  // namespace
+
 std::vector<TraceEvent> Tv::ReadTrace() const {
-    std::map<std::tuple<uint32_t, uint32_t, uint32_t>, Location> locations;
+    const FileLock noneSetAside(impl_->dir, GrowingFile::kLock);
+    Locations locations;
     std::vector<TraceEvent> events;
-    const std::string content = ReadTvFile(impl_->dir, kTraceFile).value_or("");
-    ForEachRecord(TraceFile(), content,
-                  [&](const TraceRecordHeader& header, std::string_view body, std::string_view) {
-                      const auto site = std::make_tuple(header.pid, header.session, header.siteId);
-                      if (header.kind == TraceRecordKind::kLocation) {
-                          locations[site] = DecodeLocation(body);
-                          return;
-                      }
-                      if (header.kind != TraceRecordKind::kEvent) {
-                          return;
-                      }
-                      const Location& location = locations[site];
-                      TraceEvent event;
-                      event.time = TimePoint(std::chrono::microseconds(header.time));
-                      event.pid = static_cast<int>(header.pid);
-                      event.thread = static_cast<int>(header.thread);
-                      event.file = location.file;
-                      event.line = location.line;
-                      event.function = location.function;
-                      event.format = location.format;
-                      Bytes payload(body);
-                      for (const std::string& type : location.types) {
-                          event.arguments.push_back({type, DecodeArgument(type, &payload)});
-                      }
-                      event.message = PutIn(event.format, event.arguments);
-                      events.push_back(std::move(event));
-                  });
+    for (const std::string& name : kTraceFile.Names()) {
+        const std::string content = ReadTvFile(impl_->dir, name).value_or("");
+        ForEachRecord(impl_->dir + "/" + name, content,
+                      [&](const TraceRecordHeader& header, std::string_view body) {
+                          Location& location =
+                              locations[{header.pid, header.session, header.siteId}];
+                          if (header.kind == TraceRecordKind::kLocation) {
+                              location = DecodeLocation(body);
+                          } else if (header.kind == TraceRecordKind::kEvent) {
+                              events.push_back(DecodeEvent(header, body, location));
+                          }
+                      });
+    }
     return events;
 }
 

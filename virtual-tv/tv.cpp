@@ -140,10 +140,11 @@ Tv::Impl::Impl(const std::string& tvDir)
       model(ReadModel(tvDir)),
       settings(tvDir + "/settings", Store::Durability::kDurable),
       memory(tvDir + "/memory", Store::Durability::kVolatile),
-      state(tvDir + "/state", Store::Durability::kDurable),
-      faults(tvDir + "/faults", Store::Durability::kVolatile),
+      state(tvDir + "/state", Store::Durability::kDurable, "Set it again, or remove the file."),
+      faults(tvDir + "/faults", Store::Durability::kVolatile, "Clear it: vtv fault --clear"),
       switches(tvDir),
-      log(tvDir) {
+      log(tvDir),
+      trace(kTraceFile, tvDir) {
     model.name = StateOr<std::string>("model", model.name);
 }
 
@@ -196,9 +197,14 @@ void Tv::Create(const std::string& dir, const std::string& modelText, const std:
 }
 
 bool Tv::IsTv(const std::string& dir) {
-    struct stat info;
-    return stat((dir + "/" + kModelFile).c_str(), &info) == 0 &&
-           stat((dir + "/settings").c_str(), &info) == 0;
+    for (const std::string& part : {dir + "/" + kModelFile, dir + "/settings"}) {
+        struct stat info;
+        if (stat(part.c_str(), &info) != 0) {
+            Unreadable::ThrowIf(errno, part);
+            return false;
+        }
+    }
+    return true;
 }
 
 void RequireTv(const std::string& path) {
@@ -239,8 +245,14 @@ std::vector<std::string> Tv::Problems() const {
             continue;
         }
         for (const Setting& setting : store->List()) {
-            if (!setting.value) {
-                problems.push_back(setting.problem);
+            std::string problem = setting.problem;
+            if (setting.value && store == &impl_->state) {
+                problem = ProblemOfState(setting.key, *setting.value);
+            } else if (setting.value && store == &impl_->faults) {
+                problem = ProblemOfFault(*setting.value);
+            }
+            if (!problem.empty()) {
+                problems.push_back(setting.value ? store->Damaged(setting.key, problem) : problem);
             }
         }
     }
@@ -266,18 +278,17 @@ const std::string& Tv::Dir() const {
     return impl_->dir;
 }
 std::string Tv::LogFile() const {
-    return impl_->log.Path();
+    return impl_->dir + "/" + kLogFile.name;
 }
 std::string Tv::TraceFile() const {
-    return impl_->dir + "/" + kTraceFile;
+    return impl_->dir + "/" + kTraceFile.name;
 }
 
 void Tv::PowerCycle() {
     impl_->LogLine(kInfo, "power off");
     EndRunningApplications(impl_->dir);
     impl_->memory.RemoveAll();
-    impl_->faults.RemoveAll();
-    impl_->switches.Announce();
+    ClearFaults();
     impl_->FollowSwitches();
     impl_->LogLine(kInfo, "power on");
 }

@@ -10,7 +10,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "store.h"
+#include "growing_file.h"
 #include "store_files.h"
 #include "virtual-tv/model/error.h"
 
@@ -67,7 +67,23 @@ bool WriteDurably(int fd, std::string_view content) {
     return store_file_calls.fsync(fd) == 0;
 }
 
+// What grows while the TV is used is set aside in time, and refused only to who reads it.
+bool IsGrowing(std::string_view name) {
+    for (const GrowingFile& file : {kLogFile, kApplicationsLog, kTraceFile, kLaunchesFile}) {
+        if (name.substr(0, std::strlen(file.name)) == file.name) {
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
+
+void FailToRead(const std::string& path, int error) {
+    const char* advice = error == EFBIG ? " It is larger than any file of a TV. Remove it." : "";
+    throw Error(ErrorKind::kPlatform,
+                path + ": cannot be read: " + std::strerror(error) + "." + advice);
+}
 
 int OpenTvFile(const std::string& tvDir, const std::string& name, int flags) {
     // Emptied only once it is known to be a plain file.
@@ -123,8 +139,7 @@ std::optional<std::string> ReadTvFile(const std::string& tvDir, const std::strin
         close(fd);
     }
     if (!good) {
-        throw Error(ErrorKind::kPlatform,
-                    tvDir + "/" + name + ": cannot be read: " + std::strerror(error) + ".");
+        FailToRead(tvDir + "/" + name, error);
     }
     return text;
 }
@@ -141,27 +156,35 @@ void RequirePlainFiles(const std::string& tvDir) {
     std::error_code error;
     fs::recursive_directory_iterator entries(tvDir, error);
     for (; !error && entries != fs::recursive_directory_iterator(); entries.increment(error)) {
-        if (entries.depth() == 0 && entries->path().filename() == "apps" &&
-            fs::is_directory(entries->symlink_status(error))) {
-            entries.disable_recursion_pending();  // read with care, file by file
+        const std::string path = entries->path().string();
+        struct stat info{};
+        if (lstat(path.c_str(), &info) != 0) {
+            if (errno != ENOENT) {  // it may have gone meanwhile
+                FailToRead(path, errno);
+            }
             continue;
         }
-        const fs::file_type type = entries->symlink_status(error).type();
-        if (type != fs::file_type::regular && type != fs::file_type::directory &&
-            type != fs::file_type::not_found) {
+        if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) {
             throw Error(ErrorKind::kUsage,
-                        entries->path().string() +
+                        path +
                             ": this is no plain file and no folder. A TV that somebody sent could "
                             "change other files of yours by it: remove it, or make the TV anew.");
         }
-        if (type == fs::file_type::regular && entries->file_size(error) > kLargestFile && !error) {
-            throw Error(ErrorKind::kUsage, entries->path().string() +
-                                               ": this is larger than any file of a TV. Remove it, "
-                                               "or make the TV anew.");
+        const bool isTooLarge =
+            S_ISREG(info.st_mode) && static_cast<std::uintmax_t>(info.st_size) > kLargestFile;
+        if (isTooLarge && !IsGrowing(path.substr(tvDir.size() + 1))) {
+            throw Error(ErrorKind::kUsage,
+                        path +
+                            ": this is larger than any file of a TV. Remove it, or make the TV "
+                            "anew.");
         }
-        error.clear();  // of one file, which may have gone meanwhile
+        if (S_ISDIR(info.st_mode) && entries.depth() == 0 && entries->path().filename() == "apps") {
+            entries.disable_recursion_pending();  // read with care, file by file
+        }
     }
-    Unreadable::ThrowIf(error.value(), tvDir);
+    if (error && error != std::errc::no_such_file_or_directory) {
+        FailToRead(tvDir, error.value());
+    }
 }
 
 FileLock::FileLock(const std::string& folder, const std::string& name)

@@ -22,6 +22,8 @@ int OpenTvFile(const std::string& tvDir, const std::string& name, int flags);
 // The same for a folder, to be read or to name files in. "" is the TV's own.
 int OpenTvFolder(const std::string& tvDir, const std::string& name);
 
+// Throws kPlatform: why a file of a TV cannot be read.
+[[noreturn]] void FailToRead(const std::string& path, int error);
 // What an open file holds from an offset on. False, and errno tells why.
 bool ReadToEnd(int fd, off_t from, std::string* text);
 // What a file holds from an offset on; absent when there is no such file. Throws kPlatform.
@@ -32,7 +34,8 @@ bool WriteTvFile(const std::string& tvDir, const std::string& name, std::string_
                  int* error);
 
 // Throws kUsage for a link, a pipe or a device in a TV's folder, because the TV writes into its
-// files, and for one that is too large to be a TV's, because the TV reads them.
+// files, and for one that is too large to be a TV's, because the TV reads them. Throws kPlatform
+// when the folder cannot be read.
 void RequirePlainFiles(const std::string& tvDir);
 
 // An advisory lock on a file, held while the object lives. Where the file must not be made (a

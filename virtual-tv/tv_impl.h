@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "growing_file.h"
 #include "platform/call_table.h"
 #include "store.h"
 #include "tv_files.h"
@@ -30,7 +31,6 @@ inline constexpr char kAppsLock[] = "apps/.lock";  // of whoever starts or ends 
 inline constexpr char kModelFile[] = "tv.toml";
 inline constexpr char kBootFile[] = "memory/.boot";
 inline constexpr char kSwitches[] = "switches";
-inline constexpr char kTraceFile[] = "trace/events";
 
 // What tells of a write (a rename) or a removal in a store's folder.
 inline constexpr uint32_t kStoreEvents = IN_MOVED_TO | IN_DELETE;
@@ -40,32 +40,16 @@ inline constexpr int kInfo = 4;
 inline constexpr int kWarning = 5;
 inline constexpr int kError = 6;
 
-// The TV's log: one record a line, appended whole, rotated by whoever finds it full.
+// The TV's log: one record a line, appended whole.
 class LogWriter {
   public:
-    static constexpr char kFile[] = "log/tv.log";
-    static constexpr char kLock[] = "log/.lock";
-    static constexpr off_t kMaxSize = off_t{1024} * 1024;
-    static constexpr int kOldFiles = 3;  // tv.log.1 (newest) to tv.log.3
+    explicit LogWriter(const std::string& tvDir) : file_(kLogFile, tvDir) {}
 
-    explicit LogWriter(const std::string& tvDir) : tvDir_(tvDir) {}
-    ~LogWriter();
-    LogWriter(const LogWriter&) = delete;
-    LogWriter& operator=(const LogWriter&) = delete;
-
-    std::string Path() const { return tvDir_ + "/" + kFile; }
-    // Below the TV's folder, oldest first; the last is kFile.
-    static std::vector<std::string> Names();
     // False when the record could not be written.
     bool Append(int priority, const std::string& tag, const std::string& message);
 
   private:
-    bool Open();
-    bool IsCurrent() const;
-    void Rotate();
-
-    std::string tvDir_;
-    int fd_ = -1;
+    GrowingFileWriter file_;
 };
 
 std::string FormatLogLine(TimePoint time, int pid, int priority, const std::string& tag,
@@ -109,6 +93,7 @@ struct Tv::Impl {
     Switches switches;
     std::map<std::string, Fault> activeFaults;
     LogWriter log;
+    GrowingFileWriter trace;
     std::unique_ptr<Watcher> watcher;  // made when first needed
     std::map<WatchId, std::vector<Watcher::Id>> watches;
     bool gone = false;  // removed or moved away, as far as the watcher has heard
@@ -124,14 +109,11 @@ struct Tv::Impl {
 
     template <typename T>
     T StateOr(const std::string& key, T otherwise) const {
-        Value value;
-        std::string problem;
-        if (state.Read(key, &value, &problem) == Store::Status::kOk &&
-            std::holds_alternative<T>(value)) {
-            return std::get<T>(value);
-        }
-        return otherwise;
+        const std::optional<Value> value = ReadState(key);
+        return value && std::holds_alternative<T>(*value) ? std::get<T>(*value) : otherwise;
     }
+    // Absent when there is none, or a damaged one.
+    std::optional<Value> ReadState(const std::string& key) const;
 
     void LogLine(int priority, const std::string& text);  // nothing in an experiment
     // Reads faults and the trace switch again when they were changed.
@@ -158,10 +140,12 @@ void BindTexts(const std::string& language);
 void UseTraceOf(Tv::Impl* tv);
 void FollowTraceSwitch(Tv::Impl& tv);
 void ForgetKeyCallbacks(Tv::Impl& tv);
+// What is wrong with a value that another hand put there; empty when nothing is.
+std::string ProblemOfState(const std::string& name, const Value& value);
+std::string ProblemOfFault(const Value& value);
 // One of PlatformFunctions().
 platform::Does WhatDoes(std::string_view function);
 void EndRunningApplications(const std::string& tvDir);
 std::string BootId();  // of the machine; another one after each start. Throws kPlatform.
-void CompactTrace(const std::string& tvDir);  // keeps the call sites, drops the events
 
 }  // namespace vtv

@@ -109,7 +109,7 @@ class VTV_EXPORT Tv {
     // does to the TV belongs to its making; what it throws leaves nothing behind, either.
     static void Create(const std::string& dir, const std::string& modelText,
                        const std::string& modelFile, const std::function<void(Tv& made)>& furnish);
-    // Whether the folder is a TV. Throws nothing.
+    // Whether the folder is a TV. Throws kPlatform when that cannot be found out.
     static bool IsTv(const std::string& dir);
 
     // Opens a TV; many processes may. Throws kNoSuch when the folder is no TV, and kUsage when it
@@ -247,8 +247,10 @@ class VTV_EXPORT Tv {
     void ReportFailure(const Error& failure);
     // Where the list of launches ends now.
     std::uint64_t LaunchMark() const;
-    // Every launch behind the mark, or since the TV was made (or the list cleared), oldest first.
-    std::vector<Launch> Launches(std::uint64_t mark = 0) const;
+    // Every launch behind the mark, oldest first.
+    std::vector<Launch> LaunchesSince(std::uint64_t mark) const;
+    // All, of which the oldest are forgotten in time, and every one when the list is cleared.
+    std::vector<Launch> Launches() const;
     void ClearLaunches();
 
     // --- Log ---
@@ -269,6 +271,7 @@ class VTV_EXPORT Tv {
     // --- Faults; they last until cleared or until a power cycle, in all processes ---
     void SetFault(const Fault& fault);  // throws kNoSuch for an unknown function
     bool ClearFault(const std::string& function);
+    void ClearFaults();  // all, damaged ones too
     std::vector<Fault> Faults() const;
 
     // --- Speech ---

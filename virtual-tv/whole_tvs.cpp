@@ -19,8 +19,9 @@ namespace {
 
 // All that a TV's folder holds; what else lies there is somebody's own.
 constexpr std::array kParts = {
-    "tv.toml", "settings", "memory",   "state", "faults",         "owner",    "apps",     "log",
-    "trace",   "speech",   "switches", ".lock", "launches.jsonl", ".changes", "recording"};
+    "tv.toml",  "settings", "memory", "state",    "faults", "owner",          "apps",
+    "log",      "trace",    "speech", "switches", ".lock",  "launches.jsonl", "launches.jsonl.1",
+    ".changes", "recording"};
 
 // The folder of a TV that is to go from where it is.
 std::string RequireOwnFolder(const std::string& dir) {

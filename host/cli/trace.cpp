@@ -1,7 +1,9 @@
 // vtv trace and vtv fault: looking into the platform, and breaking it.
+#include <algorithm>
 #include <climits>
 #include <iostream>
 #include <memory>
+#include <tuple>
 
 #include "host/core/tv_names.h"
 #include "json_views.h"
@@ -54,24 +56,33 @@ std::vector<vtv::TraceEvent> Wanted(std::vector<vtv::TraceEvent> events,
     return events;
 }
 
+bool IsSame(const vtv::TraceEvent& a, const vtv::TraceEvent& b) {
+    return std::tie(a.time, a.pid, a.thread, a.line, a.message) ==
+           std::tie(b.time, b.pid, b.thread, b.line, b.message);
+}
+
 void Follow(const Common& common, vtv::Tv& tv, const TraceOptions& options,
             const TextSearch& search) {
     if (!tv.TraceEnabled()) {
         std::cerr << "Recording is off. Switch it on: vtv trace on\n";
     }
     tv.WatchTrace([] {});
-    size_t told = 0;
+    vtv::TraceEvent last;
     do {
         tv.Dispatch();
         const std::vector<vtv::TraceEvent> events = Wanted(tv.ReadTrace(), options, search);
-        told = events.size() < told ? 0 : told;  // it was cleared
-        for (; told < events.size(); ++told) {
+        // The oldest are forgotten in time, and all when the trace is cleared.
+        const auto told =
+            std::find_if(events.rbegin(), events.rend(),
+                         [&](const vtv::TraceEvent& event) { return IsSame(event, last); });
+        std::for_each(told.base(), events.end(), [&](const vtv::TraceEvent& event) {
             if (common.json) {
-                PrintJsonLine(ToJson(events[told]));
+                PrintJsonLine(ToJson(event));
             } else {
-                Print(events[told]);
+                Print(event);
             }
-        }
+            last = event;
+        });
         std::cout.flush();
     } while (WaitForTv(tv));
 }
@@ -221,9 +232,7 @@ void Fault(const Common& common, const FaultOptions& options) {
     vtv::Tv tv(TvDir(common));
     if (options.function.empty() && options.clear) {
         Recorder recorder(common, tv, {{"clear-faults", true}});
-        for (const vtv::Fault& fault : tv.Faults()) {
-            tv.ClearFault(fault.function);
-        }
+        tv.ClearFaults();
         recorder.Done();
     } else if (options.function.empty()) {
         ListFaults(common, tv);

@@ -144,7 +144,7 @@ Expectation ReadRefused(const Reading& reading, const toml::node& node) {
 
 Texts Launched(const StepOutcome& outcome, Sight::Kind kind) {
     Texts texts;
-    for (const vtv::Launch& launch : outcome.tv->Launches(outcome.launchMark)) {
+    for (const vtv::Launch& launch : outcome.tv->LaunchesSince(outcome.launchMark)) {
         const Sight sight = SightOf(launch);
         if (sight.kind == kind) {
             texts.push_back(sight.text);

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "scenario_members.h"
+#include "virtual-tv/model/limits.h"
 
 namespace host {
 
@@ -48,10 +49,8 @@ Play ReadClearFaults(const Reading& reading, const toml::node& node) {
     if (node.is_boolean()) {
         const bool isWanted = node.as_boolean()->get();
         return [isWanted](const StepScene& scene) {
-            for (const vtv::Fault& fault : scene.tv.Faults()) {
-                if (isWanted) {
-                    scene.tv.ClearFault(fault.function);
-                }
+            if (isWanted) {
+                scene.tv.ClearFaults();
             }
         };
     }
@@ -88,8 +87,9 @@ constexpr FaultMember kFaultMembers[] = {
      [](ScenarioReader& reader, const toml::node& node, vtv::Fault* fault) {
          fault->kind = vtv::Fault::Kind::kSlow;
          fault->delayMs = reader.Number(node, "slow");
-         if (node.is_integer() && fault->delayMs < 1) {
-             reader.Problem(node, "\"slow\" is in milliseconds: write a whole number from 1 up.");
+         const std::string problem = vtv::DelayProblem(fault->delayMs);
+         if (node.is_integer() && !problem.empty()) {
+             reader.Problem(node, "\"slow\": " + problem);
          }
      }},
 };

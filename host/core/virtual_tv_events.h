@@ -13,7 +13,7 @@ class VirtualTvEvents : public TvEvents {
 
     std::uint64_t LaunchMark() override { return tv_.LaunchMark(); }
     std::vector<vtv::Launch> LaunchesSince(std::uint64_t mark) override {
-        return tv_.Launches(mark);
+        return tv_.LaunchesSince(mark);
     }
     void Settle() override { tv_.Dispatch(); }
     std::vector<std::string> TakeFailures() override { return tv_.TakeFailures(); }

@@ -70,7 +70,7 @@ std::vector<Shot> ToastsOf(vtv::Tv& tv, const host::Provider& provider, const vt
     for (const host::Choice& choice : page[item.name].choices) {
         const std::uint64_t mark = tv.LaunchMark();
         Send(tv, provider, kAssistant, choice.value);
-        for (const vtv::Launch& launch : tv.Launches(mark)) {
+        for (const vtv::Launch& launch : tv.LaunchesSince(mark)) {
             if (launch.appId == vtv::kNotification) {
                 const Navigator navigator(provider, LookAtPage(provider));
                 shots.push_back({std::string(item.name) + "-toast-" + std::to_string(choice.value),

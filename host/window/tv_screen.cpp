@@ -175,7 +175,7 @@ void TvScreen::Dispatch() {
 
 void TvScreen::Catch(bool anew) {
     const std::vector<vtv::Launch> launches =
-        tv_.Launches(std::exchange(launchMark_, tv_.LaunchMark()));
+        tv_.LaunchesSince(std::exchange(launchMark_, tv_.LaunchMark()));
     const std::vector<std::string> failures = tv_.TakeFailures();
     diary_.Add(launches, failures);
     for (const vtv::Launch& launch : launches) {

@@ -69,8 +69,18 @@ struct Call {
     int path;  // which argument is one; -1: the first is a descriptor; -2: none of interest
 };
 constexpr Call kCalls[] = {
-    {SYS_openat, "openat", kBroken | kFiles, 1},  // and more where it writes
-    {SYS_open, "open", kBroken | kFiles, 0},
+    {SYS_openat, "openat", kBroken | kFiles | kDenied, 1},  // and more where it writes
+    {SYS_open, "open", kBroken | kFiles | kDenied, 0},
+    {SYS_newfstatat, "newfstatat", kBroken | kDenied, 1},
+    {SYS_statx, "statx", kBroken | kDenied, 1},
+    {SYS_stat, "stat", kBroken | kDenied, 0},
+    {SYS_lstat, "lstat", kBroken | kDenied, 0},
+    {SYS_fstat, "fstat", kBroken, -1},
+    {SYS_access, "access", kBroken | kDenied, 0},
+    {SYS_faccessat, "faccessat", kBroken | kDenied, 1},
+    {SYS_faccessat2, "faccessat2", kBroken | kDenied, 1},
+    {SYS_readlink, "readlink", kBroken | kDenied, 0},
+    {SYS_readlinkat, "readlinkat", kBroken | kDenied, 1},
     {SYS_read, "read", kBroken, -1},
     {SYS_pread64, "pread64", kBroken, -1},
     {SYS_getdents64, "getdents64", kBroken, -1},
@@ -239,7 +249,7 @@ std::string DetailOf(const Call& call, const seccomp_notif& note) {
 }
 
 unsigned TroublesOfOpening(__u64 flags) {
-    return ((flags & O_CREAT) != 0 ? kFull : 0U) | ((flags & O_ACCMODE) != O_RDONLY ? kDenied : 0U);
+    return (flags & O_CREAT) != 0 ? kFull : 0U;
 }
 
 // The troubles that this very call can have; none for what is not worth a point.

@@ -51,14 +51,14 @@ TEST_F(ApplicationsTest, BehindAMarkStandsOnlyWhatWasLaunchedSince) {
     EXPECT_EQ(tv->LaunchMark(), 0U);
     EXPECT_EQ(LaunchWith(kWizard, "type", "before"), 0);
     const std::uint64_t mark = tv->LaunchMark();
-    EXPECT_TRUE(tv->Launches(mark).empty());
+    EXPECT_TRUE(tv->LaunchesSince(mark).empty());
     EXPECT_EQ(LaunchWith(kGoogle, "Login", "1"), 0);
-    ASSERT_EQ(tv->Launches(mark).size(), 1U);
-    EXPECT_EQ(tv->Launches(mark)[0].appId, kGoogle);
+    ASSERT_EQ(tv->LaunchesSince(mark).size(), 1U);
+    EXPECT_EQ(tv->LaunchesSince(mark)[0].appId, kGoogle);
     EXPECT_EQ(tv->Launches().size(), 2U);
     tv->ClearLaunches();
     EXPECT_EQ(LaunchWith(kWizard, "type", "after"), 0);
-    ASSERT_EQ(tv->Launches(tv->LaunchMark() + 1).size(), 1U)
+    ASSERT_EQ(tv->LaunchesSince(tv->LaunchMark() + 1).size(), 1U)
         << "a list that was cleared begins anew";
 }
 
@@ -340,7 +340,7 @@ TEST_F(ApplicationsTest, AProgramThatCannotBeStartedIsAFailedLaunch) {
 TEST_F(ApplicationsTest, ALaunchThatCannotBeRecordedIsAFailureWithTheFile) {
     TurnOn();
     // What is allowed is less than what is there, and more than the log needs.
-    constexpr rlim_t kMost = 1 << 20;
+    constexpr rlim_t kMost = 1 << 19;
     WriteText(tv->Dir() + "/launches.jsonl", std::string(kMost, '\n'));
     const auto ignored = signal(SIGXFSZ, SIG_IGN);
     rlimit before{};
@@ -368,7 +368,32 @@ TEST_F(ApplicationsTest, ANoteThatWasCutOffCostsNoOther) {
         tv->LaunchApplication(kWizard, {{"more", std::to_string(more)}});
     }
     EXPECT_EQ(tv->Launches().size(), 2u);
-    EXPECT_EQ(tv->Launches(mark).size(), 2u);
+    EXPECT_EQ(tv->LaunchesSince(mark).size(), 2u);
+}
+
+TEST_F(ApplicationsTest, AFullListOfLaunchesIsSetAsideAndNoneIsMissedMeanwhile) {
+    TurnOn();
+    tv->SetApplications(vtv::ApplicationMode::kRecord);
+    for (int i = 0; i < 300; ++i) {
+        const std::uint64_t mark = tv->LaunchMark();
+        tv->LaunchApplication(kWizard, {{"text", std::string(10000, 'x')}});
+        ASSERT_EQ(tv->LaunchesSince(mark).size(), 1U) << i;
+    }
+    EXPECT_GT(tv->Launches().size(), 100U);
+    std::uintmax_t bytes = 0;
+    for (const auto& file : std::filesystem::directory_iterator(tv->Dir())) {
+        bytes += file.is_regular_file() ? file.file_size() : 0;
+    }
+    EXPECT_LT(bytes, 5U << 19U);
+}
+
+TEST_F(ApplicationsTest, WhatApplicationsPrintIsSetAsideWhenItIsFull) {
+    TurnOn();
+    const std::string file = tv->Dir() + "/log/applications.log";
+    WriteText(file, std::string(1 << 20, 'x'));
+    tv->LaunchApplication(kWizard, {});
+    EXPECT_TRUE(std::filesystem::exists(file + ".1"));
+    EXPECT_LT(std::filesystem::file_size(file), 1U << 20U);
 }
 
 TEST_F(ApplicationsTest, LaunchesOfManyProcessesAreAllRecordedWhole) {

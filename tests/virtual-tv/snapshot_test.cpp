@@ -137,6 +137,38 @@ TEST_F(SnapshotTest, AKillAtAnyMomentLeavesTheTvAsItWasOrAsItShallBe) {
     EXPECT_GT(outcomes[true], 10) << "nothing was completed";
 }
 
+TEST_F(SnapshotTest, AStateThatNoTvHasIsNamedAndReadsAsMissing) {
+    const std::string wrong[][2] = {{"state/network", "string 3\nfoo\n"},
+                                    {"state/applications", "string 3\nfoo\n"},
+                                    {"state/account%2Fsigned_in", "int 1\n1\n"},
+                                    {"state/nonsense", "int 1\n1\n"},
+                                    {"faults/vconf_get_int", "string 17\nslow 0 2000000000\n"},
+                                    {"faults/vconf_get_str", "string 3\nfoo\n"}};
+    for (const auto& [name, text] : wrong) {
+        WriteText(dir + "/" + name, text);
+    }
+    Tv tv(dir);
+    const std::vector<std::string> problems = tv.Problems();
+    ASSERT_EQ(problems.size(), std::size(wrong));
+    for (const auto& [name, text] : wrong) {
+        const bool isFault = name.rfind("faults", 0) == 0;
+        const std::string advice = isFault ? "vtv fault --clear" : "remove the file.";
+        EXPECT_EQ(std::count_if(problems.begin(), problems.end(),
+                                [&](const std::string& problem) {
+                                    return problem.rfind(dir + "/" + name + ": ", 0) == 0 &&
+                                           problem.find(advice) != std::string::npos;
+                                }),
+                  1)
+            << name;
+    }
+    EXPECT_EQ(tv.GetNetwork(), Network::kDisconnected);
+    EXPECT_EQ(tv.Applications(), ApplicationMode::kProcess);
+    EXPECT_EQ(tv.TakeSnapshot().state.count("network"), 0U);
+    EXPECT_TRUE(tv.Faults().empty());
+    tv.ClearFaults();
+    EXPECT_EQ(tv.Problems().size(), 4U);
+}
+
 TEST_F(SnapshotTest, WhoeverOpensTheTvMeanwhileSeesItAsItWasOrAsItShallBe) {
     // The reader starts in the middle of the renames, and has to wait.
     static int middle[2];

@@ -1,6 +1,7 @@
 #include <json/json.h>
 
 #include <cstring>
+#include <filesystem>
 
 #include "platform/settings_store.h"
 #include "platform/trace_storage.h"
@@ -159,6 +160,44 @@ TEST_F(TraceTest, ATraceThatIsCutOffAnywhereGivesItsWholeEvents) {
         const size_t expected = size == whole.size() ? 2 : size >= first.size() ? 1 : 0;
         ASSERT_EQ(tv->ReadTrace().size(), expected) << size;
     }
+}
+
+TEST_F(TraceTest, AFullTraceIsSetAsideAndTheOldestEventsGo) {
+    TurnOn();
+    tv->SetTraceEnabled(true);
+    const int id = Register("void f()", 7, "hello", {});
+    for (int i = 0; i < 250; ++i) {
+        ASSERT_TRUE(Record(id, std::string(100000, 'x')));
+    }
+    const std::vector<vtv::TraceEvent> events = tv->ReadTrace();
+    EXPECT_GT(events.size(), 120U);
+    EXPECT_LT(events.size(), 250U);
+    for (const vtv::TraceEvent& event : events) {
+        ASSERT_EQ(event.function, "void f()") << "each file has the sites of its events";
+    }
+    std::uintmax_t bytes = 0;
+    for (const auto& file : std::filesystem::directory_iterator(tv->Dir() + "/trace")) {
+        bytes += file.file_size();
+    }
+    EXPECT_LT(bytes, 17U << 20U);
+    tv->ClearTrace();
+    EXPECT_TRUE(tv->ReadTrace().empty());
+}
+
+TEST_F(TraceTest, ATraceThatIsNoneOrTooLargeIsClearedAndTheTvStaysOpen) {
+    const std::string file = TurnOn().TraceFile();
+    const std::string dir = tv->Dir();
+    WriteText(file, "what is this?");
+    EXPECT_NE(ErrorOf(vtv::ErrorKind::kPlatform, [&] { tv->ReadTrace(); }).find("--clear"),
+              std::string::npos);
+    tv->ClearTrace();
+    EXPECT_TRUE(tv->ReadTrace().empty());
+    WriteText(file, "");
+    std::filesystem::resize_file(file, std::uintmax_t{300} << 20U);
+    Open(dir);
+    ErrorOf(vtv::ErrorKind::kPlatform, [&] { tv->ReadTrace(); });
+    tv->ClearTrace();
+    EXPECT_TRUE(tv->ReadTrace().empty());
 }
 
 TEST_F(TraceTest, TheExportIsWhatTraceViewersOpen) {
