@@ -15,11 +15,30 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const char* const FILES[] = {"settings/db%2Fany", "settings/.store",        "memory/memory%2Fany",
-                             "memory/.boot",      "state/consent%2Ftnc",    "state/network",
-                             "log/tv.log",        "log/tv.log.1",           "trace/events",
-                             "launches.jsonl",    "apps/1-1.json",          "faults/vconf_get_bool",
-                             "switches",          "owner/share/.voice/any", "tv.toml"};
+const char* const FILES[] = {"settings/db%2Fany",
+                             "settings/.store",
+                             "memory/memory%2Fany",
+                             "memory/.boot",
+                             "state/consent%2Ftnc",
+                             "state/network",
+                             "log/tv.log",
+                             "log/tv.log.1",
+                             "trace/events",
+                             "launches.jsonl",
+                             "apps/2.json",
+                             "faults/vconf_get_bool",
+                             "switches",
+                             "owner/share/.voice/any",
+                             "tv.toml",
+                             "log/applications.log",
+                             "trace/events.1",
+                             "launches.jsonl.1",
+                             "state/applications",
+                             "state/account%2Fsigned_in",
+                             "state/feature%2Fany",
+                             "faults/.store",
+                             "recording",
+                             "speech/last.wav"};
 
 // A TV that lives as long as the fuzzer does, and its files as they were.
 class Television {
@@ -66,6 +85,10 @@ void ReadEverything(const vtv::Tv& tv) {
     tv.OwnerFiles();
     tv.Features();
     tv.Online();
+    tv.GetNetwork();
+    tv.Applications();
+    tv.SignedIn();
+    tv.TakeSnapshot();
     tv.TraceEnabled();
     tv.SoundFeedback();
 }
@@ -79,9 +102,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     const std::string name = FILES[data[0] % std::size(FILES)];
     television.Write(name, std::string(reinterpret_cast<const char*>(data + 1), size - 1));
-    fuzz::ReadsOrRefuses("", [&] {
+    fuzz::ReadsOrRefuses(name, [&] {
         const vtv::Tv tv(television.Dir());
-        fuzz::ReadsOrRefuses("", [&] { ReadEverything(tv); });
+        fuzz::ReadsOrRefuses(name, [&] { ReadEverything(tv); });
         if (name != "settings/.store" && name != "tv.toml") {
             fuzz::Reads([&] {
                 fuzz::Require(tv.Get("db/other") == vtv::Value(7),

@@ -94,8 +94,11 @@ void CopyFolder(int fromDir, int toDir, const std::string& name, const std::stri
 void CopyEntry(const Folders& folders, const std::string& name) {
     const std::string path = folders.path + "/" + name;
     struct stat info{};
-    if (fstatat(folders.from.fd, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
-        S_ISDIR(info.st_mode)) {
+    if (fstatat(folders.from.fd, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0 &&
+        errno != ENOENT) {
+        FailToCopy(path, "cannot be read");
+    }
+    if (S_ISDIR(info.st_mode)) {
         CopyFolder(folders.from.fd, folders.to.fd, name, path);
         return;
     }
@@ -107,7 +110,10 @@ void CopyEntry(const Folders& folders, const std::string& name) {
         }
         return;  // gone since it was listed
     }
-    if (fstat(from.fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    if (fstat(from.fd, &info) != 0) {
+        FailToCopy(path, "cannot be read");
+    }
+    if (!S_ISREG(info.st_mode)) {
         throw Error(ErrorKind::kUsage, path + ": this is no plain file and no folder.");
     }
     const Descriptor to(store_file_calls.openat(

@@ -11,22 +11,11 @@
 
 #include "serve.h"
 #include "tv_impl.h"
+#include "virtual-tv/model/owner_files.h"
 
 namespace vtv {
 
 namespace fs = std::filesystem;
-
-std::string RequireOwnerFile(const std::string& path) {
-    const fs::path normal = fs::path(path).lexically_normal();
-    const bool isFile = normal.has_filename() && normal != "." && path.find('\0') == path.npos;
-    if (!isFile || normal.is_absolute() || *normal.begin() == "..") {
-        throw Error(ErrorKind::kUsage,
-                    "\"" + path +
-                        "\" is no file below /home/owner: write it without a leading "
-                        "slash, for example share/.voice/ga_login_success.");
-    }
-    return normal.string();
-}
 
 void CheckOwnerFile(const std::string& path) {
     RequireOwnerFile(path);

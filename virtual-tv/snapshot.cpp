@@ -4,6 +4,7 @@
 #include "staged_changes.h"
 #include "tv_impl.h"
 #include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/model/owner_files.h"
 #include "virtual-tv/model/spelling.h"
 
 namespace vtv {
@@ -103,10 +104,11 @@ void Tv::Restore(const Snapshot& snapshot) {
     for (const auto& [key, value] : snapshot.settings) {
         (&impl_->StoreOf(key) == &impl_->settings ? kept : lost)[key] = value;
     }
-    std::set<std::string> files;
+    OwnerFileNames names;
     for (const std::string& file : snapshot.ownerFiles) {
-        files.insert(RequireOwnerFile(file));
+        names.Add(file);
     }
+    std::set<std::string> files = names.All();
     StagedChanges changes(impl_->dir);
     for (const std::string& file : OwnerFiles()) {
         if (files.erase(file) == 0) {

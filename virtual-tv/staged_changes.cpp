@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "store_files.h"
+#include "virtual-tv/model/text_file.h"
 #include "whole_folder.h"
 
 namespace vtv {
@@ -37,12 +38,7 @@ constexpr char kRemoved[] = "/removed/";
 }
 
 bool Exists(const std::string& path) {
-    std::error_code error;
-    const fs::file_status status = fs::symlink_status(path, error);
-    if (status.type() == fs::file_type::none) {
-        Fail(path, "cannot be read", error.message());
-    }
-    return fs::exists(status);
+    return KindOf(path) != fs::file_type::not_found;
 }
 
 void Rename(const std::string& from, const std::string& to) {

@@ -13,13 +13,14 @@
 #include "store_files.h"
 #include "store_writer.h"
 #include "temporary_file.h"
+#include "virtual-tv/model/limits.h"
 
 namespace vtv {
 
 namespace {
 
 constexpr char kVersionFile[] = ".store";
-constexpr size_t kLargestFile = Store::kLargestValue + 64;  // with its header
+constexpr size_t kLargestFile = kLargestValue + 64;  // with its header
 
 int OpenAt(int dir, const char* name, int flags, mode_t mode) {
     return openat(dir, name, flags, mode);
@@ -298,10 +299,8 @@ void Store::Fail(const char* what, std::string_view key, int error) const {
 void Store::Write(std::string_view key, const Value& value) {
     const std::string name = RequireName(key);
     const std::string text = ToText(value);
-    if (text.size() > kLargestValue) {
-        throw Error(ErrorKind::kUsage, "The value of \"" + std::string(key) + "\" is too long: " +
-                                           std::to_string(text.size()) + " bytes; at most " +
-                                           std::to_string(kLargestValue) + ".");
+    if (const std::string problem = TooLong(std::string(key), text.size()); !problem.empty()) {
+        throw Error(ErrorKind::kUsage, problem);
     }
     const std::string content = Format(value, text);
     const bool durable = durability_ == Durability::kDurable;

@@ -42,12 +42,6 @@ class Store {
     enum class Status { kOk, kMissing, kDamaged };
 
     static constexpr int kVersion = 1;
-    // A file name has room for 255 bytes, and a key may need three of them for each of its own.
-    static constexpr size_t kMaxEncodedKey = 240;
-
-    // Far above every policy, and what a page still reads at once.
-    static constexpr size_t kLargestValue = size_t{1024} * 1024;
-
     // Makes an empty store; the folder may exist.
     static void Create(const std::string& dir);
 

@@ -1,14 +1,10 @@
 // Keys as file names, and back.
 #include "store.h"
+#include "virtual-tv/model/limits.h"
 
 namespace vtv {
 
 namespace {
-
-bool IsPlain(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-           c == '-' || c == '.';
-}
 
 int HexDigit(char c) {
     if (c >= '0' && c <= '9') {
@@ -25,7 +21,7 @@ std::string Store::EncodeKey(std::string_view key) {
     name.reserve(key.size() + 16);
     for (const char c : key) {
         // A leading dot would hide the file and could name one of the store's own.
-        if (IsPlain(c) && (c != '.' || !name.empty())) {
+        if (IsPlainInAKey(c) && (c != '.' || !name.empty())) {
             name += c;
             continue;
         }
@@ -62,17 +58,10 @@ std::string Store::DecodeKey(std::string_view fileName) {
 }
 
 std::string Store::RequireKey(std::string_view key) {
-    std::string name = EncodeKey(key);
-    if (name.empty()) {
-        throw Error(
-            ErrorKind::kUsage,
-            key.empty()
-                ? std::string("A key must not be empty.")
-                : "The key \"" + std::string(key.substr(0, 60)) + "...\" is too long: at most " +
-                      std::to_string(kMaxEncodedKey) +
-                      " bytes, where all but letters, digits, '_', '-' and '.' count three.");
+    if (const std::string problem = KeyProblem(std::string(key)); !problem.empty()) {
+        throw Error(ErrorKind::kUsage, problem);
     }
-    return name;
+    return EncodeKey(key);
 }
 
 }  // namespace vtv

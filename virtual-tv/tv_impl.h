@@ -131,8 +131,6 @@ void MakeFolders(const std::string& dir);
 void RequireTv(const std::string& path);
 TimePoint Now();
 
-// The path in its shortest form. Throws kUsage for what is no file below /home/owner.
-std::string RequireOwnerFile(const std::string& path);
 // "share/x" of "/home/owner/share/x"; false for a path that is not the owner's.
 bool OwnerPath(std::string_view path, std::string* relative);
 

@@ -14,6 +14,7 @@
 #include "folder_names.h"
 #include "store_files.h"
 #include "tv_impl.h"
+#include "virtual-tv/model/text_file.h"
 #include "whole_tvs.h"
 
 namespace vtv {
@@ -87,7 +88,7 @@ void SyncFolder(const std::string& dir) {
     }
 }
 
-void RequireFreePlace(const std::string& place) {
+const std::string& RequireFreePlace(const std::string& place) {
     if (IsAsideName(fs::path(place).filename().string())) {
         throw Error(ErrorKind::kUsage,
                     place +
@@ -95,15 +96,28 @@ void RequireFreePlace(const std::string& place) {
                         "made or removed. Choose another.");
     }
     std::error_code error;
-    const fs::file_status there = fs::symlink_status(place, error);
-    if (fs::exists(there) && !(fs::is_directory(there) && fs::is_empty(place, error))) {
+    const fs::file_type there = KindOf(place);
+    if (there != fs::file_type::not_found &&
+        !(there == fs::file_type::directory && fs::is_empty(place, error))) {
         FailAsTaken(place);
+    }
+    return place;
+}
+
+NewParents::NewParents(const std::string& place) {
+    for (std::string dir = ParentOf(place); !IsThere(dir); dir = ParentOf(dir)) {
+        made_.push_back(dir);
     }
     EnsureDir(ParentOf(place));
 }
 
-NewFolder::NewFolder(const std::string& place) : place_(place) {
-    RequireFreePlace(place);
+NewParents::~NewParents() {
+    for (const std::string& dir : made_) {
+        rmdir(dir.c_str());  // where nobody has put anything meanwhile
+    }
+}
+
+NewFolder::NewFolder(const std::string& place) : place_(place), parents_(RequireFreePlace(place)) {
     RemoveLeftFolders(ParentOf(place));
     for (;;) {
         aside_ = AsideName(place, "new");
@@ -147,11 +161,12 @@ void NewFolder::PutInPlace() {
         FailOn(place_, "cannot be made", error);
     }
     aside_.clear();
+    parents_.Keep();
     SyncFolder(ParentOf(place_));
 }
 
 void MoveFolder(const std::string& from, const std::string& place) {
-    RequireFreePlace(place);
+    NewParents parents(RequireFreePlace(place));
     const int error = RenameFolder(from, place);
     if (error == ENOTEMPTY || error == EEXIST) {
         FailAsTaken(place);
@@ -159,6 +174,7 @@ void MoveFolder(const std::string& from, const std::string& place) {
     if (error != 0) {
         FailOn(place, "cannot be made", error);
     }
+    parents.Keep();
     SyncFolder(ParentOf(place));
     if (ParentOf(from) != ParentOf(place)) {
         SyncFolder(ParentOf(from));

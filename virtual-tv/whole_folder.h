@@ -5,8 +5,23 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace vtv {
+
+// Makes the parents of a place, and takes back what it has made unless that is kept.
+class NewParents {
+  public:
+    explicit NewParents(const std::string& place);
+    ~NewParents();
+    NewParents(const NewParents&) = delete;
+    NewParents& operator=(const NewParents&) = delete;
+
+    void Keep() { made_.clear(); }
+
+  private:
+    std::vector<std::string> made_;  // the deepest first
+};
 
 class NewFolder {
   public:
@@ -25,12 +40,13 @@ class NewFolder {
 
   private:
     std::string place_;
+    NewParents parents_;
     std::string aside_;
     int lock_ = -1;
 };
 
-// Throws kUsage as NewFolder does. Makes the parents.
-void RequireFreePlace(const std::string& place);
+// Returns the place. Throws kUsage as NewFolder does.
+const std::string& RequireFreePlace(const std::string& place);
 // The name of what is being made or removed.
 bool IsAsideName(const std::string& name);
 // Moves a folder, whole, to a place that is free.

@@ -31,8 +31,8 @@ std::string RequireOwnFolder(const std::string& dir) {
                                             ": there is no TV here. vtv list shows those that "
                                             "there are.");
     }
-    std::error_code error;
-    if (!fs::is_directory(fs::symlink_status(path, error))) {
+    if (KindOf(path) != fs::file_type::directory) {
+        std::error_code error;
         throw Error(ErrorKind::kUsage, path +
                                            ": this is a link. Name the folder that it leads to: " +
                                            fs::canonical(path, error).string() + ".");
@@ -42,8 +42,7 @@ std::string RequireOwnFolder(const std::string& dir) {
 
 // What runs on a TV of whoever made it: a folder "apps" that leads elsewhere tells nothing.
 bool HasApps(const std::string& path) {
-    std::error_code error;
-    return fs::is_directory(fs::symlink_status(path + "/apps", error));
+    return KindOf(path + "/apps") == fs::file_type::directory;
 }
 
 std::vector<RunningApplication> RunningOn(const std::string& path) {

@@ -84,8 +84,7 @@ CLI::Option* AddProviderOption(CLI::App& verb, Common& common, const std::string
         if (file.empty()) {
             return std::string("is empty");
         }
-        std::error_code ignored;
-        if (!fs::exists(file, ignored)) {
+        if (!vtv::IsThere(file)) {
             throw host::ProviderError(host::ProviderError::Kind::kNoSuchFile,
                                       file + ": there is no such provider library.");
         }
@@ -204,7 +203,7 @@ std::string ProviderFile(const Common& common) {
         return common.provider;
     }
     const std::string file = host::DefaultProvider();
-    if (std::error_code ignored; !fs::exists(file, ignored)) {
+    if (!vtv::IsThere(file)) {
         throw host::ProviderError(
             host::ProviderError::Kind::kNoSuchFile,
             file + ": there is no such provider library. Name one with --provider FILE.so.");

@@ -7,17 +7,17 @@
 #include <filesystem>
 #include <iostream>
 
-#include "virtual-tv/model/error.h"
+#include "virtual-tv/model/text_file.h"
+#include "virtual-tv/model/tv_model.h"
 
 namespace fs = std::filesystem;
 
 namespace cli {
 
 std::string ProgramBeside(const std::string& name, const std::string& whatToDo) {
-    std::error_code ignored;
-    const fs::path folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    const fs::path folder = vtv::FolderOfTheProgram();
     const fs::path program = folder / name;
-    if (!fs::exists(program, ignored)) {
+    if (!vtv::IsThere(program.string())) {
         throw vtv::Error(vtv::ErrorKind::kPlatform, "This needs the program " + name +
                                                         ", which is not in " + folder.string() +
                                                         ". " + whatToDo);

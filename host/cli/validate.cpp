@@ -10,6 +10,7 @@
 #include "program/standard_output.h"
 #include "program/visible_text.h"
 #include "verbs.h"
+#include "virtual-tv/model/text_file.h"
 
 namespace fs = std::filesystem;
 
@@ -197,7 +198,7 @@ void Validate(Common& common, const ValidateOptions& options) {
         return;
     }
     const std::string named = options.file.empty() ? ProviderFile(common) : options.file;
-    if (!fs::exists(named)) {
+    if (!vtv::IsThere(named)) {
         throw vtv::Error(vtv::ErrorKind::kNoSuch, named + ": there is no such provider library.");
     }
     const std::string file = fs::absolute(named).string();

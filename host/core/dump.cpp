@@ -1,11 +1,12 @@
 #include "dump.h"
 
 #include <algorithm>
-#include <set>
 
 #include "virtual-tv/model/format_version.h"
 #include "virtual-tv/model/known_settings.h"
 #include "virtual-tv/model/limits.h"
+#include "virtual-tv/model/owner_files.h"
+#include "virtual-tv/model/spelling.h"
 
 namespace host {
 
@@ -42,6 +43,10 @@ vtv::Value ParseJsonValue(const vtv::JsonText& document, const Json::Value& json
         return json.asInt();
     }
     if (json.isString()) {
+        const std::string problem = vtv::TooLong(name, json.asString().size());
+        if (!problem.empty()) {
+            Fail(document, json, problem);
+        }
         return json.asString();
     }
     Fail(document, json,
@@ -132,23 +137,44 @@ std::vector<std::string> ParseFiles(const vtv::JsonText& document) {
     }
     RequireFew(document, json, "files");
     std::vector<std::string> files;
+    vtv::OwnerFileNames names;
     for (const Json::Value& entry : json) {
         if (!entry.isString()) {
             Fail(document, entry, "\"files\" must be a list of texts.");
         }
         files.push_back(entry.asString());
-        At(document, entry, [&] { vtv::CheckOwnerFile(files.back()); });
+        At(document, entry, [&] { names.Add(files.back()); });
     }
     return files;
+}
+
+std::string ParseText(const vtv::JsonText& document, const Json::Value& json, const char* name) {
+    if (!json.isString()) {
+        Fail(document, json, "\"" + std::string(name) + "\" must be a text in quotes.");
+    }
+    return vtv::ToText(ParseJsonValue(document, json, name));
+}
+
+// what: "a dump".
+void RequireKnown(const vtv::JsonText& document, const Json::Value& json, const std::string& what,
+                  const std::vector<std::string>& known) {
+    for (const std::string& name : json.getMemberNames()) {
+        if (std::find(known.begin(), known.end(), name) == known.end()) {
+            Fail(document, json[name],
+                 "\"" + name + "\" is unknown in " + what + "." + vtv::DidYouMean(name, known) +
+                     " Known: " + vtv::Join(known) + ".");
+        }
+    }
 }
 
 vtv::Package ParsePackage(const vtv::JsonText& document, const Json::Value& json) {
     if (!json.isObject() || !json["app"].isString() || json["app"].asString().empty()) {
         Fail(document, json, "each of \"packages\" needs an \"app\", its application id.");
     }
+    RequireKnown(document, json, "a package", {"app", "name", "metadata"});
     vtv::Package package;
     package.appId = json["app"].asString();
-    package.name = json.get("name", "").isString() ? json.get("name", "").asString() : "";
+    package.name = json.isMember("name") ? ParseText(document, json["name"], "name") : "";
     ForEachMember(
         document, json, "metadata", [&](const std::string& key, const Json::Value& value) {
             if (!value.isString() && !value.isNull()) {
@@ -176,7 +202,7 @@ std::vector<vtv::Package> ParsePackages(const vtv::JsonText& document) {
 }
 
 void CheckMembers(const vtv::JsonText& document, const char* format, const char* kind, int version,
-                  const std::set<std::string>& known) {
+                  const std::vector<std::string>& known) {
     if (!document.Problem().empty()) {
         throw vtv::Error(vtv::ErrorKind::kUsage, document.Problem());
     }
@@ -184,7 +210,7 @@ void CheckMembers(const vtv::JsonText& document, const char* format, const char*
     RequireObject(document, json, "the document");
     if (json.get("format", format) != format) {
         Fail(document, json["format"],
-             "\"format\" is " + json["format"].toStyledString().substr(0, 40) + "but must be \"" +
+             "\"format\" is " + vtv::CompactJson(json["format"]).substr(0, 40) + " but must be \"" +
                  format + "\".");
     }
     if (json.isMember("version")) {
@@ -194,15 +220,7 @@ void CheckMembers(const vtv::JsonText& document, const char* format, const char*
             Fail(document, json["version"], problem);
         }
     }
-    for (const std::string& name : json.getMemberNames()) {
-        if (known.count(name) == 0) {
-            std::string names;
-            for (const std::string& one : known) {
-                names += (names.empty() ? "" : ", ") + one;
-            }
-            Fail(document, json[name], "\"" + name + "\" is unknown. Known: " + names + ".");
-        }
-    }
+    RequireKnown(document, json, kind, known);
 }
 
 }  // namespace
@@ -269,7 +287,7 @@ Dump ParseDump(const vtv::JsonText& document) {
     const Json::Value& json = document.Root();
     Dump dump;
     if (json.isMember("title")) {
-        dump.title = vtv::ToText(ParseJsonValue(document, json["title"], "title"));
+        dump.title = ParseText(document, json["title"], "title");
     }
     if (json.isMember("settings")) {
         dump.settings = ParseSettings(document);
@@ -297,9 +315,8 @@ Dump ParseDump(const vtv::JsonText& document) {
     }
     if (json.isMember("network")) {
         const Json::Value& network = json["network"];
-        dump.network = At(document, network, [&] {
-            return vtv::ParseNetwork(vtv::ToText(ParseJsonValue(document, network, "network")));
-        });
+        const std::string word = ParseText(document, network, "network");
+        dump.network = At(document, network, [&] { return vtv::ParseNetwork(word); });
     }
     ForEachMember(
         document, json, "always_on_voice", [&](const std::string& app, const Json::Value& value) {

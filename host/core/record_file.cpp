@@ -27,6 +27,11 @@ constexpr off_t kReserve = off_t{256} * 1024;
 }  // namespace
 
 RecordFile::RecordFile(const std::string& file) : file_(file) {
+    if (file == "-") {
+        throw vtv::Error(vtv::ErrorKind::kUsage,
+                         "-: a recording is added to, which the standard output cannot be: name a "
+                         "file. One that has this name: ./-");
+    }
     Open();
     try {
         ReadMarked();

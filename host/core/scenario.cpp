@@ -6,8 +6,8 @@
 
 #include "scenario_steps.h"
 #include "virtual-tv/model/format_version.h"
-#include "virtual-tv/model/limits.h"
 #include "virtual-tv/model/text_file.h"
+#include "virtual-tv/model/toml_reader.h"
 
 namespace host {
 
@@ -70,11 +70,6 @@ void ReadSteps(ScenarioReader& reader, const toml::node& node, Scenario* scenari
         reader.Problem(node, "a scenario needs steps: begin each with [[step]].");
         return;
     }
-    const std::string problem = vtv::TooMany("steps", list->size(), vtv::kMostSteps);
-    if (!problem.empty()) {
-        reader.Problem(node, problem);
-        return;
-    }
     auto steps = std::make_shared<std::vector<ScenarioStep>>();
     for (const toml::node& step : *list) {
         if (step.is_table()) {
@@ -112,6 +107,11 @@ void ReadDocument(ScenarioReader& reader, toml::table& root, Scenario* scenario)
     if (!ReadVersion(reader, root)) {
         return;
     }
+    std::string tooMany;
+    if (const toml::node* node = vtv::FindTooMany(root, &tooMany)) {
+        reader.Problem(*node, tooMany);
+        return;
+    }
     if (!root.contains("model")) {
         root.insert("model", kDefaultModel);
     }
@@ -127,8 +127,7 @@ void ReadDocument(ScenarioReader& reader, toml::table& root, Scenario* scenario)
 }  // namespace
 
 Scenario ReadScenario(const std::string& file) {
-    std::error_code error;
-    if (fs::status(file, error).type() == fs::file_type::not_found) {
+    if (!vtv::IsThere(file)) {
         throw vtv::Error(vtv::ErrorKind::kNoSuch, file + ": there is no such scenario.");
     }
     return ParseScenario(vtv::ReadTextFile(file), file);

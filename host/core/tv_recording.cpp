@@ -29,8 +29,7 @@ std::string NoteOf(const vtv::Tv& tv) {
 }  // namespace
 
 std::string RecordingOf(const vtv::Tv& tv) {
-    std::error_code error;
-    return fs::exists(NoteOf(tv), error) ? vtv::ReadTextFile(NoteOf(tv)) : "";
+    return vtv::IsThere(NoteOf(tv)) ? vtv::ReadTextFile(NoteOf(tv)) : "";
 }
 
 void StartRecording(const vtv::Tv& tv, const std::string& file) {

@@ -14,6 +14,9 @@
 #include <filesystem>
 #include <vector>
 
+#include "virtual-tv/model/text_file.h"
+#include "virtual-tv/model/tv_model.h"
+
 namespace host {
 
 namespace {
@@ -112,12 +115,11 @@ std::string DefaultProvider() {
     if (const char* named = std::getenv("VTV_PROVIDER")) {
         return named;
     }
-    std::error_code ignored;
-    const fs::path programs = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    const fs::path programs = vtv::FolderOfTheProgram();
     const fs::path installed = programs / SI_PROGRAMS_TO_PLUGINS / "libsi-ready.so";
     for (const fs::path& built :
          {programs / "../lib/libsi-ready.so", programs / "libsi-ready.so"}) {
-        if (!fs::exists(installed, ignored) && fs::exists(built, ignored)) {
+        if (!vtv::IsThere(installed.string()) && vtv::IsThere(built.string())) {
             return built.lexically_normal();
         }
     }

@@ -11,7 +11,8 @@
 #include <map>
 #include <optional>
 
-#include "virtual-tv/model/error.h"
+#include "virtual-tv/model/text_file.h"
+#include "virtual-tv/model/tv_model.h"
 
 namespace fs = std::filesystem;
 
@@ -20,10 +21,9 @@ namespace window {
 namespace {
 
 std::string DataFile(const std::string& name) {
-    std::error_code ignored;
-    const fs::path programs = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    const fs::path programs = vtv::FolderOfTheProgram();
     fs::path file = (programs / SI_PROGRAMS_TO_DATA / "window" / name).lexically_normal();
-    if (!fs::exists(file, ignored)) {
+    if (!vtv::IsThere(file.string())) {
         throw vtv::Error(vtv::ErrorKind::kPlatform,
                          file.string() + ": this part of the window is missing. Install it again.");
     }

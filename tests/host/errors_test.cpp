@@ -323,7 +323,7 @@ TEST_F(VtvTest, MoreThanAnyTvHasIsRefusedAtOnceWithItsNumberAndTheLimit) {
              return "{\"files\": [" +
                     list(n, [](int i) { return "\"f" + std::to_string(i) + "\""; }) + "]}";
          }},
-        {"steps", 10000, "s.toml", {"run", "--check", "FILE"}, [&](int n) {
+        {"entries of \"step\"", 10000, "s.toml", {"run", "--check", "FILE"}, [&](int n) {
              return repeated(n, [](int) { return "[[step]]\nunset = \"db/x\"\n"; });
          }}};
     for (const Row& row : rows) {

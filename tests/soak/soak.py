@@ -16,8 +16,10 @@ import tempfile
 import time
 
 MIB = 1 << 20
-# A log of 1 MiB and three older ones, each a record longer at most; every other file is small.
-MOST_BYTES_OF_LOGS = 4 * MIB + 64 * 1024
+# What grows is set aside when it is full, for as many older files as there may be, each a record longer at most; every
+# other file is small.
+MOST_BYTES = {"log/tv.log": 4 * MIB, "log/applications.log": 2 * MIB, "trace/events": 16 * MIB, "launches.jsonl": 2 * MIB}
+A_RECORD = 64 * 1024
 MOST_FILES = 200
 MOST_DESCRIPTORS = 20  # four files of a log, the TV's folders, what it waits for
 MOST_GROWTH = 4 * MIB  # of what a process that watches holds, after its first quarter
@@ -58,6 +60,7 @@ class Soak:
                                 XDG_CONFIG_HOME=str(folder / "config"), VTV_TV="tv", NO_COLOR="1")
         self.wrong = []
         self.run(("new", "tv", "--model", "farfield-eu"), (0,))
+        self.run(("trace", "on"), (0,))
         self.run(("snapshot", str(folder / "snapshot")), (0,))
         for index, policy in enumerate(POLICIES):
             (folder / f"policy{index}").write_text(policy)
@@ -86,7 +89,9 @@ class Soak:
             found[f"{name}: bytes"] = int(status.split("VmRSS:")[1].split()[0]) * 1024
         files = [path for path in self.tv.rglob("*") if path.is_file()]
         found["files"] = len(files)
-        found["bytes of logs"] = sum(path.stat().st_size for path in files if path.parent.name == "log")
+        for name in MOST_BYTES:
+            found[f"bytes of {name}"] = sum(path.stat().st_size for path in files
+                                            if str(path.relative_to(self.tv)).startswith(name))
         return found
 
     def compare(self, early, late):
@@ -97,8 +102,9 @@ class Soak:
                 self.wrong.append(f"{name} grew from {early[name]} to {value}")
         if late["files"] > MOST_FILES:
             self.wrong.append(f"the TV has {late['files']} files")
-        if late["bytes of logs"] > MOST_BYTES_OF_LOGS:
-            self.wrong.append(f"the logs have {late['bytes of logs']} bytes")
+        for name, most in MOST_BYTES.items():
+            if late[f"bytes of {name}"] > most + 4 * A_RECORD:
+                self.wrong.append(f"{name} has {late[f'bytes of {name}']} bytes")
 
     def end(self):
         self.run(("power-cycle",), (0,))

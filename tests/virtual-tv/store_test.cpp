@@ -17,6 +17,7 @@
 #include "child.h"
 #include "temporary_folder.h"
 #include "tests/environment.h"
+#include "virtual-tv/model/limits.h"
 #include "virtual-tv/store_files.h"
 
 namespace vtv {
@@ -421,20 +422,20 @@ TEST_F(StoreTest, WritesSurviveAReaderInAnotherProcessNamespace) {
 
 TEST_F(StoreTest, AValueThatIsLongerThanAnyIsRefusedAndReadAsDamage) {
     Store store(dir, Store::Durability::kDurable);
-    store.Write("db/long", std::string(Store::kLargestValue, 'x'));
+    store.Write("db/long", std::string(kLargestValue, 'x'));
     try {
-        store.Write("db/long", std::string(Store::kLargestValue + 1, 'y'));
+        store.Write("db/long", std::string(kLargestValue + 1, 'y'));
         ADD_FAILURE() << "it was written";
     } catch (const Error& error) {
         EXPECT_EQ(error.kind(), ErrorKind::kUsage);
     }
     Value value;
     ASSERT_EQ(Read(store, "db/long", &value), Store::Status::kOk);
-    EXPECT_TRUE(value == Value(std::string(Store::kLargestValue, 'x')));
+    EXPECT_TRUE(value == Value(std::string(kLargestValue, 'x')));
 
-    const std::string size = std::to_string(10 * Store::kLargestValue);
+    const std::string size = std::to_string(10 * kLargestValue);
     WriteText(dir + "/db%2Fhuge",
-              "string " + size + "\n" + std::string(10 * Store::kLargestValue, 'z') + "\n");
+              "string " + size + "\n" + std::string(10 * kLargestValue, 'z') + "\n");
     std::string problem;
     EXPECT_EQ(store.Read("db/huge", &value, &problem), Store::Status::kDamaged);
     EXPECT_NE(problem.find("larger than any value"), std::string::npos) << problem;

@@ -20,12 +20,16 @@ enum class ErrorKind {
 // what to do. It has no trailing newline.
 class VTV_EXPORT Error : public std::runtime_error {
   public:
-    Error(ErrorKind kind, const std::string& text) : std::runtime_error(text), kind_(kind) {}
+    Error(ErrorKind kind, const std::string& text)
+        : std::runtime_error(WithoutNul(text)), kind_(kind) {}
     ~Error() override;
 
     ErrorKind kind() const { return kind_; }
 
   private:
+    // Text of others may have one, where what() would end.
+    static std::string WithoutNul(const std::string& text);
+
     ErrorKind kind_;
 };
 

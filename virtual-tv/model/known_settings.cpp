@@ -111,6 +111,9 @@ std::string ShortFeatureName(const std::string& key) {
 
 void CheckFeature(const std::string& key, const Value& value) {
     const KnownFeature* known = FindKnownFeature(key);
+    if (key.empty()) {
+        throw Error(ErrorKind::kUsage, "A feature's key must not be empty.");
+    }
     if (known != nullptr && known->type != TypeName(value)) {
         throw Error(ErrorKind::kUsage, "The feature \"" + key + "\" is of type " + known->type +
                                            ", not " + TypeName(value) + ".");

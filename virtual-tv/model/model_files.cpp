@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "spelling.h"
+#include "text_file.h"
 #include "tv_model.h"
 
 namespace vtv {
@@ -24,19 +25,17 @@ fs::path FolderOfTheLibrary() {
     }
     std::error_code error;
     const fs::path file = fs::canonical(info.dli_fname, error);
-    return error ? fs::path(info.dli_fname).parent_path() : file.parent_path();
-}
-
-fs::path FolderOfTheProgram() {
-    std::error_code error;
-    return fs::read_symlink("/proc/self/exe", error).parent_path();
+    if (error) {
+        throw Error(ErrorKind::kPlatform,
+                    std::string(info.dli_fname) + ": cannot be read: " + error.message() + ".");
+    }
+    return file.parent_path();
 }
 
 // The first of them, when there is none.
 std::string FirstThatExists(const std::vector<fs::path>& candidates) {
-    std::error_code error;
     for (const fs::path& candidate : candidates) {
-        if (fs::exists(candidate, error)) {
+        if (IsThere(candidate.string())) {
             return candidate.lexically_normal().string();
         }
     }
@@ -44,6 +43,16 @@ std::string FirstThatExists(const std::vector<fs::path>& candidates) {
 }
 
 }  // namespace
+
+fs::path FolderOfTheProgram() {
+    std::error_code error;
+    const fs::path program = fs::read_symlink("/proc/self/exe", error);
+    if (error) {
+        throw Error(ErrorKind::kPlatform,
+                    "/proc/self/exe: cannot be read: " + error.message() + ".");
+    }
+    return program.parent_path();
+}
 
 // The folders of a build are bin, lib and share, whatever they are to be when installed.
 std::string InstalledDataDir() {

@@ -42,6 +42,7 @@ std::string FaultOf(const JsonText& document) {
     }
     if (std::string problem = TooMany("assistants", root.size(), kMostAssistants);
         !problem.empty()) {
+        problem.pop_back();  // the full stop, which no fault has
         return document.At(root, problem);
     }
     std::set<int> orders;

@@ -91,4 +91,28 @@ std::string ReadTextFile(const std::string& file, std::size_t most) {
     return ReadToEnd(descriptor.Number(), file + ":", most);
 }
 
+namespace {
+
+std::filesystem::file_type KnownType(const std::filesystem::file_status& status,
+                                     const std::string& path, const std::error_code& error) {
+    if (status.type() == std::filesystem::file_type::none) {
+        throw Error(ErrorKind::kPlatform, path + ": cannot be read: " + error.message() + ".");
+    }
+    return status.type();
+}
+
+}  // namespace
+
+std::filesystem::file_type KindOf(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::symlink_status(path, error);
+    return KnownType(status, path, error);
+}
+
+bool IsThere(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    return KnownType(status, path, error) != std::filesystem::file_type::not_found;
+}
+
 }  // namespace vtv

@@ -3,10 +3,36 @@
 #include <algorithm>
 #include <limits>
 
+#include "limits.h"
 #include "spelling.h"
 #include "text_file.h"
 
 namespace vtv {
+
+const toml::node* FindTooMany(const toml::node& root, std::string* problem,
+                              const std::string& name) {
+    const toml::table* table = root.as_table();
+    const toml::array* list = root.as_array();
+    *problem = TooMany("entries of \"" + name + "\"",
+                       table != nullptr  ? table->size()
+                       : list != nullptr ? list->size()
+                                         : 0,
+                       kMostEntries);
+    if (!problem->empty()) {
+        return &root;
+    }
+    const toml::node* found = nullptr;
+    if (table != nullptr) {
+        for (const auto& [key, node] : *table) {
+            found = found != nullptr ? found : FindTooMany(node, problem, std::string(key.str()));
+        }
+    } else if (list != nullptr) {
+        for (const toml::node& node : *list) {
+            found = found != nullptr ? found : FindTooMany(node, problem, name);
+        }
+    }
+    return found;
+}
 
 void TomlReader::Fail(const toml::source_region& where, const std::string& text) const {
     throw Error(ErrorKind::kUsage, file_ + ":" + std::to_string(where.begin.line) + ": " + text);

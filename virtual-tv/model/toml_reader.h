@@ -11,6 +11,11 @@
 
 namespace vtv {
 
+// A list or table of it that has too many entries, and what is to be said of it; null when none
+// has.
+const toml::node* FindTooMany(const toml::node& root, std::string* problem,
+                              const std::string& name = "");
+
 // What a reader of one kind of file builds on. Each function throws kUsage for what does not fit,
 // with what to write instead.
 class TomlReader {

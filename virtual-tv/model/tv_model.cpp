@@ -8,6 +8,7 @@
 #include "json_text.h"
 #include "known_settings.h"
 #include "limits.h"
+#include "owner_files.h"
 #include "policy.h"
 #include "spelling.h"
 #include "text_file.h"
@@ -40,7 +41,6 @@ class ModelReader : private TomlReader {
     void ReadPackages(const toml::table& root);
     void ReadSpeech(const toml::table& root);
     void SetUp(const std::string& id, bool done);
-    void CheckCount(const toml::node& node, const char* what, size_t count, size_t most) const;
     void ReadOwnerFiles(const toml::table& root);
     template <typename Parse>
     auto ReadWord(const toml::table& root, const char* key, const char* otherwise,
@@ -52,13 +52,6 @@ class ModelReader : private TomlReader {
     Json::Value wakeUp_{Json::objectValue};
     Json::Value hints_{Json::objectValue};
 };
-
-void ModelReader::CheckCount(const toml::node& node, const char* what, size_t count,
-                             size_t most) const {
-    if (const std::string problem = TooMany(what, count, most); !problem.empty()) {
-        Fail(node, problem);
-    }
-}
 
 void ModelReader::ReadFeatures(const toml::table& root) {
     std::vector<std::string> names;
@@ -202,7 +195,10 @@ void ModelReader::ReadAssistants(const toml::table& root) {
         return;
     }
     const std::vector<const toml::table*> tables = Tables(root, "assistants");
-    CheckCount(*node, "assistants", tables.size(), kMostAssistants);
+    if (const std::string problem = TooMany("assistants", tables.size(), kMostAssistants);
+        !problem.empty()) {
+        Fail(*node, problem);
+    }
     std::vector<int> orders;
     for (const toml::table* table : tables) {
         ReadAssistant(*table);
@@ -220,13 +216,15 @@ void ModelReader::ReadSettings(const toml::table& root) {
     if (settings == nullptr) {
         return;
     }
-    CheckCount(*settings, "settings", settings->size(), kMostEntries);
     for (const auto& [name, node] : *settings) {
         const std::string key(name.str());
         if (key.rfind("db/", 0) != 0 && key.rfind("memory/", 0) != 0) {
             Fail(name.source(), "\"" + key +
                                     "\" is no settings key: write one that begins with \"db/\" or "
                                     "\"memory/\", in quotes.");
+        }
+        if (const std::string problem = KeyProblem(key); !problem.empty()) {
+            Fail(name.source(), problem);
         }
         if (model_.settings.count(key) != 0) {
             Fail(name.source(),
@@ -236,6 +234,9 @@ void ModelReader::ReadSettings(const toml::table& root) {
         }
         const bool json = node.is_table() || node.is_array();
         const Value value = json ? Value(CompactJson(ToJson(node))) : Scalar(node, key);
+        if (const std::string problem = TooLong(key, ToText(value).size()); !problem.empty()) {
+            Fail(node, problem);
+        }
         if (key == kPolicyKey) {
             CheckPolicy(node, value);
         } else if (const std::string problem = TypeProblem(key, TypeName(value));
@@ -297,15 +298,15 @@ void ModelReader::ReadOwnerFiles(const toml::table& root) {
     if (files == nullptr) {
         return;
     }
+    OwnerFileNames names;
     for (const toml::node& file : *files) {
-        const std::string path = file.is_string() ? file.as_string()->get() : "";
-        if (path.empty() || path.front() == '/' ||
-            *fs::path(path).lexically_normal().begin() == "..") {
-            Fail(file,
-                 "a file must be a path below /home/owner, in quotes and without a leading slash.");
+        try {
+            names.Add(file.is_string() ? file.as_string()->get() : "");
+        } catch (const Error& error) {
+            Fail(file, error.what());
         }
-        model_.ownerFiles.push_back(path);
     }
+    model_.ownerFiles.assign(names.All().begin(), names.All().end());
 }
 
 // A word that stands for one of a few things.
@@ -362,6 +363,10 @@ Model ModelReader::Read(const std::string& text) {
     model_.description = String(root, "description", "");
     ReadFeatures(root);
     ReadAssistants(root);
+    std::string problem;
+    if (const toml::node* node = FindTooMany(root, &problem)) {
+        Fail(*node, problem);
+    }
     if (const std::string country = String(root, "country", ""); !country.empty()) {
         model_.settings[kCountryKey] = country;
     }
@@ -383,6 +388,11 @@ Model LoadModel(const std::string& file) {
 }
 
 Model ParseModel(const std::string& text, const std::string& file) {
+    if (text.size() > kMostBytes) {
+        throw Error(ErrorKind::kUsage, file + ": has more than " +
+                                           std::to_string(kMostBytes >> 20U) +
+                                           " MiB, the most of a model.");
+    }
     return ModelReader(file).Read(text);
 }
 

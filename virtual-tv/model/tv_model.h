@@ -1,6 +1,7 @@
 // TV models: read and checked.
 #pragma once
 
+#include <filesystem>
 #include <map>
 #include <optional>
 #include <string>
@@ -58,6 +59,7 @@ std::vector<std::string> ModelFiles();
 std::string DataDir();
 // The folder of what comes with the virtual TV, whatever $VTV_DATA says.
 std::string InstalledDataDir();
+std::filesystem::path FolderOfTheProgram();  // that runs
 // A program of the virtual TV's, by name.
 std::string FindProgram(const std::string& name);
 

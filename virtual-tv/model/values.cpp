@@ -8,6 +8,14 @@ namespace vtv {
 
 Error::~Error() = default;
 
+std::string Error::WithoutNul(const std::string& text) {
+    std::string visible;
+    for (const char c : text) {
+        visible += c == '\0' ? "\\u0000" : std::string(1, c);
+    }
+    return visible;
+}
+
 const char* TypeName(const Value& value) {
     static const char* const names[] = {"bool", "int", "string"};
     return names[value.index()];
