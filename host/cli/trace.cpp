@@ -270,12 +270,12 @@ void AddFaultVerb(CLI::App& app, Common& common) {
     CLI::Option* always =
         verb->add_flag("--always", options->always, "Every call from now on, not only the next")
             ->needs(function);
-    CLI::Option* slow =
-        verb->add_option("--slow", options->slow, "Delay each call by so many milliseconds")
-            ->type_name("MS")
-            ->check(WholeNumber(1))
-            ->needs(function)
-            ->excludes(always);
+    CLI::Option* slow = verb->add_option("--slow", options->slow,
+                                         "Delay each call by so many milliseconds, at most 5000")
+                            ->type_name("MS")
+                            ->check(WholeNumber(1))
+                            ->needs(function)
+                            ->excludes(always);
     CLI::Option* result =
         verb->add_option("--result", options->result, "What a failing call returns")
             ->type_name("N")

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 
 #include "virtual-tv/model/error.h"
 #include "virtual-tv/model/text_file.h"
@@ -26,12 +27,16 @@ constexpr off_t kReserve = off_t{256} * 1024;
 
 }  // namespace
 
-RecordFile::RecordFile(const std::string& file) : file_(file) {
+std::string RecordFile::PathOf(const std::string& file) {
     if (file == "-") {
         throw vtv::Error(vtv::ErrorKind::kUsage,
                          "-: a recording is added to, which the standard output cannot be: name a "
                          "file. One that has this name: ./-");
     }
+    return std::filesystem::absolute(file).lexically_normal().string();
+}
+
+RecordFile::RecordFile(const std::string& file) : file_(file) {
     Open();
     try {
         ReadMarked();

@@ -12,6 +12,9 @@ class RecordFile {
     // The first line of every recording.
     static constexpr char kMark[] = "# A recording: vtv --record may add to it.\n";
 
+    // Of the file that somebody named, from wherever. Throws kUsage for what is none.
+    static std::string PathOf(const std::string& file);
+
     explicit RecordFile(const std::string& file);
     ~RecordFile();
     RecordFile(const RecordFile&) = delete;

@@ -1,11 +1,9 @@
 #include "recorder.h"
 
-#include <filesystem>
 #include <set>
 
+#include "record_file.h"
 #include "tv_recording.h"
-
-namespace fs = std::filesystem;
 
 namespace host {
 
@@ -13,7 +11,7 @@ Recorder::Recorder(const std::string& file, const vtv::Tv& tv,
                    const std::function<Recording::Step()>& step) {
     std::set<std::string> files;
     if (!file.empty()) {
-        files.insert(fs::absolute(file).lexically_normal().string());
+        files.insert(RecordFile::PathOf(file));
     }
     if (const std::string others = RecordingOf(tv); !others.empty()) {
         files.insert(others);

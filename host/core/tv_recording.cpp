@@ -5,12 +5,10 @@
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 
+#include "record_file.h"
 #include "recording.h"
 #include "virtual-tv/model/text_file.h"
-
-namespace fs = std::filesystem;
 
 namespace host {
 
@@ -33,7 +31,7 @@ std::string RecordingOf(const vtv::Tv& tv) {
 }
 
 void StartRecording(const vtv::Tv& tv, const std::string& file) {
-    const std::string path = fs::absolute(file).lexically_normal().string();
+    const std::string path = RecordFile::PathOf(file);
     if (RecordingOf(tv).empty()) {
         unlink(NoteOf(tv).c_str());  // of a process that was killed before it had begun
     }

@@ -25,6 +25,9 @@ fs::path FolderOfTheLibrary() {
     }
     std::error_code error;
     const fs::path file = fs::canonical(info.dli_fname, error);
+    if (error == std::errc::no_such_file_or_directory) {  // the program itself, as it was called
+        return fs::path(info.dli_fname).parent_path();
+    }
     if (error) {
         throw Error(ErrorKind::kPlatform,
                     std::string(info.dli_fname) + ": cannot be read: " + error.message() + ".");
