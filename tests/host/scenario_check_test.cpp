@@ -61,7 +61,7 @@ const std::vector<Mistake> kMistakes = {
     {"force = true", "\"force\" needs a \"set\""},
     {"fault = { always = true }", "a fault needs \"function\""},
     {"fault = { function = \"access\", slow = 5, always = true }", "leave out \"always\""},
-    {"fault = { function = \"access\", slow = 0 }", "write a whole number from 1 up"},
+    {"fault = { function = \"access\", slow = 0 }", "write a whole number from 1 to 5000"},
     {"file-add = \"/etc/passwd\"", "is no file below /home/owner"},
     {"file-add = \"../x\"", "is no file below /home/owner"},
     {"file-remove = \"share/\"", "is no file below /home/owner"},
