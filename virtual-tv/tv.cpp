@@ -30,6 +30,7 @@ namespace {
 Tv* current = nullptr;
 std::string machineFailure;  // see Tv::MachineFailure()
 std::vector<Watcher::Id> ownWatches;
+bool watchesNothing = false;
 
 void FollowLanguage(Tv& tv) {
     BindTexts(tv.Language());
@@ -41,6 +42,9 @@ void FollowLanguage(Tv& tv) {
 // What other processes change and this one has to follow while it only waits.
 void FollowOthers(Tv& tv) {
     Tv::Impl& impl = tv.impl();
+    if (!impl.MayWatch()) {
+        return;
+    }
     try {
         Watcher& watcher = impl.GetWatcher();
         ownWatches.push_back(watcher.Watch(impl.settings.Dir(), kStoreEvents,
@@ -155,6 +159,10 @@ void Tv::Impl::LogLine(int priority, const std::string& text) {
     }
 }
 
+bool Tv::Impl::MayWatch() const {
+    return !watchesNothing;
+}
+
 Watcher& Tv::Impl::GetWatcher() {
     if (watcher == nullptr) {
         auto made = std::make_unique<Watcher>();
@@ -259,7 +267,7 @@ const std::string& Tv::MachineFailure() {
     return machineFailure;
 }
 
-const Model& Tv::GetModel() const {
+const Model& Tv::GetModel() const& {
     return impl_->model;
 }
 const std::string& Tv::Dir() const {
@@ -284,6 +292,10 @@ void Tv::PowerCycle() {
 
 void SyncNothing() {
     store_file_calls.fsync = [](int) { return 0; };
+}
+
+void WatchNothing() {
+    watchesNothing = true;
 }
 
 void PowerOn(Tv& tv) {

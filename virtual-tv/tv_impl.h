@@ -117,6 +117,7 @@ struct Tv::Impl {
     std::vector<std::string> failures;           // see Tv::TakeFailures()
     std::map<std::string, bool> reportedDamage;  // settings keys whose damage the log has told
 
+    bool MayWatch() const;  // see WatchNothing()
     Watcher& GetWatcher();
     // The store of a settings key; throws kUsage for what is no key.
     Store& StoreOf(const std::string& key);

@@ -134,7 +134,8 @@ class VTV_EXPORT Tv {
     // there, write, record; empty when it did all. A page that was made without it is no TV's page.
     static const std::string& MachineFailure();
 
-    const Model& GetModel() const;
+    const Model& GetModel() const&;
+    const Model& GetModel() && = delete;  // it ends with the TV
 
     // Paths, absolute.
     const std::string& Dir() const;
@@ -305,6 +306,10 @@ class VTV_EXPORT LogReader {
 
 // What this process writes from now on may be lost with the power: its TVs are thrown away.
 VTV_EXPORT void SyncNothing();
+
+// For a process that looks once and ends: no watch that is made from now on tells anything, and none
+// costs anything. The kernel takes longer to end the first watch than a page takes to be asked.
+VTV_EXPORT void WatchNothing();
 
 // Makes the TV answer this process's platform calls, binds the texts of "si-ready" to its menu
 // language, and follows its trace switch. The TV must outlive PowerOff(). A platform call without a

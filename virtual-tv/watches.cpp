@@ -72,9 +72,12 @@ class OwnerWatch : public std::enable_shared_from_this<OwnerWatch> {
 
 Tv::WatchId Tv::Watch(const std::string& key, std::function<void()> callback) {
     CheckSettingKey(key);
+    const WatchId id = impl_->nextWatch++;
+    if (!impl_->MayWatch()) {
+        return id;
+    }
     const Store& store = impl_->StoreOf(key);
     const std::string name = Store::EncodeKey(key);
-    const WatchId id = impl_->nextWatch++;
     impl_->watches[id] = {
         impl_->GetWatcher().Watch(store.Dir(), kStoreEvents, name,
                                   [call = std::move(callback)](const std::string&) { call(); })};

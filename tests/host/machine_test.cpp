@@ -119,6 +119,21 @@ TEST_F(MachineTest, WhoCannotWatchSaysWhichSettingToRaise) {
     }
 }
 
+// The kernel takes milliseconds to end a watch.
+TEST_F(MachineTest, WhoLooksOnceWatchesNothing) {
+    BeOn("instances");
+    for (const Words& words : {Words{"show"},
+                               {"explain", "voice"},
+                               {"describe", "db/comss/cisblock"},
+                               {"search", "wake"}}) {
+        EXPECT_EQ(Kitchen(words).code, 0) << words.front();
+    }
+    EXPECT_EQ(Vtv({"diff", "kitchen", "kitchen"}).code, 0);
+    EXPECT_THAT(Kitchen({"log"}).out, Not(HasSubstr("cannot be watched")));
+    Kitchen({"press", "voice-wake-up"});
+    EXPECT_THAT(Kitchen({"log"}).out, HasSubstr("cannot be watched")) << "the log does not tell it";
+}
+
 // Where a vtv that plays keeps the TV on which it does: what the process has open tells.
 class ThrowawayTest : public MachineTest {
   protected:
