@@ -307,8 +307,9 @@ class VTV_EXPORT LogReader {
 // What this process writes from now on may be lost with the power: its TVs are thrown away.
 VTV_EXPORT void SyncNothing();
 
-// For a process that looks once and ends: no watch that is made from now on tells anything, and none
-// costs anything. The kernel takes longer to end the first watch than a page takes to be asked.
+// For a process that looks once and ends: no watch that is made from now on tells anything, and
+// none costs anything. The kernel takes longer to end the first watch than a page takes to be
+// asked.
 VTV_EXPORT void WatchNothing();
 
 // Makes the TV answer this process's platform calls, binds the texts of "si-ready" to its menu

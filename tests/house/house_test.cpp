@@ -121,8 +121,7 @@ std::vector<std::string> RangesOf(const std::string& text) {
 // A part of what a call returns, or of what such a thing's own function does. When that is a
 // temporary, it is gone before the first round; the compilers do not tell.
 bool IsPartOfACall(const std::string& range) {
-    static const std::regex part(
-        R"re(\)\s*(\[|\.(at|front|back)\(|\.\w+\(\)\s*(\.|\[|->)))re");
+    static const std::regex part(R"re(\)\s*(\[|\.(at|front|back)\(|\.\w+\(\)\s*(\.|\[|->)))re");
     return std::regex_search(range, part);
 }
 
@@ -292,6 +291,27 @@ TEST(House, ThePageOfTheHostIncludesNoVirtualTvAndNoPlatform) {
         for (const std::string& include : IncludesOf(source)) {
             EXPECT_TRUE(fs::exists(SOURCE / "host/page" / include) ||
                         StartsWithOneOf(include, {"abi/", "program/", "virtual-tv/model/"}))
+                << source << " includes \"" << include << '"';
+        }
+    }
+}
+
+// A front end is one of several; what they share knows none.
+TEST(House, WhatAHostDoesIncludesNeitherCommandNorWindow) {
+    for (const char* room : {"host/core", "host/page"}) {
+        for (const fs::path& source : SourcesOf(room)) {
+            for (const std::string& include : IncludesOf(source)) {
+                EXPECT_FALSE(StartsWithOneOf(include, {"host/cli/", "host/window/"}))
+                    << source << " includes \"" << include << '"';
+            }
+        }
+    }
+}
+
+TEST(House, TheEngineOfTheExplorerKnowsNoTv) {
+    for (const fs::path& source : SourcesOf("explorer/engine")) {
+        for (const std::string& include : IncludesOf(source)) {
+            EXPECT_FALSE(StartsWithOneOf(include, {"virtual-tv/", "platform/", "host/", "abi/"}))
                 << source << " includes \"" << include << '"';
         }
     }
