@@ -192,8 +192,14 @@ TEST(House, NoSourceIsTooLongToBeReadAtOnce) {
 }
 
 TEST(House, NoFunctionIsTooLongToBeReadAtOnce) {
-    for (const std::string& room : ROOMS) {
+    std::vector<std::string> rooms = ROOMS;
+    rooms.insert(rooms.end(), {"bench", "fuzz", "tests"});
+    for (const std::string& room : rooms) {
         for (const fs::path& source : SourcesOf(room)) {
+            // A provider with every fault that can be had: one of its branches is compiled.
+            if (source.parent_path() == "tests/host/fakes") {
+                continue;
+            }
             for (const std::string& function : LongFunctions(Read(SOURCE / source))) {
                 ADD_FAILURE() << source << ": " << function;
             }
