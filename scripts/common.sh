@@ -17,6 +17,9 @@ die() {
     exit 1
 }
 
+# need COMMAND PACKAGE: ends with the package's name where there is no such command.
+need() { command -v "$1" >/dev/null || die "the program $1 is missing: apt-get install $2"; }
+
 as_root() {
     if ((EUID == 0)); then "$@"; else sudo "$@"; fi
 }

@@ -62,7 +62,7 @@ declare -A LEG_PACKAGES=(
     [shell]="shellcheck"
     [tidy]="clang-19 clang-tidy-19 libbenchmark-dev $TEST_PACKAGES"
     [hardening]="binutils"
-    [abi]="abigail-tools"
+    [abi]="abigail-tools python3"
     [coverage]="clang-19 googletest libclang-rt-19-dev llvm-19"
     [bench]="valgrind"
     [tv]="binutils"
@@ -183,7 +183,10 @@ leg_hardening() {
     scripts/check-library build/release
 }
 
-leg_abi() { scripts/abi; }
+leg_abi() {
+    tests/scripts/abi_test.py
+    scripts/abi
+}
 
 leg_reproducible() {
     local copies=build/reproducible folder
