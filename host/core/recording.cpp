@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <stdexcept>
 
 #include "record_file.h"
@@ -214,6 +215,10 @@ toml::table Expected(const PressResult& result, bool isPress) {
     }
     if (!result.done) {
         expect.insert("refused", true);
+    }
+    if (!result.failures.empty()) {
+        const std::set<std::string> told(result.failures.begin(), result.failures.end());
+        expect.insert("failed", ArrayOf({told.begin(), told.end()}));
     }
     expect.insert("launched", launched);
     expect.insert("toast", toasts);

@@ -138,6 +138,30 @@ Expectation ReadRefused(const Reading& reading, const toml::node& node) {
     };
 }
 
+bool Names(const std::string& text, const std::string& failure) {
+    return failure.find(text) != std::string::npos;
+}
+
+// Every failure of the step is named, and every name is of one.
+Expectation ReadFailed(const Reading& reading, const toml::node& node) {
+    const Texts wanted = reading.reader.Some(node, reading.name);
+    return [wanted, line = LineOf(node)](Judge& judge) {
+        const Texts& failures = judge.Outcome().failures;
+        const auto isNamed = [&](const std::string& failure) {
+            return std::any_of(wanted.begin(), wanted.end(),
+                               [&](const std::string& text) { return Names(text, failure); });
+        };
+        const auto hasFailed = [&](const std::string& text) {
+            return std::any_of(failures.begin(), failures.end(),
+                               [&](const std::string& failure) { return Names(text, failure); });
+        };
+        if (!std::all_of(failures.begin(), failures.end(), isNamed) ||
+            !std::all_of(wanted.begin(), wanted.end(), hasFailed)) {
+            judge.SameList(line, "failed", wanted, failures);
+        }
+    };
+}
+
 // ---------------------------------------------------------------------------------------------
 // The TV
 // ---------------------------------------------------------------------------------------------
@@ -269,6 +293,7 @@ constexpr ExpectMember kMembers[] = {
     {"popup", ReadBox},
     {"reason", ReadReason},
     {"refused", ReadRefused},
+    {"failed", ReadFailed},
     {"launched", ReadLaunched},
     {"toast", ReadToast},
     {"running", ReadRunning},
@@ -285,7 +310,14 @@ constexpr ExpectMember kMembers[] = {
 void ExpectPressDone(Judge& judge) {
     const StepOutcome& outcome = judge.Outcome();
     if (outcome.press && !outcome.press->done) {
-        judge.Fail(outcome.pressLine, "the press was refused: " + outcome.press->refusal);
+        judge.Fail(outcome.line, "the press was refused: " + outcome.press->refusal);
+    }
+}
+
+// And so is what the TV could not do.
+void ExpectNoFailure(Judge& judge) {
+    for (const std::string& failure : judge.Outcome().failures) {
+        judge.Fail(judge.Outcome().line, "not done: " + failure);
     }
 }
 
@@ -319,6 +351,9 @@ std::vector<Expectation> ReadExpectations(ScenarioReader& reader, const toml::ta
     std::vector<Expectation> all;
     if (expected == nullptr || !expected->contains("refused")) {
         all.emplace_back(ExpectPressDone);
+    }
+    if (expected == nullptr || !expected->contains("failed")) {
+        all.emplace_back(ExpectNoFailure);
     }
     for (Expectation& one : ReadMembers(reader, step, "expect")) {
         all.push_back(std::move(one));

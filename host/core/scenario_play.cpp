@@ -37,7 +37,7 @@ class Player {
         outcome.launchMark = tv_.LaunchMark();
         outcome.logBefore = tv_.ReadLog().size();
         outcome.traceBefore = tv_.ReadTrace().size();
-        line_ = step.line;
+        outcome.line = line_ = step.line;
         try {
             Play(step.changes, &outcome);
             Play(step.uses, &outcome);
@@ -71,6 +71,7 @@ class Player {
         }
         while (tv_.Dispatch() > 0) {
         }
+        outcome->AddFailures(tv_.TakeFailures());
     }
 
     std::string file_;

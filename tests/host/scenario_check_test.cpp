@@ -123,6 +123,8 @@ const std::vector<Mistake> kMistakes = {
     {"expect.popup = { buttons = [1] }", "\"buttons\" must be a list of texts"},
     {"expect.reason = 1", "\"reason\" must be a text"},
     {"press = \"voice\"\nexpect.refused = \"yes\"", "\"refused\" must be true or false"},
+    {"expect.failed = true", "\"failed\" must be a text in quotes, or a list of them"},
+    {"expect.failed = []", "\"failed\" names nothing"},
     {"expect.launched = 5", "\"launched\" must be a text in quotes, or a list of them"},
     {"expect.launched = [5]", "\"launched\" must be a list of texts"},
     {"expect.toast = true", "\"toast\" must be a text"},
@@ -261,6 +263,7 @@ expect.box = { title = "", message = "", buttons = [] }
 expect.popup.title = "x"
 expect.reason = "x"
 expect.refused = false
+expect.failed = ["x"]
 expect.launched = []
 expect.toast = "x"
 expect.running = []
