@@ -280,6 +280,7 @@ Json::Value ToJson(const host::ScenarioResult& result) {
     json["title"] = result.title;
     json["passed"] = result.Passed();
     json["problems"] = TextsToJson(result.problems);
+    json["error"] = result.error;
     json["steps"] = Json::Value(Json::arrayValue);
     for (const host::StepResult& step : result.steps) {
         Json::Value entry;

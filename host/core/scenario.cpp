@@ -194,14 +194,28 @@ std::vector<Scenario> ReadScenarios(const std::string& folder) {
 }
 
 bool ScenarioResult::Failed() const {
-    return std::any_of(steps.begin(), steps.end(),
-                       [](const StepResult& step) { return !step.failures.empty(); });
+    return error.empty() && std::any_of(steps.begin(), steps.end(), [](const StepResult& step) {
+               return !step.failures.empty();
+           });
 }
 
 bool ScenarioResult::Passed() const {
-    return problems.empty() && std::all_of(steps.begin(), steps.end(), [](const StepResult& step) {
-               return step.played && step.failures.empty();
-           });
+    return problems.empty() && error.empty() &&
+           std::all_of(steps.begin(), steps.end(),
+                       [](const StepResult& step) { return step.played && step.failures.empty(); });
+}
+
+ScenarioResult Unplayed(const Scenario& scenario) {
+    ScenarioResult result;
+    result.file = scenario.file;
+    result.title = scenario.title;
+    result.problems = scenario.problems;
+    if (scenario.problems.empty()) {
+        for (const ScenarioStep& step : *scenario.steps) {
+            result.steps.push_back({step.name, step.line, {}, {}, false, 0});
+        }
+    }
+    return result;
 }
 
 }  // namespace host

@@ -117,12 +117,7 @@ void EndApplications(vtv::Tv& tv) {
 ScenarioResult PlayScenario(const Scenario& scenario, const std::string& providerFile,
                             const std::string& tvDir, const std::function<bool()>& goOn,
                             const HirePageUser& hire) {
-    ScenarioResult result;
-    result.file = scenario.file;
-    result.title = scenario.title;
-    for (const ScenarioStep& step : *scenario.steps) {
-        result.steps.push_back({step.name, step.line, {}, {}, false, 0});
-    }
+    ScenarioResult result = Unplayed(scenario);
     vtv::Tv::Create(tvDir, scenario.model);
     Stage stage(tvDir, providerFile);
     const std::unique_ptr<PageUser> user =
