@@ -150,6 +150,7 @@ Json::Value DifferencesToJson(const host::Differences& differences) {
             change["from"] = ValueToJson(supposition.was.value);
             change["to"] = ValueToJson(supposition.read.value);
             change["now"] = supposition.now;
+            change["mended"] = supposition.mends;
             way["changes"].append(change);
         }
         json.append(way);
