@@ -45,7 +45,13 @@ class Folder {
             vtv::SyncNothing();
         } else {
             path_ = fs::absolute(kept).string();
-            fs::create_directories(path_);
+            std::error_code error;
+            fs::create_directories(path_, error);
+            if (error) {
+                throw vtv::Error(vtv::ErrorKind::kPlatform,
+                                 kept + ": the TVs cannot be kept there: " + error.message() +
+                                     ". Name a folder that can be made.");
+            }
         }
     }
 

@@ -95,17 +95,18 @@ constexpr TopMember kTopMembers[] = {
     {"step", ReadSteps},
 };
 
-// False for one that has to be read by another program: nothing else that is wrong counts then.
+// False for a newer one, which another program has to read: what is wrong here may be right there.
 bool ReadVersion(ScenarioReader& reader, const toml::table& root) {
-    const toml::node* version = root.get("version");
-    const std::string problem =
-        version == nullptr ? ""
-                           : vtv::VersionProblem("a scenario", version->value_exact<int64_t>(),
-                                                 vtv::kScenarioVersion);
-    if (!problem.empty()) {
-        reader.Problem(*version, problem);
+    const toml::node* node = root.get("version");
+    if (node == nullptr) {
+        return true;
     }
-    return problem.empty();
+    const std::optional<int64_t> version = node->value_exact<int64_t>();
+    const std::string problem = vtv::VersionProblem("a scenario", version, vtv::kScenarioVersion);
+    if (!problem.empty()) {
+        reader.Problem(*node, problem);
+    }
+    return !version || *version <= vtv::kScenarioVersion;
 }
 
 void ReadDocument(ScenarioReader& reader, toml::table& root, Scenario* scenario) {
