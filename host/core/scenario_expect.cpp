@@ -177,9 +177,17 @@ Texts Launched(const StepOutcome& outcome, Sight::Kind kind) {
     return texts;
 }
 
-// Any application may be named: which ones a provider asks for is its own affair.
+// Which applications a provider asks for is its own affair; one that the TV does not have fails.
 Expectation ReadLaunched(const Reading& reading, const toml::node& node) {
     const Texts wanted = reading.reader.Texts(node, reading.name);
+    for (const std::string& text : wanted) {
+        const std::string app = text.substr(0, text.find(' '));
+        const std::string end = " (failed: " + app + " is not installed)";
+        if (!IsForced(reading.step) && !Names(end, text)) {
+            reading.reader.CheckApplication(
+                node.source(), app, " Where it is asked for all the same: \"" + text + end + "\".");
+        }
+    }
     return [wanted, line = LineOf(node)](Judge& judge) {
         judge.SameList(line, "launched", wanted,
                        Launched(judge.Outcome(), Sight::Kind::kApplication));
@@ -198,6 +206,9 @@ constexpr std::chrono::seconds kEndOfApplication(2);
 
 Expectation ReadRunning(const Reading& reading, const toml::node& node) {
     Texts wanted = reading.reader.Texts(node, reading.name);
+    for (const std::string& app : wanted) {
+        reading.reader.CheckApplication(node.source(), IsForced(reading.step) ? "" : app, kIfMeant);
+    }
     std::sort(wanted.begin(), wanted.end());
     return [wanted, line = LineOf(node)](Judge& judge) {
         // An application that was asked to end takes its time.
@@ -253,10 +264,7 @@ Expectation ReadState(const Reading& reading, const toml::node& node) {
     std::vector<Expectation> all;
     for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
         const std::string name(key.str());
-        const vtv::Value wanted = reading.reader.Scalar(value, name);
-        if (wanted != vtv::Value(kMissing)) {
-            reading.reader.Noting(value.source(), [&] { vtv::CheckState(name, wanted); });
-        }
+        const vtv::Value wanted = ReadStateValue(reading, key, value);
         all.emplace_back([name, wanted, line = LineOf(value)](Judge& judge) {
             const std::map<std::string, vtv::Value> state = judge.Outcome().tv->State();
             const auto found = state.find(name);
@@ -314,10 +322,11 @@ void ExpectPressDone(Judge& judge) {
     }
 }
 
-// And so is what the TV could not do.
+// And so is what the TV could not do for it.
 void ExpectNoFailure(Judge& judge) {
-    for (const std::string& failure : judge.Outcome().failures) {
-        judge.Fail(judge.Outcome().line, "not done: " + failure);
+    const StepOutcome& outcome = judge.Outcome();
+    for (const std::string& failure : outcome.press ? outcome.failures : Texts()) {
+        judge.Fail(outcome.line, "not done: " + failure);
     }
 }
 
