@@ -23,9 +23,11 @@ void ReportException(Tv::Impl& tv, const char* function, const std::exception& e
 void NoteRead(const char* function, const char* subject, std::optional<Value> value);
 bool RecordingReads();
 
-// While an Experiment lives: what the call finds in place of the TV's own; null where it is not
-// substituted. Whoever acts on the TV, or records something, does nothing then.
+// While an Experiment lives: whether a call works that was told to fail, and what a call finds in
+// place of the TV's own; null where it is not substituted. Whoever acts on the TV, or records
+// something, does nothing then.
 bool Experimenting();
+bool IsMended(const std::string& function);
 const Read* SubstituteFor(const char* function, const char* subject);
 bool IsSilenced(const char* function);
 

@@ -99,7 +99,7 @@ void ApplyModel(const Model& model, Tv::Impl& tv) {
     for (const auto& [key, value] : model.settings) {
         tv.StoreOf(key).Write(key, value);
     }
-    tv.state.Write("model", model.name);
+    tv.state.Write(kModelNameState, model.name);
     tv.state.Write(kSignedInState, model.signedIn);
     for (const auto& [item, agreed] : model.consents) {
         tv.state.Write(kConsentState + item, agreed);
@@ -148,7 +148,7 @@ Tv::Impl::Impl(const std::string& tvDir)
       faults(tvDir + "/faults", Store::Durability::kVolatile),
       switches(tvDir),
       log(tvDir) {
-    model.name = StateOr<std::string>("model", model.name);
+    model.name = StateOr<std::string>(kModelNameState, model.name);
 }
 
 Tv::Impl::~Impl() = default;

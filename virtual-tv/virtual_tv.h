@@ -82,6 +82,7 @@ struct Change {
 // what to write instead, for what the TV would refuse.
 VTV_EXPORT void CheckSettingKey(const std::string& key);
 VTV_EXPORT void CheckOwnerFile(const std::string& path);
+VTV_EXPORT void CheckStateName(const std::string& name);
 // An entry of Tv::State(), as snapshots hold them.
 VTV_EXPORT void CheckState(const std::string& name, const Value& value);
 
@@ -348,14 +349,19 @@ VTV_EXPORT std::vector<Read> StopRecordingReads();
 // real one. A TV must be on. An inner experiment stands in place of the outer one.
 class VTV_EXPORT Experiment {
   public:
-    explicit Experiment(std::vector<Read> reads);
+    // `mended`: calls that work although they were told to fail.
+    explicit Experiment(std::vector<Read> reads, std::vector<std::string> mended = {});
     ~Experiment();
     Experiment(const Experiment&) = delete;
     Experiment& operator=(const Experiment&) = delete;
 
+    const std::vector<Read>& Reads() const { return reads_; }
+    bool Mends(const std::string& function) const;
+
   private:
     std::vector<Read> reads_;
-    const std::vector<Read>* outer_;
+    std::vector<std::string> mended_;
+    const Experiment* outer_;
 };
 
 // Where TVs live unless told otherwise: $VTV_HOME, else $XDG_DATA_HOME/vtv, else

@@ -128,7 +128,10 @@ std::string MembersOf(const std::string& word, const Effects& effects) {
     for (const auto& [key, value] : effects.settings) {
         lines += word + ".setting." + TomlText(key) + " = " + value + "\n";
     }
-    return lines;
+    // Whatever a provider names is meant.
+    const bool isNamed =
+        !effects.launches.empty() || !effects.modes.empty() || !effects.settings.empty();
+    return lines + (isNamed ? "force = true\n" : "");
 }
 
 }  // namespace explorer

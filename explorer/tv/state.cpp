@@ -68,9 +68,10 @@ std::string StepOf(const Input& input, const Value& value, const std::string& te
             return SettingStep(input, value, text);
         case Input::Kind::kFeature:
             return FeatureStep(input, value, text);
-        case Input::Kind::kFile:
-            return std::string(value.number == 1 ? "file-add" : "file-remove") + " = " +
-                   TomlText(WithoutPrefix(input.key, vtv::kOwnerFolder));
+        case Input::Kind::kFile:  // a new TV of the model has none
+            return value.number == 1
+                       ? "file-add = " + TomlText(WithoutPrefix(input.key, vtv::kOwnerFolder))
+                       : "";
         case Input::Kind::kConsent:
             return "consent." + input.key + " = " + (value.number > 0 ? "true" : "false");
         case Input::Kind::kCall:
@@ -155,7 +156,7 @@ std::string ToScenario(const Inputs& inputs, const State& state, const std::stri
         const std::string step =
             input.key == MODE_CALL
                 ? "state." + TomlText("always_on_voice/" + CurrentOf(inputs, state)) + " = " +
-                      std::to_string(value.number)
+                      std::to_string(value.number) + "\nforce = true"
                 : StepOf(input, value, i < state.texts.size() ? state.texts[i] : "");
         if (step.empty()) {
             scenario += "\n" + TomlComment(input.name + ": " + value.words);

@@ -139,6 +139,10 @@ std::string DescribeMarker(const vtv::Read& read) {
                              : "there is no sign-in marker " + name;
 }
 
+std::string AsToldTo(const std::string& function) {
+    return function + " fails, as it was told to";
+}
+
 // Why a read failed that is not simply of something missing; empty when there is no such reason.
 std::string WhyFailed(const vtv::Read& read, const vtv::Tv& tv) {
     if (read.value) {
@@ -146,7 +150,7 @@ std::string WhyFailed(const vtv::Read& read, const vtv::Tv& tv) {
     }
     for (const vtv::Fault& fault : tv.Faults()) {
         if (fault.function == read.function && fault.kind == vtv::Fault::Kind::kAlways) {
-            return read.function + " fails, as it was told to";
+            return AsToldTo(read.function);
         }
     }
     if (!IsSetting(read)) {
@@ -348,6 +352,12 @@ std::string Describe(const vtv::Read& read, const vtv::Tv& tv, const std::string
 
 std::string Describe(const vtv::Read& read, const vtv::Tv& tv) {
     return Describe(read, tv, TextOf(tv, vtv::kCurrentAssistantKey));
+}
+
+Supposition Mended(const std::string& function) {
+    const vtv::Read read = {function, "", std::nullopt};
+    const std::string then = function + " working again (vtv fault --clear " + function + ")";
+    return {read, read, AsToldTo(function), then, false, true};
 }
 
 Circumstances CircumstancesOf(const vtv::Tv& tv) {

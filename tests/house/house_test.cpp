@@ -247,7 +247,23 @@ TEST(House, NoLoopRunsOverAPartOfATemporary) {
     }
 }
 
+namespace {
+
+// What random numbers come from, each to the end of its statement.
+std::vector<std::string> EnginesIn(const std::string& source) {
+    static const std::regex engine(
+        "std::(mt19937(_64)?|minstd_rand0?|default_random_engine|ranlux\\w+|knuth_b|"
+        "\\w+_engine<[^>]*>)[^&\\w][^;]*;");
+    return {std::sregex_token_iterator(source.begin(), source.end(), engine),
+            std::sregex_token_iterator()};
+}
+
+}  // namespace
+
 TEST(House, RandomTestsBeginWhereTheirSeedSays) {
+    const std::string twister = std::string("std::") + "mt19937";  // not as this source is read
+    EXPECT_EQ(EnginesIn(twister + " random(7); " + twister + "_64 other{Seed()};").size(), 2U);
+    EXPECT_EQ(EnginesIn("void Draw(" + twister + "& random);").size(), 0U);
     const std::string device = std::string("random_") + "device";
     int looked = 0;
     for (const char* room : {"tests", "bench", "fuzz"}) {
@@ -256,6 +272,10 @@ TEST(House, RandomTestsBeginWhereTheirSeedSays) {
             const bool draws = Read(SOURCE / source).find(device) != std::string::npos;
             EXPECT_EQ(draws, source == "tests/environment.h")
                 << source << ": the seed of a random test is Seed() of tests/environment.h";
+            for (const std::string& engine : EnginesIn(Read(SOURCE / source))) {
+                EXPECT_NE(engine.find("Seed()"), std::string::npos)
+                    << source << ": " << engine << ": it begins at Seed() of tests/environment.h";
+            }
         }
     }
     EXPECT_GT(looked, 50);

@@ -46,6 +46,7 @@ inline constexpr const char* kConsents[] = {"tnc", "pp"};
 // What else a TV keeps, by name; one that ends with '/' begins the names of several.
 inline constexpr char kSignedInState[] = "account/signed_in";
 inline constexpr char kConsentState[] = "consent/";       // and one of kConsents
+inline constexpr char kModelNameState[] = "model";        // under which the TV knows its model
 inline constexpr char kModeState[] = "always_on_voice/";  // and an assistant's application id
 inline constexpr char kNetworkState[] = "network";
 inline constexpr char kFeatureState[] = "feature/";           // and a feature's key

@@ -1,5 +1,9 @@
 #include "known_settings.h"
 
+#include <algorithm>
+
+#include "spelling.h"
+
 namespace vtv {
 
 namespace {
@@ -59,6 +63,22 @@ const std::vector<KnownSetting>& KnownSettings() {
 
 const KnownSetting* FindKnownSetting(std::string_view key) {
     return FindByKey(KnownSettings(), key);
+}
+
+std::string MeantSetting(const std::string& key) {
+    constexpr size_t kMostLetters = 2;  // more or fewer: the beginning of another key is no slip
+    std::vector<std::string> known;
+    for (const KnownSetting& setting : KnownSettings()) {
+        const std::string one = setting.key;
+        if (one == key) {
+            return "";
+        }
+        if (std::max(one.size(), key.size()) - std::min(one.size(), key.size()) <= kMostLetters) {
+            known.push_back(one);
+        }
+    }
+    const std::vector<std::string> similar = Similar(key, known);
+    return similar.empty() ? "" : similar.front();
 }
 
 std::string TypeProblem(std::string_view key, std::string_view type) {

@@ -25,6 +25,9 @@ const std::vector<KnownSetting>& KnownSettings();
 // Null for an unknown key.
 const KnownSetting* FindKnownSetting(std::string_view key);
 
+// The known key that one which nobody knows is likely to be a slip of; empty for none.
+std::string MeantSetting(const std::string& key);
+
 // Why no setting of this key is of the type, and what to write, in one sentence; empty where one
 // may be, as of a key that nobody knows. Whoever takes in settings asks this.
 std::string TypeProblem(std::string_view key, std::string_view type);
