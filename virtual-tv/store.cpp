@@ -1,18 +1,19 @@
 #include "store.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 
 #include "folder_names.h"
 #include "store_files.h"
 #include "store_writer.h"
 #include "temporary_file.h"
+#include "tv_files.h"
 
 namespace vtv {
 
@@ -152,29 +153,27 @@ void Unreadable::ThrowIf(int error, const std::string& path) {
 StoreFileCalls store_file_calls = {OpenAt, write, fsync, close, renameat, unlinkat};
 
 void Store::Create(const std::string& dir) {
-    if (mkdir(dir.c_str(), 0755) != 0 && errno != EEXIST) {
+    const std::filesystem::path path(dir);
+    Create(path.parent_path().string(), path.filename().string());
+}
+
+void Store::Create(const std::string& tvDir, const std::string& name) {
+    MakeTvFolder(tvDir, name);
+    const std::string file = name + "/" + kVersionFile;
+    int error = 0;
+    if (!WriteTvFile(tvDir, file, std::to_string(kVersion) + "\n", &error)) {
         throw Error(ErrorKind::kPlatform,
-                    dir + ": cannot make this folder: " + std::strerror(errno) + ".");
-    }
-    const std::string file = dir + "/" + kVersionFile;
-    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    const std::string text = std::to_string(kVersion) + "\n";
-    const bool written = fd >= 0 && WriteWhole(fd, text) && store_file_calls.fsync(fd) == 0;
-    const int error = errno;
-    if (fd >= 0) {
-        close(fd);
-    }
-    if (!written) {
-        throw Error(ErrorKind::kPlatform,
-                    file + ": cannot be written: " + std::strerror(error) + ".");
+                    tvDir + "/" + file + ": cannot be written: " + std::strerror(error) + ".");
     }
 }
 
-Store::Store(const std::string& dir, Durability durability) : dir_(dir), durability_(durability) {
-    dirFd_ = open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+Store::Store(const std::string& tvDir, const std::string& name, Durability durability)
+    : dir_(name.empty() ? tvDir : tvDir + "/" + name),
+      durability_(durability),
+      dirFd_(OpenTvFolder(tvDir, name)) {
     if (dirFd_ < 0) {
-        Unreadable::ThrowIf(errno, dir);
-        problem_ = dir + ": cannot be opened: " + std::strerror(errno) +
+        Unreadable::ThrowIf(errno, dir_);
+        problem_ = dir_ + ": cannot be opened: " + std::strerror(errno) +
                    ". Its values read as missing until the folder is back.";
         return;
     }
@@ -363,7 +362,8 @@ std::vector<Setting> Store::List() const {
     if (!problem_.empty()) {
         return settings;
     }
-    for (const std::string& name : NamesIn(dir_)) {
+    for (const std::string& name :
+         NamesIn(openat(dirFd_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC), dir_)) {
         const std::string key = DecodeKey(name);
         if (key.empty() || EncodeKey(key) != name) {
             continue;  // a key has one name; another hand's second one is no value of it

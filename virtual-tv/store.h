@@ -50,8 +50,11 @@ class Store {
 
     // Makes an empty store; the folder may exist.
     static void Create(const std::string& dir);
+    // The same of one in a TV's folder, by no link from there.
+    static void Create(const std::string& tvDir, const std::string& name);
 
-    Store(const std::string& dir, Durability durability);
+    Store(const std::string& dir, Durability durability) : Store(dir, "", durability) {}
+    Store(const std::string& tvDir, const std::string& name, Durability durability);
     ~Store();
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;

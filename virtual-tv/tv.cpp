@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <utility>
 
@@ -17,6 +16,7 @@
 #include "staged_changes.h"
 #include "store_files.h"
 #include "texts.h"
+#include "trusted_tv.h"
 #include "tv_impl.h"
 #include "virtual-tv/model/text_file.h"
 #include "whole_folder.h"
@@ -82,8 +82,8 @@ Model ReadModel(const std::string& dir) {
 }
 
 void RequireKnownVersions(const std::string& dir) {
-    for (const char* name : {"/settings", "/memory", "/state", "/faults"}) {
-        const Store store(dir + name, Store::Durability::kVolatile);
+    for (const char* name : {"settings", "memory", "state", "faults"}) {
+        const Store store(dir, name, Store::Durability::kVolatile);
         if (store.IsOfUnknownVersion()) {
             throw Error(ErrorKind::kPlatform, store.Problem());
         }
@@ -103,12 +103,12 @@ void ApplyModel(const Model& model, Tv::Impl& tv) {
     tv.state.Write(kNetworkState, ToText(model.network));
     tv.state.Write("applications", ToText(model.applications));
     for (const std::string& file : model.ownerFiles) {
-        const std::string path = tv.dir + "/owner/" + file;
-        EnsureDir(fs::path(path).parent_path().string());
+        const std::string name = "owner/" + file;
+        MakeTvFolder(tv.dir, fs::path(name).parent_path().string());
         int error = 0;
-        if (!WriteTvFile(tv.dir, "owner/" + file, "", &error)) {
+        if (!WriteTvFile(tv.dir, name, "", &error)) {
             throw Error(ErrorKind::kPlatform,
-                        path + ": cannot be made: " + std::strerror(error) + ".");
+                        tv.dir + "/" + name + ": cannot be made: " + std::strerror(error) + ".");
         }
     }
 }
@@ -126,11 +126,11 @@ std::string Absolute(const std::string& dir) {
 }
 
 void MakeFolders(const std::string& dir) {
-    for (const char* folder : {"/owner/share/.voice", "/log", "/trace", "/apps", "/speech"}) {
-        EnsureDir(dir + folder);
+    for (const char* folder : {"owner/share/.voice", "log", "trace", "apps", "speech"}) {
+        MakeTvFolder(dir, folder);
     }
-    for (const char* store : {"/settings", "/memory", "/state", "/faults"}) {
-        Store::Create(dir + store);
+    for (const char* store : {"settings", "memory", "state", "faults"}) {
+        Store::Create(dir, store);
     }
     const FileLock made(dir, kLock);  // so that nobody who only reads has to make it
 }
@@ -138,10 +138,10 @@ void MakeFolders(const std::string& dir) {
 Tv::Impl::Impl(const std::string& tvDir)
     : dir(tvDir),
       model(ReadModel(tvDir)),
-      settings(tvDir + "/settings", Store::Durability::kDurable),
-      memory(tvDir + "/memory", Store::Durability::kVolatile),
-      state(tvDir + "/state", Store::Durability::kDurable),
-      faults(tvDir + "/faults", Store::Durability::kVolatile),
+      settings(tvDir, "settings", Store::Durability::kDurable),
+      memory(tvDir, "memory", Store::Durability::kVolatile),
+      state(tvDir, "state", Store::Durability::kDurable),
+      faults(tvDir, "faults", Store::Durability::kVolatile),
       switches(tvDir),
       log(tvDir) {
     model.name = StateOr<std::string>("model", model.name);
@@ -206,8 +206,7 @@ void RequireTv(const std::string& path) {
         throw Error(ErrorKind::kNoSuch,
                     path + ": this is no virtual TV. Make one with \"vtv new\".");
     }
-    RequireTrustedFolders(path);
-    RequirePlainFiles(path);
+    RequireTrustedTv(path);
     RequireKnownVersions(path);
 }
 

@@ -139,9 +139,6 @@ struct Tv::Impl {
 };
 
 void EnsureDir(const std::string& dir);  // with its parents
-// Throws kPlatform when the folder of a TV, or the one that it lies in, belongs to another user but
-// root, or can be written by others.
-void RequireTrustedFolders(const std::string& dir);
 std::string Absolute(const std::string& dir);
 // What the folder of a TV without a model and any value holds.
 void MakeFolders(const std::string& dir);
