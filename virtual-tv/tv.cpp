@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -30,6 +31,9 @@ namespace {
 Tv* current = nullptr;
 std::string machineFailure;  // see Tv::MachineFailure()
 std::vector<Watcher::Id> ownWatches;
+
+// Those that may be empty, and that get lost where only files are kept, as in an archive.
+constexpr std::array kFolders = {"owner", "log", "trace", "apps", "speech"};
 
 void FollowLanguage(Tv& tv) {
     BindTexts(tv.Language());
@@ -126,9 +130,10 @@ std::string Absolute(const std::string& dir) {
 }
 
 void MakeFolders(const std::string& dir) {
-    for (const char* folder : {"owner/share/.voice", "log", "trace", "apps", "speech"}) {
+    for (const char* folder : kFolders) {
         MakeTvFolder(dir, folder);
     }
+    MakeTvFolder(dir, "owner/share/.voice");
     for (const char* store : {"settings", "memory", "state", "faults"}) {
         Store::Create(dir, store);
     }
@@ -158,11 +163,27 @@ void Tv::Impl::LogLine(int priority, const std::string& text) {
 Watcher& Tv::Impl::GetWatcher() {
     if (watcher == nullptr) {
         auto made = std::make_unique<Watcher>();
-        made->Watch(dir, IN_DELETE | IN_MOVED_FROM | IN_MOVE_SELF | IN_DELETE_SELF, "",
-                    [this](const std::string&) { gone = !Tv::IsTv(dir); });
+        constexpr uint32_t kEvents =
+            IN_CREATE | IN_MOVED_TO | IN_DELETE | IN_MOVED_FROM | IN_MOVE_SELF | IN_DELETE_SELF;
+        made->Watch(dir + "/.", kEvents, "", [this](const std::string& name) { Hear(name); });
         watcher = std::move(made);  // one that does not hear of the TV's end is none
     }
     return *watcher;
+}
+
+void Tv::Impl::Hear(const std::string& name) {
+    const std::string path = dir + "/" + name;
+    struct stat info{};
+    gone = stat((dir + "/" + kModelFile).c_str(), &info) != 0;
+    if (gone || name.empty() || stat(path.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
+        return;
+    }
+    for (Store* store : {&settings, &memory, &state, &faults}) {
+        if (store->Dir() == path) {
+            store->Reopen();
+        }
+    }
+    watcher->Follow(path);
 }
 
 void Tv::Create(const std::string& dir, const std::string& modelFile) {
@@ -201,6 +222,20 @@ bool Tv::IsTv(const std::string& dir) {
            stat((dir + "/settings").c_str(), &info) == 0;
 }
 
+// In a folder that cannot be written nothing is missed that would be written there.
+void MakeMissingFolders(const std::string& dir) {
+    for (const char* folder : kFolders) {
+        struct stat info{};
+        if (lstat((dir + "/" + folder).c_str(), &info) != 0) {
+            try {
+                MakeTvFolder(dir, folder);
+            } catch (const Error&) {
+                continue;
+            }
+        }
+    }
+}
+
 void RequireTv(const std::string& path) {
     if (!Tv::IsTv(path)) {
         throw Error(ErrorKind::kNoSuch,
@@ -213,6 +248,7 @@ void RequireTv(const std::string& path) {
 Tv::Tv(const std::string& dir) {
     const std::string path = Absolute(dir);
     RequireTv(path);
+    MakeMissingFolders(path);
     CompleteChanges(path);
     impl_ = std::make_unique<Impl>(path);
     ForgetLastBoot(path, impl_->memory);

@@ -118,6 +118,8 @@ struct Tv::Impl {
     std::map<std::string, bool> reportedDamage;  // settings keys whose damage the log has told
 
     Watcher& GetWatcher();
+    // Something in the TV's folder was made, moved or removed, or the folder itself (empty).
+    void Hear(const std::string& name);
     // The store of a settings key; throws kUsage for what is no key.
     Store& StoreOf(const std::string& key);
     const Store& StoreOf(const std::string& key) const;
