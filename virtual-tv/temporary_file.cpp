@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cinttypes>
 #include <cstdint>
@@ -24,7 +25,8 @@ constexpr char kTemporaryPrefix[] = ".tmp-";
 
 // By chance: numbers of processes mean something else in each namespace that shares the folder.
 std::string TemporaryName() {
-    uint64_t number = 0;
+    static std::atomic<uint64_t> count{0};
+    uint64_t number = ++count;  // where chance has nothing
     while (getrandom(&number, sizeof number, 0) < 0 && errno == EINTR) {
     }
     std::array<char, 32> name{};

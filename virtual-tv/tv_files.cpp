@@ -122,7 +122,8 @@ int Walk(int folder, const std::string& prefix, const TvEntry& tell) {
     const int error = ForEachName(folder, [&](int from, const char* name) {
         struct stat info{};
         if (fstatat(from, name, &info, AT_SYMLINK_NOFOLLOW) != 0) {
-            return;  // gone meanwhile
+            problem = errno == ENOENT ? problem : errno;  // or gone meanwhile
+            return;
         }
         if (tell(prefix + name, info) && S_ISDIR(info.st_mode)) {
             const int below = openat(from, name, kFolderFlags);

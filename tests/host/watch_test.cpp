@@ -62,6 +62,8 @@ TEST_F(VtvTest, ATvThatWasSentWithoutItsEmptyFoldersStartsApplicationsAndIsWatch
     ASSERT_EQ(std::system(("rm -rf " + Path("tvs/default/owner")).c_str()), 0);
     RunningVtv watching(environment, {"show", "--watch"});
     ASSERT_TRUE(watching.WaitFor("Hidden:"));
+    Ok({"choose", "voice-assistant", "1"});
+    EXPECT_TRUE(watching.WaitFor("(voice-assistant): Alexa -> Orvik")) << watching.Text();
     EXPECT_EQ(watching.Interrupt().code, 0);
 }
 
