@@ -91,7 +91,7 @@ void LogWriter::Rotate() {
     }
     const std::vector<std::string> names = Names();
     for (size_t i = 0; i + 1 < names.size(); ++i) {
-        rename((tvDir_ + "/" + names[i + 1]).c_str(), (tvDir_ + "/" + names[i]).c_str());
+        RenameInTv(tvDir_, names[i + 1], names[i]);
     }
 }
 

@@ -6,7 +6,6 @@
 #include <espeak-ng/speak_lib.h>
 
 #include <cstring>
-#include <fstream>
 
 #include "applications.h"
 #include "serve.h"

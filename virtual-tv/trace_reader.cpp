@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <sstream>
 #include <tuple>
 
@@ -185,7 +184,7 @@ void CompactTrace(const std::string& tvDir) {
         return;
     }
     bool good = WriteTvFile(tvDir, kTraceFile + std::string(".new"), kept, &error);
-    if (good && std::rename((path + ".new").c_str(), path.c_str()) != 0) {
+    if (good && !RenameInTv(tvDir, kTraceFile + std::string(".new"), kTraceFile)) {
         error = errno;
         good = false;
     }

@@ -20,7 +20,7 @@ class OwnerWatch : public std::enable_shared_from_this<OwnerWatch> {
 
     // A folder, relative; isNew when nobody was told of what it holds.
     void Follow(const std::string& folder, bool isNew) {
-        const std::string dir = tv_.dir + "/owner/" + folder;
+        const std::string dir = tv_.dir + (folder.empty() ? "/owner" : "/owner/" + folder);
         std::error_code error;
         try {
             followed_[folder] = tv_.GetWatcher().Watch(

@@ -69,8 +69,8 @@ const std::map<std::string, std::vector<std::string>> MAY_INCLUDE = {
     {"program", {}},
     {"virtual-tv", {"platform/", "program/"}},
     {"host",
-     {"abi/", "program/", "virtual-tv/virtual_tv.h", "virtual-tv/texts.h", "virtual-tv/whole_tvs.h",
-      "virtual-tv/model/"}},
+     {"abi/", "program/", "virtual-tv/virtual_tv.h", "virtual-tv/recording_note.h",
+      "virtual-tv/texts.h", "virtual-tv/whole_tvs.h", "virtual-tv/model/"}},
     {"explorer",
      {"abi/", "platform/", "program/", "host/page/", "host/core/toml_writer.h",
       "virtual-tv/model/"}},
@@ -378,6 +378,54 @@ TEST(House, KeysAndMembersOfAPolicyStandInTheModelOfATvAlone) {
             EXPECT_FALSE(std::regex_search(text, found, fact))
                 << source << ": " << found.str() << ": virtual-tv/model/keys.h has it";
         }
+    }
+}
+
+// A call that opens, makes, renames, removes or lists by a name, where a link can lead elsewhere.
+bool NamesAFile(const std::string& text) {
+    static const std::regex call(
+        R"re(\b(open|creat|fopen|opendir|mkdir|mkfifo|rename|unlink|rmdir|truncate|symlink|link|)re"
+        R"re((f?open|mkdir|rename|renameat2|unlink|symlink|link)at|mk[a-z]*temp)\()re"
+        R"re(|\bfs::(\w*directory_iterator|remove|rename|copy|create_|resize_file)|\b[io]?fstream\b)re");
+    return std::regex_search(text, call);
+}
+
+// The sources of the virtual TV that do so by themselves, and why they may: all others do it where
+// the files of a TV's folder are opened.
+const std::map<std::string, std::string> NAME_FILES = {
+    {"tv_files", "they are that place"},
+    {"copy", "copies an open folder into another, each entry by its name in them"},
+    {"folder_names", "lists folders that hold TVs"},
+    {"network", "reads the machine's routes"},
+    {"own_files", "the user's own files"},
+    {"paths", "makes the folders that TVs lie in"},
+    {"recording_note", "one of the user's own files"},
+    {"running_apps", "looks through the descriptors that its process has"},
+    {"spawn", "opens /dev/null"},
+    {"store", "names the files of keys in its open folder"},
+    {"store_writer", "reads a key's file in that folder"},
+    {"temporary_file", "names files of its own in that folder"},
+    {"texts", "lists the catalogues that come with the virtual TV"},
+    {"trusted_tv", "reads who is who on the machine"},
+    {"watcher", "reads the machine's limits"},
+    {"watches", "lists the owner's folders, none of them a link, to watch them"},
+    {"whole_folder", "makes, moves and removes TVs, beside which it works"}};
+
+TEST(House, FilesOfATvAreOpenedMadeAndRemovedInOnePlace) {
+    EXPECT_TRUE(NamesAFile("unlink(x)"));
+    EXPECT_TRUE(NamesAFile("    return openat(dir, x)"));
+    EXPECT_TRUE(NamesAFile("fs::remove_all(x)"));
+    EXPECT_FALSE(NamesAFile("reopen(x); dlopen(x); RemoveTvFile(x)"));
+    std::set<std::string> seen;
+    for (const fs::path& source : SourcesOf("virtual-tv")) {
+        if (source.parent_path() != "virtual-tv" || !NamesAFile(Read(SOURCE / source))) {
+            continue;
+        }
+        seen.insert(source.stem());
+        EXPECT_EQ(NAME_FILES.count(source.stem()), 1U) << source << ": virtual-tv/tv_files.h does";
+    }
+    for (const auto& [name, reason] : NAME_FILES) {
+        EXPECT_EQ(seen.count(name), 1U) << name << " needs no exception";
     }
 }
 
