@@ -33,7 +33,7 @@ std::string SettingStep(const Input& input, const Value& value, const std::strin
 
 std::string FeatureStep(const Input& input, const Value& value, const std::string& text) {
     const std::string name = TomlText(WithoutPrefix(input.key, vtv::kFeaturePrefix));
-    if (value.kind == Value::Kind::kFails && value.number == keys::INVALID_PARAMETER) {
+    if (value.kind == Value::Kind::kFails && value.number == platform::NO_SUCH_FEATURE) {
         return "feature-missing = " + name;
     }
     if (value.kind == Value::Kind::kFails) {

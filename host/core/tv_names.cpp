@@ -70,7 +70,7 @@ const StateName* FindStateName(const std::string& name) {
 }
 
 bool IsSettingName(const std::string& name) {
-    return name.rfind("db/", 0) == 0 || name.rfind("memory/", 0) == 0;
+    return vtv::IsSettingKey(name);
 }
 
 bool ParseSwitch(const std::string& text) {

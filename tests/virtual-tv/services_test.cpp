@@ -118,7 +118,7 @@ TEST_F(ServicesTest, ConsentsAreKeptEachForItself) {
     EXPECT_GT(GetDisclaimerItemAgreement("tnc"), 0);
     EXPECT_EQ(GetDisclaimerItemAgreement("pp"), 0);
     EXPECT_EQ(GetDisclaimerItemAgreement("other"), 0);
-    EXPECT_EQ(GetDisclaimerItemAgreement(nullptr), 0);
+    EXPECT_EQ(GetDisclaimerItemAgreement(nullptr), -1);
     ErrorOf(ErrorKind::kUsage, [&] { tv->SetConsent("other", true); });
 }
 

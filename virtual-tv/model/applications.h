@@ -15,6 +15,9 @@ inline constexpr char kNotification[] = "org.nemra.alert-syspopup";
 inline constexpr char kSetupWizard[] = "org.nemra.wizard";
 // It stands in where an assistant's own application cannot.
 inline constexpr char kOnboarding[] = "org.nemra.voice-onboarding";
+// The neural speech engine, and the item of its metadata that names its languages.
+inline constexpr char kNeuralEngine[] = "org.nemra.tts-engine-neural";
+inline constexpr char kEngineLanguages[] = "com.vantelo/tv/metadata/tts-engine/legacy_tts_language";
 
 // Null for an application that the model does not bring.
 const Package* FindPackage(const Model& model, const std::string& appId);

@@ -1,9 +1,22 @@
 // Names on a TV: settings, features, consents, files.
 #pragma once
 
+#include <string_view>
+
 namespace vtv {
 
-// Settings. Those below "db/" are kept, those below "memory/" end with the power.
+// Settings are kept, or end with the power.
+inline constexpr std::string_view kKeptSettings = "db/";
+inline constexpr std::string_view kPassingSettings = "memory/";
+constexpr bool IsKeptSetting(std::string_view key) {
+    return key.starts_with(kKeptSettings);
+}
+constexpr bool IsPassingSetting(std::string_view key) {
+    return key.starts_with(kPassingSettings);
+}
+constexpr bool IsSettingKey(std::string_view key) {
+    return IsKeptSetting(key) || IsPassingSetting(key);
+}
 inline constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
 inline constexpr char kCurrentAssistantKey[] = "db/multi-assistant/default_assistant_appid";
 inline constexpr char kWakeUpKey[] = "db/menu/voice/assistant_farfield";
@@ -41,7 +54,12 @@ inline constexpr char kVoiceFeature[] = FEATURES "voice.voice_recognition_suppor
 #undef FEATURES
 
 // Consents: terms and conditions, privacy policy.
-inline constexpr const char* kConsents[] = {"tnc", "pp"};
+inline constexpr char kTermsConsent[] = "tnc";
+inline constexpr char kPrivacyConsent[] = "pp";
+inline constexpr const char* kConsents[] = {kTermsConsent, kPrivacyConsent};
+constexpr bool IsConsent(std::string_view item) {
+    return item == kTermsConsent || item == kPrivacyConsent;
+}
 
 // What else a TV keeps, by name; one that ends with '/' begins the names of several.
 inline constexpr char kSignedInState[] = "account/signed_in";

@@ -6,6 +6,7 @@
 #include "applications.h"
 #include "format_version.h"
 #include "json_text.h"
+#include "keys.h"
 #include "known_settings.h"
 #include "limits.h"
 #include "policy.h"
@@ -223,7 +224,7 @@ void ModelReader::ReadSettings(const toml::table& root) {
     CheckCount(*settings, "settings", settings->size(), kMostEntries);
     for (const auto& [name, node] : *settings) {
         const std::string key(name.str());
-        if (key.rfind("db/", 0) != 0 && key.rfind("memory/", 0) != 0) {
+        if (!IsSettingKey(key)) {
             Fail(name.source(), "\"" + key +
                                     "\" is no settings key: write one that begins with \"db/\" or "
                                     "\"memory/\", in quotes.");
