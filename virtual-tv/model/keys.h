@@ -54,8 +54,10 @@ inline constexpr char kVoiceFeature[] = FEATURES "voice.voice_recognition_suppor
 #undef FEATURES
 
 // Consents: terms and conditions, privacy policy.
-inline constexpr char kTermsConsent[] = "tnc";
-inline constexpr char kPrivacyConsent[] = "pp";
+#define TERMS "tnc"
+#define PRIVACY "pp"
+inline constexpr char kTermsConsent[] = TERMS;
+inline constexpr char kPrivacyConsent[] = PRIVACY;
 inline constexpr const char* kConsents[] = {kTermsConsent, kPrivacyConsent};
 constexpr bool IsConsent(std::string_view item) {
     return item == kTermsConsent || item == kPrivacyConsent;
@@ -63,13 +65,25 @@ constexpr bool IsConsent(std::string_view item) {
 
 // What else a TV keeps, by name; one that ends with '/' begins the names of several.
 inline constexpr char kSignedInState[] = "account/signed_in";
-inline constexpr char kConsentState[] = "consent/";       // and one of kConsents
+#define CONSENT "consent/"
+inline constexpr char kConsentState[] = CONSENT;  // and one of kConsents
+inline constexpr char kTermsState[] = CONSENT TERMS;
+inline constexpr char kPrivacyState[] = CONSENT PRIVACY;
+#undef CONSENT
+#undef TERMS
+#undef PRIVACY
 inline constexpr char kModeState[] = "always_on_voice/";  // and an assistant's application id
 inline constexpr char kNetworkState[] = "network";
 inline constexpr char kFeatureState[] = "feature/";           // and a feature's key
 inline constexpr char kAbsentFeatureState[] = "no-feature/";  // and a feature's key
 
 // The folder of the TV's owner, in which applications leave their marks.
-inline constexpr char kOwnerFolder[] = "/home/owner/";
+#define OWNER "/home/owner/"
+#define GOOGLE_MARKER "share/.voice/ga_login_success"
+inline constexpr char kOwnerFolder[] = OWNER;
+inline constexpr char kGoogleMarker[] = GOOGLE_MARKER;            // below kOwnerFolder
+inline constexpr char kGoogleMarkerFile[] = OWNER GOOGLE_MARKER;  // the whole path
+#undef OWNER
+#undef GOOGLE_MARKER
 
 }  // namespace vtv

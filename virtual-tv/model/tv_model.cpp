@@ -20,8 +20,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char kDefaultAccountUi[] = "com.vantelo.account-ui";
-
 // Reads one model.
 class ModelReader : private TomlReader {
   public:
@@ -331,11 +329,11 @@ void ModelReader::ReadState(const toml::table& root) {
     for (const char* item : kConsents) {
         model_.consents[item] = consents != nullptr && Bool(*consents, item, false);
     }
-    model_.accountUi = kDefaultAccountUi;
+    model_.accountUi = kUsualAccountUi;
     if (const toml::table* account = Table(root, "account")) {
         CheckKeys(*account, "in [account]", {"signed_in", "ui"});
         model_.signedIn = Bool(*account, "signed_in", false);
-        model_.accountUi = String(*account, "ui", kDefaultAccountUi);
+        model_.accountUi = String(*account, "ui", kUsualAccountUi);
     }
 }
 
