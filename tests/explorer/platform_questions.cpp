@@ -69,7 +69,7 @@ class Asking {
         tv_.Store(vtv::kHintKey, std::nullopt);
         tv_.Do([&] {
             OddQuestions(vtv::kHintKey, [&](const auto& call, const auto& asked,
-                                               const auto& answer) {
+                                            const auto& answer) {
                 Line(call, asked, answer);
             }).AskAll();
         });
