@@ -4,6 +4,7 @@
 
 #include "explorer/tv/state.h"
 #include "host/core/toml_writer.h"
+#include "virtual-tv/model/keys.h"
 
 namespace explorer {
 
@@ -122,8 +123,7 @@ std::string MembersOf(const std::string& word, const Effects& effects) {
     std::string lines = word + ".launched = " + TomlList(effects.launches) + "\n" + word +
                         ".toast = " + TomlList(effects.toasts) + "\n";
     for (const auto& [application, mode] : effects.modes) {
-        lines +=
-            word + ".state." + TomlText("always_on_voice/" + application) + " = " + mode + "\n";
+        lines += word + ".state." + TomlText(vtv::kModeState + application) + " = " + mode + "\n";
     }
     for (const auto& [key, value] : effects.settings) {
         lines += word + ".setting." + TomlText(key) + " = " + value + "\n";

@@ -116,8 +116,8 @@ TEST_F(ServicesTest, ConsentsAreKeptEachForItself) {
     tv->SetConsent("pp", false);
     EXPECT_GT(GetDisclaimerItemAgreement("tnc"), 0);
     EXPECT_EQ(GetDisclaimerItemAgreement("pp"), 0);
-    EXPECT_EQ(GetDisclaimerItemAgreement("other"), 0);
-    EXPECT_EQ(GetDisclaimerItemAgreement(nullptr), 0);
+    EXPECT_EQ(GetDisclaimerItemAgreement("other"), -1);
+    EXPECT_EQ(GetDisclaimerItemAgreement(nullptr), -1);
     ErrorOf(ErrorKind::kUsage, [&] { tv->SetConsent("other", true); });
 }
 
