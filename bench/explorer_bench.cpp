@@ -1,4 +1,4 @@
-// How fast a provider is explored, and how the work grows; docs/explorer.md has the figures.
+// How fast a provider is explored, and how the work grows; docs/performance.md has the figures.
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 

@@ -280,19 +280,25 @@ __attribute__((noinline)) void DoNothingTraced(int i) {
     TRACE_EVENT_AT(1, "value %d", i);
 }
 
-void CountTraceThatIsOff() {
-    bench::SetTracing(false);
+void CountTrace() {
+    const auto events = [] {
+        for (int i = 0; i < kEvents; ++i) {
+            DoNothingTraced(i);
+        }
+    };
     const bench::Tape none;
+    bench::SetTracing(false);
     Count("no trace", none, [] {
         for (int i = 0; i < kEvents; ++i) {
             DoNothing(i);
         }
     });
-    Count("trace off", none, [] {
-        for (int i = 0; i < kEvents; ++i) {
-            DoNothingTraced(i);
-        }
-    });
+    Count("trace off", none, events);
+    bench::SilentTv traced;
+    traced.tracing = true;
+    const bench::Tape tape = bench::Record(traced, events);
+    Count("trace on", tape, events);
+    Count("bare trace", tape, [&] { bench::MakeBareCalls(tape); });
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -358,7 +364,7 @@ int main(int argc, char** argv) {
         }
     }
     if (RUNNING_ON_VALGRIND != 0) {
-        CountTraceThatIsOff();
+        CountTrace();
     } else {
         std::cout << document << '\n';
     }

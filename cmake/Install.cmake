@@ -9,6 +9,13 @@ set(SI_VIRTUAL_TV_DIR ${CMAKE_INSTALL_LIBDIR}/vtv)
 set(SI_HEADER_DIR ${CMAKE_INSTALL_INCLUDEDIR}/si-ready)
 set(SI_DATA_DIR ${CMAKE_INSTALL_DATADIR}/vtv)
 
+# si_install(...): as install(), where somebody wants us installed.
+function(si_install)
+    if(SI_INSTALL)
+        install(${ARGV})
+    endif()
+endfunction()
+
 # si_path_between(VARIABLE FROM TO): from one installed folder to another.
 function(si_path_between variable from to)
     set(prefix ${CMAKE_INSTALL_PREFIX})

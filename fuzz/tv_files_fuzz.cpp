@@ -37,7 +37,6 @@ const char* const FILES[] = {"settings/db%2Fany",
                              "state/account%2Fsigned_in",
                              "state/feature%2Fany",
                              "faults/.store",
-                             "recording",
                              "speech/last.wav"};
 
 // A TV that lives as long as the fuzzer does, and its files as they were.

@@ -5,7 +5,9 @@
 extern "C" {
 #endif
 
+/* Of the assistant that is current; 0 where none was set for it. */
 int AOVSystemDataGetAOVMode(void);
+/* Of any application, known or not; 0 on success. */
 int AOVSystemDataSetAOVMode(const char* appId, int mode);
 
 #ifdef __cplusplus

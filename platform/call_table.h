@@ -1,6 +1,7 @@
-// The calls of calls.h as a table, for those who keep books of what is handed out.
+// The calls of calls.h as a table, for those who serve them or keep books of what is handed out.
 #pragma once
 
+#include <cstdlib>
 #include <string_view>
 
 #include "calls.h"
@@ -14,10 +15,16 @@ struct DescribedCall {
     std::string_view name;
     Does does;
     Object object;
+    int failure;  // 0 is also the null of a pointer, and of a call that returns nothing
 };
 
+// What the calls for features return of one that the TV does not have, or has of another type; for
+// a null, too.
+inline constexpr int NO_SUCH_FEATURE = -22;
+
 inline constexpr DescribedCall CALLS[] = {
-#define CALL(result, name, parameters, failure, does, object) {#name, Does::does, Object::object},
+#define CALL(result, name, parameters, failure, does, object) \
+    {#name, Does::does, Object::object, int{failure}},
     SI_PLATFORM_CALLS(CALL)
 #undef CALL
 };
@@ -30,6 +37,15 @@ constexpr const DescribedCall* Find(std::string_view name) {
         }
     }
     return nullptr;
+}
+
+// What the call returns when it fails; only of a call of the list.
+constexpr int FailureOf(std::string_view name) {
+    const DescribedCall* call = Find(name);
+    if (call == nullptr) {
+        std::abort();  // it fails in a way of its own
+    }
+    return call->failure;
 }
 
 // NOTHING for what is no call of the list, too.

@@ -4,7 +4,9 @@
  *
  *     CALL(result, name, parameters, failure, does, object)
  *
- * failure: what it returns when it fails; out-parameters are then left as they were.
+ * failure: what it returns when it fails; out-parameters are then left as they were, and nothing
+ *          happens on the TV. A call fails for a null where its header does not allow one, and for
+ *          what the TV does not have. Of a feature, call_table.h names another result for that.
  * does:    ASKS     it only tells; what it hands out is the caller's to give back
  *          CHANGES  it leaves something behind on the TV, or prepares that
  *          ENDS     it gives back what another call handed out
@@ -15,8 +17,12 @@
  *                   a handle, which comes back by the one call of the same object that ENDS it
  *          CONTEXT  which stays the platform's
  *
- * Types are those of the other headers here, which a reader includes first. access() of the C
- * library and the trace storage, which is C++, are not in the list.
+ * A handle is used only between the call that hands it out and the one that ENDS it: what another
+ * use does is not defined.
+ *
+ * Types are those of the other headers here, which a reader includes first. Not in the list are
+ * those that fail in a way of their own: of the C library access(), which sets errno, and
+ * dgettext(), which never does; and the trace storage, which is C++ and hands out a null buffer.
  */
 #pragma once
 

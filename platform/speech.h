@@ -15,6 +15,7 @@ int tts_create(tts_h* tts);
 int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, void* userData);
 int tts_destroy(tts_h tts);
 
+/* Any numbers are taken. */
 int avoc_set_sound_feedback(int feedback, int priority);
 
 #ifdef __cplusplus

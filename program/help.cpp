@@ -250,6 +250,10 @@ std::string ManPage(const CLI::App& verb) {
 
 }  // namespace
 
+void AddVersion(CLI::App& app, const std::string& program) {
+    app.set_version_flag("--version", program + " " VTV_VERSION);
+}
+
 std::string ExitCodes() {
     return "0 done, 1 the answer is no, 2 wrong usage or a wrong file, 3 no such thing, "
            "4 it could not be done, or its output not be written.";

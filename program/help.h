@@ -14,6 +14,9 @@ inline constexpr char kCommonOptions[] = "Common options";
 // The exit codes in words, one sentence.
 std::string ExitCodes();
 
+// --version: the program's name and the project's version.
+void AddVersion(CLI::App& app, const std::string& program);
+
 // A verb as it is typed: "vtv app list".
 std::string FullName(const CLI::App& verb);
 // Its verbs and options that are not hidden, without dashes in front of the verbs.

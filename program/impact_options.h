@@ -11,6 +11,17 @@
 
 namespace program {
 
+inline constexpr char kImpactDoes[] = "Show what a new assistant policy changes, and for whom";
+inline constexpr char kImpactExamples[] =
+    "  vtv policy show --json > old.json\n"
+    "  vtv impact old.json new.json\n"
+    "  vtv impact old.json new.json --tv farfield-eu --tv farfield-cn\n"
+    "  vtv impact old.json new.json --html > impact.html\n\n"
+    "Looks at every model and every user: signed in or not, set up or not, with each current\n"
+    "assistant. Ends with 0 when nothing changes, with 1 when something does, and with 2 when\n"
+    "a policy is malformed; what a TV would do with it is told. It is the program vtv-explore\n"
+    "that does the work; it must be installed beside vtv.";
+
 struct ImpactOptions {
     std::string before;
     std::string after;

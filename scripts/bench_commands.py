@@ -16,6 +16,8 @@ SETTLED = 1.0  # seconds until whoever watches does
 KEY = "db/menu_widget/language"
 SCHEMA, PATH = "org.si-ready.bench", "/org/si-ready/bench/"
 
+SCENARIOS = Path(__file__).resolve().parent.parent / "tests/host/scenarios"
+
 build = Path(sys.argv[1]).resolve()
 vtv = str(build / "bin/vtv")
 os.environ["GSETTINGS_SCHEMA_DIR"] = str(build / "bench/schemas")
@@ -28,6 +30,7 @@ COMMANDS = {
     "gsettings set": lambda i: ["gsettings", "set", SCHEMA, "value", str(i)],
     "dconf write": lambda i: ["dconf", "write", PATH + "value", str(i + 1000)],
     "vtv show": lambda i: [vtv, "show"],
+    "vtv run": lambda i: [vtv, "run", str(SCENARIOS)],
 }
 # From the start of the command that writes to the line of the one that watches.
 WATCHES = {
@@ -73,5 +76,5 @@ for i in range(STARTS):
         took, computed = start(command(i))
         clock[name].append(took)
         processor[name].append(computed)
-json.dump({"clock": clock, "processor": processor, "seen": {name: seen(*what) for name, what in WATCHES.items()}},
-          sys.stdout)
+json.dump({"clock": clock, "processor": processor, "seen": {name: seen(*what) for name, what in WATCHES.items()},
+           "scenarios": len(list(SCENARIOS.glob("*.toml")))}, sys.stdout)

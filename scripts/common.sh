@@ -17,6 +17,9 @@ die() {
     exit 1
 }
 
+# need COMMAND PACKAGE: ends with the package's name where there is no such command.
+need() { command -v "$1" >/dev/null || die "the program $1 is missing: apt-get install $2"; }
+
 as_root() {
     if ((EUID == 0)); then "$@"; else sudo "$@"; fi
 }
@@ -28,7 +31,7 @@ hand_over_to_owner() {
     owner=$(stat -c %u .)
     if ((EUID == 0 && owner != 0)) && [[ ${SUDO_UID:-} == "$owner" ]]; then
         [[ ! -d build ]] || chown -R "$SUDO_UID:$SUDO_GID" build
-        exec sudo -H -u "#$SUDO_UID" -- env "CI=${CI:-}" "$(readlink -f "$0")" "$@"
+        exec sudo -H -u "#$SUDO_UID" -- env "CI=${CI:-}" SI_HANDED_OVER=true "$(readlink -f "$0")" "$@"
     fi
     mkdir -p "$LOGS" 2>/dev/null || true
     [[ -w build && -w $LOGS ]] ||

@@ -60,11 +60,11 @@ declare -A LEG_PACKAGES=(
     [clang]="clang-19 googletest python3"
     [format]="clang-format-19"
     [shell]="shellcheck"
-    [tidy]="clang-19 clang-tidy-19 libbenchmark-dev $TEST_PACKAGES"
+    [tidy]="${WINDOW_PACKAGES[*]} clang-19 clang-tidy-19 libbenchmark-dev libglib2.0-dev valgrind xclip xdotool xvfb $TEST_PACKAGES"
     [hardening]="binutils"
-    [abi]="abigail-tools"
+    [abi]="abigail-tools python3"
     [coverage]="clang-19 googletest libclang-rt-19-dev llvm-19"
-    [bench]="${WINDOW_PACKAGES[*]} dbus-daemon dconf-cli dconf-gsettings-backend g++-arm-linux-gnueabihf libbenchmark-dev libglib2.0-bin libglib2.0-dev libjsoncpp-dev:armhf valgrind xdotool xvfb"
+    [bench]="valgrind"
     [tv]="binutils"
     [inside]="$TEST_PACKAGES"
     [asan]="$TEST_PACKAGES"
@@ -79,6 +79,11 @@ declare -A LEG_PACKAGES=(
     [kills]="$TEST_PACKAGES"
     [walks]="$TEST_PACKAGES"
     [mutants]="$TEST_PACKAGES"
+)
+
+# What it needs beyond these to run whole, in --deep.
+declare -A LEG_DEEP_PACKAGES=(
+    [bench]="${WINDOW_PACKAGES[*]} dbus-daemon dconf-cli dconf-gsettings-backend g++-arm-linux-gnueabihf libbenchmark-dev libglib2.0-bin libglib2.0-dev libjsoncpp-dev:armhf xdotool xvfb"
 )
 
 # Without these, continuous integration has proven nothing.
@@ -178,7 +183,10 @@ leg_hardening() {
     scripts/check-library build/release
 }
 
-leg_abi() { scripts/abi; }
+leg_abi() {
+    tests/scripts/abi_test.py
+    scripts/abi
+}
 
 leg_reproducible() {
     local copies=build/reproducible folder
@@ -195,16 +203,16 @@ leg_reproducible() {
 
 # Beside the commit before; what is not committed yet, beside the last one.
 leg_bench() {
-    local before=HEAD^ extent=--sample
+    local before=HEAD^ extent=(--sample)
     build bench
     git diff --quiet HEAD -- abi cmake platform si-ready || before=HEAD
     if deep; then
-        extent=--whole
+        extent=()
         build arm32 si-ready
         cmake --preset release -B build/bench-whole -DSI_BUILD_BENCHMARKS=ON -DSI_BUILD_WINDOW=ON
-        cmake --build build/bench-whole --target store-bench vtv vtv-app vtv-window
+        cmake --build build/bench-whole --target explorer-bench store-bench vtv vtv-app vtv-window
     fi
-    scripts/bench $extent --against $before
+    scripts/bench "${extent[@]}" --against $before
 }
 
 leg_tv() { build_for_tv build/tv; }

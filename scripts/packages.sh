@@ -4,7 +4,7 @@
 # For ./run, and for whatever builds.
 PACKAGES=(
     cmake g++ gettext ninja-build pkg-config
-    libcli11-dev libelementary1 libespeak-ng-dev libjsoncpp-dev libtomlplusplus-dev
+    libcli11-dev libespeak-ng-dev libjsoncpp-dev libtomlplusplus-dev
 )
 # What ./run window needs beside them: the toolkit, and the fonts of the page.
 WINDOW_PACKAGES=(fonts-dejavu-core fonts-wqy-microhei libefl-all-dev libpng-dev)

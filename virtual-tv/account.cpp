@@ -1,9 +1,7 @@
 // The maker's account and the viewer's consents.
 #include "platform/account.h"
 
-#include <algorithm>
 #include <cstring>
-#include <iterator>
 
 #include "serve.h"
 #include "tv_impl.h"
@@ -31,7 +29,7 @@ bool Tv::Consent(const std::string& item) const {
 }
 
 void Tv::SetConsent(const std::string& item, bool agreed) {
-    if (std::find(std::begin(kConsents), std::end(kConsents), item) == std::end(kConsents)) {
+    if (!IsConsent(item)) {
         throw Error(ErrorKind::kUsage,
                     "\"" + item +
                         "\" is no consent: write \"tnc\" (terms and conditions) or "
@@ -45,32 +43,32 @@ void Tv::SetConsent(const std::string& item, bool agreed) {
 extern "C" {
 
 VTV_EXPORT int sso_get_login_state(int* state) {
+    constexpr char kFunction[] = "sso_get_login_state";
     if (state == nullptr) {
-        return vtv::kFailed;
+        return platform::FailureOf(kFunction);
     }
-    return vtv::ServeRead("sso_get_login_state", nullptr, vtv::kFailed, state,
-                          [&](vtv::Tv::Impl& tv) {
-                              *state = tv.StateOr<bool>(vtv::kSignedInState, false) ? 1 : 0;
-                              return 0;
-                          });
+    return vtv::ServeRead(kFunction, nullptr, state, [&](vtv::Tv::Impl& tv) {
+        *state = tv.StateOr<bool>(vtv::kSignedInState, false) ? 1 : 0;
+        return true;
+    });
 }
 
 VTV_EXPORT int sso_get_account_ui_application_package_id(char** id) {
     return vtv::Serve("sso_get_account_ui_application_package_id", [&](vtv::Tv::Impl& tv) {
         if (id == nullptr || tv.model.accountUi.empty()) {
-            return vtv::kFailed;
+            return false;
         }
         *id = strdup(tv.model.accountUi.c_str());
-        return *id != nullptr ? 0 : vtv::kFailed;
+        return *id != nullptr;
     });
 }
 
 VTV_EXPORT int GetDisclaimerItemAgreement(const char* item) {
     bool agreed = false;
-    const int result = vtv::ServeRead(
-        "GetDisclaimerItemAgreement", item, vtv::kFailed, &agreed, [&](vtv::Tv::Impl& tv) {
+    const int result =
+        vtv::ServeRead("GetDisclaimerItemAgreement", item, &agreed, [&](vtv::Tv::Impl& tv) {
             agreed = item != nullptr && tv.StateOr<bool>(vtv::ConsentKey(item), false);
-            return 0;
+            return item != nullptr && vtv::IsConsent(item);
         });
     return result == 0 ? (agreed ? 1 : 0) : result;
 }

@@ -1,15 +1,10 @@
 // The commands of models that the user has allowed to run: kept with the user's own settings, where
 // no TV, model, dump or scenario that somebody sent can reach.
-#include <fcntl.h>
-#include <stdlib.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 
 #include "applications.h"
+#include "own_files.h"
 #include "virtual-tv/model/format_version.h"
 #include "virtual-tv/model/json_text.h"
 
@@ -18,66 +13,9 @@ namespace vtv {
 namespace {
 
 constexpr char kFormat[] = "vtv-allowed-commands";
-constexpr off_t kLargest = off_t{4} * 1024 * 1024;
-
-// Empty when the environment names no home.
-std::string ConfigDir() {
-    const auto absolute = [](const char* name) {
-        const char* value = std::getenv(name);
-        return std::string(value != nullptr && value[0] == '/' ? value : "");
-    };
-    if (const std::string config = absolute("XDG_CONFIG_HOME"); !config.empty()) {
-        return config + "/vtv";
-    }
-    const std::string home = absolute("HOME");
-    return home.empty() ? "" : home + "/.config/vtv";
-}
 
 [[noreturn]] void Fail(const std::string& path, const std::string& text) {
     throw Error(ErrorKind::kPlatform, path + ": " + text);
-}
-
-// What others could have written says nothing about what the user wants.
-void RequireOwn(const std::string& path, const struct stat& info) {
-    if (info.st_uid != geteuid()) {
-        Fail(path, "belongs to another user, so that what it allows does not count. Remove it.");
-    }
-    if ((info.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-        Fail(path,
-             "can be written by others, so that what it allows does not count. Look at what "
-             "it holds, then: chmod go-w " +
-                 path);
-    }
-}
-
-// False when there is none yet.
-bool ReadOwnFile(const std::string& file, std::string* text) {
-    struct stat folder{};
-    const std::string dir = ConfigDir();
-    if (stat(dir.c_str(), &folder) == 0) {
-        RequireOwn(dir, folder);
-    }
-    const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-    if (fd < 0 && errno == ENOENT) {
-        return false;
-    }
-    struct stat info{};
-    const bool plain =
-        fd >= 0 && fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size <= kLargest;
-    if (!plain) {
-        const std::string reason =
-            fd < 0 && errno != ELOOP ? std::strerror(errno) : "it must be a plain file, no link";
-        if (fd >= 0) {
-            close(fd);
-        }
-        Fail(file, "cannot be read: " + reason + ". No command is allowed until it is removed.");
-    }
-    text->resize(static_cast<size_t>(info.st_size));
-    const ssize_t size = pread(fd, text->data(), text->size(), 0);
-    text->resize(static_cast<size_t>(std::max<ssize_t>(size, 0)));
-    close(fd);
-    RequireOwn(file, info);
-    return true;
 }
 
 std::vector<std::string> Parse(const std::string& text, const std::string& file) {
@@ -112,35 +50,15 @@ void Write(const std::string& file, const std::vector<std::string>& commands) {
     for (const std::string& command : commands) {
         json["commands"].append(command);
     }
-    const std::string text = json.toStyledString();
-    std::string temporary = file + ".XXXXXX";
-    const int fd = mkostemp(temporary.data(), O_CLOEXEC);  // 0600
-    bool good = fd >= 0 &&
-                write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
-                fsync(fd) == 0;
-    int error = errno;
-    if (fd >= 0) {
-        close(fd);
-    }
-    if (good && rename(temporary.c_str(), file.c_str()) != 0) {
-        error = errno;
-        good = false;
-    }
-    if (!good) {
-        unlink(temporary.c_str());
-        Fail(file, std::string("cannot be written: ") + std::strerror(error) + ".");
-    }
+    WriteOwnFile(file, json.toStyledString());
 }
 
 // Reads, changes and writes the list; no other process does so meanwhile.
 template <typename Change>
 bool ChangeList(Change change) {
     const std::string file = AllowedCommandsFile();
-    const std::string dir = ConfigDir();
-    EnsureDir(dir.substr(0, dir.rfind('/')));
-    if (mkdir(dir.c_str(), 0700) != 0 && errno != EEXIST) {
-        Fail(dir, std::string("cannot be made: ") + std::strerror(errno) + ".");
-    }
+    const std::string dir = OwnFolder();
+    MakeOwnFolder(dir);
     std::vector<std::string> commands = AllowedCommands();  // checks the folder, too
     const FileLock lock(dir, ".lock");
     commands = AllowedCommands();
@@ -190,7 +108,7 @@ std::string ForShell(const std::string& text) {
 }  // namespace
 
 std::string AllowedCommandsFile() {
-    const std::string dir = ConfigDir();
+    const std::string dir = OwnFolder();
     if (dir.empty()) {
         throw Error(ErrorKind::kPlatform,
                     "There is no place for what you allow: set HOME or XDG_CONFIG_HOME to a folder "
@@ -201,8 +119,9 @@ std::string AllowedCommandsFile() {
 
 std::vector<std::string> AllowedCommands() {
     const std::string file = AllowedCommandsFile();
-    std::string text;
-    return ReadOwnFile(file, &text) ? Parse(text, file) : std::vector<std::string>();
+    const std::optional<std::string> text =
+        ReadOwnFile(file, "No command is allowed until it is removed.");
+    return text ? Parse(*text, file) : std::vector<std::string>();
 }
 
 void AllowCommand(const std::string& command) {

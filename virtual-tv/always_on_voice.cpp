@@ -40,10 +40,10 @@ extern "C" {
 
 VTV_EXPORT int AOVSystemDataGetAOVMode(void) {
     int mode = 0;
-    const int result = vtv::ServeRead(
-        "AOVSystemDataGetAOVMode", nullptr, vtv::kFailed, &mode, [&](vtv::Tv::Impl& tv) {
+    const int result =
+        vtv::ServeRead("AOVSystemDataGetAOVMode", nullptr, &mode, [&](vtv::Tv::Impl& tv) {
             mode = tv.StateOr<int>(vtv::ModeKey(vtv::CurrentAssistant(tv)), 0);
-            return 0;
+            return true;
         });
     return result == 0 ? mode : result;
 }
@@ -51,10 +51,10 @@ VTV_EXPORT int AOVSystemDataGetAOVMode(void) {
 VTV_EXPORT int AOVSystemDataSetAOVMode(const char* appId, int mode) {
     return vtv::Serve("AOVSystemDataSetAOVMode", [&](vtv::Tv::Impl& tv) {
         if (appId == nullptr) {
-            return vtv::kFailed;
+            return false;
         }
         tv.state.Write(vtv::ModeKey(appId), mode);
-        return 0;
+        return true;
     });
 }
 

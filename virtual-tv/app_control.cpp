@@ -28,20 +28,19 @@ void Put(Extras* extras, const char* key, const char* value) {
     }
 }
 
-int ServeLaunch(Tv::Impl& tv, Launch request) {
+bool Launched(Tv::Impl& tv, Launch request) {
     const Launch launch = StartApplication(tv, std::move(request));
     if (Succeeded(launch)) {
-        return 0;
+        return true;
     }
     NoteFailure(tv, launch.appId + " could not be started: " + launch.outcome + ".");
-    return kFailed;
+    return false;
 }
 
 }  // namespace
 
 }  // namespace vtv
 
-using vtv::kFailed;
 using vtv::Serve;
 using vtv::ServeOr;
 
@@ -50,32 +49,32 @@ extern "C" {
 VTV_EXPORT int app_control_create(app_control_h* control) {
     return Serve("app_control_create", [&](vtv::Tv::Impl&) {
         if (control == nullptr) {
-            return kFailed;
+            return false;
         }
         auto made = std::make_unique<app_control_s>();
         made->request.via = "app-control";
         *control = made.release();
-        return 0;
+        return true;
     });
 }
 
 VTV_EXPORT int app_control_set_operation(app_control_h control, const char* operation) {
     return Serve("app_control_set_operation", [&](vtv::Tv::Impl&) {
         if (control == nullptr || operation == nullptr) {
-            return kFailed;
+            return false;
         }
         control->request.operation = operation;
-        return 0;
+        return true;
     });
 }
 
 VTV_EXPORT int app_control_set_app_id(app_control_h control, const char* appId) {
     return Serve("app_control_set_app_id", [&](vtv::Tv::Impl&) {
         if (control == nullptr || appId == nullptr) {
-            return kFailed;
+            return false;
         }
         control->request.appId = appId;
-        return 0;
+        return true;
     });
 }
 
@@ -83,10 +82,10 @@ VTV_EXPORT int app_control_add_extra_data(app_control_h control, const char* key
                                           const char* value) {
     return Serve("app_control_add_extra_data", [&](vtv::Tv::Impl&) {
         if (control == nullptr || key == nullptr || value == nullptr) {
-            return kFailed;
+            return false;
         }
         vtv::Put(&control->request.extras, key, value);
-        return 0;
+        return true;
     });
 }
 
@@ -94,17 +93,16 @@ VTV_EXPORT int app_control_add_extra_data(app_control_h control, const char* key
 VTV_EXPORT int app_control_send_launch_request(app_control_h control, app_control_reply_cb, void*) {
     return Serve("app_control_send_launch_request", [&](vtv::Tv::Impl& tv) {
         if (control == nullptr || control->request.appId.empty()) {
-            return kFailed;
+            return false;
         }
-        return vtv::ServeLaunch(tv, control->request);
+        return vtv::Launched(tv, control->request);
     });
 }
 
 VTV_EXPORT int app_control_destroy(app_control_h control) {
     // Also when the call is told to fail: what was handed out is given back.
     const std::unique_ptr<app_control_s> owned(control);
-    return Serve("app_control_destroy",
-                 [&](vtv::Tv::Impl&) { return control != nullptr ? 0 : kFailed; });
+    return Serve("app_control_destroy", [&](vtv::Tv::Impl&) { return control != nullptr; });
 }
 
 VTV_EXPORT bundle* bundle_create(void) {
@@ -115,22 +113,22 @@ VTV_EXPORT bundle* bundle_create(void) {
 VTV_EXPORT int bundle_add_str(bundle* b, const char* key, const char* value) {
     return Serve("bundle_add_str", [&](vtv::Tv::Impl&) {
         if (b == nullptr || key == nullptr || value == nullptr) {
-            return kFailed;
+            return false;
         }
         vtv::Put(&b->extras, key, value);
-        return 0;
+        return true;
     });
 }
 
 VTV_EXPORT int bundle_free(bundle* b) {
     const std::unique_ptr<bundle_s> owned(b);
-    return Serve("bundle_free", [&](vtv::Tv::Impl&) { return b != nullptr ? 0 : kFailed; });
+    return Serve("bundle_free", [&](vtv::Tv::Impl&) { return b != nullptr; });
 }
 
 VTV_EXPORT int aul_launch_app(const char* appId, bundle* b) {
     return Serve("aul_launch_app", [&](vtv::Tv::Impl& tv) {
         if (appId == nullptr) {
-            return kFailed;
+            return false;
         }
         vtv::Launch request;
         request.appId = appId;
@@ -138,7 +136,7 @@ VTV_EXPORT int aul_launch_app(const char* appId, bundle* b) {
         if (b != nullptr) {
             request.extras = b->extras;
         }
-        return vtv::ServeLaunch(tv, std::move(request));
+        return vtv::Launched(tv, std::move(request));
     });
 }
 

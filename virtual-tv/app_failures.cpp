@@ -20,7 +20,7 @@ std::string FailureName(int pid) {
 void LeaveFailure(const std::string& tvDir, int pid, const Error& failure) {
     const std::string name = FailureName(pid);
     int error = 0;
-    unlink((tvDir + "/" + name).c_str());
+    RemoveTvFile(tvDir, name);
     WriteTvFile(tvDir, name,
                 std::to_string(static_cast<int>(failure.kind())) + " " + failure.what(), &error);
 }
@@ -39,7 +39,7 @@ std::optional<Error> TakeFailure(const std::string& tvDir, int pid) {
     if (space == std::string::npos) {
         return std::nullopt;  // it may be about to be written
     }
-    unlink((tvDir + "/" + name).c_str());
+    RemoveTvFile(tvDir, name);
     const bool no = text.substr(0, space) == std::to_string(static_cast<int>(ErrorKind::kNo));
     return Error(no ? ErrorKind::kNo : ErrorKind::kPlatform, text.substr(space + 1));
 }

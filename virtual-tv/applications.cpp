@@ -271,17 +271,17 @@ extern "C" {
 VTV_EXPORT int app_manager_get_app_context(const char* appId, app_context_h* context) {
     return vtv::Serve("app_manager_get_app_context", [&](vtv::Tv::Impl& tv) {
         if (appId == nullptr || context == nullptr) {
-            return vtv::kFailed;
+            return false;
         }
         for (const vtv::RunningApplication& running : vtv::ListRunning(tv.dir)) {
             if (running.appId == appId) {
                 // Callers do not give contexts back: there is one an application, and it is ours.
                 static std::map<std::string, app_context_s> contexts;
                 *context = &(contexts[running.appId] = app_context_s{running.appId});
-                return 0;
+                return true;
             }
         }
-        return vtv::kFailed;
+        return false;
     });
 }
 
@@ -298,7 +298,7 @@ VTV_EXPORT int app_manager_terminate_app(app_context_h context) {
         tv.LogLine(vtv::kInfo, "end of " +
                                    (context != nullptr ? context->appId : std::string("nothing")) +
                                    (sent ? ": asked" : ": it does not run"));
-        return sent ? 0 : vtv::kFailed;
+        return sent;
     });
 }
 

@@ -125,7 +125,7 @@ void CopyEntry(const Folders& folders, const std::string& name) {
     folders.Sync(to.fd);
 }
 
-std::vector<std::string> NamesIn(int dir, const std::string& path) {
+std::vector<std::string> NamesToCopy(int dir, const std::string& path) {
     const int listed = openat(dir, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     DIR* entries = listed >= 0 ? fdopendir(listed) : nullptr;
     if (entries == nullptr) {
@@ -160,7 +160,7 @@ void CopyFolder(int fromDir, int toDir, const std::string& name, const std::stri
     if (folders.from.fd < 0 || folders.to.fd < 0) {
         FailToCopy(path, "cannot be copied");
     }
-    for (const std::string& entry : NamesIn(folders.from.fd, path)) {
+    for (const std::string& entry : NamesToCopy(folders.from.fd, path)) {
         CopyEntry(folders, entry);
     }
     folders.Sync(folders.to.fd);
@@ -178,7 +178,7 @@ void CopyStore(int fromDir, int toDir, const std::string& name, const std::strin
     Watcher watcher;
     watcher.Watch(path, kStoreEvents, "",
                   [&changed](const std::string& file) { changed.insert(file); });
-    for (const std::string& file : NamesIn(folders.from.fd, path)) {
+    for (const std::string& file : NamesToCopy(folders.from.fd, path)) {
         changed.insert(file);
     }
     for (const std::string& file : std::exchange(changed, {})) {

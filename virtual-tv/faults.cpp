@@ -124,7 +124,7 @@ bool Faulted(Tv::Impl& tv, const char* function, int* result) {
     const Fault fault = found->second;
     if (Experimenting()) {
         *result = fault.result;
-        return fault.kind == Fault::Kind::kAlways;
+        return fault.kind == Fault::Kind::kAlways && !IsMended(fault.function);
     }
     if (fault.kind == Fault::Kind::kSlow) {
         tv.LogLine(kWarning, "fault: " + fault.function + " takes " +

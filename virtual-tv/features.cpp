@@ -11,8 +11,6 @@ namespace vtv {
 
 namespace {
 
-constexpr int kInvalidParameter = -22;  // also what the platform says of a feature it does not know
-
 // A tried value, and the mark that the TV lacks the feature, in the TV's state.
 std::string OverrideKey(const std::string& key) {
     return kFeatureState + key;
@@ -33,18 +31,20 @@ std::optional<Value> ReadFeature(const Tv::Impl& tv, const std::string& key) {
 }
 
 // A feature of another type is as good as none.
-template <typename T, typename Result>
-int Answer(const char* function, const char* key, Result result) {
-    T found{};
-    const int error = ServeRead(function, key, kInvalidParameter, &found, [&](Tv::Impl& tv) {
-        const std::optional<Value> value = key != nullptr ? ReadFeature(tv, key) : std::nullopt;
+template <typename T>
+int Answer(const char* function, const char* key, T* found) {
+    if (key == nullptr || found == nullptr) {
+        return platform::NO_SUCH_FEATURE;
+    }
+    const auto read = [&](Tv::Impl& tv) {
+        const std::optional<Value> value = ReadFeature(tv, key);
         if (!value || !std::holds_alternative<T>(*value)) {
-            return kInvalidParameter;
+            return false;
         }
-        found = std::get<T>(*value);
-        return 0;
-    });
-    return error == 0 ? result(found) : error;
+        *found = std::get<T>(*value);
+        return true;
+    };
+    return ServeRead(function, key, found, read, platform::NO_SUCH_FEATURE);
 }
 
 }  // namespace
@@ -106,38 +106,23 @@ void Tv::ResetFeature(const std::string& key) {
 extern "C" {
 
 VTV_EXPORT int system_info_get_custom_bool(const char* key, bool* value) {
-    return vtv::Answer<bool>("system_info_get_custom_bool", key, [&](bool flag) {
-        if (value == nullptr) {
-            return vtv::kInvalidParameter;
-        }
-        *value = flag;
-        return 0;
-    });
+    return vtv::Answer("system_info_get_custom_bool", key, value);
 }
 
 VTV_EXPORT int system_info_get_custom_int(const char* key, int* value) {
-    return vtv::Answer<int>("system_info_get_custom_int", key, [&](int number) {
-        if (value == nullptr) {
-            return vtv::kInvalidParameter;
-        }
-        *value = number;
-        return 0;
-    });
+    return vtv::Answer("system_info_get_custom_int", key, value);
 }
 
 VTV_EXPORT int system_info_get_custom_string(const char* key, char** value) {
-    return vtv::Answer<std::string>("system_info_get_custom_string", key,
-                                    [&](const std::string& text) {
-                                        if (value == nullptr) {
-                                            return vtv::kInvalidParameter;
-                                        }
-                                        char* copy = strdup(text.c_str());
-                                        if (copy == nullptr) {
-                                            return vtv::kFailed;
-                                        }
-                                        *value = copy;
-                                        return 0;
-                                    });
+    constexpr char kFunction[] = "system_info_get_custom_string";
+    std::string text;
+    const int result = vtv::Answer(kFunction, key, value != nullptr ? &text : nullptr);
+    char* copy = result == 0 ? strdup(text.c_str()) : nullptr;
+    if (copy == nullptr) {
+        return result != 0 ? result : platform::FailureOf(kFunction);
+    }
+    *value = copy;
+    return 0;
 }
 
 }  // extern "C"

@@ -1,6 +1,7 @@
 #include "folder_names.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -16,25 +17,20 @@ namespace {
 
 constexpr int kMostListings = 20;
 
-void AddNames(const std::string& folder, std::set<std::string>* names) {
-    DIR* dir = opendir(folder.c_str());
-    int error = errno;
-    if (dir != nullptr) {
-        for (errno = 0; const dirent* entry = readdir(dir); errno = 0) {
-            names->insert(entry->d_name);
-        }
-        error = errno;
-        closedir(dir);
+// The errno of what could not be read, or 0.
+int AddNames(DIR* dir, std::set<std::string>* names) {
+    rewinddir(dir);
+    for (errno = 0; const dirent* entry = readdir(dir); errno = 0) {
+        names->insert(entry->d_name);
     }
-    Unreadable::ThrowIf(error, folder);
+    return errno;
 }
 
 // By the clock that the system stamps files with.
-bool HasChangedSince(const std::string& folder, const timespec& start) {
+bool HasChangedSince(int folder, const timespec& start) {
     struct stat info{};
-    return stat(folder.c_str(), &info) == 0 &&
-           std::tie(info.st_mtim.tv_sec, info.st_mtim.tv_nsec) >=
-               std::tie(start.tv_sec, start.tv_nsec);
+    return fstat(folder, &info) == 0 && std::tie(info.st_mtim.tv_sec, info.st_mtim.tv_nsec) >=
+                                            std::tie(start.tv_sec, start.tv_nsec);
 }
 
 }  // namespace
@@ -42,17 +38,29 @@ bool HasChangedSince(const std::string& folder, const timespec& start) {
 // In memory, a file that is replaced while its folder is listed may be listed neither as the old
 // one nor as the new one. What no listing of a folder that is written without end has is as likely
 // as all of them going wrong.
-std::vector<std::string> NamesIn(const std::string& folder) {
+std::vector<std::string> NamesIn(int folder, const std::string& path) {
+    DIR* const dir = folder >= 0 ? fdopendir(folder) : nullptr;
+    if (dir == nullptr) {
+        Unreadable::ThrowIf(errno, path);
+        return {};
+    }
     std::set<std::string> names;
     timespec start{};
     int listings = 0;
+    int error = 0;
     do {
         clock_gettime(CLOCK_REALTIME_COARSE, &start);
-        AddNames(folder, &names);
+        error = AddNames(dir, &names);
     } while (++listings < kMostListings && HasChangedSince(folder, start));
+    closedir(dir);
+    Unreadable::ThrowIf(error, path);
     names.erase(".");
     names.erase("..");
     return {names.begin(), names.end()};
+}
+
+std::vector<std::string> NamesIn(const std::string& folder) {
+    return NamesIn(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), folder);
 }
 
 }  // namespace vtv

@@ -5,9 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <filesystem>
 
 #include "tv_files.h"
 #include "virtual-tv/model/error.h"
@@ -51,7 +49,7 @@ void GrowingFile::SetAside(const std::string& tvDir) const {
     }
     const std::vector<std::string> names = Names();
     for (size_t i = 0; i + 1 < names.size(); ++i) {
-        rename((tvDir + "/" + names[i + 1]).c_str(), (tvDir + "/" + names[i]).c_str());
+        RenameInTv(tvDir, names[i + 1], names[i]);
     }
 }
 
@@ -86,21 +84,11 @@ int GrowingFileWriter::Descriptor() {
 
 void GrowingFile::Remove(const std::string& tvDir) const {
     const FileLock lock(tvDir, kLock);
-    const std::filesystem::path path = name;
-    const int folder = OpenTvFolder(tvDir, path.parent_path().string());
-    int error = folder < 0 ? errno : 0;
     for (const std::string& each : Names()) {
-        const std::string last = std::filesystem::path(each).filename().string();
-        if (error == 0 && unlinkat(folder, last.c_str(), 0) != 0 && errno != ENOENT) {
-            error = errno;
+        if (!RemoveTvFile(tvDir, each) && errno != ENOENT) {
+            throw Error(ErrorKind::kPlatform,
+                        tvDir + "/" + each + ": cannot be cleared: " + std::strerror(errno) + ".");
         }
-    }
-    if (folder >= 0) {
-        close(folder);
-    }
-    if (error != 0) {
-        throw Error(ErrorKind::kPlatform,
-                    tvDir + "/" + name + ": cannot be cleared: " + std::strerror(error) + ".");
     }
 }
 

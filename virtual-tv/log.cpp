@@ -64,6 +64,10 @@ void Tv::Log(int priority, const std::string& text) {
 
 extern "C" VTV_EXPORT int __dlog_print(int /*logId*/, int priority, const char* tag,
                                        const char* format, ...) {
+    constexpr char kFunction[] = "__dlog_print";
+    if (format == nullptr) {
+        return platform::FailureOf(kFunction);
+    }
     va_list arguments;
     va_start(arguments, format);
     va_list again;
@@ -76,7 +80,8 @@ extern "C" VTV_EXPORT int __dlog_print(int /*logId*/, int priority, const char* 
         message.pop_back();
     }
     va_end(again);
-    return vtv::Serve("__dlog_print", [&](vtv::Tv::Impl& tv) {
-        return tv.log.Append(priority, tag != nullptr ? tag : "", message) ? size : vtv::kFailed;
+    const int result = vtv::Serve(kFunction, [&](vtv::Tv::Impl& tv) {
+        return tv.log.Append(priority, tag != nullptr ? tag : "", message);
     });
+    return result == 0 ? size : result;
 }

@@ -37,14 +37,14 @@ std::string Tv::OwnerDir() const {
 
 std::vector<std::string> Tv::OwnerFiles() const {
     std::vector<std::string> files;
-    std::error_code error;
-    for (fs::recursive_directory_iterator entry(OwnerDir(), error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (!entry->is_directory(error)) {
-            files.push_back(entry->path().lexically_relative(OwnerDir()).string());
-        }
-    }
-    Unreadable::ThrowIf(error.value(), OwnerDir());
+    const int error =
+        WalkTvFolder(impl_->dir, "owner", [&](const std::string& name, const struct stat& info) {
+            if (!S_ISDIR(info.st_mode)) {
+                files.push_back(name);
+            }
+            return true;
+        });
+    Unreadable::ThrowIf(error, OwnerDir());
     std::sort(files.begin(), files.end());
     return files;
 }
@@ -65,7 +65,7 @@ std::string OwnerFileName(const std::string& path) {
 
 void Tv::AddOwnerFile(const std::string& path) {
     const std::string name = OwnerFileName(path);
-    EnsureDir(fs::path(impl_->dir + "/" + name).parent_path().string());
+    MakeTvFolder(impl_->dir, fs::path(name).parent_path().string());
     const int fd = OpenTvFile(impl_->dir, name, O_WRONLY | O_CREAT);
     if (fd < 0) {
         Fail(impl_->dir + "/" + name, "made");
@@ -74,16 +74,10 @@ void Tv::AddOwnerFile(const std::string& path) {
 }
 
 bool Tv::RemoveOwnerFile(const std::string& path) {
-    const fs::path name = OwnerFileName(path);
-    const int folder = OpenTvFolder(impl_->dir, name.parent_path().string());
-    const bool removed = folder >= 0 && unlinkat(folder, name.filename().c_str(), 0) == 0;
-    const int error = errno;
-    if (folder >= 0) {
-        close(folder);
-    }
-    errno = error;
-    if (!removed && error != ENOENT && error != ENOTDIR) {
-        Fail(impl_->dir + "/" + name.string(), "removed");
+    const std::string name = OwnerFileName(path);
+    const bool removed = RemoveTvFile(impl_->dir, name);
+    if (!removed && errno != ENOENT && errno != ENOTDIR) {
+        Fail(impl_->dir + "/" + name, "removed");
     }
     return removed;
 }

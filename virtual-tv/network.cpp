@@ -41,10 +41,10 @@ bool Tv::Online() const {
 extern "C" VTV_EXPORT int connection_profile_check_default_gateway(bool* connected) {
     constexpr char kFunction[] = "connection_profile_check_default_gateway";
     if (connected == nullptr) {
-        return vtv::kFailed;
+        return platform::FailureOf(kFunction);
     }
-    return vtv::ServeRead(kFunction, nullptr, vtv::kFailed, connected, [&](vtv::Tv::Impl& tv) {
+    return vtv::ServeRead(kFunction, nullptr, connected, [&](vtv::Tv::Impl& tv) {
         *connected = vtv::IsOnline(tv);
-        return 0;
+        return true;
     });
 }

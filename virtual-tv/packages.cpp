@@ -25,18 +25,18 @@ extern "C" {
 VTV_EXPORT int pkgmgrinfo_appinfo_get_appinfo(const char* appId, pkgmgrinfo_appinfo_h* handle) {
     return vtv::Serve("pkgmgrinfo_appinfo_get_appinfo", [&](vtv::Tv::Impl& tv) {
         if (appId == nullptr || handle == nullptr) {
-            return vtv::kFailed;
+            return false;
         }
         const vtv::Package* package = vtv::FindPackage(tv.model, appId);
         if (!vtv::IsInstalled(tv.model, appId)) {
-            return vtv::kFailed;
+            return false;
         }
         auto info = std::make_unique<vtv::AppInfo>();
         if (package != nullptr) {
             info->metadata = package->metadata;
         }
         *handle = info.release();
-        return 0;
+        return true;
     });
 }
 
@@ -44,15 +44,15 @@ VTV_EXPORT int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h handle
                                                      char** value) {
     return vtv::Serve("pkgmgrinfo_appinfo_get_metadata_value", [&](vtv::Tv::Impl&) {
         if (handle == nullptr || key == nullptr || value == nullptr) {
-            return vtv::kFailed;
+            return false;
         }
         auto& metadata = static_cast<vtv::AppInfo*>(handle)->metadata;
         const auto found = metadata.find(key);
         if (found == metadata.end()) {
-            return vtv::kFailed;
+            return false;
         }
         *value = found->second ? found->second->data() : nullptr;
-        return 0;
+        return true;
     });
 }
 
@@ -60,7 +60,7 @@ VTV_EXPORT int pkgmgrinfo_appinfo_destroy_appinfo(pkgmgrinfo_appinfo_h handle) {
     // Also when the call is told to fail: what was handed out is given back.
     const std::unique_ptr<vtv::AppInfo> info(static_cast<vtv::AppInfo*>(handle));
     return vtv::Serve("pkgmgrinfo_appinfo_destroy_appinfo",
-                      [&](vtv::Tv::Impl&) { return info != nullptr ? 0 : vtv::kFailed; });
+                      [&](vtv::Tv::Impl&) { return info != nullptr; });
 }
 
 }  // extern "C"

@@ -13,39 +13,49 @@ namespace {
 
 bool recording = false;
 std::vector<Read> recorded;
-const std::vector<Read>* substitutes = nullptr;
+const Experiment* experiment = nullptr;
 
 }  // namespace
 
-Experiment::Experiment(std::vector<Read> reads) : reads_(std::move(reads)), outer_(substitutes) {
-    substitutes = &reads_;
+Experiment::Experiment(std::vector<Read> reads, std::vector<std::string> mended)
+    : reads_(std::move(reads)), mended_(std::move(mended)), outer_(experiment) {
+    experiment = this;
     FollowTraceSwitch(Require("an experiment"));
 }
 
 Experiment::~Experiment() {
-    substitutes = outer_;
+    experiment = outer_;
     if (outer_ == nullptr && Current() != nullptr) {
         FollowTraceSwitch(Current()->impl());
     }
 }
 
+bool Experiment::Mends(const std::string& function) const {
+    return std::find(mended_.begin(), mended_.end(), function) != mended_.end();
+}
+
 bool Experimenting() {
-    return substitutes != nullptr;
+    return experiment != nullptr;
+}
+
+bool IsMended(const std::string& function) {
+    return experiment != nullptr && experiment->Mends(function);
 }
 
 const Read* SubstituteFor(const char* function, const char* subject) {
-    if (substitutes == nullptr) {
+    if (experiment == nullptr) {
         return nullptr;
     }
     const std::string_view about = subject != nullptr ? subject : "";
-    const auto found = std::find_if(
-        substitutes->begin(), substitutes->end(),
-        [&](const Read& read) { return read.function == function && read.subject == about; });
-    return found != substitutes->end() ? &*found : nullptr;
+    const std::vector<Read>& reads = experiment->Reads();
+    const auto found = std::find_if(reads.begin(), reads.end(), [&](const Read& read) {
+        return read.function == function && read.subject == about;
+    });
+    return found != reads.end() ? &*found : nullptr;
 }
 
 bool IsSilenced(const char* function) {
-    if (substitutes == nullptr) {
+    if (experiment == nullptr) {
         return false;
     }
     const platform::Does does = WhatDoes(function);

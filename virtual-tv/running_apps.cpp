@@ -6,7 +6,6 @@
 // Its price: a process that closes any descriptor of its own file gives the lock up, so that it
 // must not open it a second time.
 #include "running_apps.h"
-#include "folder_names.h"
 #include "store.h"
 #include "virtual-tv/model/json_text.h"
 
@@ -22,10 +21,8 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <ctime>
 #include <iterator>
 #include <tuple>
-#include <utility>
 
 // The header of Debian 12 does not say that these are functions of C.
 extern "C" {
@@ -100,9 +97,10 @@ int HolderOf(int fd, const std::string& path) {
 // One file of "apps/", open for reading.
 class AppFile {
   public:
-    AppFile(const std::string& tvDir, int pid) : path_(FileOf(tvDir, pid)) {
+    AppFile(const std::string& tvDir, int pid)
+        : tvDir_(tvDir), name_(NameOf(pid)), path_(FileOf(tvDir, pid)) {
         own_ = pid == getpid() ? OwnDescriptorOf(path_) : -1;
-        fd_ = own_ >= 0 ? own_ : OpenTvFile(tvDir, NameOf(pid), O_RDONLY);
+        fd_ = own_ >= 0 ? own_ : OpenTvFile(tvDir, name_, O_RDONLY);
         error_ = fd_ >= 0 ? 0 : errno;
         Unreadable::ThrowIf(error_, path_);
     }
@@ -130,7 +128,7 @@ class AppFile {
         struct stat there{};
         if (fstat(fd_, &mine) == 0 && lstat(path_.c_str(), &there) == 0 &&
             mine.st_dev == there.st_dev && mine.st_ino == there.st_ino) {
-            unlink(path_.c_str());
+            RemoveTvFile(tvDir_, name_);
         }
     }
 
@@ -142,6 +140,8 @@ class AppFile {
         return good && info.st_size <= kLargest ? info.st_size : -1;
     }
 
+    std::string tvDir_;
+    std::string name_;
     std::string path_;
     int own_ = -1;
     int fd_ = -1;
@@ -226,7 +226,7 @@ Finding Look(const std::string& tvDir, const std::string& name, RunningApplicati
 std::vector<RunningApplication> ListRunning(const std::string& tvDir,
                                             std::vector<std::string>* damage) {
     std::vector<std::pair<int64_t, RunningApplication>> found;
-    for (const std::string& name : NamesIn(FolderOf(tvDir))) {
+    for (const std::string& name : NamesInTv(tvDir, "apps")) {
         const bool isRecord =
             name.size() >= sizeof kSuffix &&
             name.compare(name.size() - sizeof kSuffix + 1, std::string::npos, kSuffix) == 0;
@@ -261,7 +261,7 @@ std::vector<RunningApplication> ListRunning(const std::string& tvDir,
 
 Registration::Registration(const std::string& tvDir)
     : tvDir_(tvDir), temporary_(tvDir + "/" + kStarting) {
-    unlink(temporary_.c_str());  // of a launcher that was killed
+    RemoveTvFile(tvDir, kStarting);  // of a launcher that was killed
     const int fd = OpenTvFile(tvDir, kStarting, O_RDWR | O_CREAT | O_EXCL);
     if (fd >= 0) {
         descriptor_ = fcntl(fd, F_DUPFD_CLOEXEC, kLockDescriptor);
@@ -280,7 +280,7 @@ Registration::~Registration() {
         close(descriptor_);
     }
     if (!temporary_.empty()) {
-        unlink(temporary_.c_str());
+        RemoveTvFile(tvDir_, kStarting);
     }
 }
 
@@ -311,7 +311,7 @@ bool Registration::Publish(const RunningApplication& application) {
         return false;
     }
     // Seen under its name only when it is whole and locked.
-    if (rename(temporary_.c_str(), FileOf(tvDir_, application.pid).c_str()) != 0) {
+    if (!RenameInTv(tvDir_, kStarting, NameOf(application.pid))) {
         error_ = errno;
         return false;
     }
@@ -339,7 +339,7 @@ bool IsRegistered(const std::string& tvDir, int pid) {
 }
 
 void Unregister(const std::string& tvDir, int pid) {
-    unlink(FileOf(tvDir, pid).c_str());
+    RemoveTvFile(tvDir, NameOf(pid));
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -10,8 +10,6 @@
 
 namespace vtv {
 
-inline constexpr int kFailed = -1;
-
 // Stops the program with the call's name when no TV is on.
 Tv::Impl& Require(const char* function);
 // Whether the call is to fail; *result is what an int call then returns. Sleeps for a slow one.
@@ -23,9 +21,11 @@ void ReportException(Tv::Impl& tv, const char* function, const std::exception& e
 void NoteRead(const char* function, const char* subject, std::optional<Value> value);
 bool RecordingReads();
 
-// While an Experiment lives: what the call finds in place of the TV's own; null where it is not
-// substituted. Whoever acts on the TV, or records something, does nothing then.
+// While an Experiment lives: whether a call works that was told to fail, and what a call finds in
+// place of the TV's own; null where it is not substituted. Whoever acts on the TV, or records
+// something, does nothing then.
 bool Experimenting();
+bool IsMended(const std::string& function);
 const Read* SubstituteFor(const char* function, const char* subject);
 bool IsSilenced(const char* function);
 
@@ -34,20 +34,38 @@ void NoteFailure(Tv::Impl& tv, const std::string& text);
 // The first stands in Tv::MachineFailure().
 void NoteMachineFailure(const std::string& why);
 
-// For calls that return an int error.
+// What came of a call: whether it did its work, and what it returns when it is one that returns 0
+// or an int error.
+struct Served {
+    bool isDone;
+    int result;
+};
+
+// The body tells whether the TV could do it; no is what the platform says when it could not, where
+// that is another result than the call's failure.
 template <typename Body>
-int Serve(const char* function, Body body) {
+Served Try(const char* function, Body body, std::optional<int> no) {
     Tv::Impl& tv = Require(function);
     if (IsSilenced(function)) {
-        return 0;
+        return {true, 0};
     }
-    int result = kFailed;
+    const int failure = platform::FailureOf(function);
+    int result = failure;
     try {
-        return Faulted(tv, function, &result) ? result : body(tv);
+        if (Faulted(tv, function, &result)) {
+            return {false, result};
+        }
+        return body(tv) ? Served{true, 0} : Served{false, no.value_or(failure)};
     } catch (const std::exception& error) {
         ReportException(tv, function, error);
-        return kFailed;
+        return {false, failure};
     }
+}
+
+// For calls that return 0 or an int error.
+template <typename Body>
+int Serve(const char* function, Body body) {
+    return Try(function, body, std::nullopt).result;
 }
 
 // For the others: what they return when they fail.
@@ -66,23 +84,30 @@ T ServeOr(T failed, const char* function, Body body) {
     }
 }
 
-// For calls that read one thing of the TV. The body returns an int error and stores what it found;
-// failed is what the platform says when there is no such thing.
+// For calls that read one thing of the TV. The body stores what it found and tells whether there is
+// such a thing; no as above.
 template <typename T, typename Body>
-int ServeRead(const char* function, const char* subject, int failed, T* found, Body body) {
-    int result = failed;
+Served TryRead(const char* function, const char* subject, T* found, Body body,
+               std::optional<int> no = std::nullopt) {
+    Served served{false, no.value_or(platform::FailureOf(function))};
     if (const Read* substitute = SubstituteFor(function, subject)) {
         if (substitute->value && std::holds_alternative<T>(*substitute->value)) {
             *found = std::get<T>(*substitute->value);
-            result = 0;
+            served = {true, 0};
         }
     } else {
-        result = Serve(function, body);
+        served = Try(function, body, no);
     }
     if (RecordingReads()) {
-        NoteRead(function, subject, result == 0 ? std::optional<Value>(*found) : std::nullopt);
+        NoteRead(function, subject, served.isDone ? std::optional<Value>(*found) : std::nullopt);
     }
-    return result;
+    return served;
+}
+
+template <typename T, typename Body>
+int ServeRead(const char* function, const char* subject, T* found, Body body,
+              std::optional<int> no = std::nullopt) {
+    return TryRead(function, subject, found, body, no).result;
 }
 
 }  // namespace vtv

@@ -22,10 +22,6 @@ struct KeyCallback {
 
 namespace {
 
-bool StartsWith(std::string_view text, std::string_view prefix) {
-    return text.substr(0, prefix.size()) == prefix;
-}
-
 // A damaged value is told of once a process, not at each of the page's many reads.
 void ReportDamage(Tv::Impl& tv, const std::string& key, const std::string& problem) {
     if (tv.reportedDamage.emplace(key, true).second) {
@@ -35,7 +31,7 @@ void ReportDamage(Tv::Impl& tv, const std::string& key, const std::string& probl
 
 template <typename T>
 bool ReadSetting(Tv::Impl& tv, const char* key, T* result) {
-    if (key == nullptr || (!StartsWith(key, "db/") && !StartsWith(key, "memory/"))) {
+    if (key == nullptr || !IsSettingKey(key)) {
         return false;
     }
     Value value;
@@ -57,24 +53,24 @@ bool ReadSetting(Tv::Impl& tv, const char* key, T* result) {
 }
 
 template <typename T>
-int ServeSetting(const char* function, const char* key, T* result) {
-    return ServeRead(function, key, kFailed, result,
-                     [&](Tv::Impl& tv) { return ReadSetting(tv, key, result) ? 0 : kFailed; });
+Served ServeSetting(const char* function, const char* key, T* result) {
+    return TryRead(function, key, result,
+                   [&](Tv::Impl& tv) { return ReadSetting(tv, key, result); });
 }
 
-int WriteSetting(Tv::Impl& tv, const char* key, const Value& value) {
-    if (key == nullptr) {
-        return kFailed;
+bool WriteSetting(Tv::Impl& tv, const char* key, const Value& value) {
+    if (key == nullptr || !IsSettingKey(key)) {
+        return false;
     }
     tv.StoreOf(key).Write(key, value);
     if (std::strcmp(key, kLanguageKey) == 0 && std::holds_alternative<std::string>(value)) {
         BindTexts(std::get<std::string>(value));
     }
-    return 0;
+    return true;
 }
 
 void RequirePrefix(const std::string& key) {
-    if (!StartsWith(key, "db/") && !StartsWith(key, "memory/")) {
+    if (!IsSettingKey(key)) {
         throw Error(
             ErrorKind::kUsage,
             "\"" + key +
@@ -96,7 +92,7 @@ Store& Tv::Impl::StoreOf(const std::string& key) {
 
 const Store& Tv::Impl::StoreOf(const std::string& key) const {
     RequirePrefix(key);
-    return StartsWith(key, "db/") ? settings : memory;
+    return IsKeptSetting(key) ? settings : memory;
 }
 
 std::optional<Setting> Tv::Find(const std::string& key) const {
@@ -181,22 +177,25 @@ using vtv::Serve;
 extern "C" {
 
 VTV_EXPORT int vconf_get_int(const char* key, int* value) {
-    return value != nullptr ? vtv::ServeSetting("vconf_get_int", key, value) : vtv::kFailed;
+    return value != nullptr ? vtv::ServeSetting("vconf_get_int", key, value).result
+                            : platform::FailureOf("vconf_get_int");
 }
 
 VTV_EXPORT int vconf_get_bool(const char* key, int* value) {
-    bool flag = false;
-    const int result = vtv::ServeSetting("vconf_get_bool", key, &flag);
-    if (value == nullptr || result != 0) {
-        return result != 0 ? result : vtv::kFailed;
+    if (value == nullptr) {
+        return platform::FailureOf("vconf_get_bool");
     }
-    *value = flag ? 1 : 0;
-    return 0;
+    bool flag = false;
+    const int result = vtv::ServeSetting("vconf_get_bool", key, &flag).result;
+    if (result == 0) {
+        *value = flag ? 1 : 0;
+    }
+    return result;
 }
 
 VTV_EXPORT char* vconf_get_str(const char* key) {
     std::string text;
-    return vtv::ServeSetting("vconf_get_str", key, &text) == 0 ? strdup(text.c_str()) : nullptr;
+    return vtv::ServeSetting("vconf_get_str", key, &text).isDone ? strdup(text.c_str()) : nullptr;
 }
 
 VTV_EXPORT int vconf_set_int(const char* key, int value) {
@@ -211,21 +210,20 @@ VTV_EXPORT int vconf_set_bool(const char* key, int value) {
 
 VTV_EXPORT int vconf_set_str(const char* key, const char* value) {
     return Serve("vconf_set_str", [&](vtv::Tv::Impl& tv) {
-        return value != nullptr ? vtv::WriteSetting(tv, key, std::string(value)) : vtv::kFailed;
+        return value != nullptr && vtv::WriteSetting(tv, key, std::string(value));
     });
 }
 
-// The same callback on the same key again replaces its user data.
 VTV_EXPORT int vconf_notify_key_changed(const char* key, vconf_callback_fn callback,
                                         void* userData) {
     return Serve("vconf_notify_key_changed", [&](vtv::Tv::Impl& tv) {
-        if (key == nullptr || callback == nullptr) {
-            return vtv::kFailed;
+        if (key == nullptr || callback == nullptr || !vtv::IsSettingKey(key)) {
+            return false;
         }
         for (const auto& known : tv.keyCallbacks) {
             if (known->key == key && known->callback == callback) {
                 known->userData = userData;
-                return 0;
+                return true;
             }
         }
         auto entry =
@@ -235,7 +233,7 @@ VTV_EXPORT int vconf_notify_key_changed(const char* key, vconf_callback_fn callb
             entry->callback(&node, entry->userData);
         });
         tv.keyCallbacks.push_back(entry);
-        return 0;
+        return true;
     });
 }
 
@@ -245,10 +243,10 @@ VTV_EXPORT int vconf_ignore_key_changed(const char* key, vconf_callback_fn callb
             if (key != nullptr && (*entry)->key == key && (*entry)->callback == callback) {
                 vtv::Current()->Unwatch((*entry)->watch);
                 tv.keyCallbacks.erase(entry);
-                return 0;
+                return true;
             }
         }
-        return vtv::kFailed;
+        return false;
     });
 }
 

@@ -21,10 +21,10 @@ constexpr StateEntry kStateEntries[] = {
     {kSignedInState, "bool"},
     {kModeState, "int"},
     {"applications", "string", [](const std::string& text) { ParseApplicationMode(text); }},
-    {"consent/pp", "bool"},
-    {"consent/tnc", "bool"},
+    {kPrivacyState, "bool"},
+    {kTermsState, "bool"},
     {kFeatureState, nullptr},
-    {"model", "string"},
+    {kModelNameState, "string"},
     {kNetworkState, "string", [](const std::string& text) { ParseNetwork(text); }},
     {kAbsentFeatureState, "bool"},
     {"sound/feedback", "int"},
@@ -39,32 +39,38 @@ bool Covers(const StateEntry& entry, const std::string& name) {
                                : name == known;
 }
 
-}  // namespace
-
-void CheckState(const std::string& name, const Value& value) {
-    for (const StateEntry& entry : kStateEntries) {
-        if (!Covers(entry, name)) {
-            continue;
-        }
-        if (entry.type != nullptr && std::string(entry.type) != TypeName(value)) {
-            throw Error(ErrorKind::kUsage, "\"" + name + "\" is of type " + entry.type + ", not " +
-                                               TypeName(value) + ".");
-        }
-        if (entry.parse != nullptr) {
-            entry.parse(std::get<std::string>(value));
-        }
-        if (std::string_view(entry.name) == kFeatureState) {
-            CheckFeature(name.substr(sizeof kFeatureState - 1), value);
-        }
-        Store::RequireKey(name);
-        return;
-    }
+const StateEntry& EntryOf(const std::string& name) {
     std::vector<std::string> names;
     for (const StateEntry& entry : kStateEntries) {
+        if (Covers(entry, name)) {
+            return entry;
+        }
         names.emplace_back(entry.name);
     }
     throw Error(ErrorKind::kUsage, "a TV has no state \"" + name + "\"." + DidYouMean(name, names) +
                                        " Known: " + Join(names) + ".");
+}
+
+}  // namespace
+
+void CheckStateName(const std::string& name) {
+    EntryOf(name);
+    Store::RequireKey(name);
+}
+
+void CheckState(const std::string& name, const Value& value) {
+    const StateEntry& entry = EntryOf(name);
+    if (entry.type != nullptr && std::string(entry.type) != TypeName(value)) {
+        throw Error(ErrorKind::kUsage,
+                    "\"" + name + "\" is of type " + entry.type + ", not " + TypeName(value) + ".");
+    }
+    if (entry.parse != nullptr) {
+        entry.parse(std::get<std::string>(value));
+    }
+    if (std::string_view(entry.name) == kFeatureState) {
+        CheckFeature(name.substr(sizeof kFeatureState - 1), value);
+    }
+    Store::RequireKey(name);
 }
 
 std::string ProblemOfState(const std::string& name, const Value& value) {

@@ -6,7 +6,6 @@
 #include <espeak-ng/speak_lib.h>
 
 #include <cstring>
-#include <fstream>
 
 #include "applications.h"
 #include "serve.h"
@@ -258,10 +257,10 @@ VTV_EXPORT int tts_create(tts_h* tts) {
     return vtv::Serve("tts_create", [&](vtv::Tv::Impl& tv) {
         std::vector<vtv::Voice> voices;
         if (tts == nullptr || !vtv::VoicesOf(tv, &voices)) {
-            return vtv::kFailed;
+            return false;
         }
         *tts = std::make_unique<tts_s>().release();
-        return 0;
+        return true;
     });
 }
 
@@ -270,29 +269,28 @@ VTV_EXPORT int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb ca
     return vtv::Serve("tts_foreach_supported_voices", [&](vtv::Tv::Impl& tv) {
         std::vector<vtv::Voice> voices;
         if (tts == nullptr || callback == nullptr || !vtv::VoicesOf(tv, &voices)) {
-            return vtv::kFailed;
+            return false;
         }
         for (const vtv::Voice& voice : voices) {
             if (!callback(tts, voice.language.c_str(), voice.type, userData)) {
                 break;
             }
         }
-        return 0;
+        return true;
     });
 }
 
 VTV_EXPORT int tts_destroy(tts_h tts) {
     // Also when the call is told to fail: what was handed out is given back.
     const std::unique_ptr<tts_s> owned(tts);
-    return vtv::Serve("tts_destroy",
-                      [&](vtv::Tv::Impl&) { return tts != nullptr ? 0 : vtv::kFailed; });
+    return vtv::Serve("tts_destroy", [&](vtv::Tv::Impl&) { return tts != nullptr; });
 }
 
 VTV_EXPORT int avoc_set_sound_feedback(int feedback, int priority) {
     return vtv::Serve("avoc_set_sound_feedback", [&](vtv::Tv::Impl& tv) {
         tv.state.Write(vtv::kFeedback, feedback);
         tv.state.Write(vtv::kPriority, priority);
-        return 0;
+        return true;
     });
 }
 

@@ -1,6 +1,5 @@
 #include "staged_changes.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,7 +9,6 @@
 
 #include "store_files.h"
 #include "virtual-tv/model/text_file.h"
-#include "whole_folder.h"
 
 namespace vtv {
 
@@ -18,20 +16,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string ChangesOf(const std::string& tvDir) {
-    return tvDir + "/.changes";
-}
+// All names are below the TV's folder.
+constexpr char kChanges[] = ".changes";
 constexpr char kStaged[] = ".changes/staged";
-std::string StagedOf(const std::string& tvDir) {
-    return tvDir + "/" + kStaged;
-}
-std::string DecidedOf(const std::string& tvDir) {
-    return ChangesOf(tvDir) + "/decided";
-}
+constexpr char kDecided[] = ".changes/decided";
 
 // Below both: the new files, and an empty file for each that shall go.
-constexpr char kWritten[] = "/written/";
-constexpr char kRemoved[] = "/removed/";
+constexpr char kWritten[] = "/written";
+constexpr char kRemoved[] = "/removed";
 
 [[noreturn]] void Fail(const std::string& path, const char* what, const std::string& why) {
     throw Error(ErrorKind::kPlatform, path + ": " + what + ": " + why + ".");
@@ -41,100 +33,102 @@ bool Exists(const std::string& path) {
     return KindOf(path) != fs::file_type::not_found;
 }
 
-void Rename(const std::string& from, const std::string& to) {
-    if (store_file_calls.renameat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str()) != 0) {
-        Fail(to, "cannot be changed", std::strerror(errno));
+std::string ParentOfFile(const std::string& file) {
+    return fs::path(file).parent_path().string();
+}
+
+void Rename(const std::string& tvDir, const std::string& from, const std::string& to) {
+    if (!RenameInTv(tvDir, from, to)) {
+        Fail(tvDir + "/" + to, "cannot be changed", std::strerror(errno));
     }
 }
 
-void RemoveTree(const std::string& dir) {
-    std::error_code error;
-    fs::remove_all(dir, error);
-    if (error) {
-        Fail(dir, "cannot be removed", error.message());
+void Sync(const std::string& tvDir, const std::string& folder) {
+    const int fd = OpenTvFolder(tvDir, folder);
+    const bool good = fd >= 0 && store_file_calls.fsync(fd) == 0;
+    const int error = errno;
+    if (fd >= 0) {
+        close(fd);
+    }
+    if (!good) {
+        Fail(tvDir + "/" + folder, "cannot be made durable", std::strerror(error));
     }
 }
 
-enum class Kind { kFile, kFolder };
-
-// What of a kind lies below a folder, relative to it.
-std::vector<fs::path> Below(const std::string& dir, Kind kind) {
-    std::vector<fs::path> found;
-    std::error_code error;
-    fs::recursive_directory_iterator entry(dir, error);
-    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        if ((entry->symlink_status(error).type() == fs::file_type::directory) ==
-            (kind == Kind::kFolder)) {
-            found.push_back(entry->path().lexically_relative(dir));
-        }
-    }
-    if (error) {
-        Fail(dir, "cannot be read", error.message());
+// What lies below a folder, relative to it.
+std::vector<std::string> Below(const std::string& tvDir, const std::string& folder,
+                               bool areFolders) {
+    std::vector<std::string> found;
+    const int error =
+        WalkTvFolder(tvDir, folder, [&](const std::string& name, const struct stat& info) {
+            if (S_ISDIR(info.st_mode) == areFolders) {
+                found.push_back(name);
+            }
+            return true;
+        });
+    if (error != 0) {
+        Fail(tvDir + "/" + folder, "cannot be read", std::strerror(error));
     }
     return found;
 }
 
-// As Below(), but for what a store keeps for itself.
-std::vector<std::string> FilesBelow(const std::string& dir) {
-    std::vector<std::string> files;
-    for (const fs::path& file : Below(dir, Kind::kFile)) {
-        if (*file.begin() == "owner" || file.filename().string().front() != '.') {
-            files.push_back(file.string());
-        }
-    }
+// But for what a store keeps for itself.
+std::vector<std::string> FilesBelow(const std::string& tvDir, const std::string& folder) {
+    std::vector<std::string> files = Below(tvDir, folder, false);
+    std::erase_if(files, [](const std::string& file) {
+        return *fs::path(file).begin() != "owner" &&
+               fs::path(file).filename().string().front() == '.';
+    });
     return files;
 }
 
-// Below the TV's folder.
 void MakeEmptyFile(const std::string& tvDir, const std::string& name) {
-    const std::string path = tvDir + "/" + name;
-    EnsureDir(fs::path(path).parent_path().string());
+    MakeTvFolder(tvDir, ParentOfFile(name));
     int error = 0;
     if (!WriteTvFile(tvDir, name, "", &error)) {
-        Fail(path, "cannot be made", std::strerror(error));
+        Fail(tvDir + "/" + name, "cannot be made", std::strerror(error));
     }
 }
 
 void DoDecided(const std::string& tvDir) {
-    const std::string decided = DecidedOf(tvDir);
-    for (const std::string& file : FilesBelow(decided + kRemoved)) {
-        const std::string path = tvDir + "/" + file;
-        if (store_file_calls.unlinkat(AT_FDCWD, path.c_str(), 0) != 0 && errno != ENOENT &&
-            errno != ENOTDIR) {
-            Fail(path, "cannot be removed", std::strerror(errno));
+    const std::string removed = std::string(kDecided) + kRemoved;
+    for (const std::string& file : FilesBelow(tvDir, removed)) {
+        if (!RemoveTvFile(tvDir, file) && errno != ENOENT && errno != ENOTDIR) {
+            Fail(tvDir + "/" + file, "cannot be removed", std::strerror(errno));
         }
     }
-    for (const std::string& file : FilesBelow(decided + kWritten)) {
-        EnsureDir(fs::path(tvDir + "/" + file).parent_path().string());
-        rmdir((tvDir + "/" + file).c_str());  // a folder that only held what has gone
-        Rename(decided + kWritten + file, tvDir + "/" + file);
+    const std::string written = std::string(kDecided) + kWritten;
+    for (const std::string& file : FilesBelow(tvDir, written)) {
+        MakeTvFolder(tvDir, ParentOfFile(file));
+        RemoveEmptyTvFolder(tvDir, file);  // one that only held what has gone
+        Rename(tvDir, written + "/" + file, file);
     }
-    for (const char* folder : {"/settings", "/state", "/owner"}) {
-        SyncFolder(tvDir + folder);
+    for (const char* folder : {"settings", "state", "owner"}) {
+        Sync(tvDir, folder);
     }
     // Done in one step, too: nothing of a folder that is half removed may be done again.
-    Rename(decided, StagedOf(tvDir));
-    std::error_code ignored;
-    fs::remove_all(ChangesOf(tvDir), ignored);
+    Rename(tvDir, kDecided, kStaged);
+    RemoveTvTree(tvDir, kChanges);
 }
 
 // What was staged, and not what was decided and is not done yet.
 void Discard(const std::string& tvDir) {
-    std::error_code ignored;
-    fs::remove_all(StagedOf(tvDir), ignored);
-    fs::remove(ChangesOf(tvDir), ignored);
+    RemoveTvTree(tvDir, kStaged);
+    RemoveEmptyTvFolder(tvDir, kChanges);
 }
 
 }  // namespace
 
 StagedChanges::StagedChanges(const std::string& tvDir) : tvDir_(tvDir), lock_(tvDir, kLock) {
-    if (Exists(DecidedOf(tvDir))) {
+    if (Exists(tvDir + "/" + kDecided)) {
         DoDecided(tvDir);
     }
-    RemoveTree(ChangesOf(tvDir));
+    if (!RemoveTvTree(tvDir, kChanges)) {
+        Fail(tvDir + "/" + kChanges, "cannot be removed", std::strerror(errno));
+    }
     try {
-        EnsureDir(StagedOf(tvDir) + kWritten);
-        EnsureDir(StagedOf(tvDir) + kRemoved);
+        MakeTvFolder(tvDir, kStaged + std::string(kWritten));
+        MakeTvFolder(tvDir, kStaged + std::string(kRemoved));
     } catch (const Error&) {
         Discard(tvDir);
         throw;
@@ -158,9 +152,9 @@ void StagedChanges::Bring(const Store& store, const std::map<std::string, Value>
             present[setting.key] = *setting.value;
         }
     }
-    const std::string dir = StagedOf(tvDir_) + kWritten + name;
-    Store::Create(dir);
-    Store staged(dir, Store::Durability::kDurable);
+    const std::string aside = kStaged + std::string(kWritten) + "/" + name;
+    Store::Create(tvDir_, aside);
+    Store staged(tvDir_, aside, Store::Durability::kDurable);
     for (const auto& [key, value] : wanted) {
         const auto found = present.find(key);
         if (found == present.end() || found->second != value) {
@@ -179,33 +173,32 @@ void StagedChanges::Write(const Store& store, const std::string& key,
         RemoveFile(name + "/" + Store::RequireKey(key));
         return;
     }
-    const std::string dir = StagedOf(tvDir_) + kWritten + name;
-    Store::Create(dir);
-    Store(dir, Store::Durability::kDurable).Write(key, *value);
+    const std::string aside = kStaged + std::string(kWritten) + "/" + name;
+    Store::Create(tvDir_, aside);
+    Store(tvDir_, aside, Store::Durability::kDurable).Write(key, *value);
 }
 
 void StagedChanges::AddFile(const std::string& file) {
-    MakeEmptyFile(tvDir_, std::string(kStaged) + kWritten + file);
+    MakeEmptyFile(tvDir_, kStaged + std::string(kWritten) + "/" + file);
 }
 
 void StagedChanges::RemoveFile(const std::string& file) {
-    MakeEmptyFile(tvDir_, std::string(kStaged) + kRemoved + file);
+    MakeEmptyFile(tvDir_, kStaged + std::string(kRemoved) + "/" + file);
 }
 
 void StagedChanges::SyncFolders() const {
-    const std::string staged = StagedOf(tvDir_);
-    for (const fs::path& folder : Below(staged, Kind::kFolder)) {
-        SyncFolder(staged + "/" + folder.string());
+    for (const std::string& folder : Below(tvDir_, kStaged, true)) {
+        Sync(tvDir_, kStaged + ("/" + folder));
     }
-    SyncFolder(staged);
+    Sync(tvDir_, kStaged);
 }
 
 void StagedChanges::Commit() {
     SyncFolders();
-    Rename(StagedOf(tvDir_), DecidedOf(tvDir_));
+    Rename(tvDir_, kStaged, kDecided);
     try {
-        SyncFolder(ChangesOf(tvDir_));
-        SyncFolder(tvDir_);
+        Sync(tvDir_, kChanges);
+        Sync(tvDir_, "");
         DoDecided(tvDir_);
     } catch (const Error& error) {
         throw Error(ErrorKind::kPlatform,
@@ -215,18 +208,17 @@ void StagedChanges::Commit() {
 }
 
 ChangesHalted::ChangesHalted(const std::string& tvDir) : lock_(tvDir, kLock) {
-    if (Exists(DecidedOf(tvDir))) {
+    if (Exists(tvDir + "/" + kDecided)) {
         DoDecided(tvDir);
     }
 }
 
 void CompleteChanges(const std::string& tvDir) {
-    if (!Exists(ChangesOf(tvDir))) {
+    if (!Exists(tvDir + "/" + kChanges)) {
         return;
     }
     const ChangesHalted halted(tvDir);
-    std::error_code ignored;  // in a folder that cannot be written nothing is to be done, either
-    fs::remove_all(ChangesOf(tvDir), ignored);
+    RemoveTvTree(tvDir, kChanges);  // in a folder that cannot be written nothing is to be done
 }
 
 }  // namespace vtv

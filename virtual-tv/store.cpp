@@ -1,18 +1,20 @@
 #include "store.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 
 #include "folder_names.h"
 #include "store_files.h"
+#include "store_format.h"
 #include "store_writer.h"
 #include "temporary_file.h"
+#include "tv_files.h"
 #include "virtual-tv/model/limits.h"
 
 namespace vtv {
@@ -20,7 +22,6 @@ namespace vtv {
 namespace {
 
 constexpr char kVersionFile[] = ".store";
-constexpr size_t kLargestFile = kLargestValue + 64;  // with its header
 
 int OpenAt(int dir, const char* name, int flags, mode_t mode) {
     return openat(dir, name, flags, mode);
@@ -52,7 +53,7 @@ class FileText {
                 return true;
             }
             parts_ += part;
-            if (isEnd || parts_.size() > kLargestFile) {
+            if (isEnd || parts_.size() > kLargestStoreFile) {
                 text_ = parts_;
                 return true;
             }
@@ -80,59 +81,6 @@ bool WriteWhole(int fd, std::string_view content) {
     return true;
 }
 
-std::string Format(const Value& value, const std::string& text) {
-    return std::string(TypeName(value)) + " " + std::to_string(text.size()) + "\n" + text + "\n";
-}
-
-// The reverse of Format(). Returns what is wrong, or null.
-const char* Parse(std::string_view content, Value* value) {
-    const size_t endOfHeader = content.find('\n');
-    if (content.empty()) {
-        return "it is empty";
-    }
-    if (content.size() > kLargestFile) {
-        return "it is larger than any value";
-    }
-    const std::string_view header = content.substr(0, endOfHeader);
-    const size_t space = header.find(' ');
-    if (endOfHeader == std::string_view::npos || space == std::string_view::npos) {
-        return "it is no file of this store";
-    }
-    const std::string_view type = header.substr(0, space);
-    const std::string_view digits = header.substr(space + 1);
-    size_t length = 0;
-    const auto [stop, error] =
-        std::from_chars(digits.data(), digits.data() + digits.size(), length);
-    if (error != std::errc() || stop != digits.data() + digits.size()) {
-        return "it is no file of this store";
-    }
-    const std::string_view rest = content.substr(endOfHeader + 1);
-    if (rest.size() <= length) {
-        return "it is cut off";
-    }
-    if (rest.size() != length + 1 || rest.back() != '\n') {
-        return "it is longer than it says";
-    }
-    const std::string_view text = rest.substr(0, length);
-    if (type == "string") {
-        *value = std::string(text);
-        return nullptr;
-    }
-    if (type == "bool" && (text == "true" || text == "false")) {
-        *value = text == "true";
-        return nullptr;
-    }
-    if (type == "int") {
-        int number = 0;
-        const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
-        if (parsed.ec == std::errc() && parsed.ptr == text.data() + text.size()) {
-            *value = number;
-            return nullptr;
-        }
-    }
-    return "its value does not fit its type";
-}
-
 }  // namespace
 
 void Unreadable::ThrowIf(int error, const std::string& path) {
@@ -154,48 +102,67 @@ void Unreadable::ThrowIf(int error, const std::string& path) {
 StoreFileCalls store_file_calls = {OpenAt, write, fsync, close, renameat, unlinkat};
 
 void Store::Create(const std::string& dir) {
-    if (mkdir(dir.c_str(), 0755) != 0 && errno != EEXIST) {
+    const std::filesystem::path path(dir);
+    Create(path.parent_path().string(), path.filename().string());
+}
+
+void Store::Create(const std::string& tvDir, const std::string& name) {
+    MakeTvFolder(tvDir, name);
+    const std::string file = name + "/" + kVersionFile;
+    int error = 0;
+    if (!WriteTvFile(tvDir, file, std::to_string(kVersion) + "\n", &error)) {
         throw Error(ErrorKind::kPlatform,
-                    dir + ": cannot make this folder: " + std::strerror(errno) + ".");
-    }
-    const std::string file = dir + "/" + kVersionFile;
-    const int fd = open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    const std::string text = std::to_string(kVersion) + "\n";
-    const bool written = fd >= 0 && WriteWhole(fd, text) && store_file_calls.fsync(fd) == 0;
-    const int error = errno;
-    if (fd >= 0) {
-        close(fd);
-    }
-    if (!written) {
-        throw Error(ErrorKind::kPlatform,
-                    file + ": cannot be written: " + std::strerror(error) + ".");
+                    tvDir + "/" + file + ": cannot be written: " + std::strerror(error) + ".");
     }
 }
 
-Store::Store(const std::string& dir, Durability durability, const char* remedy)
-    : dir_(dir), durability_(durability), remedy_(remedy) {
-    dirFd_ = open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+Store::Store(const std::string& tvDir, const std::string& name, Durability durability,
+             const char* remedy)
+    : tvDir_(tvDir),
+      name_(name),
+      dir_(name.empty() ? tvDir : tvDir + "/" + name),
+      durability_(durability),
+      remedy_(remedy) {
+    Open();
+}
+
+void Store::Open() const {
+    Close();
+    problem_.clear();
+    dirFd_ = OpenTvFolder(tvDir_, name_);
     if (dirFd_ < 0) {
-        Unreadable::ThrowIf(errno, dir);
-        problem_ = dir + ": cannot be opened: " + std::strerror(errno) +
+        Unreadable::ThrowIf(errno, dir_);
+        problem_ = dir_ + ": cannot be opened: " + std::strerror(errno) +
                    ". Its values read as missing until the folder is back.";
         return;
     }
     try {
         CheckVersion();
     } catch (...) {
-        close(dirFd_);
+        Close();
         throw;
     }
 }
 
-Store::~Store() {
+void Store::Close() const {
     if (dirFd_ >= 0) {
         close(dirFd_);
+        dirFd_ = -1;
     }
 }
 
-void Store::CheckVersion() {
+const std::string& Store::Problem() const {
+    if (!problem_.empty() && !unknownVersion_) {
+        Open();  // the folder may be back
+    }
+    return problem_;
+}
+
+Store::~Store() {
+    Close();
+}
+
+void Store::CheckVersion() const {
     FileText file;
     const int fd = openat(dirFd_, kVersionFile, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     const bool read = fd >= 0 && file.Read(fd);
@@ -237,7 +204,7 @@ void Store::CheckVersion() {
 }
 
 Store::Status Store::Read(std::string_view key, Value* value, std::string* problem) const {
-    if (!problem_.empty()) {
+    if (!Problem().empty()) {
         *problem = problem_;
         return Status::kDamaged;
     }
@@ -261,7 +228,7 @@ Store::Status Store::Read(std::string_view key, Value* value, std::string* probl
     if (!read) {
         Unreadable::ThrowIf(error, dir_ + "/" + name);
     }
-    const char* wrong = read ? Parse(file.Text(), value) : std::strerror(error);
+    const char* wrong = read ? ParseStored(file.Text(), value) : std::strerror(error);
     if (wrong != nullptr) {
         *problem = Damaged(key, std::string(wrong) + ".");
         return Status::kDamaged;
@@ -275,7 +242,7 @@ std::string Store::Damaged(std::string_view key, const std::string& what) const 
 }
 
 std::string Store::RequireName(std::string_view key) const {
-    if (!problem_.empty()) {
+    if (!Problem().empty()) {
         throw Error(ErrorKind::kPlatform, problem_);
     }
     return RequireKey(key);
@@ -302,7 +269,7 @@ void Store::Write(std::string_view key, const Value& value) {
     if (const std::string problem = TooLong(std::string(key), text.size()); !problem.empty()) {
         throw Error(ErrorKind::kUsage, problem);
     }
-    const std::string content = Format(value, text);
+    const std::string content = FormatStored(value, text);
     const bool durable = durability_ == Durability::kDurable;
     const StoreFileCalls& calls = store_file_calls;
     const TemporaryFile temporary(dirFd_);
@@ -351,10 +318,11 @@ bool Store::Remove(std::string_view key) {
 
 std::vector<Setting> Store::List() const {
     std::vector<Setting> settings;
-    if (!problem_.empty()) {
+    if (!Problem().empty()) {
         return settings;
     }
-    for (const std::string& name : NamesIn(dir_)) {
+    for (const std::string& name :
+         NamesIn(openat(dirFd_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC), dir_)) {
         const std::string key = DecodeKey(name);
         if (key.empty()) {
             continue;

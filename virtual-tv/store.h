@@ -44,9 +44,12 @@ class Store {
     static constexpr int kVersion = 1;
     // Makes an empty store; the folder may exist.
     static void Create(const std::string& dir);
+    // The same of one in a TV's folder, by no link from there.
+    static void Create(const std::string& tvDir, const std::string& name);
 
+    Store(const std::string& dir, Durability durability) : Store(dir, "", durability) {}
     // remedy: what people can do about a damaged value.
-    Store(const std::string& dir, Durability durability,
+    Store(const std::string& tvDir, const std::string& name, Durability durability,
           const char* remedy = "Write the key again, or unset it.");
     ~Store();
     Store(const Store&) = delete;
@@ -54,7 +57,9 @@ class Store {
 
     const std::string& Dir() const { return dir_; }
     // Why the store as a whole cannot be used; empty when it can. Every read and write fails then.
-    const std::string& Problem() const { return problem_; }
+    const std::string& Problem() const;
+    // Another folder may have come to lie where this one did.
+    void Reopen() { Open(); }
     // The problem is that it says to be of a version that this program does not know, or of none.
     bool IsOfUnknownVersion() const { return unknownVersion_; }
 
@@ -84,16 +89,21 @@ class Store {
     static std::string RequireKey(std::string_view key);
 
   private:
-    void CheckVersion();
+    void Open() const;
+    void Close() const;
+    void CheckVersion() const;
     std::string RequireName(std::string_view key) const;
     [[noreturn]] void Fail(const char* what, std::string_view key, int error) const;
 
+    std::string tvDir_;
+    std::string name_;
     std::string dir_;
     Durability durability_;
     const char* remedy_;
-    int dirFd_ = -1;
-    std::string problem_;
-    bool unknownVersion_ = false;
+    // Of the folder as it was when it was opened last: one that was gone can be back.
+    mutable int dirFd_ = -1;
+    mutable std::string problem_;
+    mutable bool unknownVersion_ = false;
 };
 
 }  // namespace vtv

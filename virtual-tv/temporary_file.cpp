@@ -3,11 +3,15 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
+#include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -19,13 +23,23 @@ namespace {
 
 constexpr char kTemporaryPrefix[] = ".tmp-";
 
-// Unique among the processes and threads that share the folder.
+// By chance: numbers of processes mean something else in each namespace that shares the folder.
 std::string TemporaryName() {
-    static std::atomic<unsigned> count{0};
-    char name[64];
-    std::snprintf(name, sizeof name, "%s%d-%d-%u", kTemporaryPrefix, static_cast<int>(getpid()),
-                  static_cast<int>(gettid()), count.fetch_add(1));
-    return name;
+    static std::atomic<uint64_t> count{0};
+    uint64_t number = ++count;  // where chance has nothing
+    while (getrandom(&number, sizeof number, 0) < 0 && errno == EINTR) {
+    }
+    std::array<char, 32> name{};
+    std::snprintf(name.data(), name.size(), "%s%016" PRIx64, kTemporaryPrefix, number);
+    return name.data();
+}
+
+// A lock says nothing of a name that has come to mean another file before it was held.
+bool IsStillNamed(int dir, const char* name, int fd) {
+    struct stat mine{};
+    struct stat there{};
+    return fstat(fd, &mine) == 0 && fstatat(dir, name, &there, AT_SYMLINK_NOFOLLOW) == 0 &&
+           mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
 }
 
 }  // namespace
@@ -35,10 +49,10 @@ TemporaryFile::TemporaryFile(int dir) {
         name = TemporaryName();
         fd = store_file_calls.openat(dir, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
                                      0644);
-        if (fd < 0 && errno == EEXIST) {  // left by a killed process of the same number
+        if (fd < 0 && errno == EEXIST) {
             continue;
         }
-        if (fd < 0 || Guard()) {
+        if (fd < 0 || Guard(dir)) {
             return;
         }
         store_file_calls.close(fd);
@@ -51,12 +65,11 @@ TemporaryFile::~TemporaryFile() {
     }
 }
 
-bool TemporaryFile::Guard() {
+bool TemporaryFile::Guard(int dir) {
     guard_ = fcntl(fd, F_DUPFD_CLOEXEC, 0);
     while (guard_ >= 0 && flock(guard_, LOCK_EX) != 0 && errno == EINTR) {
     }
-    struct stat info{};
-    if (fstat(fd, &info) != 0 || info.st_nlink > 0) {
+    if (IsStillNamed(dir, name.c_str(), fd)) {
         return true;
     }
     if (guard_ >= 0) {
@@ -76,8 +89,9 @@ void RemoveLeftTemporaryFiles(int dir) {
         if (std::strncmp(entry->d_name, kTemporaryPrefix, sizeof kTemporaryPrefix - 1) != 0) {
             continue;
         }
-        const int fd = openat(dir, entry->d_name, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-        if (fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) == 0) {
+        const int fd = store_file_calls.openat(dir, entry->d_name,
+                                               O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0);
+        if (fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) == 0 && IsStillNamed(dir, entry->d_name, fd)) {
             unlinkat(dir, entry->d_name, 0);
         }
         if (fd >= 0) {

@@ -20,7 +20,7 @@ class TemporaryFile {
 
   private:
     // False when the file was taken for a leftover before it was locked.
-    bool Guard();
+    bool Guard(int dir);
 
     int guard_ = -1;
 };

@@ -4,11 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <utility>
 
@@ -17,6 +17,7 @@
 #include "staged_changes.h"
 #include "store_files.h"
 #include "texts.h"
+#include "trusted_tv.h"
 #include "tv_impl.h"
 #include "virtual-tv/model/text_file.h"
 #include "whole_folder.h"
@@ -31,6 +32,9 @@ Tv* current = nullptr;
 std::string machineFailure;  // see Tv::MachineFailure()
 std::vector<Watcher::Id> ownWatches;
 
+// Those that may be empty, and that get lost where only files are kept, as in an archive.
+constexpr std::array kFolders = {"owner", "log", "trace", "apps", "speech"};
+
 void FollowLanguage(Tv& tv) {
     BindTexts(tv.Language());
     for (const std::string& problem : ProblemsOfTexts(tv.Language())) {
@@ -41,6 +45,9 @@ void FollowLanguage(Tv& tv) {
 // What other processes change and this one has to follow while it only waits.
 void FollowOthers(Tv& tv) {
     Tv::Impl& impl = tv.impl();
+    if (!impl.MayWatch()) {
+        return;
+    }
     try {
         Watcher& watcher = impl.GetWatcher();
         ownWatches.push_back(watcher.Watch(impl.settings.Dir(), kStoreEvents,
@@ -82,8 +89,8 @@ Model ReadModel(const std::string& dir) {
 }
 
 void RequireKnownVersions(const std::string& dir) {
-    for (const char* name : {"/settings", "/memory", "/state", "/faults"}) {
-        const Store store(dir + name, Store::Durability::kVolatile);
+    for (const char* name : {"settings", "memory", "state", "faults"}) {
+        const Store store(dir, name, Store::Durability::kVolatile);
         if (store.IsOfUnknownVersion()) {
             throw Error(ErrorKind::kPlatform, store.Problem());
         }
@@ -95,7 +102,7 @@ void ApplyModel(const Model& model, Tv::Impl& tv) {
     for (const auto& [key, value] : model.settings) {
         tv.StoreOf(key).Write(key, value);
     }
-    tv.state.Write("model", model.name);
+    tv.state.Write(kModelNameState, model.name);
     tv.state.Write(kSignedInState, model.signedIn);
     for (const auto& [item, agreed] : model.consents) {
         tv.state.Write(kConsentState + item, agreed);
@@ -103,12 +110,12 @@ void ApplyModel(const Model& model, Tv::Impl& tv) {
     tv.state.Write(kNetworkState, ToText(model.network));
     tv.state.Write("applications", ToText(model.applications));
     for (const std::string& file : model.ownerFiles) {
-        const std::string path = tv.dir + "/owner/" + file;
-        EnsureDir(fs::path(path).parent_path().string());
+        const std::string name = "owner/" + file;
+        MakeTvFolder(tv.dir, fs::path(name).parent_path().string());
         int error = 0;
-        if (!WriteTvFile(tv.dir, "owner/" + file, "", &error)) {
+        if (!WriteTvFile(tv.dir, name, "", &error)) {
             throw Error(ErrorKind::kPlatform,
-                        path + ": cannot be made: " + std::strerror(error) + ".");
+                        tv.dir + "/" + name + ": cannot be made: " + std::strerror(error) + ".");
         }
     }
 }
@@ -126,11 +133,12 @@ std::string Absolute(const std::string& dir) {
 }
 
 void MakeFolders(const std::string& dir) {
-    for (const char* folder : {"/owner/share/.voice", "/log", "/trace", "/apps", "/speech"}) {
-        EnsureDir(dir + folder);
+    for (const char* folder : kFolders) {
+        MakeTvFolder(dir, folder);
     }
-    for (const char* store : {"/settings", "/memory", "/state", "/faults"}) {
-        Store::Create(dir + store);
+    MakeTvFolder(dir, "owner/share/.voice");
+    for (const char* store : {"settings", "memory", "state", "faults"}) {
+        Store::Create(dir, store);
     }
     const FileLock made(dir, kLock);  // so that nobody who only reads has to make it
 }
@@ -138,14 +146,14 @@ void MakeFolders(const std::string& dir) {
 Tv::Impl::Impl(const std::string& tvDir)
     : dir(tvDir),
       model(ReadModel(tvDir)),
-      settings(tvDir + "/settings", Store::Durability::kDurable),
-      memory(tvDir + "/memory", Store::Durability::kVolatile),
-      state(tvDir + "/state", Store::Durability::kDurable, "Set it again, or remove the file."),
-      faults(tvDir + "/faults", Store::Durability::kVolatile, "Clear it: vtv fault --clear"),
+      settings(tvDir, "settings", Store::Durability::kDurable),
+      memory(tvDir, "memory", Store::Durability::kVolatile),
+      state(tvDir, "state", Store::Durability::kDurable, "Set it again, or remove the file."),
+      faults(tvDir, "faults", Store::Durability::kVolatile, "Clear it: vtv fault --clear"),
       switches(tvDir),
       log(tvDir),
       trace(kTraceFile, tvDir) {
-    model.name = StateOr<std::string>("model", model.name);
+    model.name = StateOr<std::string>(kModelNameState, model.name);
 }
 
 Tv::Impl::~Impl() = default;
@@ -159,11 +167,27 @@ void Tv::Impl::LogLine(int priority, const std::string& text) {
 Watcher& Tv::Impl::GetWatcher() {
     if (watcher == nullptr) {
         auto made = std::make_unique<Watcher>();
-        made->Watch(dir, IN_DELETE | IN_MOVED_FROM | IN_MOVE_SELF | IN_DELETE_SELF, "",
-                    [this](const std::string&) { gone = !Tv::IsTv(dir); });
+        constexpr uint32_t kEvents =
+            IN_CREATE | IN_MOVED_TO | IN_DELETE | IN_MOVED_FROM | IN_MOVE_SELF | IN_DELETE_SELF;
+        made->Watch(dir + "/.", kEvents, "", [this](const std::string& name) { Hear(name); });
         watcher = std::move(made);  // one that does not hear of the TV's end is none
     }
     return *watcher;
+}
+
+void Tv::Impl::Hear(const std::string& name) {
+    const std::string path = dir + "/" + name;
+    struct stat info{};
+    gone = stat((dir + "/" + kModelFile).c_str(), &info) != 0;
+    if (gone || name.empty() || stat(path.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
+        return;
+    }
+    for (Store* store : {&settings, &memory, &state, &faults}) {
+        if (store->Dir() == path) {
+            store->Reopen();
+        }
+    }
+    watcher->Follow(path);
 }
 
 void Tv::Create(const std::string& dir, const std::string& modelFile) {
@@ -207,19 +231,33 @@ bool Tv::IsTv(const std::string& dir) {
     return true;
 }
 
+// In a folder that cannot be written nothing is missed that would be written there.
+void MakeMissingFolders(const std::string& dir) {
+    for (const char* folder : kFolders) {
+        struct stat info{};
+        if (lstat((dir + "/" + folder).c_str(), &info) != 0) {
+            try {
+                MakeTvFolder(dir, folder);
+            } catch (const Error&) {
+                continue;
+            }
+        }
+    }
+}
+
 void RequireTv(const std::string& path) {
     if (!Tv::IsTv(path)) {
         throw Error(ErrorKind::kNoSuch,
                     path + ": this is no virtual TV. Make one with \"vtv new\".");
     }
-    RequireTrustedFolders(path);
-    RequirePlainFiles(path);
+    RequireTrustedTv(path);
     RequireKnownVersions(path);
 }
 
 Tv::Tv(const std::string& dir) {
     const std::string path = Absolute(dir);
     RequireTv(path);
+    MakeMissingFolders(path);
     CompleteChanges(path);
     impl_ = std::make_unique<Impl>(path);
     ForgetLastBoot(path, impl_->memory);
@@ -271,7 +309,7 @@ const std::string& Tv::MachineFailure() {
     return machineFailure;
 }
 
-const Model& Tv::GetModel() const {
+const Model& Tv::GetModel() const& {
     return impl_->model;
 }
 const std::string& Tv::Dir() const {

@@ -1,16 +1,18 @@
 #include "tv_files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 
-#include "growing_file.h"
+#include "folder_names.h"
+#include "store.h"
 #include "store_files.h"
 #include "virtual-tv/model/error.h"
 
@@ -19,8 +21,6 @@ namespace vtv {
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr std::uintmax_t kLargestFile = std::uintmax_t{256} * 1024 * 1024;
 
 // Leaves errno as it was.
 void Close(int fd) {
@@ -35,25 +35,104 @@ int Refuse(int fd, int error) {
     return -1;
 }
 
-// One step of the way at a time: the kernel follows a link in any but the last, whatever the flags.
-int OpenInFolder(const std::string& folder, const fs::path& name, int flags) {
-    int dir = open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-    for (const fs::path& step : name.parent_path()) {
-        if (dir < 0) {
-            return -1;
+// Where something lies that is named below the TV's folder: the folder that holds it, and its name
+// there. One step of the way at a time: the kernel follows a link in any but the last, whatever the
+// flags.
+class Place {
+  public:
+    Place(const std::string& tvDir, const fs::path& path, bool isMade = false)
+        : name(path.empty() ? "." : path.filename().string()),
+          dir(open(tvDir.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+        for (const fs::path& step : path.parent_path()) {
+            if (dir >= 0) {
+                Enter(step.c_str(), isMade);
+            }
         }
-        const int next = openat(dir, step.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    }
+    ~Place() {
+        if (dir >= 0) {
+            Close(dir);
+        }
+    }
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
+
+    const std::string name;
+    int dir;  // negative when there is none, and errno tells why
+
+  private:
+    void Enter(const char* step, bool isMade) {
+        constexpr int kFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+        int next = openat(dir, step, kFlags);
+        if (next < 0 && errno == ENOENT && isMade &&
+            (mkdirat(dir, step, kFolderMode) == 0 || errno == EEXIST)) {
+            next = openat(dir, step, kFlags);
+        }
         Close(dir);
         dir = next;
     }
-    if (dir < 0) {
-        return -1;
+};
+
+int OpenInFolder(const std::string& tvDir, const fs::path& name, int flags) {
+    const Place place(tvDir, name);
+    return place.dir < 0
+               ? -1
+               : openat(place.dir, place.name.c_str(),
+                        flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kFileMode);
+}
+
+bool RemoveFrom(int dir, const std::string& name, int flags) {
+    return store_file_calls.unlinkat(dir, name.c_str(), flags) == 0;
+}
+
+constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+// Takes the descriptor. Calls back with each name and returns the errno of what could not be read.
+int ForEachName(int folder, const std::function<void(int folder, const char* name)>& tell) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(folder >= 0 ? fdopendir(folder) : nullptr,
+                                                      closedir);
+    if (entries == nullptr) {
+        return errno;
     }
-    const std::string last = name.empty() ? "." : name.filename().string();
-    const int fd = openat(dir, last.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
-                          kFileMode);
-    Close(dir);
-    return fd;
+    for (errno = 0; const dirent* entry = readdir(entries.get()); errno = 0) {
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+            tell(folder, entry->d_name);
+        }
+    }
+    return errno;
+}
+
+bool RemoveAllOf(int dir, const char* name) {
+    if (unlinkat(dir, name, 0) == 0 || errno == ENOENT) {
+        return true;
+    }
+    if (errno != EISDIR) {
+        return false;
+    }
+    bool removed = true;
+    ForEachName(openat(dir, name, kFolderFlags), [&](int folder, const char* entry) {
+        removed = RemoveAllOf(folder, entry) && removed;
+    });
+    return removed && (unlinkat(dir, name, AT_REMOVEDIR) == 0 || errno == ENOENT);
+}
+
+// Takes the descriptor.
+int Walk(int folder, const std::string& prefix, const TvEntry& tell) {
+    int problem = 0;
+    const int error = ForEachName(folder, [&](int from, const char* name) {
+        struct stat info{};
+        if (fstatat(from, name, &info, AT_SYMLINK_NOFOLLOW) != 0) {
+            problem = errno == ENOENT ? problem : errno;  // or gone meanwhile
+            return;
+        }
+        if (tell(prefix + name, info) && S_ISDIR(info.st_mode)) {
+            const int below = openat(from, name, kFolderFlags);
+            const bool isGone = below < 0 && (errno == ENOENT || errno == ENOTDIR);
+            const int failed = isGone ? 0 : Walk(below, prefix + name + "/", tell);
+            problem = problem != 0 ? problem : failed;
+        }
+    });
+    return problem != 0 ? problem : error;
 }
 
 bool WriteDurably(int fd, std::string_view content) {
@@ -65,16 +144,6 @@ bool WriteDurably(int fd, std::string_view content) {
         content.remove_prefix(size > 0 ? static_cast<std::size_t>(size) : 0);
     }
     return store_file_calls.fsync(fd) == 0;
-}
-
-// What grows while the TV is used is set aside in time, and refused only to who reads it.
-bool IsGrowing(std::string_view name) {
-    for (const GrowingFile& file : {kLogFile, kApplicationsLog, kTraceFile, kLaunchesFile}) {
-        if (name.substr(0, std::strlen(file.name)) == file.name) {
-            return true;
-        }
-    }
-    return false;
 }
 
 }  // namespace
@@ -98,7 +167,11 @@ int OpenTvFile(const std::string& tvDir, const std::string& name, int flags) {
     if (!S_ISREG(info.st_mode)) {
         return Refuse(fd, EINVAL);
     }
-    if (static_cast<std::uintmax_t>(info.st_size) > kLargestFile) {
+    if ((info.st_uid != geteuid() && info.st_uid != 0) ||
+        (info.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        return Refuse(fd, EPERM);
+    }
+    if (info.st_size > kLargestTvFile) {
         return Refuse(fd, EFBIG);
     }
     if ((flags & O_TRUNC) != 0 && info.st_size > 0 && ftruncate(fd, 0) != 0) {
@@ -152,39 +225,46 @@ bool WriteTvFile(const std::string& tvDir, const std::string& name, std::string_
     return (fd < 0 || close(fd) == 0) && written;
 }
 
-void RequirePlainFiles(const std::string& tvDir) {
-    std::error_code error;
-    fs::recursive_directory_iterator entries(tvDir, error);
-    for (; !error && entries != fs::recursive_directory_iterator(); entries.increment(error)) {
-        const std::string path = entries->path().string();
-        struct stat info{};
-        if (lstat(path.c_str(), &info) != 0) {
-            if (errno != ENOENT) {  // it may have gone meanwhile
-                FailToRead(path, errno);
-            }
-            continue;
-        }
-        if (!S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) {
-            throw Error(ErrorKind::kUsage,
-                        path +
-                            ": this is no plain file and no folder. A TV that somebody sent could "
-                            "change other files of yours by it: remove it, or make the TV anew.");
-        }
-        const bool isTooLarge =
-            S_ISREG(info.st_mode) && static_cast<std::uintmax_t>(info.st_size) > kLargestFile;
-        if (isTooLarge && !IsGrowing(path.substr(tvDir.size() + 1))) {
-            throw Error(ErrorKind::kUsage,
-                        path +
-                            ": this is larger than any file of a TV. Remove it, or make the TV "
-                            "anew.");
-        }
-        if (S_ISDIR(info.st_mode) && entries.depth() == 0 && entries->path().filename() == "apps") {
-            entries.disable_recursion_pending();  // read with care, file by file
-        }
+void MakeTvFolder(const std::string& tvDir, const std::string& name) {
+    const Place place(tvDir, fs::path(name) / ".", true);
+    if (place.dir < 0) {
+        throw Error(ErrorKind::kPlatform, tvDir + "/" + name + ": cannot make this folder: " +
+                                              std::strerror(errno) + ".");
     }
-    if (error && error != std::errc::no_such_file_or_directory) {
-        FailToRead(tvDir, error.value());
+}
+
+bool RenameInTv(const std::string& tvDir, const std::string& from, const std::string& to) {
+    const Place source(tvDir, from);
+    if (source.dir < 0) {
+        return false;
     }
+    const Place goal(tvDir, to);
+    return goal.dir >= 0 && store_file_calls.renameat(source.dir, source.name.c_str(), goal.dir,
+                                                      goal.name.c_str()) == 0;
+}
+
+bool RemoveTvFile(const std::string& tvDir, const std::string& name) {
+    const Place place(tvDir, name);
+    return place.dir >= 0 && RemoveFrom(place.dir, place.name, 0);
+}
+
+bool RemoveEmptyTvFolder(const std::string& tvDir, const std::string& name) {
+    const Place place(tvDir, name);
+    return place.dir >= 0 && unlinkat(place.dir, place.name.c_str(), AT_REMOVEDIR) == 0;
+}
+
+bool RemoveTvTree(const std::string& tvDir, const std::string& name) {
+    const Place place(tvDir, name);
+    return place.dir >= 0 ? RemoveAllOf(place.dir, place.name.c_str()) : errno == ENOENT;
+}
+
+int WalkTvFolder(const std::string& tvDir, const std::string& name, const TvEntry& tell) {
+    const int folder = OpenTvFolder(tvDir, name);
+    return folder >= 0 ? Walk(folder, "", tell) : errno;
+}
+
+std::vector<std::string> NamesInTv(const std::string& tvDir, const std::string& name) {
+    return NamesIn(OpenTvFolder(tvDir, name), tvDir + "/" + name);
 }
 
 FileLock::FileLock(const std::string& folder, const std::string& name)

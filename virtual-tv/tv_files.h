@@ -1,12 +1,16 @@
-// Where the files of a TV's folder are opened. What a TV is opened with is looked at as a whole
-// (RequirePlainFiles); what lies there later, in a process that goes on for long, is judged here.
+// Where the files of a TV's folder are opened, made, renamed and removed: nothing that lies in it
+// leads out of it. What a TV is opened with is looked at as a whole (RequireTrustedTv); what lies
+// there later, in a process that goes on for long, is judged here.
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vtv {
 
@@ -17,7 +21,7 @@ inline constexpr mode_t kFileMode = 0644;
 // As open(), of a plain file that is named below the TV's folder: by no link on the way from there,
 // without waiting for whoever has the other end of a pipe, and not larger than any file of a TV.
 // The name goes down only. -1, and errno tells why: ELOOP or ENOTDIR for a link, EINVAL for what is
-// no plain file, EFBIG.
+// no plain file, EFBIG, EPERM for what others can write.
 int OpenTvFile(const std::string& tvDir, const std::string& name, int flags);
 // The same for a folder, to be read or to name files in. "" is the TV's own.
 int OpenTvFolder(const std::string& tvDir, const std::string& name);
@@ -33,10 +37,24 @@ std::optional<std::string> ReadTvFile(const std::string& tvDir, const std::strin
 bool WriteTvFile(const std::string& tvDir, const std::string& name, std::string_view content,
                  int* error);
 
-// Throws kUsage for a link, a pipe or a device in a TV's folder, because the TV writes into its
-// files, and for one that is too large to be a TV's, because the TV reads them. Throws kPlatform
-// when the folder cannot be read.
-void RequirePlainFiles(const std::string& tvDir);
+// Below the TV's folder as above. Makes a folder, with those that it lies in; throws kPlatform.
+void MakeTvFolder(const std::string& tvDir, const std::string& name);
+// As rename(), unlink() and rmdir(); false, and errno tells why.
+bool RenameInTv(const std::string& tvDir, const std::string& from, const std::string& to);
+bool RemoveTvFile(const std::string& tvDir, const std::string& name);
+bool RemoveEmptyTvFolder(const std::string& tvDir, const std::string& name);
+// Whatever has this name, with all that it holds; true also when there is nothing.
+bool RemoveTvTree(const std::string& tvDir, const std::string& name);
+
+// Tells of each entry below a folder, named relative to it, a folder before what it holds. False
+// keeps it from going down. Returns the errno of what could not be read, or 0.
+using TvEntry = std::function<bool(const std::string& name, const struct stat& info)>;
+int WalkTvFolder(const std::string& tvDir, const std::string& name, const TvEntry& tell);
+// As NamesIn(), of a folder of the TV.
+std::vector<std::string> NamesInTv(const std::string& tvDir, const std::string& name);
+
+// The largest file that a TV has.
+inline constexpr off_t kLargestTvFile = off_t{256} * 1024 * 1024;
 
 // An advisory lock on a file, held while the object lives. Where the file must not be made (a
 // read-only folder) nothing is locked: nothing can be written there either. Throws kPlatform for

@@ -102,7 +102,10 @@ struct Tv::Impl {
     std::vector<std::string> failures;           // see Tv::TakeFailures()
     std::map<std::string, bool> reportedDamage;  // settings keys whose damage the log has told
 
+    bool MayWatch() const;  // see WatchNothing()
     Watcher& GetWatcher();
+    // Something in the TV's folder was made, moved or removed, or the folder itself (empty).
+    void Hear(const std::string& name);
     // The store of a settings key; throws kUsage for what is no key.
     Store& StoreOf(const std::string& key);
     const Store& StoreOf(const std::string& key) const;
@@ -121,9 +124,6 @@ struct Tv::Impl {
 };
 
 void EnsureDir(const std::string& dir);  // with its parents
-// Throws kPlatform when the folder of a TV, or the one that it lies in, belongs to another user but
-// root, or can be written by others.
-void RequireTrustedFolders(const std::string& dir);
 std::string Absolute(const std::string& dir);
 // What the folder of a TV without a model and any value holds.
 void MakeFolders(const std::string& dir);

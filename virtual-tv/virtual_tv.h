@@ -82,6 +82,7 @@ struct Change {
 // what to write instead, for what the TV would refuse.
 VTV_EXPORT void CheckSettingKey(const std::string& key);
 VTV_EXPORT void CheckOwnerFile(const std::string& path);
+VTV_EXPORT void CheckStateName(const std::string& name);
 // An entry of Tv::State(), as snapshots hold them.
 VTV_EXPORT void CheckState(const std::string& name, const Value& value);
 
@@ -134,7 +135,8 @@ class VTV_EXPORT Tv {
     // there, write, record; empty when it did all. A page that was made without it is no TV's page.
     static const std::string& MachineFailure();
 
-    const Model& GetModel() const;
+    const Model& GetModel() const&;
+    const Model& GetModel() && = delete;  // it ends with the TV
 
     // Paths, absolute.
     const std::string& Dir() const;
@@ -311,6 +313,11 @@ class VTV_EXPORT LogReader {
 // What this process writes from now on may be lost with the power: its TVs are thrown away.
 VTV_EXPORT void SyncNothing();
 
+// For a process that looks once and ends: no watch that is made from now on tells anything, and
+// none costs anything. The kernel takes longer to end the first watch than a page takes to be
+// asked.
+VTV_EXPORT void WatchNothing();
+
 // Makes the TV answer this process's platform calls, binds the texts of "si-ready" to its menu
 // language, and follows its trace switch. The TV must outlive PowerOff(). A platform call without a
 // TV that is on stops the program with its name (exit code 4).
@@ -347,14 +354,19 @@ VTV_EXPORT std::vector<Read> StopRecordingReads();
 // real one. A TV must be on. An inner experiment stands in place of the outer one.
 class VTV_EXPORT Experiment {
   public:
-    explicit Experiment(std::vector<Read> reads);
+    // `mended`: calls that work although they were told to fail.
+    explicit Experiment(std::vector<Read> reads, std::vector<std::string> mended = {});
     ~Experiment();
     Experiment(const Experiment&) = delete;
     Experiment& operator=(const Experiment&) = delete;
 
+    const std::vector<Read>& Reads() const { return reads_; }
+    bool Mends(const std::string& function) const;
+
   private:
     std::vector<Read> reads_;
-    const std::vector<Read>* outer_;
+    std::vector<std::string> mended_;
+    const Experiment* outer_;
 };
 
 // Where TVs live unless told otherwise: $VTV_HOME, else $XDG_DATA_HOME/vtv, else

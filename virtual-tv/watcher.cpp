@@ -43,6 +43,16 @@ void AddToEpoll(int epoll, int fd) {
     }
 }
 
+int AddTo(int inotify, const std::string& dir, uint32_t mask) {
+    // The kernel merges an event with the one before it when they are alike, so that two writes of
+    // a key in a row would be told as one. A rename is also the leaving of a temporary name, which
+    // is another each time: asked for as well, it keeps them apart.
+    const uint32_t apart = (mask & IN_MOVED_TO) != 0 ? IN_MOVED_FROM : 0;
+    // Several watches of one folder share a descriptor; its mask is the union of theirs.
+    return inotify_add_watch(inotify, dir.c_str(),
+                             mask | apart | IN_ONLYDIR | IN_DONT_FOLLOW | IN_MASK_ADD);
+}
+
 }  // namespace
 
 Watcher::Watcher() {
@@ -69,21 +79,15 @@ Watcher::~Watcher() {
 
 Watcher::Id Watcher::Watch(const std::string& dir, uint32_t mask, const std::string& fileName,
                            Callback callback) {
-    // The kernel merges an event with the one before it when they are alike, so that two writes of
-    // a key in a row would be told as one. A rename is also the leaving of a temporary name, which
-    // is another each time: asked for as well, it keeps them apart.
-    const uint32_t apart = (mask & IN_MOVED_TO) != 0 ? IN_MOVED_FROM : 0;
-    // Several watches of one folder share a descriptor; its mask is the union of theirs.
-    const int wd =
-        inotify_add_watch(inotify_, dir.c_str(), mask | apart | IN_ONLYDIR | IN_MASK_ADD);
+    const int wd = AddTo(inotify_, dir, mask);
     if (wd < 0) {
         FailToWatch(dir, errno);
     }
-    folders_[wd] = dir;
     // What has happened so far gets its numbers before this subscription gets its own.
     Drain();
     auto subscription = std::make_shared<Subscription>();
     subscription->id = nextId_++;
+    subscription->dir = dir;
     subscription->wd = wd;
     subscription->mask = mask;
     subscription->fileName = fileName;
@@ -104,12 +108,39 @@ void Watcher::Unwatch(Id id) {
     const int wd = (*found)->wd;
     (*found)->alive = false;  // a delivery that is under way still holds it
     subscriptions_.erase(found);
+    Release(wd);
+}
+
+void Watcher::Release(int wd) {
     const bool needed = std::any_of(subscriptions_.begin(), subscriptions_.end(),
                                     [wd](const auto& s) { return s->wd == wd; });
-    if (!needed) {
+    if (!needed && wd >= 0) {
         inotify_rm_watch(inotify_, wd);
-        folders_.erase(wd);
     }
+}
+
+void Watcher::Follow(const std::string& dir) {
+    const auto subscriptions = subscriptions_;  // a callback may add and remove some
+    for (const auto& subscription : subscriptions) {
+        if (!subscription->alive || subscription->dir != dir) {
+            continue;
+        }
+        // Whoever copies a folder writes its files where they lie.
+        const uint32_t mask = subscription->mask | IN_CLOSE_WRITE;
+        const int wd = AddTo(inotify_, dir, mask);
+        if (wd < 0 && errno != ENOENT && errno != ENOTDIR) {
+            FailToWatch(dir, errno);
+        }
+        if (wd < 0 || wd == subscription->wd) {
+            continue;  // gone again, or the one that is watched
+        }
+        const int before = subscription->wd;
+        subscription->wd = wd;
+        subscription->mask = mask;
+        Release(before);
+        Rescan(subscription);
+    }
+    Wake(!pending_.empty());
 }
 
 void Watcher::Drain() {
@@ -171,8 +202,9 @@ int Watcher::Dispatch() {
 
 int Watcher::Deliver(const Event& event) {
     if ((event.mask & IN_IGNORED) != 0) {  // the folder is gone
-        folders_.erase(event.wd);
-        std::erase_if(subscriptions_, [&](const auto& s) { return s->wd == event.wd; });
+        for (const auto& subscription : subscriptions_) {
+            subscription->wd = subscription->wd == event.wd ? -1 : subscription->wd;
+        }
         return 0;
     }
     int calls = 0;
@@ -207,15 +239,12 @@ bool Watcher::Concerns(const Event& event, const Subscription& subscription) con
     // It stood behind the overflow in the queue, and what it tells may be told already.
     const auto told = subscription.told.find(event.name);
     return told == subscription.told.end() ||
-           told->second != StampOf(folders_.at(subscription.wd) + "/" + event.name);
+           told->second != StampOf(subscription.dir + "/" + event.name);
 }
 
 int Watcher::Call(Subscription& subscription, const std::string& name) {
-    const auto folder = folders_.find(subscription.wd);
-    if (folder != folders_.end()) {
-        // Before the callback reads: what is written from now on has yet to be told.
-        subscription.told[name] = StampOf(folder->second + "/" + name);
-    }
+    // Before the callback reads: what is written from now on has yet to be told.
+    subscription.told[name] = StampOf(subscription.dir + "/" + name);
     subscription.callback(name);
     return 1;
 }
@@ -249,7 +278,7 @@ int Watcher::Rescan(const std::shared_ptr<Subscription>& subscription) {
 
 std::map<std::string, Watcher::Stamp> Watcher::Stamps(const Subscription& subscription) const {
     std::map<std::string, Stamp> stamps;
-    const std::string& folder = folders_.at(subscription.wd);
+    const std::string& folder = subscription.dir;
     if (!subscription.fileName.empty()) {
         stamps[subscription.fileName] = StampOf(folder + "/" + subscription.fileName);
         return stamps;

@@ -27,9 +27,12 @@ class Watcher {
 
     // mask: inotify's. fileName empty: every file of the folder. A callback hears of what happens
     // after it was registered, and of nothing before. What it throws leaves Dispatch() once the
-    // others have heard of the same. The folder's end ends the watch.
+    // others have heard of the same. The folder's end ends the watch, until Follow().
     Id Watch(const std::string& dir, uint32_t mask, const std::string& fileName, Callback callback);
     void Unwatch(Id id);
+    // Another folder may have come to lie where one is watched: from now on that one is, and all is
+    // told that differs from what was told last.
+    void Follow(const std::string& dir);
 
     int Fd() const { return epoll_; }
     int Dispatch();
@@ -47,7 +50,8 @@ class Watcher {
     };
     struct Subscription {
         Id id;
-        int wd;
+        std::string dir;
+        int wd;  // -1: the folder is gone
         uint32_t mask;
         std::string fileName;
         Callback callback;
@@ -67,6 +71,7 @@ class Watcher {
     void Wake(bool pending);
     int Deliver(const Event& event);
     bool Concerns(const Event& event, const Subscription& subscription) const;
+    void Release(int wd);
     int Rescan(const std::shared_ptr<Subscription>& subscription);
     int Call(Subscription& subscription, const std::string& name);
     std::map<std::string, Stamp> Stamps(const Subscription& subscription) const;
@@ -75,7 +80,6 @@ class Watcher {
     int inotify_ = -1;
     int wake_ = -1;  // readable while events are drained but not delivered
     int epoll_ = -1;
-    std::map<int, std::string> folders_;  // by watch descriptor
     std::vector<std::shared_ptr<Subscription>> subscriptions_;
     std::deque<Event> pending_;
     uint64_t nextEvent_ = 0;

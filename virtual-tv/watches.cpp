@@ -11,6 +11,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+bool watchesNothing = false;
+
 // Tells of the files below /home/owner; folders that are made later are followed as well.
 class OwnerWatch : public std::enable_shared_from_this<OwnerWatch> {
   public:
@@ -20,7 +22,7 @@ class OwnerWatch : public std::enable_shared_from_this<OwnerWatch> {
 
     // A folder, relative; isNew when nobody was told of what it holds.
     void Follow(const std::string& folder, bool isNew) {
-        const std::string dir = tv_.dir + "/owner/" + folder;
+        const std::string dir = tv_.dir + (folder.empty() ? "/owner" : "/owner/" + folder);
         std::error_code error;
         try {
             followed_[folder] = tv_.GetWatcher().Watch(
@@ -70,11 +72,22 @@ class OwnerWatch : public std::enable_shared_from_this<OwnerWatch> {
 
 }  // namespace
 
+void WatchNothing() {
+    watchesNothing = true;
+}
+
+bool Tv::Impl::MayWatch() const {
+    return !watchesNothing;
+}
+
 Tv::WatchId Tv::Watch(const std::string& key, std::function<void()> callback) {
     CheckSettingKey(key);
+    const WatchId id = impl_->nextWatch++;
+    if (!impl_->MayWatch()) {
+        return id;
+    }
     const Store& store = impl_->StoreOf(key);
     const std::string name = Store::EncodeKey(key);
-    const WatchId id = impl_->nextWatch++;
     impl_->watches[id] = {
         impl_->GetWatcher().Watch(store.Dir(), kStoreEvents, name,
                                   [call = std::move(callback)](const std::string&) { call(); })};

@@ -7,8 +7,10 @@
 
 #include "applications.h"
 #include "folder_names.h"
+#include "recording_note.h"
 #include "running_apps.h"
 #include "tv_impl.h"
+#include "virtual-tv/model/text_file.h"
 #include "whole_folder.h"
 
 namespace vtv {
@@ -19,9 +21,9 @@ namespace {
 
 // All that a TV's folder holds; what else lies there is somebody's own.
 constexpr std::array kParts = {
-    "tv.toml",  "settings", "memory", "state",    "faults", "owner",          "apps",
-    "log",      "trace",    "speech", "switches", ".lock",  "launches.jsonl", "launches.jsonl.1",
-    ".changes", "recording"};
+    "tv.toml", "settings", "memory", "state",    "faults", "owner",          "apps",
+    "log",     "trace",    "speech", "switches", ".lock",  "launches.jsonl", "launches.jsonl.1",
+    ".changes"};
 
 // The folder of a TV that is to go from where it is.
 std::string RequireOwnFolder(const std::string& dir) {
@@ -118,6 +120,11 @@ std::vector<RunningApplication> RenameTv(const std::string& from, const std::str
                         ": this is inside of the TV that is to be renamed. Name another "
                         "place.");
     }
+    // A recording may name the TV's own model, which would no longer be found there.
+    if (const std::string recording = RecordingNote(path).Read(); !recording.empty()) {
+        throw Error(ErrorKind::kNo, path + ": this TV is being recorded into " + recording +
+                                        ". End that first: vtv record stop --tv " + path);
+    }
     const Standstill standstill(path);
     std::vector<RunningApplication> running = RunningOn(path);
     MoveFolder(path, place);
@@ -138,7 +145,9 @@ std::vector<RunningApplication> RemoveTv(const std::string& dir, bool byForce) {
         if (const std::vector<RunningApplication> running = RunningOn(path); !running.empty()) {
             RefuseFor(path, running, byForce);
         }
+        const RecordingNote recording(path);
         RemoveFolder(path);
+        recording.Remove();
     }
     return ended;
 }

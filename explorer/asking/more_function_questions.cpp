@@ -3,6 +3,7 @@
 #include <string>
 
 #include "answers.h"
+#include "virtual-tv/model/applications.h"
 #include "virtual-tv/model/keys.h"
 
 namespace explorer {
@@ -117,7 +118,7 @@ void AskLaunchWithExtra(const Subject& subject, const Question& question) {
 void AskMetadata(const Subject& subject, const Question& question) {
     Text value = "before";
     Answer(answers::RESULT, FunctionOf<int, const char*, const char*, Text&>(subject, question)(
-                                question.key.c_str(), "name", value));
+                                question.key.c_str(), vtv::kEngineLanguages, value));
     AnswerText(answers::VALUE, value.c_str());
 }
 
@@ -150,9 +151,6 @@ struct MoreFunction {
 
 #define MENU(mangled) "_ZN11CSIMenuUtil" mangled
 #define STRING "NSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE"
-
-constexpr char ORVIK_APP[] = "com.vantelo.tv.voice-instant-app";
-constexpr char MARKER[] = "/home/owner/share/.voice/ga_login_success";
 
 constexpr MoreFunction MORE_FUNCTIONS[] = {
     {"_Z17check_return_truePKci", AskRule},
@@ -216,22 +214,22 @@ constexpr MoreFunction MORE_FUNCTIONS[] = {
     {MENU("9GetFMSIntEPKc"), AskIntOfKey, vtv::kFarFieldFeature},
     {MENU("10GetFMSBoolEPKc"), AskTruthOfKey, vtv::kVoiceFeature},
     {MENU("12GetFMSStringB5cxx11EPKc"), AskTextOfKey, vtv::kDeviceNameFeature},
-    {MENU("11isExistFileE" STRING), AskTruthOfText, MARKER},
+    {MENU("11isExistFileE" STRING), AskTruthOfText, vtv::kGoogleMarkerFile},
     {MENU("19getValueOfJsonVconfE" STRING "S5_"), AskMember, vtv::kTencentKey},
     {MENU("22setVAsValueOfJsonVconfE" STRING "S5_S5_"), AskWriteMember, vtv::kTencentKey},
     {MENU("7SetBoolEPKcb"), AskSetBool, vtv::kFirstTimeKey},
     {MENU("9SetStringEPKcS1_"), AskSetString, vtv::kTencentKey},
-    {MENU("17SetVoiceAssistantEPKc"), AskSend, ORVIK_APP},
-    {MENU("9LaunchAppEPKc"), AskSend, ORVIK_APP},
-    {MENU("9LaunchAppEPKcS1_S1_"), AskLaunchWithExtra, ORVIK_APP},
+    {MENU("17SetVoiceAssistantEPKc"), AskSend, vtv::kOrvikApp},
+    {MENU("9LaunchAppEPKc"), AskSend, vtv::kOrvikApp},
+    {MENU("9LaunchAppEPKcS1_S1_"), AskLaunchWithExtra, vtv::kOrvikApp},
     {MENU("11GetMetaDataEPKcS1_RNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE"), AskMetadata,
-     ORVIK_APP},
+     vtv::kNeuralEngine},
     {MENU("7ReplaceE" STRING "RKS5_"), AskReplace},
     {MENU("7ReplaceE" STRING "RKS5_S7_"), AskReplaceBoth},
     {"_ZN7MVAList13GetVAListSizeEv", AskSize},
     {"_ZN7MVAList16GetCurrentVATypeEv", AskInt},
     {"_ZN7MVAList15GetVANameByTypeB5cxx11E14ASSISTANT_TYPE", AskTextOfKinds},
-    {"_ZN7MVAList16GetVATypeByAppIDE" STRING, AskIntOfText, ORVIK_APP},
+    {"_ZN7MVAList16GetVATypeByAppIDE" STRING, AskIntOfText, vtv::kOrvikApp},
 };
 
 }  // namespace

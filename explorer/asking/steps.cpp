@@ -4,6 +4,7 @@
 
 #include "explorer/tv/state.h"
 #include "host/core/toml_writer.h"
+#include "virtual-tv/model/keys.h"
 
 namespace explorer {
 
@@ -122,13 +123,15 @@ std::string MembersOf(const std::string& word, const Effects& effects) {
     std::string lines = word + ".launched = " + TomlList(effects.launches) + "\n" + word +
                         ".toast = " + TomlList(effects.toasts) + "\n";
     for (const auto& [application, mode] : effects.modes) {
-        lines +=
-            word + ".state." + TomlText("always_on_voice/" + application) + " = " + mode + "\n";
+        lines += word + ".state." + TomlText(vtv::kModeState + application) + " = " + mode + "\n";
     }
     for (const auto& [key, value] : effects.settings) {
         lines += word + ".setting." + TomlText(key) + " = " + value + "\n";
     }
-    return lines;
+    // Whatever a provider names is meant.
+    const bool isNamed =
+        !effects.launches.empty() || !effects.modes.empty() || !effects.settings.empty();
+    return lines + (isNamed ? "force = true\n" : "");
 }
 
 }  // namespace explorer

@@ -263,12 +263,7 @@ void AddMerge(CommandLine& line) {
 
 void AddImpact(CommandLine& line) {
     auto [verb, options] =
-        AddVerb(line, "impact",
-                "Show what a new assistant policy changes on every TV model and for every user",
-                "  vtv impact old.json new.json\n"
-                "  vtv impact old.json new.json --tv farfield-eu --html > impact.html\n\n"
-                "Exit codes: 0 nothing changes, 1 something does, 2 a policy is malformed.",
-                ImpactMain);
+        AddVerb(line, "impact", program::kImpactDoes, program::kImpactExamples, ImpactMain);
     program::AddImpactOptions(verb, options.asked);
     AddProvider(verb, options);
     AddPatience(verb);
@@ -332,6 +327,7 @@ int ExploreMain(int argc, char** argv) {
     CLI::App& app = line.app;
     app.require_subcommand(1);
     app.formatter(std::make_shared<program::HelpFormatter>());
+    program::AddVersion(app, "vtv-explore");
     app.footer(
         "Examples:\n"
         "  vtv explore check                         what must hold in every state\n"

@@ -58,7 +58,6 @@ class BytesWriter {
 class BytesReader {
   public:
     explicit BytesReader(std::string_view bytes) : bytes_(bytes) {}
-    bool AtEnd() const { return bytes_.empty(); }
     template <typename... T>
     void operator()(T&... values) {
         (Read(values), ...);

@@ -10,6 +10,7 @@
 #include "explorer/asking/source_place.h"
 #include "explorer/engine/coverage.h"
 #include "program/counted.h"
+#include "program/text_width.h"
 #include "program/visible_text.h"
 #include "virtual-tv/model/json_text.h"
 
@@ -77,7 +78,7 @@ void PrintLine(const CheckOptions& options, const CheckedInvariant& invariant, b
                        : !isClosed                   ? "unfinished"
                        : options.shard.IsPart()      ? "in part"
                                                      : "holds";
-    std::printf("%-9s %-32s %12s paths  %s\n", word, invariant.name.c_str(),
+    std::printf("%-9s %s %12s paths  %s\n", word, program::Pad(invariant.name, 32).c_str(),
                 BigNumber(invariant.paths).ToString().c_str(), invariant.sentence.c_str());
 }
 

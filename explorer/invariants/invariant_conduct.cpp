@@ -5,33 +5,17 @@
 #include "explorer/tv/lazy_tv.h"
 #include "invariant_rules.h"
 #include "platform/trace_storage.h"
+#include "virtual-tv/model/applications.h"
 #include "virtual-tv/model/keys.h"
 
 namespace explorer::rules {
 
 namespace {
 
-// Every application that the page may start, with its extra.
-struct KnownLaunch {
-    const char* application;
-    const char* key;
-    const char* value;
-};
-constexpr KnownLaunch LAUNCHES[] = {
-    {"org.nemra.wizard", "type", "PIVORA_SETUP"},
-    {"org.nemra.voice-onboarding", "type", "ONBOARDING_SETUP"},
-    {"com.vantelo.tv.voice-instant-app", "show_onboarding", "ONBOARDING"},
-    {"com.vantelo.tv.google-assistant", "Login", "1"},
-    {"com.vantelo.tv.salute-assistant", "PAGETYPE", "ONBOARDING"},
-    {"com.vantelo.tv.tencent-voice-chrome", "show_onboarding", "ONBOARDING"},
-    {"com.vantelo.account-ui", nullptr, nullptr},
-};
-
 bool IsKnown(const RecordEntry& launch) {
-    return std::any_of(std::begin(LAUNCHES), std::end(LAUNCHES), [&](const KnownLaunch& known) {
-        const vtv::Extras extras =
-            known.key != nullptr ? vtv::Extras{{known.key, known.value}} : vtv::Extras();
-        return launch.subject == known.application && launch.extras == extras;
+    const std::vector<vtv::PageLaunch>& launches = vtv::PageLaunches();
+    return std::any_of(launches.begin(), launches.end(), [&](const vtv::PageLaunch& known) {
+        return launch.subject == known.application && launch.extras == known.extras;
     });
 }
 
@@ -194,12 +178,12 @@ struct Reread {
 constexpr Reread REREADS[] = {
     {"", vtv::kCurrentAssistantKey},  // for each assistant that is looked at
     // Consents: once for the policy, once for the entry; once for the popup, once for the launch.
-    {"visible:voice", "tnc"},
-    {"visible:voice", "pp"},
-    {"visible:onboarding", "tnc"},
-    {"visible:onboarding", "pp"},
-    {"press:", "tnc"},
-    {"press:", "pp"},
+    {"visible:voice", vtv::kTermsConsent},
+    {"visible:voice", vtv::kPrivacyConsent},
+    {"visible:onboarding", vtv::kTermsConsent},
+    {"visible:onboarding", vtv::kPrivacyConsent},
+    {"press:", vtv::kTermsConsent},
+    {"press:", vtv::kPrivacyConsent},
     {"press:", "sso_get_login_state"},
     {"press:", vtv::kFirstTimeKey},
     // A setup is asked for before the onboarding and by the onboarding itself.

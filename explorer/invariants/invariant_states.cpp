@@ -44,7 +44,8 @@ std::string RootNeedsConsent(const Look& look, const Question*) {
     if (!look.Visible(VOICE)) {
         return "";
     }
-    if (look.Now(Input::Kind::kConsent, "tnc") <= 0 || look.Now(Input::Kind::kConsent, "pp") <= 0) {
+    if (look.Now(Input::Kind::kConsent, vtv::kTermsConsent) <= 0 ||
+        look.Now(Input::Kind::kConsent, vtv::kPrivacyConsent) <= 0) {
         return "the page is visible without both consents";
     }
     return look.TextNow(Input::Kind::kSetting, vtv::kCurrentAssistantKey).empty()

@@ -10,6 +10,7 @@
 #include "explorer/tv/lazy_tv.h"
 #include "program/counted.h"
 #include "program/standard_output.h"
+#include "program/text_width.h"
 #include "sequences_scenario.h"
 #include "virtual-tv/model/json_text.h"
 
@@ -164,8 +165,8 @@ void PrintText(const std::vector<SequencesResult>& results,
     int deepest = 0;
     bool isClosed = true;
     for (const SequencesResult& result : results) {
-        std::printf("%-22s %10s states %12s transitions  depth %2d  %-10s %6.2f s\n",
-                    result.model.c_str(), Big(result.states).c_str(),
+        std::printf("%s %10s states %12s transitions  depth %2d  %-10s %6.2f s\n",
+                    program::Pad(result.model, 22).c_str(), Big(result.states).c_str(),
                     Big(result.transitions).c_str(), result.deepest, EndOf(result), result.seconds);
         states += result.states;
         transitions += result.transitions;

@@ -199,7 +199,7 @@ void ConcreteTv::PowerCycle(TvState& state) {
     SetRunning(state, {});
     for (int input = 0; input < inputCount_; ++input) {
         const Input& one = inputs_.inputs[static_cast<std::size_t>(input)];
-        if (one.kind == Input::Kind::kSetting && one.key.rfind("memory/", 0) == 0) {
+        if (one.kind == Input::Kind::kSetting && vtv::IsPassingSetting(one.key)) {
             Set(state, input, MissingValue());
         }
     }

@@ -13,6 +13,7 @@ using explorer::Handle;
 using explorer::PlatformMemory;
 using explorer::tv;
 using explorer::Value;
+using platform::FailureOf;
 
 namespace {
 
@@ -27,9 +28,11 @@ int ResultOf(const char* function) {
 
 int AddExtra(const char* call, void* handle, const char* key, const char* value) {
     const PlatformMemory own;
-    if (Handle* known = explorer::UseHandle(call, handle)) {
-        known->extras.emplace_back(Printable(key), Printable(value));
+    Handle* known = explorer::UseHandle(call, handle);
+    if (known == nullptr || key == nullptr || value == nullptr) {
+        return FailureOf(call);
     }
+    known->extras.emplace_back(key, value);
     return 0;
 }
 
@@ -60,20 +63,24 @@ int bundle_add_str(bundle* b, const char* key, const char* value) {
 
 int bundle_free(bundle* b) {
     tv().Note("bundle_free");
-    explorer::TakeHandleBack(__func__, b);
-    return 0;
+    return b != nullptr && explorer::TakeHandleBack(__func__, b) ? 0 : FailureOf(__func__);
 }
 
 int aul_launch_app(const char* appId, bundle* extras) {
     const PlatformMemory own;
+    if (appId == nullptr) {
+        return FailureOf(__func__);
+    }
     const Handle* request = extras != nullptr ? explorer::UseHandle(__func__, extras) : nullptr;
-    RecordLaunch(Entry::kLaunch, Printable(appId),
-                 request != nullptr ? request->extras : vtv::Extras());
+    RecordLaunch(Entry::kLaunch, appId, request != nullptr ? request->extras : vtv::Extras());
     return ResultOf("aul_launch_app");
 }
 
 int app_control_create(app_control_h* handle) {
     const PlatformMemory own;
+    if (handle == nullptr) {
+        return FailureOf(__func__);
+    }
     const int result = ResultOf("app_control_create");
     if (result == 0) {
         *handle = reinterpret_cast<app_control_h>(explorer::HandOutHandle(__func__));
@@ -88,9 +95,11 @@ int app_control_set_operation(app_control_h handle, const char* operation) {
 
 int app_control_set_app_id(app_control_h handle, const char* appId) {
     const PlatformMemory own;
-    if (Handle* request = explorer::UseHandle(__func__, handle)) {
-        request->appId = Printable(appId);
+    Handle* request = explorer::UseHandle(__func__, handle);
+    if (request == nullptr || appId == nullptr) {
+        return FailureOf(__func__);
     }
+    request->appId = appId;
     return 0;
 }
 
@@ -105,24 +114,28 @@ int app_control_send_launch_request(app_control_h handle, app_control_reply_cb r
         tv().Note("app_control_send_launch_request", "wants a reply");
     }
     const Handle* request = explorer::UseHandle(__func__, handle);
-    RecordLaunch(Entry::kPopup, request != nullptr ? request->appId : "?",
-                 request != nullptr ? request->extras : vtv::Extras());
+    if (request == nullptr || request->appId.empty()) {
+        return FailureOf(__func__);
+    }
+    RecordLaunch(Entry::kPopup, request->appId, request->extras);
     return ResultOf("app_control_send_launch_request");
 }
 
 int app_control_destroy(app_control_h handle) {
     tv().Note("app_control_destroy");
-    explorer::TakeHandleBack(__func__, handle);
-    return 0;
+    return explorer::TakeHandleBack(__func__, handle) ? 0 : FailureOf(__func__);
 }
 
 int app_manager_get_app_context(const char* appId, app_context_h* context) {
     const PlatformMemory own;
+    if (appId == nullptr || context == nullptr) {
+        return FailureOf(__func__);
+    }
     const int result = ResultOf("app_manager_get_app_context");
     tv().Note("app_manager_get_app_context", appId);
     if (result == 0) {
         Handle* handle = explorer::HandOutHandle(__func__);
-        handle->appId = Printable(appId);
+        handle->appId = appId;
         handle->isOut = false;  // nobody gives it back
         *context = reinterpret_cast<app_context_h>(handle);
     }
@@ -131,6 +144,9 @@ int app_manager_get_app_context(const char* appId, app_context_h* context) {
 
 int app_manager_terminate_app(app_context_h context) {
     const PlatformMemory own;
+    if (context == nullptr) {
+        return FailureOf(__func__);
+    }
     tv().Append(Entry::kTerminate, reinterpret_cast<Handle*>(context)->appId);
     return ResultOf("app_manager_terminate_app");
 }

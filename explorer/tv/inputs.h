@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/call_table.h"
 #include "virtual-tv/model/values.h"
 
 namespace explorer {
@@ -12,9 +13,8 @@ namespace explorer {
 // Names and results of the platform's calls that several parts must spell alike.
 namespace keys {
 inline constexpr char LOGIN[] = "sso_get_login_state";
-// What a platform call returns that fails, and what a feature returns that the TV does not have.
-inline constexpr int FAILED = -1;
-inline constexpr int INVALID_PARAMETER = -22;
+// What reading a setting returns that the TV does not have.
+inline constexpr int FAILED = platform::FailureOf("vconf_get_int");
 }  // namespace keys
 
 // What a platform call answers.

@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::size_t MAX_WRITES = 64;
 
-const Value FAILED_READ = {Value::Kind::kFails, -1, "", "fails", "", false};
+const Value FAILED_READ = {Value::Kind::kFails, keys::FAILED, "", "fails", "", false};
+const Value NO_FEATURE = {Value::Kind::kFails, platform::NO_SUCH_FEATURE, "", "fails", "", false};
 
 // Where it begins in memory.
 const void* LibraryOf(const void* inside) {
@@ -59,6 +60,11 @@ void Tv::Use(const Inputs& inputs) {
     Reset();
     std::fill(std::begin(decided_), std::end(decided_), nullptr);
     decisionsSize_ = 0;
+}
+
+void Tv::NoteUnknown(const std::string& what) {
+    const PlatformMemory own;
+    unknown_.insert(what);
 }
 
 int Tv::Lookup(Input::Kind kind, const char* key) const {
@@ -128,8 +134,8 @@ const Value& Tv::Read(Input::Kind kind, const char* key) {
     if (input < 0) {
         const PlatformMemory own;
         Note("reads", key);
-        unknown_.insert(std::string(ToText(kind)) + " " + (key != nullptr ? key : "(null)"));
-        return FAILED_READ;
+        NoteUnknown(std::string(ToText(kind)) + " " + (key != nullptr ? key : "(null)"));
+        return kind == Input::Kind::kFeature ? NO_FEATURE : FAILED_READ;
     }
     if (notesReads) {
         Note("reads", inputs_->inputs[static_cast<std::size_t>(input)].name.c_str());
@@ -238,12 +244,11 @@ int Tv::Write(int input, int writeInput, Value value) {
 }
 
 int Tv::WriteSetting(const char* key, const Said& stored, Value value) {
-    const std::string name = key != nullptr ? key : "(null)";
-    Append(Entry::kWrite, name, stored);
+    Append(Entry::kWrite, key, stored);
     const int input = Lookup(Input::Kind::kSetting, key);
     const int write = Lookup(Input::Kind::kWrite, key);
     if (input < 0 && write < 0) {
-        unknown_.insert("write " + name);
+        NoteUnknown(std::string("write ") + key);
     }
     return Write(input, write, std::move(value));
 }
@@ -260,13 +265,12 @@ int Tv::WriteFlag(const char* key, bool flag) {
 
 int Tv::WriteText(const char* key, const char* text) {
     const PlatformMemory own;
-    return WriteSetting(key, std::string(text != nullptr ? text : "(null)"),
-                        TextValue(text != nullptr ? text : ""));
+    return WriteSetting(key, std::string(text), TextValue(text));
 }
 
 int Tv::SetMode(const char* appId, int mode) {
     const PlatformMemory own;
-    Append(Entry::kMode, appId != nullptr ? appId : "(null)", mode);
+    Append(Entry::kMode, appId, mode);
     return Write(Lookup(Input::Kind::kCall, MODE_CALL),
                  Lookup(Input::Kind::kCall, "AOVSystemDataSetAOVMode"), NumberValue(mode, "int"));
 }
@@ -287,26 +291,31 @@ bool Tv::NotifyPolicy(const void* inside) {
     return true;
 }
 
-int Tv::AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData) {
+void Tv::AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData) {
     const PlatformMemory own;
     if (!IsPolicy(key)) {
-        unknown_.insert(std::string("watch ") + (key != nullptr ? key : "(null)"));
-        return -1;
+        NoteUnknown(std::string("watch ") + key);
+        return;
     }
-    watches_.push_back({callback, userData});
+    const auto known = std::find_if(watches_.begin(), watches_.end(),
+                                    [&](const Watch& watch) { return watch.callback == callback; });
+    if (known != watches_.end()) {
+        known->userData = userData;
+    } else {
+        watches_.push_back({callback, userData});
+    }
     AppendTrace("watches the policy");
-    return 0;
 }
 
-int Tv::RemoveWatch(const char* key, void (*callback)(keynode*, void*)) {
+bool Tv::RemoveWatch(const char* key, void (*callback)(keynode*, void*)) {
     const auto found = std::find_if(watches_.begin(), watches_.end(),
                                     [&](const Watch& watch) { return watch.callback == callback; });
     if (!IsPolicy(key) || found == watches_.end()) {
-        return -1;
+        return false;
     }
     watches_.erase(found);
     AppendTrace("watches the policy no longer");
-    return 0;
+    return true;
 }
 
 bool Tv::IsPolicy(const char* key) {

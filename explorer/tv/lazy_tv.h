@@ -26,7 +26,7 @@ struct keynode;  // platform/settings_store.h
 namespace explorer {
 
 // kFiles: with the files, and with the lines that the product fixes.
-enum class LogLevel { kNone, kMessages, kFiles, kLines };
+enum class LogLevel { kNone, kFiles, kLines };
 
 // Of the policy, by a provider.
 struct Watch {
@@ -112,10 +112,13 @@ class Tv {
     void AppendTrace(std::string_view event);
     // A call that is no effect; null arguments are told as such.
     void Note(std::string_view call, const char* arguments = "");
+    // Something that the provider asked for and the data does not name: one of UnknownKeys().
+    void NoteUnknown(const std::string& what);
     // Whether the line of a record is written down.
     bool ShowsLine(const char* file, const char* function, int line) const;
-    int AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData);
-    int RemoveWatch(const char* key, void (*callback)(keynode*, void*));
+    void AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData);
+    // False when there is none.
+    bool RemoveWatch(const char* key, void (*callback)(keynode*, void*));
     static bool IsPolicy(const char* key);
     // Null when there is none.
     const std::string* ReadPolicyDocument();
@@ -128,7 +131,6 @@ class Tv {
     int WriteSetting(const char* key, const Said& stored, Value value);
     void Reset();
     void FixTexts();
-    const char* Keep(const char* text, std::size_t size);
     void Put(std::string_view text);
     void PutNumber(long long number);
 

@@ -12,7 +12,8 @@ class LazyTvEvents : public host::TvEvents {
     std::uint64_t LaunchMark() override { return tv().Record().size(); }
     std::vector<vtv::Launch> LaunchesSince(std::uint64_t mark) override {
         std::vector<vtv::Launch> launches;
-        for (const RecordEntry& entry : ReadRecord(tv().Record().substr(mark))) {
+        const std::vector<RecordEntry> entries = ReadRecord(tv().Record().substr(mark));
+        for (const RecordEntry& entry : entries) {
             if (entry.kind == Entry::kLaunch || entry.kind == Entry::kPopup) {
                 vtv::Launch& launch = launches.emplace_back();
                 launch.appId = entry.subject;

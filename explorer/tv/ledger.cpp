@@ -43,10 +43,12 @@ Handle* UseHandle(std::string_view call, void* handle) {
     return &*known;
 }
 
-void TakeHandleBack(std::string_view call, void* handle) {
-    if (Handle* known = UseHandle(call, handle)) {
+bool TakeHandleBack(std::string_view call, void* handle) {
+    Handle* known = UseHandle(call, handle);
+    if (known != nullptr) {
         known->isOut = false;
     }
+    return known != nullptr;
 }
 
 void RestartHandles() {

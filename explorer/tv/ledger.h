@@ -23,7 +23,8 @@ struct Handle {
 Handle* HandOutHandle(std::string_view call);
 // Null for what was never handed out, which is noted as wrong; so is one that is not out.
 Handle* UseHandle(std::string_view call, void* handle);
-void TakeHandleBack(std::string_view call, void* handle);
+// False for what was never handed out.
+bool TakeHandleBack(std::string_view call, void* handle);
 // The next handle is the first one again, as it is at the begin of the process.
 void RestartHandles();
 // What is still out is lost from now on: noted as wrong, and forgotten.

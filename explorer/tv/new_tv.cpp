@@ -9,9 +9,6 @@ namespace explorer {
 
 namespace {
 
-constexpr char NEURAL_ENGINE[] = "org.nemra.tts-engine-neural";
-constexpr char ENGINE_LANGUAGES[] = "com.vantelo/tv/metadata/tts-engine/legacy_tts_language";
-
 class Unpacking {
   public:
     Unpacking(const Inputs& inputs, const std::string& file) : inputs_(inputs) {
@@ -51,7 +48,7 @@ class Unpacking {
             case Input::Kind::kSetting:
                 return MissingValue();
             case Input::Kind::kFeature:
-                return MissingValue(keys::INVALID_PARAMETER);
+                return MissingValue(platform::NO_SUCH_FEATURE);
             case Input::Kind::kFile:
             case Input::Kind::kConsent:
                 return NumberValue(0, "int");
@@ -74,8 +71,8 @@ class Unpacking {
             Set(kind, key, value);
             return;
         }
-        Value other =
-            kind == Input::Kind::kFeature ? MissingValue(keys::INVALID_PARAMETER) : MissingValue();
+        Value other = kind == Input::Kind::kFeature ? MissingValue(platform::NO_SUCH_FEATURE)
+                                                    : MissingValue();
         other.storedType = value.storedType;
         other.words = "of type " + value.storedType;
         Set(kind, key, other);
@@ -100,7 +97,7 @@ class Unpacking {
             }
             SetCall("tts_foreach_supported_voices", TextValue(list));
         }
-        const vtv::Package* engine = vtv::FindPackage(tv_.model, NEURAL_ENGINE);
+        const vtv::Package* engine = vtv::FindPackage(tv_.model, vtv::kNeuralEngine);
         SetCall("pkgmgrinfo_appinfo_get_appinfo",
                 engine != nullptr ? NumberValue(0, "int") : MissingValue());
         SetCall("pkgmgrinfo_appinfo_get_metadata_value",
@@ -108,7 +105,7 @@ class Unpacking {
     }
 
     static Value LanguagesOf(const vtv::Package& engine) {
-        const auto item = engine.metadata.find(ENGINE_LANGUAGES);
+        const auto item = engine.metadata.find(vtv::kEngineLanguages);
         if (item == engine.metadata.end()) {
             return MissingValue();
         }

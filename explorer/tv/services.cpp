@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstring>
 
+#include "explorer/engine/memory.h"
 #include "lazy_tv.h"
 #include "ledger.h"
 #include "platform/account.h"
@@ -16,11 +17,13 @@
 #include "platform/packages.h"
 #include "platform/settings_store.h"
 #include "platform/speech.h"
+#include "virtual-tv/model/applications.h"
 #include "virtual-tv/model/keys.h"
 
 using explorer::Input;
 using explorer::tv;
 using explorer::Value;
+using platform::FailureOf;
 
 namespace {
 
@@ -41,6 +44,10 @@ int NumberOf(const Value& value, int* number) {
     return 0;
 }
 
+bool IsSettingKey(const char* key) {
+    return key != nullptr && vtv::IsSettingKey(key);
+}
+
 // A setting of another type is as good as none.
 int ReadSetting(const char* key, const char* type, int* number) {
     const Value& value = tv().Read(Input::Kind::kSetting, key);
@@ -51,7 +58,7 @@ int ReadSetting(const char* key, const char* type, int* number) {
 int ReadFeature(const char* key, const char* type, int* number) {
     const Value& value = tv().Read(Input::Kind::kFeature, key);
     return Fails(value) || value.storedType == type ? NumberOf(value, number)
-                                                    : explorer::keys::INVALID_PARAMETER;
+                                                    : platform::NO_SUCH_FEATURE;
 }
 
 int ResultOf(const Value& value) {
@@ -67,11 +74,24 @@ int ToFlag(int result, int number, bool* flag) {
 
 template <typename Handle>
 int Lend(const char* call, Handle* handle) {
+    if (handle == nullptr) {
+        return FailureOf(call);
+    }
     const int result = ResultOf(tv().ReadCall(call));
     if (result == 0) {
         *handle = reinterpret_cast<Handle>(explorer::HandOutHandle(call));
     }
     return result;
+}
+
+// The page asks for one such thing alone: the TV has no other.
+bool IsTheKnown(const char* what, const char* name, std::string_view known) {
+    if (name == nullptr || name != known) {
+        const explorer::PlatformMemory own;
+        tv().NoteUnknown(std::string(what) + " " + (name != nullptr ? name : "(null)"));
+        return false;
+    }
+    return true;
 }
 
 // What a call is usually told is not worth a word.
@@ -90,11 +110,11 @@ extern "C" {
 // ---------------------------------------------------------------------------------------------
 
 int vconf_get_int(const char* key, int* value) {
-    return ReadSetting(key, "int", value);
+    return value != nullptr ? ReadSetting(key, "int", value) : FailureOf(__func__);
 }
 
 int vconf_get_bool(const char* key, int* value) {
-    return ReadSetting(key, "bool", value);
+    return value != nullptr ? ReadSetting(key, "bool", value) : FailureOf(__func__);
 }
 
 char* vconf_get_str(const char* key) {
@@ -106,23 +126,27 @@ char* vconf_get_str(const char* key) {
 }
 
 int vconf_set_int(const char* key, int value) {
-    return tv().WriteNumber(key, value);
+    return IsSettingKey(key) ? tv().WriteNumber(key, value) : FailureOf(__func__);
 }
 
 int vconf_set_bool(const char* key, int value) {
-    return tv().WriteFlag(key, value != 0);
+    return IsSettingKey(key) ? tv().WriteFlag(key, value != 0) : FailureOf(__func__);
 }
 
 int vconf_set_str(const char* key, const char* value) {
-    return tv().WriteText(key, value);
+    return IsSettingKey(key) && value != nullptr ? tv().WriteText(key, value) : FailureOf(__func__);
 }
 
 int vconf_notify_key_changed(const char* key, vconf_callback_fn callback, void* userData) {
-    return tv().AddWatch(key, callback, userData);
+    if (!IsSettingKey(key) || callback == nullptr) {
+        return FailureOf(__func__);
+    }
+    tv().AddWatch(key, callback, userData);
+    return 0;
 }
 
 int vconf_ignore_key_changed(const char* key, vconf_callback_fn callback) {
-    return tv().RemoveWatch(key, callback);
+    return tv().RemoveWatch(key, callback) ? 0 : FailureOf(__func__);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -130,22 +154,28 @@ int vconf_ignore_key_changed(const char* key, vconf_callback_fn callback) {
 // ---------------------------------------------------------------------------------------------
 
 int system_info_get_custom_bool(const char* key, bool* value) {
+    if (value == nullptr) {
+        return platform::NO_SUCH_FEATURE;
+    }
     int number = 0;
     const int result = ReadFeature(key, "bool", &number);
     return ToFlag(result, number, value);
 }
 
 int system_info_get_custom_int(const char* key, int* value) {
-    return ReadFeature(key, "int", value);
+    return value != nullptr ? ReadFeature(key, "int", value) : platform::NO_SUCH_FEATURE;
 }
 
 int system_info_get_custom_string(const char* key, char** value) {
+    if (value == nullptr) {
+        return platform::NO_SUCH_FEATURE;
+    }
     const Value& answer = tv().Read(Input::Kind::kFeature, key);
     if (Fails(answer)) {
         return answer.number;
     }
     if (answer.kind == Value::Kind::kNumber) {
-        return explorer::keys::INVALID_PARAMETER;
+        return platform::NO_SUCH_FEATURE;
     }
     *value = HandOut(answer);
     return 0;
@@ -156,10 +186,14 @@ int system_info_get_custom_string(const char* key, char** value) {
 // ---------------------------------------------------------------------------------------------
 
 int sso_get_login_state(int* state) {
-    return NumberOf(tv().ReadCall(explorer::keys::LOGIN), state);
+    return state != nullptr ? NumberOf(tv().ReadCall(explorer::keys::LOGIN), state)
+                            : FailureOf(__func__);
 }
 
 int sso_get_account_ui_application_package_id(char** id) {
+    if (id == nullptr) {
+        return FailureOf(__func__);
+    }
     const Value& value = tv().ReadCall("sso_get_account_ui_application_package_id");
     if (Fails(value)) {
         return value.number;
@@ -173,6 +207,9 @@ int GetDisclaimerItemAgreement(const char* item) {
 }
 
 int connection_profile_check_default_gateway(bool* connected) {
+    if (connected == nullptr) {
+        return FailureOf(__func__);
+    }
     int number = 0;
     const int result = NumberOf(tv().ReadCall("connection_profile_check_default_gateway"), &number);
     return ToFlag(result, number, connected);
@@ -193,7 +230,7 @@ int AOVSystemDataGetAOVMode(void) {
 }
 
 int AOVSystemDataSetAOVMode(const char* appId, int mode) {
-    return tv().SetMode(appId, mode);
+    return appId != nullptr ? tv().SetMode(appId, mode) : FailureOf(__func__);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -201,14 +238,18 @@ int AOVSystemDataSetAOVMode(const char* appId, int mode) {
 // ---------------------------------------------------------------------------------------------
 
 int pkgmgrinfo_appinfo_get_appinfo(const char* appId, pkgmgrinfo_appinfo_h* handle) {
-    tv().Note("pkgmgrinfo_appinfo_get_appinfo", appId);
-    return Lend(__func__, handle);
+    tv().Note(__func__, appId);
+    return IsTheKnown("package", appId, vtv::kNeuralEngine) ? Lend(__func__, handle)
+                                                            : FailureOf(__func__);
 }
 
 int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h handle, const char* key,
                                           char** value) {
-    tv().Note("pkgmgrinfo_appinfo_get_metadata_value", key);
-    explorer::UseHandle(__func__, handle);
+    tv().Note(__func__, key);
+    if (explorer::UseHandle(__func__, handle) == nullptr || value == nullptr ||
+        !IsTheKnown("metadata", key, vtv::kEngineLanguages)) {
+        return FailureOf(__func__);
+    }
     const Value& answer = tv().ReadCall("pkgmgrinfo_appinfo_get_metadata_value");
     if (Fails(answer)) {
         return answer.number;
@@ -218,9 +259,8 @@ int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h handle, const cha
 }
 
 int pkgmgrinfo_appinfo_destroy_appinfo(pkgmgrinfo_appinfo_h handle) {
-    tv().Note("pkgmgrinfo_appinfo_destroy_appinfo");
-    explorer::TakeHandleBack(__func__, handle);
-    return 0;
+    tv().Note(__func__);
+    return explorer::TakeHandleBack(__func__, handle) ? 0 : FailureOf(__func__);
 }
 
 int tts_create(tts_h* tts) {
@@ -228,8 +268,8 @@ int tts_create(tts_h* tts) {
 }
 
 int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, void* userData) {
-    if (tts == nullptr) {
-        return -1;
+    if (tts == nullptr || callback == nullptr) {
+        return FailureOf(__func__);
     }
     explorer::UseHandle(__func__, tts);
     const Value& value = tv().ReadCall("tts_foreach_supported_voices");
@@ -250,8 +290,8 @@ int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, voi
 }
 
 int tts_destroy(tts_h tts) {
-    explorer::TakeHandleBack(__func__, tts);
-    return ResultOf(tv().ReadCall("tts_destroy"));
+    return explorer::TakeHandleBack(__func__, tts) ? ResultOf(tv().ReadCall("tts_destroy"))
+                                                   : FailureOf(__func__);
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -263,6 +303,9 @@ int __dlog_print(int id, int priority, const char* tag, const char* format, ...)
         tv().Note("__dlog_print", "with another log than the main one");
     }
     NoteUnlessUsual("__dlog_print with the tag", tag, "SI-MENU");
+    if (format == nullptr) {
+        return FailureOf(__func__);
+    }
     va_list arguments;
     va_start(arguments, format);
     tv().Log(priority, format, arguments);

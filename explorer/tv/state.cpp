@@ -3,7 +3,9 @@
 #include "host/core/toml_writer.h"
 #include "lazy_tv.h"
 #include "policy.h"
+#include "virtual-tv/model/json_text.h"
 #include "virtual-tv/model/keys.h"
+#include "virtual-tv/model/policy.h"
 
 namespace explorer {
 
@@ -33,7 +35,7 @@ std::string SettingStep(const Input& input, const Value& value, const std::strin
 
 std::string FeatureStep(const Input& input, const Value& value, const std::string& text) {
     const std::string name = TomlText(WithoutPrefix(input.key, vtv::kFeaturePrefix));
-    if (value.kind == Value::Kind::kFails && value.number == keys::INVALID_PARAMETER) {
+    if (value.kind == Value::Kind::kFails && value.number == platform::NO_SUCH_FEATURE) {
         return "feature-missing = " + name;
     }
     if (value.kind == Value::Kind::kFails) {
@@ -68,9 +70,10 @@ std::string StepOf(const Input& input, const Value& value, const std::string& te
             return SettingStep(input, value, text);
         case Input::Kind::kFeature:
             return FeatureStep(input, value, text);
-        case Input::Kind::kFile:
-            return std::string(value.number == 1 ? "file-add" : "file-remove") + " = " +
-                   TomlText(WithoutPrefix(input.key, vtv::kOwnerFolder));
+        case Input::Kind::kFile:  // a new TV of the model has none
+            return value.number == 1
+                       ? "file-add = " + TomlText(WithoutPrefix(input.key, vtv::kOwnerFolder))
+                       : "";
         case Input::Kind::kConsent:
             return "consent." + input.key + " = " + (value.number > 0 ? "true" : "false");
         case Input::Kind::kCall:
@@ -143,7 +146,9 @@ std::string ToScenario(const Inputs& inputs, const State& state, const std::stri
     // The provider of a scenario has known the model's policy: it is to forget the list and the
     // kinds.
     if (policy.published.empty() || !IsList(policy.published.front())) {
-        scenario += "\n[[step]]\npolicy = \"[{\\\"VAId\\\":\\\"nobody\\\"}]\"\n";
+        Json::Value nobody;
+        nobody[0][vtv::policy::kId] = "nobody";
+        scenario += "\n[[step]]\npolicy = " + TomlText(vtv::CompactJson(nobody)) + "\n";
         scenario += "\n[[step]]\npolicy = \"[]\"\n";
     }
     for (const std::string& document : policy.published) {
@@ -154,8 +159,8 @@ std::string ToScenario(const Inputs& inputs, const State& state, const std::stri
         const Value& value = input.values[state.path[i].value];
         const std::string step =
             input.key == MODE_CALL
-                ? "state." + TomlText("always_on_voice/" + CurrentOf(inputs, state)) + " = " +
-                      std::to_string(value.number)
+                ? "state." + TomlText(vtv::kModeState + CurrentOf(inputs, state)) + " = " +
+                      std::to_string(value.number) + "\nforce = true"
                 : StepOf(input, value, i < state.texts.size() ? state.texts[i] : "");
         if (step.empty()) {
             scenario += "\n" + TomlComment(input.name + ": " + value.words);

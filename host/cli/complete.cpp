@@ -130,7 +130,8 @@ Words RunningApplications(const Words& line) {
 Words Commands(const Words& line) {
     Words words;
     if (vtv::Tv::IsTv(NamedTv(line))) {
-        for (const vtv::Package& package : vtv::Tv(NamedTv(line)).GetModel().packages) {
+        const vtv::Tv tv(NamedTv(line));
+        for (const vtv::Package& package : tv.GetModel().packages) {
             if (!package.command.empty()) {
                 words.push_back(package.appId);
             }

@@ -89,6 +89,7 @@ void AddExplain(CLI::App& app, Common& common) {
     AddWith(*verb, *with);
     verb->callback([&common, name, with] {
         const host::Item& item = RequireItem(*name);
+        vtv::WatchNothing();
         const Session session(common, *with);
         const host::Explanation explanation = host::Explain(session.provider, session.tv, item);
         if (common.json) {

@@ -100,17 +100,8 @@ void AddExplore(CLI::App& app, Common& common) {
     explore->callback([&common, explore, exploration] { Explore(common, *explore, *exploration); });
 
     const auto comparing = std::make_shared<program::ImpactOptions>();
-    CLI::App* impact = AddVerb(
-        app, common, "impact", "Show what a new assistant policy changes, and for whom",
-        "  vtv policy show --json > old.json\n"
-        "  vtv impact old.json new.json\n"
-        "  vtv impact old.json new.json --tv farfield-eu --tv farfield-cn\n"
-        "  vtv impact old.json new.json --html > impact.html\n\n"
-        "Looks at every model and every user: signed in or not, set up or not, with each current\n"
-        "assistant. Ends with 0 when nothing changes, with 1 when something does, and with 2 when\n"
-        "a policy is malformed; what a TV would do with it is told. It is the program vtv-explore\n"
-        "that does the work; it must be installed beside vtv.",
-        kProvider);
+    CLI::App* impact =
+        AddVerb(app, common, "impact", program::kImpactDoes, program::kImpactExamples, kProvider);
     impact->remove_option(impact->get_option("--quiet"));  // the other program has its own
     program::AddImpactOptions(*impact, *comparing);
     impact->callback([&common, comparing] { Impact(common, *comparing); });

@@ -150,6 +150,7 @@ Json::Value DifferencesToJson(const host::Differences& differences) {
             change["from"] = ValueToJson(supposition.was.value);
             change["to"] = ValueToJson(supposition.read.value);
             change["now"] = supposition.now;
+            change["mended"] = supposition.mends;
             way["changes"].append(change);
         }
         json.append(way);
@@ -280,6 +281,7 @@ Json::Value ToJson(const host::ScenarioResult& result) {
     json["title"] = result.title;
     json["passed"] = result.Passed();
     json["problems"] = TextsToJson(result.problems);
+    json["error"] = result.error;
     json["steps"] = Json::Value(Json::arrayValue);
     for (const host::StepResult& step : result.steps) {
         Json::Value entry;

@@ -35,19 +35,23 @@ std::string Attribute(const char* name, const std::string& value) {
     return std::string(" ") + name + "=\"" + Escaped(value) + "\"";
 }
 
-// A scenario that could not be played.
-std::string BrokenSuite(const host::ScenarioResult& result) {
+// Why it was not played, or not to its end; nothing is said of its steps then.
+std::vector<std::string> WhyUnplayed(const host::ScenarioResult& result) {
+    return result.error.empty() ? result.problems : std::vector<std::string>{result.error};
+}
+
+std::string UnplayedSuite(const host::ScenarioResult& result) {
+    const std::vector<std::string> why = WhyUnplayed(result);
     std::string problems;
-    for (const std::string& problem : result.problems) {
+    for (const std::string& problem : why) {
         problems += problem + "\n";
     }
     return "  <testsuite" + Attribute("name", result.title) + Attribute("file", result.file) +
            Attribute("tests", "1") + Attribute("failures", "0") + Attribute("errors", "1") +
            Attribute("skipped", "0") + Attribute("time", "0.000") + ">\n    <testcase" +
            Attribute("classname", result.file) + Attribute("name", "the scenario can be played") +
-           Attribute("time", "0.000") + ">\n      <error" +
-           Attribute("message", result.problems.front()) + ">" + Escaped(problems) +
-           "</error>\n    </testcase>\n  </testsuite>\n";
+           Attribute("time", "0.000") + ">\n      <error" + Attribute("message", why.front()) +
+           ">" + Escaped(problems) + "</error>\n    </testcase>\n  </testsuite>\n";
 }
 
 std::string Seconds(double seconds) {
@@ -64,12 +68,15 @@ std::string Totals(const std::vector<host::ScenarioResult>& results) {
     size_t skipped = 0;
     double seconds = 0;
     for (const host::ScenarioResult& result : results) {
-        const bool isBroken = !result.problems.empty();
-        errors += isBroken ? 1 : 0;
-        tests += isBroken ? 1 : result.steps.size();
+        if (!WhyUnplayed(result).empty()) {
+            ++errors;
+            ++tests;
+            continue;
+        }
+        tests += result.steps.size();
         for (const host::StepResult& step : result.steps) {
-            failures += isBroken || step.failures.empty() ? 0 : 1;
-            skipped += isBroken || step.played ? 0 : 1;
+            failures += step.failures.empty() ? 0 : 1;
+            skipped += step.played ? 0 : 1;
             seconds += step.seconds;
         }
     }
@@ -86,8 +93,8 @@ std::string JUnit(const std::vector<host::ScenarioResult>& results) {
     xml << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" << Attribute("name", "vtv run")
         << Totals(results) << ">\n";
     for (const host::ScenarioResult& result : results) {
-        if (!result.problems.empty()) {
-            xml << BrokenSuite(result);
+        if (!WhyUnplayed(result).empty()) {
+            xml << UnplayedSuite(result);
             continue;
         }
         size_t failures = 0;

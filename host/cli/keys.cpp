@@ -230,6 +230,7 @@ void AddDescribe(CLI::App& app, Common& common) {
         kTv | kProvider | kJson);
     verb->add_option("KEY", *key, "A settings key, or a feature")->required();
     verb->callback([&common, key] {
+        vtv::WatchNothing();
         const Session session(common);
         const auto description = host::DescribeKey(session.provider, session.tv, *key);
         if (!description) {
@@ -317,6 +318,7 @@ void AddSearch(CLI::App& app, Common& common) {
                      "A part of a key, a value, a meaning or a shown text; case does not matter")
         ->required();
     verb->callback([&common, text] {
+        vtv::WatchNothing();
         const Session session(common);
         const std::vector<Hit> hits = Search(session, *text);
         Json::Value json(Json::arrayValue);

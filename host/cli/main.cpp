@@ -97,7 +97,7 @@ int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
 // All verbs and options.
 void Describe(CLI::App& app, Common& common) {
     app.require_subcommand(1);
-    app.set_version_flag("--version", "vtv " VTV_VERSION);
+    program::AddVersion(app, "vtv");
     app.footer(kExamples + program::ExitCodes());
     app.formatter(std::make_shared<program::HelpFormatter>());
     // Before the verb they hold for any verb, so that a shell alias can carry them.

@@ -63,10 +63,6 @@ class Picture {
     std::string text_;
 };
 
-size_t DepthOf(const host::Item& item) {
-    return item.parent != nullptr && std::string_view(item.parent) != "voice" ? 1 : 0;
-}
-
 std::string ValueMark(const ItemView& view) {
     switch (view.item->kind) {
         case ItemKind::kSwitch:
@@ -102,7 +98,7 @@ void DrawReason(Picture& picture, const ItemView& view, size_t indent) {
 }
 
 void DrawItem(Picture& picture, const ItemView& view) {
-    const size_t indent = 2 * DepthOf(*view.item);
+    const size_t indent = 2 * static_cast<size_t>(vtv::DepthOf(*view.item));
     const bool lit = view.visible && view.enabled;
     const std::string state = !view.visible ? "  (hidden)" : !view.enabled ? "  (dimmed)" : "";
     picture.Line(indent, view.Label() + state, lit ? Look::kBold : Look::kDim, ValueMark(view),

@@ -45,7 +45,13 @@ class Folder {
             vtv::SyncNothing();
         } else {
             path_ = fs::absolute(kept).string();
-            fs::create_directories(path_);
+            std::error_code error;
+            fs::create_directories(path_, error);
+            if (error) {
+                throw vtv::Error(vtv::ErrorKind::kPlatform,
+                                 kept + ": the TVs cannot be kept there: " + error.message() +
+                                     ". Name a folder that can be made.");
+            }
         }
     }
 
@@ -113,6 +119,7 @@ void Print(const host::ScenarioResult& result) {
     PrintHeading(result.Passed() ? Look::kGood : Look::kBad,
                  result.Passed()            ? "passed  "
                  : !result.problems.empty() ? "BROKEN  "
+                 : !result.error.empty()    ? "ERROR   "
                  : result.Failed()          ? "FAILED  "
                                             : "stopped ",
                  result.title, result.file);
@@ -173,14 +180,8 @@ void Check(Common& common, const std::vector<host::Scenario>& scenarios) {
 
 host::ScenarioResult Play(const host::Scenario& scenario, const std::string& provider,
                           const std::string& dir) {
-    if (scenario.problems.empty()) {
-        return host::PlayScenario(scenario, provider, dir, GoOn);
-    }
-    host::ScenarioResult result;
-    result.file = scenario.file;
-    result.title = scenario.title;
-    result.problems = scenario.problems;
-    return result;
+    return scenario.problems.empty() ? host::PlayScenario(scenario, provider, dir, GoOn)
+                                     : host::Unplayed(scenario);
 }
 
 // What came of the scenarios so far, told as it comes.
@@ -192,10 +193,14 @@ class Results {
         results_.push_back(result);
         broken_ += result.problems.empty() ? 0 : 1;
         failed_ += result.Failed() ? 1 : 0;
+        notPlayed_ += result.error.empty() ? 0 : 1;
         if (!common_.json) {
             Print(result);
         }
         PrintProblems(result.problems);
+        if (!result.error.empty()) {
+            PrintProblems({result.error});
+        }
         std::cout.flush();
     }
 
@@ -211,16 +216,23 @@ class Results {
             PrintJson(json);
         } else {
             std::cout << Count(results_.size()) << ", " << failed_ << " failed"
-                      << (broken_ == 0 ? "" : ", " + std::to_string(broken_) + " broken") << '\n';
+                      << (broken_ == 0 ? "" : ", " + std::to_string(broken_) + " broken")
+                      << (notPlayed_ == 0
+                              ? ""
+                              : ", " + std::to_string(notPlayed_) + " could not be played")
+                      << '\n';
         }
     }
 
-    int ExitCode() const { return broken_ != 0 ? kUsage : failed_ != 0 ? kNo : kOk; }
+    int ExitCode() const {
+        return notPlayed_ != 0 ? kPlatform : broken_ != 0 ? kUsage : failed_ != 0 ? kNo : kOk;
+    }
 
     // That were played to their end.
     std::string Whole() const {
         const auto isWhole = [](const host::ScenarioResult& result) {
-            return result.Passed() || result.Failed() || !result.problems.empty();
+            return result.Passed() || result.Failed() || !result.problems.empty() ||
+                   !result.error.empty();
         };
         return std::to_string(std::count_if(results_.begin(), results_.end(), isWhole));
     }
@@ -230,6 +242,7 @@ class Results {
     std::vector<host::ScenarioResult> results_;
     size_t failed_ = 0;
     size_t broken_ = 0;
+    size_t notPlayed_ = 0;  // to their end, although they are sound
 };
 
 // In a process of its own: it becomes the program that has the window. What would end this one goes
@@ -274,15 +287,11 @@ void Run(Common& common, const RunOptions& options) {
         results.Add(result);
         folder.DoneWith(dirOf(told++));
     };
-    const std::string machineFailure =
-        host::PlayInProcesses(scenarios, Processes(options.jobs), play, GoOn, tell);
+    host::PlayInProcesses(scenarios, Processes(options.jobs), play, GoOn, tell);
     results.Conclude(options);
     common.exitCode = results.ExitCode();
     if (!GoOn()) {
         TellOfSignal(common, *endingSignal, results.Whole() + " of " + Count(scenarios.size()));
-    }
-    if (!machineFailure.empty()) {
-        throw vtv::Error(vtv::ErrorKind::kPlatform, machineFailure);
     }
 }
 
@@ -299,7 +308,8 @@ void AddRun(CLI::App& app, Common& common) {
                 "  vtv run --check setup-google.toml              only: is it written right?\n"
                 "  vtv press voice-wake-up --record mine.toml && vtv run mine.toml\n\n"
                 "docs/scenarios.md describes the file. Ends with 1 when a scenario failed, with 2 "
-                "when one is broken: all that is wrong with it is told, and the others are played.",
+                "when one is broken (all that is wrong with it is told), and with 4 when one could "
+                "not be played to its end; the others are played all the same.",
                 kProvider | kJson);
     verb->add_option("FILE", options->files, "Scenarios (TOML), or folders of them")->required();
     CLI::Option* check =

@@ -79,7 +79,8 @@ void SetTyped(const Common& common, const SetOptions& options) {
     const std::string problem =
         options.force ? "" : vtv::TypeProblem(options.key, vtv::TypeName(value));
     if (!problem.empty()) {
-        throw Refusal(problem + " To see what happens otherwise, add --force.");
+        throw vtv::Error(vtv::ErrorKind::kUsage,
+                         problem + " To see what happens otherwise, add --force.");
     }
     vtv::Tv tv(TvDir(common));
     host::Recording::Step step = {{"set", std::map<std::string, vtv::Value>{{options.key, value}}}};

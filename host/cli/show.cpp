@@ -191,6 +191,9 @@ void Show(Common& common, const ShowOptions& options) {
     if (!options.po.empty()) {
         tried.emplace(options.po);
     }
+    if (!options.watch) {
+        vtv::WatchNothing();
+    }
     Session session(common, options.with);
     const host::Page page = host::LookAtPage(session.provider);
     if (options.watch) {

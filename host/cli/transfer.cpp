@@ -100,6 +100,7 @@ void Diff(Common& common, const DiffOptions& options) {
     two.tv = options.second;
     std::vector<host::TvDifference> differences =
         host::CompareTvs(vtv::Tv(TvDir(one)), vtv::Tv(TvDir(two)));
+    vtv::WatchNothing();
     const auto look = [](const Common& which) { return host::LookAtPage(Session(which).provider); };
     const host::Page first = look(one);
     const host::Page second = look(two);

@@ -1,4 +1,5 @@
 #include "compare_tvs.h"
+#include "virtual-tv/model/keys.h"
 
 #include <map>
 #include <set>
@@ -54,8 +55,8 @@ std::vector<TvDifference> CompareTvs(const vtv::Tv& first, const vtv::Tv& second
     Compare("setting", Texts(a.settings), Texts(b.settings), &differences);
     const auto withoutFeatures = [](std::map<std::string, vtv::Value> state) {
         std::erase_if(state, [](const auto& entry) {
-            return entry.first.rfind("feature/", 0) == 0 ||
-                   entry.first.rfind("no-feature/", 0) == 0;
+            return entry.first.starts_with(vtv::kFeatureState) ||
+                   entry.first.starts_with(vtv::kAbsentFeatureState);
         });
         return state;
     };

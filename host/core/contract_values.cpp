@@ -4,6 +4,7 @@
 
 #include "contract_subject.h"
 #include "supervised.h"
+#include "virtual-tv/model/keys.h"
 #include "virtual-tv/virtual_tv.h"
 
 namespace host {
@@ -209,7 +210,7 @@ void ValuesNotLeaked(const std::string& file) {
 
 void LaunchesNotLeaked(const std::string& file) {
     const Subject subject(file);
-    vtv::Current()->SetConsent("tnc", false);
+    vtv::Current()->SetConsent(vtv::kTermsConsent, false);
     RequireNoGrowth("the applications that " SI_ACTION_TEXT " starts",
                     [&] { subject.table->set_int(kVoiceKey, SI_ACTION_VALUE); });
 }

@@ -36,7 +36,8 @@ std::vector<std::string> Present(const Reasons& reasons) {
     for (const Difference& difference : reasons.differences.found) {
         for (const Supposition& supposition : difference.suppositions) {
             add(supposition.now, &all);
-            if (WasRead(reasons.reads, supposition.read) || difference.suppositions.size() == 1) {
+            if (supposition.mends || WasRead(reasons.reads, supposition.read) ||
+                difference.suppositions.size() == 1) {
                 add(supposition.now, &seen);
             }
         }

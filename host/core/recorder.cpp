@@ -13,13 +13,24 @@ Recorder::Recorder(const std::string& file, const vtv::Tv& tv,
     if (!file.empty()) {
         files.insert(RecordFile::PathOf(file));
     }
-    if (const std::string others = RecordingOf(tv); !others.empty()) {
+    const std::string others = RecordingOf(tv);
+    if (!others.empty()) {
         files.insert(others);
     }
     const Recording::Step done = files.empty() ? Recording::Step() : step();
     for (const std::string& one : files) {
-        if (!done.empty()) {
+        if (done.empty()) {
+            continue;
+        }
+        try {
             recordings_.emplace_back(one, tv, done);
+        } catch (const vtv::Error& error) {
+            if (one != others) {
+                throw;
+            }
+            throw vtv::Error(error.kind(),
+                             std::string(error.what()) +
+                                 " The TV is being recorded into it; end that: vtv record stop");
         }
     }
 }

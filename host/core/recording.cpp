@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <stdexcept>
 
 #include "record_file.h"
@@ -13,6 +14,7 @@
 #include "toml_writer.h"
 #include "virtual-tv/model/applications.h"
 #include "virtual-tv/model/format_version.h"
+#include "virtual-tv/model/keys.h"
 #include "virtual-tv/model/text_file.h"
 
 namespace host {
@@ -137,6 +139,19 @@ std::string Heading(const vtv::Tv& tv) {
                                                    {"model", ModelOf(tv)}});
 }
 
+// What was done to a TV, or has become of it, is meant: it is forced where a scenario takes it for
+// a slip.
+void Force(const std::string& before, const std::string& file, toml::table* step) {
+    const auto isSound = [&](const toml::table& one) {
+        return ParseScenario(before + StepText(one), file).problems.empty();
+    };
+    toml::table forced = *step;
+    forced.insert_or_assign("force", true);
+    if (!isSound(*step) && isSound(forced)) {
+        *step = forced;
+    }
+}
+
 // The steps that bring a new TV of the model to where this one is.
 std::string FirstSteps(const vtv::Tv& tv) {
     const vtv::Snapshot fresh = FreshSnapshot(tv);
@@ -148,7 +163,7 @@ std::string FirstSteps(const vtv::Tv& tv) {
         }
     };
     std::map<std::string, vtv::Value> state = now.state;
-    state.erase("model");  // the name under which the TV knows it
+    state.erase(vtv::kModelNameState);
     add("set", Values(now.settings, fresh.settings));
     add("state", Values(state, fresh.state));
     add("unset", ArrayOf(Missing(KeysOf(fresh.settings), KeysOf(now.settings))));
@@ -159,9 +174,7 @@ std::string FirstSteps(const vtv::Tv& tv) {
         faults.push_back(FaultTable(fault));
     }
     add("fault", faults);
-    if (step.contains("set") && HasForced(now.settings)) {
-        step.insert("force", true);
-    }
+    Force(Heading(tv), "", &step);
     const toml::array running = Running(tv);
     if (running.empty()) {
         return step.size() > 1 ? StepText(step) : "";
@@ -214,6 +227,10 @@ toml::table Expected(const PressResult& result, bool isPress) {
     }
     if (!result.done) {
         expect.insert("refused", true);
+    }
+    if (!result.failures.empty()) {
+        const std::set<std::string> told(result.failures.begin(), result.failures.end());
+        expect.insert("failed", ArrayOf({told.begin(), told.end()}));
     }
     expect.insert("launched", launched);
     expect.insert("toast", toasts);
@@ -280,6 +297,7 @@ Recording::Recording(const std::string& file, const vtv::Tv& tv, const Step& ste
         pending_->before = Heading(tv) + FirstSteps(tv);
     }
     pending_->step = ToToml(step);
+    Force(text + pending_->before, file, &pending_->step);
     const Scenario after = ParseScenario(text + pending_->before + StepText(pending_->step), file);
     if (!after.problems.empty()) {
         throw vtv::Error(

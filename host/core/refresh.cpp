@@ -27,8 +27,8 @@ constexpr StateInput kStateInputs[] = {
     {vtv::kNetworkState, "call connection_profile_check_default_gateway", true},
     {vtv::kModeState, kMode, true},
     {vtv::kConsentState, "consent ", false},
-    {"feature/", "feature ", false},
-    {"no-feature/", "feature ", false},
+    {vtv::kFeatureState, "feature ", false},
+    {vtv::kAbsentFeatureState, "feature ", false},
 };
 
 bool StartsWith(std::string_view text, std::string_view start) {

@@ -90,17 +90,18 @@ constexpr TopMember kTopMembers[] = {
     {"step", ReadSteps},
 };
 
-// False for one that has to be read by another program: nothing else that is wrong counts then.
+// False for a newer one, which another program has to read: what is wrong here may be right there.
 bool ReadVersion(ScenarioReader& reader, const toml::table& root) {
-    const toml::node* version = root.get("version");
-    const std::string problem =
-        version == nullptr ? ""
-                           : vtv::VersionProblem("a scenario", version->value_exact<int64_t>(),
-                                                 vtv::kScenarioVersion);
-    if (!problem.empty()) {
-        reader.Problem(*version, problem);
+    const toml::node* node = root.get("version");
+    if (node == nullptr) {
+        return true;
     }
-    return problem.empty();
+    const std::optional<int64_t> version = node->value_exact<int64_t>();
+    const std::string problem = vtv::VersionProblem("a scenario", version, vtv::kScenarioVersion);
+    if (!problem.empty()) {
+        reader.Problem(*node, problem);
+    }
+    return !version || *version <= vtv::kScenarioVersion;
 }
 
 void ReadDocument(ScenarioReader& reader, toml::table& root, Scenario* scenario) {
@@ -193,14 +194,28 @@ std::vector<Scenario> ReadScenarios(const std::string& folder) {
 }
 
 bool ScenarioResult::Failed() const {
-    return std::any_of(steps.begin(), steps.end(),
-                       [](const StepResult& step) { return !step.failures.empty(); });
+    return error.empty() && std::any_of(steps.begin(), steps.end(), [](const StepResult& step) {
+               return !step.failures.empty();
+           });
 }
 
 bool ScenarioResult::Passed() const {
-    return problems.empty() && std::all_of(steps.begin(), steps.end(), [](const StepResult& step) {
-               return step.played && step.failures.empty();
-           });
+    return problems.empty() && error.empty() &&
+           std::all_of(steps.begin(), steps.end(),
+                       [](const StepResult& step) { return step.played && step.failures.empty(); });
+}
+
+ScenarioResult Unplayed(const Scenario& scenario) {
+    ScenarioResult result;
+    result.file = scenario.file;
+    result.title = scenario.title;
+    result.problems = scenario.problems;
+    if (scenario.problems.empty()) {
+        for (const ScenarioStep& step : *scenario.steps) {
+            result.steps.push_back({step.name, step.line, {}, {}, false, 0});
+        }
+    }
+    return result;
 }
 
 }  // namespace host

@@ -45,11 +45,15 @@ struct StepResult {
 struct ScenarioResult {
     std::string file;
     std::string title;
-    std::vector<std::string> problems;  // of a scenario that could not be played
-    std::vector<StepResult> steps;      // those after a failed one are not played
+    std::vector<std::string> problems;  // of a broken scenario, which is not played
+    std::string error;  // why it could not be played to its end; says nothing of the page
+    std::vector<StepResult> steps;  // those after a failed one are not played
     bool Passed() const;
     bool Failed() const;  // neither, when it could not be played, or not to its end
 };
+
+// Nothing of it is played yet.
+ScenarioResult Unplayed(const Scenario& scenario);
 
 // Plays a scenario on a new TV in that folder, which must not exist yet. Before each step it asks
 // whether to go on. The page is used by whoever `hire` makes: else by a Viewer.

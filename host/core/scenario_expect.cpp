@@ -138,6 +138,30 @@ Expectation ReadRefused(const Reading& reading, const toml::node& node) {
     };
 }
 
+bool Names(const std::string& text, const std::string& failure) {
+    return failure.find(text) != std::string::npos;
+}
+
+// Every failure of the step is named, and every name is of one.
+Expectation ReadFailed(const Reading& reading, const toml::node& node) {
+    const Texts wanted = reading.reader.Some(node, reading.name);
+    return [wanted, line = LineOf(node)](Judge& judge) {
+        const Texts& failures = judge.Outcome().failures;
+        const auto isNamed = [&](const std::string& failure) {
+            return std::any_of(wanted.begin(), wanted.end(),
+                               [&](const std::string& text) { return Names(text, failure); });
+        };
+        const auto hasFailed = [&](const std::string& text) {
+            return std::any_of(failures.begin(), failures.end(),
+                               [&](const std::string& failure) { return Names(text, failure); });
+        };
+        if (!std::all_of(failures.begin(), failures.end(), isNamed) ||
+            !std::all_of(wanted.begin(), wanted.end(), hasFailed)) {
+            judge.SameList(line, "failed", wanted, failures);
+        }
+    };
+}
+
 // ---------------------------------------------------------------------------------------------
 // The TV
 // ---------------------------------------------------------------------------------------------
@@ -153,9 +177,17 @@ Texts Launched(const StepOutcome& outcome, Sight::Kind kind) {
     return texts;
 }
 
-// Any application may be named: which ones a provider asks for is its own affair.
+// Which applications a provider asks for is its own affair; one that the TV does not have fails.
 Expectation ReadLaunched(const Reading& reading, const toml::node& node) {
     const Texts wanted = reading.reader.Texts(node, reading.name);
+    for (const std::string& text : wanted) {
+        const std::string app = text.substr(0, text.find(' '));
+        const std::string end = " (failed: " + app + " is not installed)";
+        if (!IsForced(reading.step) && !Names(end, text)) {
+            reading.reader.CheckApplication(
+                node.source(), app, " Where it is asked for all the same: \"" + text + end + "\".");
+        }
+    }
     return [wanted, line = LineOf(node)](Judge& judge) {
         judge.SameList(line, "launched", wanted,
                        Launched(judge.Outcome(), Sight::Kind::kApplication));
@@ -174,6 +206,9 @@ constexpr std::chrono::seconds kEndOfApplication(2);
 
 Expectation ReadRunning(const Reading& reading, const toml::node& node) {
     Texts wanted = reading.reader.Texts(node, reading.name);
+    for (const std::string& app : wanted) {
+        reading.reader.CheckApplication(node.source(), IsForced(reading.step) ? "" : app, kIfMeant);
+    }
     std::sort(wanted.begin(), wanted.end());
     return [wanted, line = LineOf(node)](Judge& judge) {
         // An application that was asked to end takes its time.
@@ -229,10 +264,7 @@ Expectation ReadState(const Reading& reading, const toml::node& node) {
     std::vector<Expectation> all;
     for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
         const std::string name(key.str());
-        const vtv::Value wanted = reading.reader.Scalar(value, name);
-        if (wanted != vtv::Value(kMissing)) {
-            reading.reader.Noting(value.source(), [&] { vtv::CheckState(name, wanted); });
-        }
+        const vtv::Value wanted = ReadStateValue(reading, key, value);
         all.emplace_back([name, wanted, line = LineOf(value)](Judge& judge) {
             const std::map<std::string, vtv::Value> state = judge.Outcome().tv->State();
             const auto found = state.find(name);
@@ -269,6 +301,7 @@ constexpr ExpectMember kMembers[] = {
     {"popup", ReadBox},
     {"reason", ReadReason},
     {"refused", ReadRefused},
+    {"failed", ReadFailed},
     {"launched", ReadLaunched},
     {"toast", ReadToast},
     {"running", ReadRunning},
@@ -285,7 +318,15 @@ constexpr ExpectMember kMembers[] = {
 void ExpectPressDone(Judge& judge) {
     const StepOutcome& outcome = judge.Outcome();
     if (outcome.press && !outcome.press->done) {
-        judge.Fail(outcome.pressLine, "the press was refused: " + outcome.press->refusal);
+        judge.Fail(outcome.line, "the press was refused: " + outcome.press->refusal);
+    }
+}
+
+// And so is what the TV could not do for it.
+void ExpectNoFailure(Judge& judge) {
+    const StepOutcome& outcome = judge.Outcome();
+    for (const std::string& failure : outcome.press ? outcome.failures : Texts()) {
+        judge.Fail(outcome.line, "not done: " + failure);
     }
 }
 
@@ -319,6 +360,9 @@ std::vector<Expectation> ReadExpectations(ScenarioReader& reader, const toml::ta
     std::vector<Expectation> all;
     if (expected == nullptr || !expected->contains("refused")) {
         all.emplace_back(ExpectPressDone);
+    }
+    if (expected == nullptr || !expected->contains("failed")) {
+        all.emplace_back(ExpectNoFailure);
     }
     for (Expectation& one : ReadMembers(reader, step, "expect")) {
         all.push_back(std::move(one));

@@ -10,7 +10,8 @@ namespace host {
 
 struct Reading;  // scenario_members.h
 
-// What the step expects; without a word of it, that its press is not refused. Notes what is wrong.
+// What the step expects; without a word of it, that its press is not refused and does not fail.
+// Notes what is wrong.
 std::vector<Expectation> ReadExpectations(ScenarioReader& reader, const toml::table& step);
 // The part of it that is about items: "page" and "answer".
 Expectation ReadPageExpectation(ScenarioReader& reader, const toml::node& node);

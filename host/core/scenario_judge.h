@@ -16,11 +16,16 @@ struct StepOutcome {
     const Provider* provider = nullptr;  // for what is asked whether a viewer can get to it or not
     const vtv::Tv* tv = nullptr;
     std::optional<PressResult> press;
-    int pressLine = 0;
+    std::vector<std::string> failures;  // as PressResult::failures, of all that the step does
+    int line = 0;                       // of its press, else its own
     Page page;
     std::uint64_t launchMark = 0;
     size_t logBefore = 0;
     size_t traceBefore = 0;
+
+    void AddFailures(const std::vector<std::string>& more) {
+        failures.insert(failures.end(), more.begin(), more.end());
+    }
 };
 
 // Collects what is not met.

@@ -33,7 +33,9 @@ const std::vector<StepMember>& SettingMembers();
 const std::vector<StepMember>& PlatformMembers();
 const std::vector<StepMember>& PageMembers();
 
-// Whether settings may have types that they are known not to have.
+// Whether what nobody knows is meant.
 bool IsForced(const toml::table& step);
+// The value of an entry of the TV's raw state, or kMissing.
+vtv::Value ReadStateValue(const Reading& reading, const toml::key& key, const toml::node& node);
 
 }  // namespace host

@@ -60,7 +60,10 @@ Play ReadClearFaults(const Reading& reading, const toml::node& node) {
     }
     return [functions](const StepScene& scene) {
         for (const std::string& function : functions) {
-            scene.tv.ClearFault(function);
+            if (!scene.tv.ClearFault(function)) {
+                throw vtv::Error(vtv::ErrorKind::kNoSuch,
+                                 function + ": no such fault was asked for, or it has come about.");
+            }
         }
     };
 }

@@ -37,7 +37,7 @@ class Player {
         outcome.launchMark = tv_.LaunchMark();
         outcome.logBefore = tv_.ReadLog().size();
         outcome.traceBefore = tv_.ReadTrace().size();
-        line_ = step.line;
+        outcome.line = line_ = step.line;
         try {
             Play(step.changes, &outcome);
             Play(step.uses, &outcome);
@@ -71,6 +71,7 @@ class Player {
         }
         while (tv_.Dispatch() > 0) {
         }
+        outcome->AddFailures(tv_.TakeFailures());
     }
 
     std::string file_;
@@ -116,12 +117,7 @@ void EndApplications(vtv::Tv& tv) {
 ScenarioResult PlayScenario(const Scenario& scenario, const std::string& providerFile,
                             const std::string& tvDir, const std::function<bool()>& goOn,
                             const HirePageUser& hire) {
-    ScenarioResult result;
-    result.file = scenario.file;
-    result.title = scenario.title;
-    for (const ScenarioStep& step : *scenario.steps) {
-        result.steps.push_back({step.name, step.line, {}, {}, false, 0});
-    }
+    ScenarioResult result = Unplayed(scenario);
     vtv::Tv::Create(tvDir, scenario.model);
     Stage stage(tvDir, providerFile);
     const std::unique_ptr<PageUser> user =

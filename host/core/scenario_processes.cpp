@@ -28,7 +28,7 @@ namespace {
 // What a process hands over, as bytes: its program was built with this one
 // ---------------------------------------------------------------------------------------------
 
-enum class HandoverKind : char { kResult, kTvError, kProviderError, kOtherError };
+enum class HandoverKind : char { kResult, kProviderError, kOtherError };
 
 class HandoverWriter {
   public:
@@ -90,10 +90,10 @@ class HandoverReader {
 std::string ToBytes(const ScenarioResult& result) {
     HandoverWriter writer;
     writer.Plain(HandoverKind::kResult);
-    writer.Text(vtv::Tv::MachineFailure());
     writer.Text(result.file);
     writer.Text(result.title);
     writer.Texts(result.problems);
+    writer.Text(result.error.empty() ? vtv::Tv::MachineFailure() : result.error);
     writer.Plain(result.steps.size());
     for (const StepResult& step : result.steps) {
         writer.Text(step.name);
@@ -106,38 +106,27 @@ std::string ToBytes(const ScenarioResult& result) {
     return writer.bytes;
 }
 
-std::string ErrorToBytes(HandoverKind kind, int detail, const char* what) {
-    HandoverWriter writer;
-    writer.Plain(kind);
-    writer.Plain(detail);
-    writer.Text(what);
-    return writer.bytes;
+ScenarioResult NotPlayed(const Scenario& scenario, const std::string& why) {
+    ScenarioResult result = Unplayed(scenario);
+    const bool isNamed = why.rfind(scenario.file + ":", 0) == 0;
+    result.error = isNamed ? why : scenario.file + ": could not be played: " + why;
+    return result;
 }
 
-[[noreturn]] void ThrowError(HandoverKind kind, HandoverReader& reader) {
-    const auto detail = reader.Plain<int>();
-    const std::string what = reader.Text();
-    switch (kind) {
-        case HandoverKind::kTvError:
-            throw vtv::Error(static_cast<vtv::ErrorKind>(detail), what);
-        case HandoverKind::kProviderError:
-            throw ProviderError(static_cast<ProviderError::Kind>(detail), what);
-        default:
-            throw std::runtime_error(what);
-    }
-}
-
-ScenarioResult ReadHandover(HandoverReader& reader, std::string* machineFailure) {
+ScenarioResult ReadHandover(const Scenario& scenario, HandoverReader& reader) {
     const auto kind = reader.Plain<HandoverKind>();
-    if (kind != HandoverKind::kResult) {
-        ThrowError(kind, reader);
+    if (kind == HandoverKind::kProviderError) {
+        const auto why = reader.Plain<ProviderError::Kind>();
+        throw ProviderError(why, reader.Text());
     }
-    const std::string unreadThere = reader.Text();
-    *machineFailure = machineFailure->empty() ? unreadThere : *machineFailure;
+    if (kind == HandoverKind::kOtherError) {
+        return NotPlayed(scenario, reader.Text());
+    }
     ScenarioResult result;
     result.file = reader.Text();
     result.title = reader.Text();
     result.problems = reader.Texts();
+    result.error = reader.Text();
     for (auto left = reader.Plain<size_t>(); left > 0; --left) {
         StepResult& step = result.steps.emplace_back();
         step.name = reader.Text();
@@ -155,16 +144,18 @@ ScenarioResult ReadHandover(HandoverReader& reader, std::string* machineFailure)
 // ---------------------------------------------------------------------------------------------
 
 std::string HandoverOf(const std::function<ScenarioResult()>& play) {
+    HandoverWriter writer;
     try {
         return ToBytes(play());
-    } catch (const vtv::Error& error) {
-        return ErrorToBytes(HandoverKind::kTvError, static_cast<int>(error.kind()), error.what());
     } catch (const ProviderError& error) {
-        return ErrorToBytes(HandoverKind::kProviderError, static_cast<int>(error.kind()),
-                            error.what());
+        writer.Plain(HandoverKind::kProviderError);
+        writer.Plain(error.kind());
+        writer.Text(error.what());
     } catch (const std::exception& error) {
-        return ErrorToBytes(HandoverKind::kOtherError, 0, error.what());
+        writer.Plain(HandoverKind::kOtherError);
+        writer.Text(error.what());
     }
+    return writer.bytes;
 }
 
 [[noreturn]] void PlayAndEnd(const PlayOne& play, size_t scenario, int answer, pid_t parent) {
@@ -210,15 +201,20 @@ std::string ReadBack(int fd) {
                                                     what + ": " + std::strerror(error) + ".");
 }
 
-[[noreturn]] void FailAsEnded(const Scenario& scenario, int status) {
-    const std::string how = WIFSIGNALED(status)
-                                ? strsignal(WTERMSIG(status))
-                                : "exit code " + std::to_string(WEXITSTATUS(status));
-    throw vtv::Error(vtv::ErrorKind::kPlatform,
-                     scenario.file +
-                         ": was not played to its end: the provider crashed, or ended "
-                         "the process (" +
-                         how + ").");
+std::string HowEnded(int status) {
+    return WIFSIGNALED(status) ? strsignal(WTERMSIG(status))
+                               : "exit code " + std::to_string(WEXITSTATUS(status));
+}
+
+ScenarioResult ResultOf(const Scenario& scenario, const Handover& answer) {
+    if (answer.status != 0 || answer.bytes.empty()) {
+        return NotPlayed(scenario, scenario.file +
+                                       ": was not played to its end: the provider crashed, or "
+                                       "ended the process (" +
+                                       HowEnded(answer.status) + ").");
+    }
+    HandoverReader reader(answer.bytes);
+    return ReadHandover(scenario, reader);
 }
 
 class PlayingProcesses {
@@ -302,10 +298,9 @@ void TellResult(int answer, const std::function<ScenarioResult()>& play) {
     }
 }
 
-std::string PlayInProcesses(const std::vector<Scenario>& scenarios, size_t jobs,
-                            const PlayOne& play, const std::function<bool()>& goOn,
-                            const std::function<void(const ScenarioResult& result)>& tell) {
-    std::string machineFailure;
+void PlayInProcesses(const std::vector<Scenario>& scenarios, size_t jobs, const PlayOne& play,
+                     const std::function<bool()>& goOn,
+                     const std::function<void(const ScenarioResult& result)>& tell) {
     PlayingProcesses processes(play);
     size_t begun = 0;
     size_t told = 0;
@@ -314,14 +309,10 @@ std::string PlayInProcesses(const std::vector<Scenario>& scenarios, size_t jobs,
             processes.Start(begun++);
         }
         for (; const std::optional<Handover> answer = processes.Take(told); ++told) {
-            if (answer->status != 0 || answer->bytes.empty()) {
-                FailAsEnded(scenarios[told], answer->status);
-            }
-            HandoverReader reader(answer->bytes);
-            tell(ReadHandover(reader, &machineFailure));
+            tell(ResultOf(scenarios[told], *answer));
         }
         if (processes.Running() == 0) {
-            return machineFailure;
+            return;
         }
         processes.WaitForOne();
     }

@@ -14,14 +14,12 @@ using PlayOne = std::function<void(size_t scenario, int answer)>;
 void TellResult(int answer, const std::function<ScenarioResult()>& play);
 
 // Plays them in order, at most `jobs` at once, and begins none any more once goOn() says no. `tell`
-// hears what came of each that was begun, in order, each as soon as it can. The processes end with
-// this one.
+// hears what came of each that was begun, in order, each as soon as it can; also that it could not
+// be played. The processes end with this one.
 //
-// Returns the first of their vtv::Tv::MachineFailure(). Throws what playing one has thrown (a
-// ProviderError or vtv::Error as such), after those before it were told, and kPlatform for one
-// whose process ended before it was through.
-std::string PlayInProcesses(const std::vector<Scenario>& scenarios, size_t jobs,
-                            const PlayOne& play, const std::function<bool()>& goOn,
-                            const std::function<void(const ScenarioResult& result)>& tell);
+// Throws ProviderError, which holds for all of them, and kPlatform where no process can be started.
+void PlayInProcesses(const std::vector<Scenario>& scenarios, size_t jobs, const PlayOne& play,
+                     const std::function<bool()>& goOn,
+                     const std::function<void(const ScenarioResult& result)>& tell);
 
 }  // namespace host

@@ -193,23 +193,60 @@ const toml::table& ScenarioReader::Table(const toml::node& node, const std::stri
     return *node.as_table();
 }
 
+void ScenarioReader::CheckSettingKey(const toml::source_region& where, const std::string& key,
+                                     bool isForced) {
+    Noting(where, [&] { vtv::CheckSettingKey(key); });
+    const bool isTaken = isForced || (model && model->settings.count(key) != 0);
+    const std::string meant = isTaken ? "" : vtv::MeantSetting(key);
+    if (!meant.empty()) {
+        Problem(where,
+                "nobody knows the setting \"" + key + "\". Did you mean " + meant + "?" + kIfMeant);
+    }
+}
+
 void ScenarioReader::CheckSetting(const toml::key& key, const toml::node& value,
-                                  const std::string& type, bool anyType) {
+                                  const std::string& type, bool isForced) {
     const std::string name(key.str());
-    Noting(key.source(), [&] { vtv::CheckSettingKey(name); });
-    const std::string problem = anyType ? "" : vtv::TypeProblem(name, type);
+    CheckSettingKey(key.source(), name, isForced);
+    const std::string problem = isForced ? "" : vtv::TypeProblem(name, type);
     if (!problem.empty()) {
-        Problem(value, problem + " To see what happens otherwise: \"force = true\" in the step.");
+        Problem(value, problem + kIfMeant);
     }
 }
 
 std::vector<std::string> ScenarioReader::SettingKeys(const toml::node& node,
-                                                     const std::string& name) {
+                                                     const std::string& name, bool isForced) {
     const std::vector<std::string> keys = Some(node, name);
     for (const std::string& key : keys) {
-        Noting(node.source(), [&] { vtv::CheckSettingKey(key); });
+        CheckSettingKey(node.source(), key, isForced);
     }
     return keys;
+}
+
+void ScenarioReader::CheckState(const toml::key& key, const std::optional<vtv::Value>& value,
+                                bool isForced) {
+    const std::string name(key.str());
+    Noting(key.source(),
+           [&] { value ? vtv::CheckState(name, *value) : vtv::CheckStateName(name); });
+    const size_t end = name.find('/') + 1;
+    const std::string kind = name.substr(0, end);
+    const std::string about = name.substr(end);
+    if (isForced || about.empty()) {
+        return;
+    }
+    if (kind == vtv::kModeState) {
+        CheckApplication(key.source(), about, kIfMeant);
+    } else if ((kind == vtv::kFeatureState || kind == vtv::kAbsentFeatureState) &&
+               vtv::FindKnownFeature(about) == nullptr && model &&
+               model->features.count(about) == 0) {
+        std::vector<std::string> names;
+        for (const vtv::KnownFeature& known : vtv::KnownFeatures()) {
+            names.push_back(known.key);
+        }
+        Problem(key.source(), "the TV has no feature \"" + about + "\"." +
+                                  DidYouMean(about, names) + " Known: " + vtv::Join(names) + "." +
+                                  kIfMeant);
+    }
 }
 
 std::string ScenarioReader::Feature(const toml::source_region& where, const std::string& name) {
@@ -257,16 +294,20 @@ std::vector<std::string> ScenarioReader::OwnerFiles(const toml::node& node,
 std::vector<std::string> ScenarioReader::Applications(const toml::node& node,
                                                       const std::string& name) {
     const std::vector<std::string> ids = Some(node, name);
-    const std::vector<std::string> installed =
-        model ? vtv::InstalledApplications(*model) : std::vector<std::string>();
     for (const std::string& id : ids) {
-        if (model && !id.empty() &&
-            std::find(installed.begin(), installed.end(), id) == installed.end()) {
-            Problem(node, "the TV has no application \"" + id + "\"." + DidYouMean(id, installed) +
-                              " It has: " + vtv::Join(installed) + ".");
-        }
+        CheckApplication(node.source(), id, "");
     }
     return ids;
+}
+
+void ScenarioReader::CheckApplication(const toml::source_region& where, const std::string& id,
+                                      const std::string& otherwise) {
+    if (!model || id.empty() || vtv::IsInstalled(*model, id)) {
+        return;
+    }
+    const std::vector<std::string> installed = vtv::InstalledApplications(*model);
+    Problem(where, "the TV has no application \"" + id + "\"." + DidYouMean(id, installed) +
+                       " It has: " + vtv::Join(installed) + "." + otherwise);
 }
 
 const Item* ScenarioReader::ItemNamed(const toml::source_region& where, const std::string& name) {

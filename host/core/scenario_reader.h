@@ -18,6 +18,9 @@ inline int LineOf(const toml::node& node) {
     return static_cast<int>(node.source().begin.line);
 }
 
+// How a scenario says that what nobody knows is meant.
+inline constexpr char kIfMeant[] = " If it is meant: \"force = true\" in the step.";
+
 // " Did you mean X?" for the word that comes closest; "" when none comes close.
 std::string DidYouMean(std::string_view word, const std::vector<std::string>& known);
 
@@ -52,10 +55,17 @@ class ScenarioReader {
     vtv::Value SettingValue(const toml::node& node, const std::string& name);
     const toml::table& Table(const toml::node& node, const std::string& name);
 
-    // A settings key with its value; `anyType`: also a value that the key is known not to have.
+    // What nobody knows is taken for a slip unless it is forced: of a settings key one that comes
+    // close to a known one, and a value of another type than it is known to have.
     void CheckSetting(const toml::key& key, const toml::node& value, const std::string& type,
-                      bool anyType);
-    std::vector<std::string> SettingKeys(const toml::node& node, const std::string& name);
+                      bool isForced);
+    std::vector<std::string> SettingKeys(const toml::node& node, const std::string& name,
+                                         bool isForced);
+    // An entry of the TV's raw state; without a value only its name.
+    void CheckState(const toml::key& key, const std::optional<vtv::Value>& value, bool isForced);
+    // Of an application that the TV does not have; `otherwise` tells what else to write.
+    void CheckApplication(const toml::source_region& where, const std::string& id,
+                          const std::string& otherwise);
     // The full key of a feature, by short name or full key.
     std::string Feature(const toml::source_region& where, const std::string& name);
     vtv::Value FeatureValue(const toml::node& node, const std::string& key);
@@ -93,6 +103,7 @@ class ScenarioReader {
                      const std::vector<std::string>& known);
 
   private:
+    void CheckSettingKey(const toml::source_region& where, const std::string& key, bool isForced);
     bool Require(bool fits, const toml::node& node, const std::string& name, const char* wanted);
 
     std::string file_;

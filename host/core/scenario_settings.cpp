@@ -1,10 +1,13 @@
 // What a step changes of the TV's settings and state.
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 
 #include "scenario_members.h"
+#include "virtual-tv/model/json_text.h"
 #include "virtual-tv/model/keys.h"
 #include "virtual-tv/model/known_settings.h"
+#include "virtual-tv/model/policy_fault.h"
 
 namespace host {
 
@@ -31,19 +34,44 @@ Play ReadSet(const Reading& reading, const toml::node& node) {
 }
 
 Play ReadForce(const Reading& reading, const toml::node& node) {
-    if (reading.reader.Flag(node, reading.name) && !reading.step.contains("set") &&
-        !reading.step.contains("expect") && !reading.step.contains("never")) {
-        reading.reader.Problem(node, "\"force\" needs a \"set\" in the same step.");
+    const auto isThere = [&](const char* member) { return reading.step.contains(member); };
+    constexpr const char* kForced[] = {"set",         "unset",  "policy", "state",
+                                       "file-remove", "expect", "never"};
+    if (reading.reader.Flag(node, reading.name) &&
+        std::none_of(std::begin(kForced), std::end(kForced), isThere)) {
+        reading.reader.Problem(node,
+                               "\"force\" needs a \"set\", \"unset\", \"policy\", \"state\", "
+                               "\"file-remove\", "
+                               "\"expect\" or \"never\" in the same step.");
     }
     return nullptr;  // read by those whom it concerns
 }
 
 Play ReadUnset(const Reading& reading, const toml::node& node) {
-    return [keys = reading.reader.SettingKeys(node, reading.name)](const StepScene& scene) {
+    return [keys = reading.reader.SettingKeys(node, reading.name, IsForced(reading.step))](
+               const StepScene& scene) {
         for (const std::string& key : keys) {
             scene.tv.Unset(key);
         }
     };
+}
+
+// What is wrong with the policy, told with the line of its assistant.
+void CheckPolicy(const Reading& reading, const toml::array& list, const vtv::Value& policy) {
+    Json::Value root;
+    vtv::ParseJson(vtv::ToText(policy), &root);
+    std::string text = "[";  // an assistant a line, from the second on
+    for (const Json::Value& assistant : root) {
+        text += (text == "[" ? "\n" : ",\n") + vtv::CompactJson(assistant);
+    }
+    const std::string fault = vtv::FaultOf(vtv::JsonText("", text + "]"));
+    size_t line = 0;
+    int what = 0;
+    if (std::sscanf(fault.c_str(), ":%zu:%*u: %n", &line, &what) == 1) {
+        const bool isOfOne = line >= 2 && line - 2 < list.size();
+        const toml::node& where = isOfOne ? list[line - 2] : static_cast<const toml::node&>(list);
+        reading.reader.Problem(where, fault.substr(static_cast<size_t>(what)) + "." + kIfMeant);
+    }
 }
 
 Play ReadPolicy(const Reading& reading, const toml::node& node) {
@@ -57,18 +85,34 @@ Play ReadPolicy(const Reading& reading, const toml::node& node) {
                                "or a text that is published as it stands.");
         return nullptr;
     }
-    return [policy = reading.reader.SettingValue(node, reading.name)](const StepScene& scene) {
-        scene.tv.Set(vtv::kPolicyKey, policy);
-    };
+    const vtv::Value policy = reading.reader.SettingValue(node, reading.name);
+    if (list != nullptr && !IsForced(reading.step)) {
+        CheckPolicy(reading, *list, policy);
+    }
+    return [policy](const StepScene& scene) { scene.tv.Set(vtv::kPolicyKey, policy); };
 }
+
+}  // namespace
+
+vtv::Value ReadStateValue(const Reading& reading, const toml::key& key, const toml::node& node) {
+    const vtv::Value value = reading.reader.Scalar(node, std::string(key.str()));
+    const bool isMissing = value == vtv::Value(kMissing);
+    reading.reader.CheckState(key, isMissing ? std::nullopt : std::optional(value),
+                              IsForced(reading.step));
+    return value;
+}
+
+namespace {
 
 Play ReadState(const Reading& reading, const toml::node& node) {
     std::map<std::string, vtv::Value> state;
     for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
         const std::string name(key.str());
-        state[name] = reading.reader.Scalar(value, name);
-        if (state[name] != vtv::Value(kMissing)) {
-            reading.reader.Noting(value.source(), [&] { vtv::CheckState(name, state[name]); });
+        state[name] = ReadStateValue(reading, key, value);
+        if (name == vtv::kModelNameState && state[name] != vtv::Value(kMissing)) {
+            reading.reader.Problem(value,
+                                   "\"model\" is the name under which the TV knows its model: name "
+                                   "another one at the beginning of the scenario.");
         }
     }
     return [state](const StepScene& scene) {
@@ -195,9 +239,12 @@ Play ReadFileAdd(const Reading& reading, const toml::node& node) {
 }
 
 Play ReadFileRemove(const Reading& reading, const toml::node& node) {
-    return [files = reading.reader.OwnerFiles(node, reading.name)](const StepScene& scene) {
+    return [files = reading.reader.OwnerFiles(node, reading.name),
+            isForced = IsForced(reading.step)](const StepScene& scene) {
         for (const std::string& file : files) {
-            scene.tv.RemoveOwnerFile(file);
+            if (!scene.tv.RemoveOwnerFile(file) && !isForced) {
+                throw vtv::Error(vtv::ErrorKind::kNoSuch, file + ": there is no such file.");
+            }
         }
     };
 }

@@ -69,8 +69,9 @@ Play ReadPress(const Reading& reading, const toml::node& node) {
         if (choice) {
             now.choose = ParseChoice(LookAt(scene.provider, *press.item), *choice);
         }
-        scene.outcome.pressLine = line;
+        scene.outcome.line = line;
         scene.outcome.press = scene.user.Press(now);
+        scene.outcome.AddFailures(scene.outcome.press->failures);
     };
 }
 

@@ -29,12 +29,6 @@ std::vector<std::string> KeysOf(const std::map<std::string, vtv::Value>& values)
     return keys;
 }
 
-bool HasForced(const std::map<std::string, vtv::Value>& settings) {
-    return std::any_of(settings.begin(), settings.end(), [](const auto& setting) {
-        return !vtv::TypeProblem(setting.first, vtv::TypeName(setting.second)).empty();
-    });
-}
-
 namespace {
 
 bool IsFeature(const std::string& state, std::string_view prefix, std::string* feature) {
@@ -60,7 +54,7 @@ void AddState(const std::map<std::string, vtv::Value>& now,
             features[feature] = value;
         } else if (IsFeature(name, vtv::kAbsentFeatureState, &feature)) {
             missing.push_back(feature);
-        } else if (name != "model") {  // the name under which the TV knows it
+        } else if (name != vtv::kModelNameState) {
             state[name] = value;
         }
     }
@@ -104,15 +98,14 @@ Recording::Step StepTo(const vtv::Snapshot& wanted, const vtv::Tv& tv) {
             step[name] = std::move(values);
         }
     };
-    const auto set = differing(wanted.settings, now.settings);
-    add("set", set);
-    if (HasForced(set)) {
-        step["force"] = true;
-    }
+    add("set", differing(wanted.settings, now.settings));
     add("unset", Missing(KeysOf(now.settings), KeysOf(wanted.settings)));
     AddState(now.state, wanted.state, differing(wanted.state, now.state), &step);
     add("file-add", Missing(wanted.ownerFiles, now.ownerFiles));
     add("file-remove", Missing(now.ownerFiles, wanted.ownerFiles));
+    if (step.count("file-remove") != 0) {
+        step["force"] = true;  // some were left by what a scenario does without
+    }
     return step;
 }
 

@@ -16,7 +16,5 @@ Recording::Step StepTo(const vtv::Snapshot& wanted, const vtv::Tv& tv);
 std::vector<std::string> Missing(const std::vector<std::string>& all,
                                  const std::vector<std::string>& some);
 std::vector<std::string> KeysOf(const std::map<std::string, vtv::Value>& values);
-// Settings that programs have written with another type than they are known to have.
-bool HasForced(const std::map<std::string, vtv::Value>& settings);
 
 }  // namespace host

@@ -3,7 +3,6 @@
 #include <json/json.h>
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 
 #include "virtual-tv/model/json_text.h"
@@ -17,38 +16,20 @@ namespace {
 
 constexpr char kAgreement[] = "GetDisclaimerItemAgreement";
 
-struct Phrase {
-    const char*
-        subject;      // settings key, feature key, consent item, or function where it says it all
-    const char* yes;  // true, or a number above 0
-    const char* no;   // false, 0, or a read that failed
-};
-
-constexpr std::array kPhrases = {
-    Phrase{"sso_get_login_state", "signed in", "signed out"},
-    Phrase{"tnc", "the terms are agreed", "the terms are not agreed"},
-    Phrase{"pp", "the privacy policy is agreed", "the privacy policy is not agreed"},
-    Phrase{"connection_profile_check_default_gateway", "the network is up", "the network is down"},
-    Phrase{"AOVSystemDataGetAOVMode", "always-on voice is on", "always-on voice is off"},
-    Phrase{vtv::kPassThroughConnectedKey, "a pass-through device is connected",
-           "no pass-through device is connected"},
-    Phrase{vtv::kPassThroughKey, "pass-through is switched on", "pass-through is switched off"},
-    Phrase{vtv::kPassThroughMicrophoneKey, "the pass-through microphone is on",
-           "the pass-through microphone is off"},
-    Phrase{vtv::kFirstTimeKey, "Orvik has not been set up yet", "Orvik is set up"},
-    Phrase{vtv::kLegacyVoiceKey, "the legacy voice assistant is in use",
-           "the legacy voice assistant is not in use"},
-    Phrase{vtv::kMicrophoneKey, "the built-in microphone is on", "the built-in microphone is off"},
-    Phrase{vtv::kMicrophoneFeature, "the TV has a built-in microphone",
-           "the TV has no built-in microphone"},
-    Phrase{vtv::kFarFieldFeature, "the TV has far-field microphones",
-           "the TV has no far-field microphones"},
-    Phrase{vtv::kPassThroughFeature, "the TV supports pass-through",
-           "the TV does not support pass-through"},
-    Phrase{vtv::kChinaFeature, "the TV is a China model", "the TV is no China model"},
-    Phrase{vtv::kVoiceFeature, "the TV has voice recognition", "the TV has no voice recognition"},
-    Phrase{vtv::kOrvikFeature, "the TV supports Orvik", "the TV does not support Orvik"},
-};
+// Of a call that reads nothing but one thing, that; of others, what the model of a TV knows of the
+// setting, feature or consent that they read.
+std::optional<vtv::YesAndNo> WordsOf(const vtv::Read& read) {
+    if (read.function == "sso_get_login_state") {
+        return vtv::YesAndNo{"signed in", "signed out"};
+    }
+    if (read.function == "connection_profile_check_default_gateway") {
+        return vtv::YesAndNo{"the network is up", "the network is down"};
+    }
+    if (read.function == "AOVSystemDataGetAOVMode") {
+        return vtv::YesAndNo{"always-on voice is on", "always-on voice is off"};
+    }
+    return vtv::WordsOf(read.subject);
+}
 
 bool IsYes(const std::optional<vtv::Value>& value) {
     if (!value) {
@@ -139,6 +120,10 @@ std::string DescribeMarker(const vtv::Read& read) {
                              : "there is no sign-in marker " + name;
 }
 
+std::string AsToldTo(const std::string& function) {
+    return function + " fails, as it was told to";
+}
+
 // Why a read failed that is not simply of something missing; empty when there is no such reason.
 std::string WhyFailed(const vtv::Read& read, const vtv::Tv& tv) {
     if (read.value) {
@@ -146,7 +131,7 @@ std::string WhyFailed(const vtv::Read& read, const vtv::Tv& tv) {
     }
     for (const vtv::Fault& fault : tv.Faults()) {
         if (fault.function == read.function && fault.kind == vtv::Fault::Kind::kAlways) {
-            return read.function + " fails, as it was told to";
+            return AsToldTo(read.function);
         }
     }
     if (!IsSetting(read)) {
@@ -314,10 +299,8 @@ std::string Describe(const vtv::Read& read, const vtv::Tv& tv, const std::string
     if (read.subject == vtv::kOrvikFeature && !read.value) {
         return "the TV does not tell whether it supports Orvik, which counts as support";
     }
-    for (const Phrase& phrase : kPhrases) {
-        if (read.subject == phrase.subject || read.function == phrase.subject) {
-            return IsYes(read.value) ? phrase.yes : phrase.no;
-        }
+    if (const auto words = WordsOf(read)) {
+        return IsYes(read.value) ? words->yes : words->no;
     }
     if (read.subject == vtv::kCurrentAssistantKey) {
         const std::string id = TextRead(read);
@@ -348,6 +331,12 @@ std::string Describe(const vtv::Read& read, const vtv::Tv& tv, const std::string
 
 std::string Describe(const vtv::Read& read, const vtv::Tv& tv) {
     return Describe(read, tv, TextOf(tv, vtv::kCurrentAssistantKey));
+}
+
+Supposition Mended(const std::string& function) {
+    const vtv::Read read = {function, "", std::nullopt};
+    const std::string then = function + " working again (vtv fault --clear " + function + ")";
+    return {read, read, AsToldTo(function), then, false, true};
 }
 
 Circumstances CircumstancesOf(const vtv::Tv& tv) {

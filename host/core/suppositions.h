@@ -23,7 +23,10 @@ struct Supposition {
     std::string then;  // "consent tnc"; what it would be like "with"
     // Tells nothing more where something else about the same read changes the answer already.
     bool lastResort = false;
+    // The call works that was told to fail: whatever it is asked for, it tells what the TV has.
+    bool mends = false;
 };
+Supposition Mended(const std::string& function);
 
 // What the TV is taken to be where a supposition depends on it.
 struct Circumstances {

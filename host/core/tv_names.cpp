@@ -52,10 +52,10 @@ const std::vector<StateName>& StateNames() {
          [](Tv& tv, Text value) { tv.SetLanguage(value); }},
         {"voice-guide", [](const Tv& tv) { return OnOff(tv.VoiceGuide()); }, Switch,
          [](Tv& tv, Text value) { tv.Set(vtv::kVoiceGuideKey, value == "on"); }},
-        {"tnc", [](const Tv& tv) { return OnOff(tv.Consent("tnc")); }, Switch,
-         [](Tv& tv, Text value) { tv.SetConsent("tnc", value == "on"); }},
-        {"pp", [](const Tv& tv) { return OnOff(tv.Consent("pp")); }, Switch,
-         [](Tv& tv, Text value) { tv.SetConsent("pp", value == "on"); }},
+        {vtv::kTermsConsent, [](const Tv& tv) { return OnOff(tv.Consent(vtv::kTermsConsent)); },
+         Switch, [](Tv& tv, Text value) { tv.SetConsent(vtv::kTermsConsent, value == "on"); }},
+        {vtv::kPrivacyConsent, [](const Tv& tv) { return OnOff(tv.Consent(vtv::kPrivacyConsent)); },
+         Switch, [](Tv& tv, Text value) { tv.SetConsent(vtv::kPrivacyConsent, value == "on"); }},
     };
     return names;
 }
@@ -70,7 +70,7 @@ const StateName* FindStateName(const std::string& name) {
 }
 
 bool IsSettingName(const std::string& name) {
-    return name.rfind("db/", 0) == 0 || name.rfind("memory/", 0) == 0;
+    return vtv::IsSettingKey(name);
 }
 
 bool ParseSwitch(const std::string& text) {

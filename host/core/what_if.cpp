@@ -12,6 +12,8 @@ namespace {
 constexpr size_t kMostTogether = 4;
 // Some seconds at worst; three together are always within it on the page.
 constexpr size_t kMostAttempts = 30000;
+// What reads the policy when a provider is created.
+constexpr char kPolicyCall[] = "vconf_get_str";
 
 bool IsSameRead(const vtv::Read& a, const vtv::Read& b) {
     return a.function == b.function && a.subject == b.subject;
@@ -42,7 +44,7 @@ Reply Recorded(const WhatIf::Question& question, const Provider& provider) {
 }
 
 vtv::Read PolicyRead(const vtv::Tv& tv) {
-    vtv::Read read = {"vconf_get_str", vtv::kPolicyKey, std::nullopt};
+    vtv::Read read = {kPolicyCall, vtv::kPolicyKey, std::nullopt};
     const std::string text = TextOf(tv, vtv::kPolicyKey);
     if (!text.empty()) {
         read.value = text;
@@ -53,8 +55,23 @@ vtv::Read PolicyRead(const vtv::Tv& tv) {
 bool IsOfTheModel(const Difference& difference) {
     return std::any_of(difference.suppositions.begin(), difference.suppositions.end(),
                        [](const Supposition& supposition) {
-                           return supposition.read.function.rfind("system_info_", 0) == 0;
+                           return supposition.read.function.rfind("system_info_", 0) == 0 &&
+                                  !supposition.mends;
                        });
+}
+
+bool Holds(const std::vector<std::string>& functions, const std::string& function) {
+    return std::find(functions.begin(), functions.end(), function) != functions.end();
+}
+
+std::vector<std::string> MendedIn(const std::vector<Supposition>& suppositions) {
+    std::vector<std::string> mended;
+    for (const Supposition& supposition : suppositions) {
+        if (supposition.mends) {
+            mended.push_back(supposition.read.function);
+        }
+    }
+    return mended;
 }
 
 // Differences in the same things tell a reader the same.
@@ -82,6 +99,14 @@ struct WhatIf::Branch {
     size_t next = 0;
 };
 
+WhatIf::WhatIf(const Provider& provider, const vtv::Tv& tv) : provider_(provider), tv_(tv) {
+    for (const vtv::Fault& fault : tv.Faults()) {
+        if (fault.kind == vtv::Fault::Kind::kAlways) {
+            failing_.push_back(fault.function);
+        }
+    }
+}
+
 WhatIf::~WhatIf() {
     const vtv::Experiment quiet({});
     providers_.clear();
@@ -99,18 +124,24 @@ void WhatIf::Remember(const std::vector<vtv::Read>& reads) {
 }
 
 const Provider& WhatIf::ProviderFor(const std::vector<Supposition>& suppositions) {
+    const std::vector<std::string> mended = MendedIn(suppositions);
+    std::vector<vtv::Read> policies;
     for (const Supposition& supposition : suppositions) {
         if (supposition.read.subject == vtv::kPolicyKey) {
-            const std::string text = vtv::ToText(*supposition.read.value);
-            std::unique_ptr<Provider>& provider = providers_[text];
-            if (provider == nullptr) {
-                const vtv::Experiment supposed({supposition.read});
-                provider = std::make_unique<Provider>(provider_.File(), Provider::Copy::kPrivate);
-            }
-            return *provider;
+            policies.push_back(supposition.read);
         }
     }
-    return provider_;
+    if (policies.empty() && !Holds(mended, kPolicyCall)) {
+        return provider_;
+    }
+    std::unique_ptr<Provider>& provider =
+        providers_[policies.empty() ? std::nullopt
+                                    : std::optional(vtv::ToText(*policies.front().value))];
+    if (provider == nullptr) {
+        const vtv::Experiment supposed(policies, mended);
+        provider = std::make_unique<Provider>(provider_.File(), Provider::Copy::kPrivate);
+    }
+    return *provider;
 }
 
 Reply WhatIf::Ask(const Question& question) {
@@ -124,21 +155,27 @@ Reply WhatIf::Suppose(const Question& question, const std::vector<Supposition>& 
     std::vector<vtv::Read> reads;
     reads.reserve(suppositions.size() + world_.size());
     for (const Supposition& supposition : suppositions) {
-        reads.push_back(supposition.read);
+        if (!supposition.mends) {
+            reads.push_back(supposition.read);
+        }
     }
+    const std::vector<std::string> mended = MendedIn(suppositions);
     for (const vtv::Read& known : world_) {
-        if (std::none_of(reads.begin(), reads.end(),
+        if (!Holds(mended, known.function) &&
+            std::none_of(reads.begin(), reads.end(),
                          [&](const vtv::Read& read) { return IsSameRead(known, read); })) {
             reads.push_back(known);
         }
     }
-    const vtv::Experiment supposed(std::move(reads));
+    const vtv::Experiment supposed(std::move(reads), mended);
     Reply answer = Recorded(question, provider);
     std::vector<vtv::Read> found = answer.reads;
     std::erase_if(found, [&](const vtv::Read& read) {
-        return std::any_of(
-            suppositions.begin(), suppositions.end(),
-            [&](const Supposition& supposition) { return IsSameRead(supposition.read, read); });
+        return Holds(mended, read.function) ||
+               std::any_of(suppositions.begin(), suppositions.end(),
+                           [&](const Supposition& supposition) {
+                               return IsSameRead(supposition.read, read);
+                           });
     });
     Remember(found);
     return answer;
@@ -158,13 +195,29 @@ Circumstances WhatIf::CircumstancesOf(const Branch& branch) const {
     return circumstances;
 }
 
-// The provider read the policy before all else, when it was created.
+// The calls that fail first, for they decide what is read; the provider read the policy before all
+// else, when it was created.
 std::vector<vtv::Read> WhatIf::Inputs(const Branch& branch) const {
-    std::vector<vtv::Read> inputs = {PolicyRead(tv_)};
+    std::vector<vtv::Read> inputs;
+    for (const std::string& function : failing_) {
+        inputs.push_back(Mended(function).read);
+    }
+    inputs.push_back(PolicyRead(tv_));
     for (const vtv::Read& read : WithoutRepetition(branch.reads)) {
         inputs.push_back(read);
     }
     return inputs;
+}
+
+// What else it could be. A call that was told to fail tells nothing else before it is mended.
+std::vector<Supposition> WhatIf::Others(const Branch& branch, size_t input,
+                                        const vtv::Read& read) const {
+    if (input < failing_.size()) {
+        return {Mended(read.function)};
+    }
+    const bool fails =
+        Holds(failing_, read.function) && !Holds(MendedIn(branch.suppositions), read.function);
+    return fails ? std::vector<Supposition>() : Suppositions(read, tv_, CircumstancesOf(branch));
 }
 
 std::vector<WhatIf::Branch> WhatIf::Grow(const Question& question, const std::string& answer,
@@ -173,10 +226,9 @@ std::vector<WhatIf::Branch> WhatIf::Grow(const Question& question, const std::st
     std::vector<Branch> grown;
     for (const Branch& branch : branches) {
         const std::vector<vtv::Read> inputs = Inputs(branch);
-        const Circumstances circumstances = CircumstancesOf(branch);
         for (size_t i = branch.next; i < inputs.size(); ++i) {
             const size_t before = found->size();
-            for (Supposition& supposition : Suppositions(inputs[i], tv_, circumstances)) {
+            for (Supposition& supposition : Others(branch, i, inputs[i])) {
                 if (supposition.lastResort && found->size() > before) {
                     continue;
                 }

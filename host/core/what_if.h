@@ -39,7 +39,7 @@ class WhatIf {
     using Question = std::function<std::string(const Provider&)>;
 
     // The provider's own TV must be on. Both must outlive this.
-    WhatIf(const Provider& provider, const vtv::Tv& tv) : provider_(provider), tv_(tv) {}
+    WhatIf(const Provider& provider, const vtv::Tv& tv);
     ~WhatIf();
     WhatIf(const WhatIf&) = delete;
     WhatIf& operator=(const WhatIf&) = delete;
@@ -55,6 +55,8 @@ class WhatIf {
     const Provider& ProviderFor(const std::vector<Supposition>& suppositions);
     void Remember(const std::vector<vtv::Read>& reads);
     std::vector<vtv::Read> Inputs(const Branch& branch) const;
+    std::vector<Supposition> Others(const Branch& branch, size_t input,
+                                    const vtv::Read& read) const;
     Circumstances CircumstancesOf(const Branch& branch) const;
     std::vector<Branch> Grow(const Question& question, const std::string& answer,
                              const std::vector<Branch>& branches, size_t* left,
@@ -62,9 +64,11 @@ class WhatIf {
 
     const Provider& provider_;
     const vtv::Tv& tv_;
-    std::vector<vtv::Read> world_;  // what the TV is known to be
-    // A provider keeps the policy that it was created with: one for each policy that is supposed.
-    std::map<std::string, std::unique_ptr<Provider>> providers_;
+    std::vector<std::string> failing_;  // the calls that were told to fail
+    std::vector<vtv::Read> world_;      // what the TV is known to be
+    // A provider keeps the policy that it was created with: one for each policy that is supposed,
+    // and one for the TV's own where it could not be read.
+    std::map<std::optional<std::string>, std::unique_ptr<Provider>> providers_;
 };
 
 }  // namespace host

@@ -12,26 +12,17 @@ using host::ItemView;
 
 namespace {
 
-int DepthOf(const host::Item& item) {
-    int depth = -1;
-    for (const host::Item* above = &item; above->parent != nullptr;
-         above = host::FindItem(above->parent)) {
-        ++depth;
-    }
-    return std::max(depth, 0);
-}
-
 RowScene RowOf(const ItemView& view, const Words& words) {
     RowScene row;
     row.name = view.item->name;
     row.title = view.Label();
-    row.depth = DepthOf(*view.item);
+    row.depth = vtv::DepthOf(*view.item);
     row.dimmed = !view.enabled;
     switch (view.item->kind) {
         case ItemKind::kSwitch:
             row.mark = RowScene::Mark::kSwitch;
             row.on = view.value == 1;
-            row.value = row.on ? words.on : words.off;
+            row.value = row.on ? words.on : view.value == 0 ? words.off : view.ValueText();
             break;
         case ItemKind::kList:
             row.mark = RowScene::Mark::kChoice;

@@ -1,5 +1,7 @@
 #include "general_voice_enablechecker.h"
 
+#include <string>
+
 #include "Dispatch.h"
 #include "Guard.h"
 #include "Keys.h"

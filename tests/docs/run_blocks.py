@@ -11,7 +11,7 @@ on the PATH and a home of its own. A command ends with 0, unless a comment behin
     vtv get db/menu/voice/x
     #> on                      what it prints has this in it, up to two blanks
 
-A block marked "text COMMAND" is what the command prints; lines may be left out. Commands that cannot be run
+A block marked "text COMMAND" is what the command prints; lines may be left out. One marked "text" has no commands. Commands that cannot be run
 stand in not-run.txt, with the reason. Exit codes: 0 all is as the pages say, 1 it is not, 2 usage.
 """
 
@@ -31,6 +31,9 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 HERE = pathlib.Path(__file__).resolve().parent
 NO_COMMANDS = {"toml", "json", "cmake", "c", "cpp", "text"}
 UNTIL_INTERRUPTED = 124  # how timeout(1) tells that it had to end the command
+
+# How a line begins that is a command of ours.
+OURS = re.compile(r"(vtv(-explore|-app|-window)?|\./(run|test)|(scripts|tests)/[-\w./]+)( |$)")
 
 Step = collections.namedtuple("Step", "line command status prints picture")
 
@@ -66,6 +69,8 @@ def steps_of(page):
             yield from commands_of(page, line, lines)
         elif language == "text" and command:
             yield Step(line, command, None, [], [text for text in lines if text.strip()])
+        elif language == "text" and any(OURS.match(text) for text in lines):
+            raise Wrong(f"{page.name}:{line}: these are commands, which are run: mark the block sh")
         elif language not in NO_COMMANDS:
             raise Wrong(f'{page.name}:{line}: is "{mark}" run or not? Mark the block: sh, '
                         f'{", ".join(sorted(NO_COMMANDS))}')
@@ -120,7 +125,8 @@ def not_run():
     known = {}
     for line in (HERE / "not-run.txt").read_text(encoding="utf-8").splitlines():
         if line and not line.startswith("#"):
-            page, command, reason = (part.strip() for part in line.split(" | "))
+            page, _, rest = line.partition(" | ")
+            command, _, reason = rest.rpartition(" | ")
             known[page, command] = reason
     return known
 

@@ -72,6 +72,19 @@ class RunBlocks(unittest.TestCase):
         with self.assertRaisesRegex(run_blocks.Wrong, "page.md:2: .*run or not"):
             self.faults("```\ntrue\n```\n")
 
+    def test_commands_of_ours_that_are_marked_as_text_are_refused(self):
+        for command in ("vtv show", "vtv-explore merge a b", "scripts/fuzz --keep provider", "./test --all", "./run",
+                        "tests/torture/torture.py --all"):
+            with self.assertRaisesRegex(run_blocks.Wrong, "page.md:2: these are commands"):
+                self.faults(f"```text\nsome words\n{command}\n```\n")
+
+    def test_text_that_only_speaks_of_a_command_is_none(self):
+        self.assertEqual("", self.faults("```text\nsee vtv show\nvtv: no\n./testing\n```\n"))
+
+    def test_a_command_with_a_pipe_is_left_out(self):
+        (self.here / "not-run.txt").write_text("page.md | false | false | why\n")
+        self.assertEqual("", self.block("false | false"))
+
     def test_an_indented_block_is_refused(self):
         with self.assertRaisesRegex(run_blocks.Wrong, "page.md:3: fence this block"):
             self.faults("Text:\n\n    true\n")

@@ -10,6 +10,7 @@
 #include "explorer/engine/coverage.h"
 #include "explorer/engine/decision_list.h"
 #include "explorer/engine/diagram.h"
+#include "tests/environment.h"
 
 using explorer::BigNumber;
 using explorer::Choices;
@@ -213,7 +214,8 @@ TEST(DecisionList, OfGuardsHasARowForEachAndTheRestLast) {
 TEST(DecisionList, DecidesAsTheDiagramInEveryStateOfRulesMadeByChance) {
     constexpr int kInputs = 5;
     constexpr int kValues = 3;
-    std::mt19937 chance(20);
+    std::mt19937 chance(Seed());
+    SCOPED_TRACE(SeedNote());
     for (int rule = 0; rule < 24; ++rule) {
         SCOPED_TRACE(rule);
         // Mostly one outcome, so that there is something to put together.

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <climits>
 #include <cstdlib>
+#include <set>
 #include <thread>
 
 #include "platform/account.h"
@@ -23,13 +24,16 @@ using explorer::Input;
 
 namespace {
 
-constexpr char NEURAL_ENGINE[] = "org.nemra.tts-engine-neural";
-constexpr char ENGINE_LANGUAGES[] = "com.vantelo/tv/metadata/tts-engine/legacy_tts_language";
 constexpr int UNWRITTEN = 77;
 
 const std::vector<std::optional<vtv::Value>> VALUES = {
     std::nullopt,     true, false, 0, 1, -1, INT_MAX, std::string(), std::string("text"),
     std::string("{}")};
+
+// Nothing, and one value of each type.
+const std::vector<std::optional<vtv::Value>> STORED = {std::nullopt, true, 3, std::string("text")};
+
+const std::vector<std::optional<vtv::Value>> NOTHING_STORED = {std::nullopt};
 
 std::string Show(const std::optional<vtv::Value>& value) {
     return value ? std::string(vtv::TypeName(*value)) + " " + vtv::ToText(*value) : "none";
@@ -46,7 +50,7 @@ class Asking {
     Asking(TestTv& tv, const explorer::Inputs& inputs, const vtv::Model& model)
         : tv_(tv), inputs_(inputs), model_(model) {}
 
-    std::vector<std::string> All() {
+    std::vector<std::string> Calls() {
         for (const Input& input : inputs_.inputs) {
             if (input.kind == Input::Kind::kSetting) {
                 Settings(input.key);
@@ -62,7 +66,34 @@ class Asking {
         Packages();
         Speech();
         Popup();
-        Applications();
+        tv_.Store(vtv::kHintKey, std::nullopt);
+        tv_.Do([&] {
+            OddQuestions(vtv::kHintKey, [&](const auto& call, const auto& asked,
+                                            const auto& answer) {
+                Line(call, asked, answer);
+            }).AskAll();
+        });
+        return std::move(lines_);
+    }
+
+    std::vector<std::string> Applications() {
+        std::vector<std::string> currents = {"", "org.example.other"};
+        std::vector<std::string> others = {model_.accountUi, "org.example.none"};
+        for (const vtv::KnownAssistant& known : vtv::KnownAssistants()) {
+            currents.emplace_back(known.appId);
+            others.emplace_back(known.appId);
+        }
+        for (const bool hasExtras : {false, true}) {
+            for (const std::string& current : currents) {
+                Run(vtv::kSetupWizard, hasExtras, current);
+                Run(vtv::kOnboarding, hasExtras, current);
+            }
+            for (const std::string& appId : others) {
+                if (!appId.empty()) {
+                    Run(appId, hasExtras, appId);
+                }
+            }
+        }
         return std::move(lines_);
     }
 
@@ -88,8 +119,10 @@ class Asking {
             tv_.Store(key, value);
             tv_.Do([&] { Gets(key, Show(value)); });
         }
+        // A write takes the TV a moment: what was stored before matters once for each call.
+        std::set<std::string> calls;
         const auto set = [&](const char* call, const std::string& what, const auto& write) {
-            for (const auto& before : {std::optional<vtv::Value>(), std::optional<vtv::Value>(3)}) {
+            for (const auto& before : calls.insert(call).second ? STORED : NOTHING_STORED) {
                 tv_.Store(key, before);
                 tv_.Do([&] {
                     Line(call, key + " " + Show(before) + " to " + what, std::to_string(write()));
@@ -151,8 +184,10 @@ class Asking {
     void Policy() {
         tv_.Do([&] {
             Line("vconf_get_str", vtv::kPolicyKey, Taken(vconf_get_str(vtv::kPolicyKey)));
-            Line("vconf_notify_key_changed", "policy",
-                 std::to_string(vconf_notify_key_changed(vtv::kPolicyKey, Ignore, nullptr)));
+            for (const char* time : {"once", "twice"}) {
+                Line("vconf_notify_key_changed", time,
+                     std::to_string(vconf_notify_key_changed(vtv::kPolicyKey, Ignore, nullptr)));
+            }
             for (const char* time : {"once", "twice"}) {
                 Line("vconf_ignore_key_changed", time,
                      std::to_string(vconf_ignore_key_changed(vtv::kPolicyKey, Ignore)));
@@ -213,14 +248,14 @@ class Asking {
     void Packages() {
         tv_.Do([&] {
             pkgmgrinfo_appinfo_h info = nullptr;
-            const int found = pkgmgrinfo_appinfo_get_appinfo(NEURAL_ENGINE, &info);
+            const int found = pkgmgrinfo_appinfo_get_appinfo(vtv::kNeuralEngine, &info);
             Line("pkgmgrinfo_appinfo_get_appinfo", "", std::to_string(found));
             if (found != 0) {
                 return;
             }
             char* languages = nullptr;
             const int result =
-                pkgmgrinfo_appinfo_get_metadata_value(info, ENGINE_LANGUAGES, &languages);
+                pkgmgrinfo_appinfo_get_metadata_value(info, vtv::kEngineLanguages, &languages);
             Line("pkgmgrinfo_appinfo_get_metadata_value", "",
                  std::to_string(result) + ", " + (languages != nullptr ? languages : "null"));
             Line("pkgmgrinfo_appinfo_destroy_appinfo", "",
@@ -354,26 +389,6 @@ class Asking {
         }
     }
 
-    void Applications() {
-        std::vector<std::string> currents = {"", "org.example.other"};
-        std::vector<std::string> others = {model_.accountUi, "org.example.none"};
-        for (const vtv::KnownAssistant& known : vtv::KnownAssistants()) {
-            currents.emplace_back(known.appId);
-            others.emplace_back(known.appId);
-        }
-        for (const bool hasExtras : {false, true}) {
-            for (const std::string& current : currents) {
-                Run(vtv::kSetupWizard, hasExtras, current);
-                Run(vtv::kOnboarding, hasExtras, current);
-            }
-            for (const std::string& appId : others) {
-                if (!appId.empty()) {
-                    Run(appId, hasExtras, appId);
-                }
-            }
-        }
-    }
-
     TestTv& tv_;
     const explorer::Inputs& inputs_;
     const vtv::Model& model_;
@@ -382,7 +397,12 @@ class Asking {
 
 }  // namespace
 
-std::vector<std::string> AskEverything(TestTv& tv, const explorer::Inputs& inputs,
-                                       const vtv::Model& model) {
-    return Asking(tv, inputs, model).All();
+std::vector<std::string> AskEveryCall(TestTv& tv, const explorer::Inputs& inputs,
+                                      const vtv::Model& model) {
+    return Asking(tv, inputs, model).Calls();
+}
+
+std::vector<std::string> RunEveryApplication(TestTv& tv, const explorer::Inputs& inputs,
+                                             const vtv::Model& model) {
+    return Asking(tv, inputs, model).Applications();
 }

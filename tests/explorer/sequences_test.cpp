@@ -5,8 +5,11 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <set>
+#include <sstream>
 
 #include "process.h"
+#include "program/text_width.h"
 
 namespace {
 
@@ -119,6 +122,22 @@ TEST(Sequences, WithADepthEndThereAndGoOn) {
     EXPECT_EQ(model["transitions"].asInt(), 3);
     EXPECT_EQ(model["deepest"].asInt(), 1);
     EXPECT_FALSE(model["closed"].asBool());
+}
+
+TEST(Sequences, OfModelsWithAnyNameLineUpOnATerminal) {
+    const std::string accented = ModelFile("k\u00fcche-\u5ba2\u5385", {GOOGLE}, "");
+    const std::string output =
+        RunExplorer({"sequences", "-q", "--scenarios", TemporaryFolder() + "/found", "--depth", "1",
+                     "--tv", UntouchedModel(), accented})
+            .output;
+    std::set<std::size_t> columns;
+    std::istringstream lines(output);
+    for (std::string line; std::getline(lines, line);) {
+        if (const std::size_t at = line.find(" states  "); at != std::string::npos) {
+            columns.insert(program::Width(line.substr(0, at)));
+        }
+    }
+    EXPECT_EQ(columns.size(), 1U) << output;
 }
 
 TEST(Sequences, ToAFaultAreTheShortestThatThereAre) {

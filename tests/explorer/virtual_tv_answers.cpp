@@ -2,7 +2,7 @@
 //
 //     virtual-tv-answers MODEL FOLDER
 //
-// prints a line for each answer, and behind an empty line the names of the platform's calls.
+// prints a line for each answer of a call, and behind an empty line what came of each application.
 #include <iostream>
 
 #include "platform_questions.h"
@@ -67,12 +67,11 @@ int main(int argc, char** argv) {
     vtv::Tv::Create(argv[2], argv[1]);
     VirtualTestTv tv(argv[2]);
     const explorer::Inputs inputs = explorer::LoadInputs(explorer::InputsFile());
-    for (const std::string& line : AskEverything(tv, inputs, tv.Tv().GetModel())) {
-        std::cout << line << '\n';
-    }
-    std::cout << '\n';
-    for (const std::string& function : vtv::PlatformFunctions()) {
-        std::cout << function << '\n';
+    for (const auto& ask : {AskEveryCall, RunEveryApplication}) {
+        for (const std::string& line : ask(tv, inputs, tv.Tv().GetModel())) {
+            std::cout << line << '\n';
+        }
+        std::cout << '\n';
     }
     return std::cout.flush() ? 0 : 4;
 }

@@ -66,6 +66,8 @@ TEST_F(CommandsTest, ATvThatSomebodySentRunsNoCommandOfItsOwn) {
 
 TEST_F(CommandsTest, ACommandRunsOnceTheUserHasAllowedIt) {
     Unpack();
+    EXPECT_EQ(Ok({"__complete", "--tv", "packed", "app", "allow", "org.nemra.v"}),
+              "org.nemra.voice-onboarding\n");
     EXPECT_THAT(Ok({"app", "allow", "org.nemra.voice-onboarding", "--tv", "packed"}),
                 HasSubstr(Command()));
     EXPECT_EQ(Ok({"app", "allowed"}), Command() + "\n");

@@ -49,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"SetNoKey", {"set", "x", "int", "1"}, 2, "\"x\" is no settings key"},
         Mistake{"WrongTypeOfAKnownKey",
                 {"set", "db/menu/voice/passthru", "int", "1"},
-                1,
+                2,
                 "is a bool on a TV"},
         Mistake{"UnknownItem", {"choose", "voice-wakeup", "on"}, 3, "Did you mean voice-wake-up"},
         Mistake{"PartOfAnItem", {"show", "google"}, 3, "Did you mean voice-settings-google?"},

@@ -19,12 +19,14 @@
 
 #include "platform/account.h"
 #include "platform/settings_store.h"
+#include "tests/environment.h"
 #include "virtual-tv/model/known_settings.h"
 
 namespace fs = std::filesystem;
 
 using host::Item;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -101,6 +103,30 @@ class Explaining : public testing::Test {
         }
     }
 
+    void Make(const host::Supposition& supposed) {
+        if (supposed.mends) {
+            tv_->ClearFault(supposed.read.function);
+        } else {
+            Make(supposed.read);
+        }
+    }
+
+    // One call that the page is known to make fails from here on, or none does.
+    void BreakSomething() {
+        static const std::vector<vtv::Read> inputs = Inputs();
+        for (const vtv::Fault& fault : tv_->Faults()) {
+            tv_->ClearFault(fault.function);
+        }
+        if (Choose(4) != 0) {
+            Break({{inputs[Choose(inputs.size())].function, vtv::Fault::Kind::kAlways, -1, 0}});
+        }
+    }
+    void Break(const std::vector<vtv::Fault>& faults) {
+        for (const vtv::Fault& fault : faults) {
+            tv_->SetFault(fault);
+        }
+    }
+
     // Any value of anything that the page is known to read.
     void ChangeSomething() {
         static const std::vector<vtv::Read> inputs = Inputs();
@@ -138,7 +164,8 @@ class Explaining : public testing::Test {
     int count_ = 0;
     std::unique_ptr<vtv::Tv> tv_;
     std::unique_ptr<host::Provider> provider_;
-    std::mt19937 random_{7};
+    std::mt19937 random_{Seed()};
+    testing::ScopedTrace note_{__FILE__, __LINE__, SeedNote()};
 };
 
 constexpr const char* kModels[] = {"farfield-eu", "farfield-cn", "ptt-passthrough-us",
@@ -225,15 +252,18 @@ TEST_F(Explaining, ADimmedItemsRuleIsTheFunctionThatTellsTheViewer) {
 TEST_F(Explaining, EachReasonChangesTheAnswerOfTheRealTvAndNoPartOfItDoes) {
     size_t held = 0;
     size_t together = 0;
+    size_t mended = 0;
     for (const char* model : kModels) {
         TurnOn(model);
-        for (int step = 0; step < 6; ++step) {
+        for (int step = 0; step < 8; ++step) {
             ChangeSomething();
             ChangeSomething();
+            BreakSomething();
             LoadAgain();
             const Item& item = host::PageItems()[Choose(host::PageItems().size())];
             const host::Explanation told = host::Explain(*provider_, *tv_, item);
             const vtv::Snapshot before = tv_->TakeSnapshot();
+            const std::vector<vtv::Fault> faults = tv_->Faults();
             for (const host::Reasons& reasons : told.reasons) {
                 if (reasons.question == "reason") {
                     continue;
@@ -242,11 +272,13 @@ TEST_F(Explaining, EachReasonChangesTheAnswerOfTheRealTvAndNoPartOfItDoes) {
                     for (const host::Supposition& one : difference.suppositions) {
                         EXPECT_EQ(AnswerNow(item, reasons.question), reasons.answer)
                             << model << ": " << item.name << " already before " << one.then;
-                        Make(one.read);
+                        Make(one);
+                        mended += one.mends ? 1 : 0;
                     }
                     EXPECT_EQ(AnswerNow(item, reasons.question), difference.answer)
                         << model << ": " << item.name << " with " << host::ToText(difference);
                     tv_->Restore(before);
+                    Break(faults);
                     ++held;
                     together += difference.suppositions.size() > 1 ? 1 : 0;
                 }
@@ -255,6 +287,7 @@ TEST_F(Explaining, EachReasonChangesTheAnswerOfTheRealTvAndNoPartOfItDoes) {
     }
     EXPECT_GT(held, 100U);
     EXPECT_GT(together, 0U);
+    EXPECT_GT(mended, 0U);
 }
 
 TEST_F(Explaining, TwoConsentsThatAreBothMissingAreNamedTogether) {
@@ -312,7 +345,26 @@ TEST_F(Explaining, ACallThatWasToldToFailIsTheReason) {
     EXPECT_THAT(Sentence("voice-wake-up"),
                 HasSubstr("is dimmed: sso_get_login_state fails, as it was told to and "));
     EXPECT_THAT(Sentence("voice-wake-up"),
-                HasSubstr("it would be enabled with the account signed in"));
+                HasSubstr("it would be enabled with sso_get_login_state working again (vtv fault "
+                          "--clear sso_get_login_state)"));
+    EXPECT_THAT(Sentence("voice-wake-up"), Not(HasSubstr("signed in")));
+}
+
+TEST_F(Explaining, WhatACallThatFailsWouldTellIsTriedOnceItWorksAgain) {
+    TurnOn("farfield-eu");
+    tv_->SetFault({"GetDisclaimerItemAgreement", vtv::Fault::Kind::kAlways, -1, 0});
+    tv_->SetConsent("tnc", false);
+    EXPECT_EQ(Sentence("voice"),
+              "Voice is hidden: GetDisclaimerItemAgreement fails, as it was told to and the terms "
+              "are not agreed; it would show with GetDisclaimerItemAgreement working again (vtv "
+              "fault --clear GetDisclaimerItemAgreement) and consent tnc");
+}
+
+TEST_F(Explaining, ACallThatFailsWhenTheProviderIsCreatedIsTheReason) {
+    TurnOn("farfield-eu");
+    tv_->SetFault({"vconf_get_str", vtv::Fault::Kind::kAlways, -1, 0});
+    EXPECT_THAT(Sentence("voice-assistant"),
+                HasSubstr("it would show with vconf_get_str working again (vtv fault --clear"));
 }
 
 TEST_F(Explaining, AnAnswerThatNothingChangesIsSaidToHaveNoReason) {

@@ -34,6 +34,8 @@ class FormatsTest : public VtvTest {
     void BringTv() {
         fs::create_directories(Path("tvs"));
         fs::copy(Sample("tv-1"), Path("tvs/tv"), fs::copy_options::recursive);
+        // Whatever the umask was when the samples were checked out.
+        EXPECT_EQ(std::system(("chmod -R go-w " + Path("tvs")).c_str()), 0);
     }
     std::string Get(const std::string& key, const std::string& tv = "tv") {
         return Ok({"get", key, "--tv", tv});

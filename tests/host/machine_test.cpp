@@ -119,6 +119,21 @@ TEST_F(MachineTest, WhoCannotWatchSaysWhichSettingToRaise) {
     }
 }
 
+// The kernel takes milliseconds to end a watch.
+TEST_F(MachineTest, WhoLooksOnceWatchesNothing) {
+    BeOn("instances");
+    for (const Words& words : {Words{"show"},
+                               {"explain", "voice"},
+                               {"describe", "db/comss/cisblock"},
+                               {"search", "wake"}}) {
+        EXPECT_EQ(Kitchen(words).code, 0) << words.front();
+    }
+    EXPECT_EQ(Vtv({"diff", "kitchen", "kitchen"}).code, 0);
+    EXPECT_THAT(Kitchen({"log"}).out, Not(HasSubstr("cannot be watched")));
+    Kitchen({"press", "voice-wake-up"});
+    EXPECT_THAT(Kitchen({"log"}).out, HasSubstr("cannot be watched")) << "the log does not tell it";
+}
+
 // Where a vtv that plays keeps the TV on which it does: what the process has open tells.
 class ThrowawayTest : public MachineTest {
   protected:
@@ -244,6 +259,76 @@ TEST_F(MachineTest, ATvInWhichOthersCanWriteIsRefused) {
             Ok({"remove", "kitchen", "--force"});
             Ok({"new", "kitchen"});
         }
+    }
+}
+
+// What opens the TV is refused, and the command that was told helps.
+TEST_F(MachineTest, NothingInATvMayBeWrittenByOthers) {
+    for (const char* name : {"settings", "apps", "owner", "owner/share", "log", "tv.toml",
+                             "settings/.store", "switches"}) {
+        const std::string path = Tv() + "/" + name;
+        Ok({"press", "voice-wake-up", "--tv", "kitchen"});
+        const fs::perms before = fs::status(path).permissions();
+        for (const auto more : {fs::perms::group_write, fs::perms::others_write}) {
+            fs::permissions(path, before | more | fs::perms::sticky_bit);
+            for (const Words& words :
+                 {Words{"show"}, {"set", "db/x", "int", "1"}, {"get", "db/x"}}) {
+                const Output output = Kitchen(words);
+                EXPECT_EQ(output.code, 4) << path << words.front();
+                EXPECT_THAT(output.err, AllOf(HasSubstr(path + ": others can write into this f"),
+                                              HasSubstr("chmod -R go-w " + Tv())));
+            }
+            ASSERT_EQ(std::system(("chmod -R go-w " + Tv()).c_str()), 0);
+            EXPECT_EQ(Kitchen({"show"}).code, 0) << path;
+        }
+        fs::permissions(path, before);
+    }
+}
+
+TEST_F(MachineTest, NothingInATvMayBeAnotherUsers) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can give files away";
+    }
+    for (const char* name : {"settings", "apps", "tv.toml", "state/.store"}) {
+        const std::string path = Tv() + "/" + name;
+        ASSERT_EQ(chown(path.c_str(), 65533, 65533), 0);
+        const Output output = Kitchen({"show"});
+        EXPECT_EQ(output.code, 4) << path;
+        EXPECT_THAT(output.err, AllOf(HasSubstr(path + ": this f"), HasSubstr("belongs to"),
+                                      HasSubstr("chown -R 'root' " + Tv())));
+        ASSERT_EQ(std::system(("chown -R root " + Tv()).c_str()), 0);
+        EXPECT_EQ(Kitchen({"show"}).code, 0);
+    }
+}
+
+// Above the folder of the TVs: whoever can replace one there puts another TV in this one's place.
+TEST_F(MachineTest, NobodyElseCanReplaceAFolderOnTheWayToATv) {
+    environment["VTV_HOME"] = Path("deep/down/tvs");
+    Ok({"new", "kitchen"});
+    for (const char* name : {"deep", "deep/down"}) {
+        ASSERT_EQ(chmod(Path(name).c_str(), 0757), 0);
+        const Output output = Kitchen({"show"});
+        EXPECT_EQ(output.code, 4) << name;
+        EXPECT_THAT(output.err,
+                    AllOf(HasSubstr(Path(name) + ": others can write into this folder"),
+                          HasSubstr("chmod go-w " + Path(name)), HasSubstr("VTV_HOME")));
+        fs::create_directory_symlink(Path("deep/down/tvs/kitchen"), Path("link"));
+        EXPECT_EQ(Vtv({"show", "--tv", Path("link")}).code, 4) << "by whatever name";
+        fs::remove(Path("link"));
+        ASSERT_EQ(chmod(Path(name).c_str(), 01777), 0);
+        EXPECT_EQ(Kitchen({"show"}).code, 0) << "as below /tmp";
+        ASSERT_EQ(chmod(Path(name).c_str(), 0755), 0);
+    }
+    if (geteuid() == 0) {
+        ASSERT_EQ(chown(Path("deep").c_str(), 65533, 65533), 0);
+        EXPECT_THAT(
+            Kitchen({"show"}).err,
+            AllOf(HasSubstr(Path("deep") + ": this folder belongs to"), HasSubstr("VTV_HOME")));
+        ASSERT_EQ(chown(Path("deep").c_str(), 0, 65533), 0);
+        ASSERT_EQ(chmod(Path("deep").c_str(), 0775), 0);
+        EXPECT_EQ(Kitchen({"show"}).code, 4) << "a group with others in it";
+        ASSERT_EQ(chown(Path("deep").c_str(), 0, 0), 0);
+        EXPECT_EQ(Kitchen({"show"}).code, 0) << "a group of one's own";
     }
 }
 

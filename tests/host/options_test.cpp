@@ -154,6 +154,9 @@ TEST_F(VtvTest, AnEmptyWordIsNeverTakenForNone) {
     }
     EXPECT_EQ(RunInto("/dev/null", "vtv-app", {"--tv", "", "org.nemra.wizard"}).code, 2);
     EXPECT_EQ(RunInto("/dev/null", "vtv-app", {""}).code, 2);
+    const Output extra = RunInto("/dev/null", "vtv-app", {"org.nemra.wizard", "foo", "--auto"});
+    EXPECT_EQ(extra.code, 2);
+    EXPECT_THAT(extra.err, HasSubstr("write KEY=VALUE"));
     Ok({"set", "db/x", "string", ""});
     EXPECT_EQ(Ok({"get", "db/x"}), "\n");
 }

@@ -192,6 +192,10 @@ TEST_F(OutputTest, HelpAndVersionAndCompletionSaySo) {
         EXPECT_EQ(RunInto("/dev/full", "vtv", line).code, 4) << Line(line);
     }
     EXPECT_EQ(RunInto("/dev/full", "vtv", {"__man", "/nowhere"}).code, 4);
+    for (const char* program : {"vtv", "vtv-app", "vtv-explore"}) {
+        EXPECT_EQ(RunInto("/dev/null", program, {"--version"}).code, 0) << program;
+        EXPECT_EQ(RunInto("/dev/full", program, {"--version"}).code, 4) << program;
+    }
 }
 
 TEST_F(OutputTest, NoIsNoAnswerWhenItCouldNotBeRead) {

@@ -3,6 +3,8 @@
 
 #include "vtv_process.h"
 
+namespace fs = std::filesystem;
+
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
@@ -102,8 +104,89 @@ TEST_F(VtvTest, WhatIsTriedAndACopyAreNotRecorded) {
     Ok({"remove", "default"});
 }
 
+// The only note that there is.
+std::string NoteIn(const std::string& folder) {
+    std::string note;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        note = entry.path().filename();
+    }
+    return note;
+}
+
+TEST_F(VtvTest, NothingThatLiesInATvMakesItRecorded) {
+    Ok({"show"});
+    const std::string tv = Path("tvs/default");
+    Write("tvs/default/recording", Path("bait"));
+    EXPECT_EQ(Vtv({"record", "status"}).code, 1);
+    Ok({"network", "disconnected"});
+    EXPECT_FALSE(fs::exists(Path("bait")));
+    // Neither is one that was copied, or that lies where one was that is recorded.
+    Ok({"record", "start", Path("a.toml")});
+    fs::copy(tv, Path("tvs/sent"), fs::copy_options::recursive);
+    const std::string before = Read("a.toml");
+    Ok({"network", "host", "--tv", "sent"});
+    EXPECT_EQ(Read("a.toml"), before);
+    fs::rename(tv, Path("tvs/moved"));
+    fs::rename(Path("tvs/sent"), tv);
+    Ok({"network", "host"});
+    EXPECT_EQ(Read("a.toml"), before);
+    Ok({"network", "host", "--tv", "moved"});
+    EXPECT_NE(Read("a.toml"), before) << "it is the same folder";
+}
+
+TEST_F(VtvTest, ATvThatIsRecordedIsRenamedAfterwardsOnly) {
+    Write("mine.toml", Read("model.toml") + "title = \"mine\"\n");
+    Ok({"new", "mine", "--model", Path("mine.toml")});
+    Ok({"record", "start", Path("a.toml"), "--tv", "mine"});
+    const Output refused = Vtv({"rename", "mine", "other"});
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_THAT(refused.err, AllOf(HasSubstr(Path("a.toml")), HasSubstr("vtv record stop")));
+    Ok({"network", "disconnected", "--tv", "mine"});
+    // Moved by hand, its model is not where the recording has it.
+    fs::rename(Path("tvs/mine"), Path("tvs/other"));
+    const Output lost = Vtv({"network", "host", "--tv", "other"});
+    EXPECT_EQ(lost.code, 2);
+    EXPECT_THAT(lost.err, AllOf(HasSubstr("Nothing was done"), HasSubstr("vtv record stop")));
+    Ok({"record", "stop", "--tv", "other"});
+    Ok({"network", "host", "--tv", "other"});
+    Ok({"rename", "other", "mine"});
+}
+
+TEST_F(VtvTest, TheRecordingOfATvThatIsRemovedIsForgotten) {
+    Ok({"show"});
+    Ok({"record", "start", Path("a.toml")});
+    EXPECT_NE(NoteIn(Path(".config/vtv/recordings")), "");
+    Ok({"remove", "default"});
+    EXPECT_EQ(NoteIn(Path(".config/vtv/recordings")), "");
+}
+
+TEST_F(VtvTest, ANoteThatIsDamagedOrOfOthersIsNamedWithWhatToDo) {
+    Ok({"show"});
+    Ok({"record", "start", Path("a.toml")});
+    const std::string note = ".config/vtv/recordings/" + NoteIn(Path(".config/vtv/recordings"));
+    for (const char* junk : {"", "junk", "\n", "relative/file", "/with\nline"}) {
+        Write(note, junk);
+        for (const std::vector<std::string>& words :
+             {std::vector<std::string>{"network", "host"}, {"record", "status"}}) {
+            const Output output = Vtv(words);
+            EXPECT_EQ(output.code, 4) << junk;
+            EXPECT_THAT(output.err, AllOf(HasSubstr(Path(note)), HasSubstr("Remove it")));
+        }
+        Ok({"get", "db/menu_widget/language"});
+    }
+    Write(note, Path("a.toml"));
+    Ok({"network", "host"});
+    fs::permissions(Path(note), fs::perms(0666));
+    EXPECT_THAT(Vtv({"network", "host"}).err, HasSubstr("chmod go-w " + Path(note)));
+    fs::remove(Path(note));
+    fs::create_symlink(Path("a.toml"), Path(note));
+    EXPECT_EQ(Vtv({"network", "host"}).code, 4);
+    fs::remove(Path(note));
+    Ok({"network", "host"});
+}
+
 TEST_F(VtvTest, JUnitBeginsWithTheTotals) {
-    std::filesystem::create_directory(Path("set"));
+    fs::create_directory(Path("set"));
     Write("set/a.toml", "[[step]]\npress = \"voice-wake-up\"\n\n[[step]]\nnetwork = \"host\"\n");
     Write("set/b.toml",
           "[[step]]\nexpect.page.voice = \"hidden\"\n\n[[step]]\nnetwork = \"host\"\n");

@@ -195,6 +195,17 @@ TEST_F(RecordingTest, WhatNoScenarioCanHaveIsNotDone) {
     EXPECT_FALSE(fs::exists(Path("r.toml")));
 }
 
+TEST_F(RecordingTest, WhatAScenarioWouldTakeForASlipIsRecordedAsMeant) {
+    Ok({"set", "db/comss/cisblok", "int", "2"});
+    Ok({"set", "db/menu/voice/pasthru", "bool", "true", "--record", Path("r.toml")});
+    Ok({"unset", "db/menu/voice/pasthru", "--record", Path("r.toml")});
+    Ok({"load", "-", "--record", Path("r.toml")},
+       R"({"always_on_voice": {"org.none": 1}, "settings": {"db/comss/cisblok": 3}})");
+    Ok({"run", Path("r.toml"), "--keep", Path("kept")});
+    EXPECT_EQ(Ok({"get", "db/comss/cisblok", "--tv", Path("kept/1-r")}), "3\n");
+    EXPECT_EQ(Vtv({"get", "db/menu/voice/pasthru", "--tv", Path("kept/1-r")}).code, 3);
+}
+
 TEST_F(RecordingTest, WhatFailedIsNotRecorded) {
     EXPECT_EQ(Vtv({"unset", "db/none", "--record", Path("r.toml")}).code, 3);
     EXPECT_FALSE(fs::exists(Path("r.toml")));

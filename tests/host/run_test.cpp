@@ -157,6 +157,39 @@ TEST_F(RunTest, AProviderThatCannotBeUsedIsToldOnceWithTheCodeOfEveryVerb) {
     }
 }
 
+// The machine, or the TV's own launcher, does not do what the second one says.
+TEST_F(RunTest, OneThatCannotBePlayedIsOneOfTheResultsAndTheOthersArePlayed) {
+    Ok({"new", "own"});
+    Write("own.toml", Read("tvs/own/tv.toml") +
+                          "\n[[packages]]\napp = \"org.nemra.wizard\"\ncommand = \"/bin/none\"\n");
+    Write("launches.toml",
+          "model = \"own.toml\"\n[[step]]\nsay = \"first\"\n[[step]]\n"
+          "launch = { app = \"org.nemra.wizard\" }\n[[step]]\nsay = \"last\"\n");
+    const std::string why =
+        "launches.toml:5: org.nemra.wizard: failed: org.nemra.wizard is not "
+        "started: its command is not allowed";
+    for (const char* jobs : {"1", "2"}) {
+        const Words names = {"quick", "launches", "failing", "broken", "quick"};
+        const Output told = Vtv(Run(names, {"--jobs", jobs}));
+        EXPECT_EQ(told.code, 4);
+        EXPECT_THAT(told.err, HasSubstr(why));
+        EXPECT_THAT(told.out, HasSubstr("ERROR   launches"));
+        EXPECT_THAT(told.out,
+                    HasSubstr("5 scenarios, 1 failed, 1 broken, 1 could not be played\n"));
+        const Output json = Vtv(Run(names, {"--jobs", jobs, "--json", "--junit", Path("r.xml")}));
+        EXPECT_EQ(json.code, 4);
+        Json::Value results;
+        ASSERT_TRUE(Json::Reader().parse(json.out, results));
+        ASSERT_EQ(results.size(), names.size());
+        EXPECT_THAT(results[1]["error"].asString(), HasSubstr(why));
+        EXPECT_FALSE(results[1]["passed"].asBool());
+        EXPECT_TRUE(results[4]["passed"].asBool());
+        const std::string xml = Read("r.xml");
+        EXPECT_THAT(xml, HasSubstr("tests=\"6\" failures=\"1\" errors=\"2\" skipped=\"1\""));
+        EXPECT_THAT(xml, HasSubstr("<error message=\"" + Path(why)));
+    }
+}
+
 // One that ends the process with 0 would pass for a run in which nothing failed.
 TEST_F(RunTest, AProviderThatEndsTheProcessIsToldWithTheScenario) {
     for (const char* jobs : {"1", "2"}) {
@@ -172,6 +205,7 @@ TEST_F(RunTest, AProviderThatEndsTheProcessIsToldWithTheScenario) {
             EXPECT_THAT(output.err, AllOf(HasSubstr("quick.toml: was not played to its end"),
                                           HasSubstr("exit code 0")));
             EXPECT_THAT(output.out, HasSubstr("BROKEN  "));
+            EXPECT_THAT(output.out, HasSubstr("3 scenarios, 0 failed, 1 broken, 2 could not"));
             EXPECT_TRUE(Tvs().empty());
         }
     }

@@ -39,6 +39,24 @@ const std::vector<Mistake> kMistakes = {
     {"expect.setting.\"menu/voice\" = 1", "is no settings key"},
     {"state = { \"acount/signed_in\" = true }", "a TV has no state \"acount/signed_in\""},
     {"expect.state.\"conset/tnc\" = true", "Did you mean \"consent/tnc\"?"},
+    {"set.\"db/comss/cisblok\" = 2", "Did you mean db/comss/cisblock? If it is meant: \"force"},
+    {"unset = [\"db/a\", \"db/comss/cisblok\"]", "Did you mean db/comss/cisblock?"},
+    {"expect.setting.\"db/menu/voice/pasthru\" = true", "Did you mean db/menu/voice/passthru?"},
+    {"never.setting.\"db/comss/cisblok\" = 2", "Did you mean db/comss/cisblock?"},
+    {"state = { \"feature/nope\" = 3 }", "the TV has no feature \"nope\""},
+    {"never.state.\"feature/nope\" = 3", "the TV has no feature \"nope\""},
+    {"state = { \"no-feature/recorder.microphone_type\" = true }",
+     "Did you mean com.vantelo/featureconf/recorder.microphone_type?"},
+    {"expect.state.\"feature/nope\" = \"(missing)\"", "the TV has no feature \"nope\""},
+    {"expect.state.\"always_on_voice/nope\" = \"(missing)\"", "no application \"nope\""},
+    {"state = { \"always_on_voice/nope\" = 1 }", "the TV has no application \"nope\""},
+    {"state = { acount = \"(missing)\" }", "a TV has no state \"acount\""},
+    {"state = { model = \"x\" }", "name another one at the beginning of the scenario"},
+    {"expect.running = [\"org.nemra.wizrd\"]", "Did you mean org.nemra.wizard?"},
+    {"never.running = \"org.nope\"", "the TV has no application \"org.nope\""},
+    {"expect.launched = [\"org.nemra.wizrd type=x\"]", "Did you mean org.nemra.wizard?"},
+    {"never.launched = \"org.nope type=x\"",
+     "\"org.nope type=x (failed: org.nope is not installed)\""},
     {"finish = \"org.nemra.wizrd\"", "Did you mean org.nemra.wizard?"},
     {"cancel = [\"org.nemra.wizard\", \"x\"]", "the TV has no application \"x\""},
     {"launch = { app = \"x\" }", "the TV has no application \"x\""},
@@ -86,6 +104,11 @@ const std::vector<Mistake> kMistakes = {
     {"unset = []", "\"unset\" names nothing"},
     {"policy = 5", "\"policy\" must be a list of assistants"},
     {"policy = [1]", "\"policy\" must be a list of assistants"},
+    {"policy = [{ VAOrdr = 1 }]", "\"VAOrder\" is missing: it must be a whole number"},
+    {"policy = [\n    { VAOrder = 2, VAId = \"\", VAAppId = \"\", VAName = \"\", VAFFSupport = "
+     "true },\n"
+     "    { VAOrder = \"one\" }]",
+     "\"VAOrder\" must be a whole number. If it is meant: \"force = true\""},
     {"state = { \"account/signed_in\" = 1 }", "is of type bool, not int"},
     {"feature = { \"recorder.microphone_type\" = true }", "is of type int, not bool"},
     {"feature = { \"recorder.microphone_type\" = 4294967297 }", "cannot be 4294967297"},
@@ -123,6 +146,8 @@ const std::vector<Mistake> kMistakes = {
     {"expect.popup = { buttons = [1] }", "\"buttons\" must be a list of texts"},
     {"expect.reason = 1", "\"reason\" must be a text"},
     {"press = \"voice\"\nexpect.refused = \"yes\"", "\"refused\" must be true or false"},
+    {"expect.failed = true", "\"failed\" must be a text in quotes, or a list of them"},
+    {"expect.failed = []", "\"failed\" names nothing"},
     {"expect.launched = 5", "\"launched\" must be a text in quotes, or a list of them"},
     {"expect.launched = [5]", "\"launched\" must be a list of texts"},
     {"expect.toast = true", "\"toast\" must be a text"},
@@ -179,6 +204,51 @@ TEST_F(VtvTest, EachMistakeAloneBreaksAScenario) {
     for (const Json::Value& one : checked) {
         EXPECT_FALSE(one["sound"].asBool())
             << kMistakes[std::stoul(fs::path(one["file"].asString()).stem().string())].step;
+    }
+}
+
+TEST_F(VtvTest, WhatNobodyKnowsIsPlayedWhereItIsMeant) {
+    const std::vector<std::string> meant = {
+        "set.\"db/comss/cisblok\" = 2\nexpect.setting.\"db/comss/cisblok\" = 2",
+        "unset = \"db/comss/cisblok\"",
+        "policy = [{ VAOrdr = 1 }]",
+        "policy = [{ VAOrder = 7, VAId = \"GVA\" }]",
+        "state = { \"feature/nope\" = 3, \"always_on_voice/nope\" = 1 }",
+        "never.running = \"org.nope\"",
+        "never.running = \"org.nope\"\nfile-remove = \"nope\"",
+        "never.launched = \"org.nope\""};
+    for (const std::string& step : meant) {
+        Write("s.toml", "[[step]]\n" + step + "\n");
+        EXPECT_EQ(Vtv({"run", Path("s.toml")}).code, 2) << step;
+        Write("s.toml", "[[step]]\n" + step + "\nforce = true\n");
+        Ok({"run", Path("s.toml")});
+    }
+    // Neither a slip of a known key, nor one that the TV does not have anyway.
+    Write("s.toml",
+          "[[step]]\nset = { \"db/other/program\" = 1, \"db/menu/voice\" = 1 }\n"
+          "policy = \"[7]\"\n"
+          "never.launched = \"org.nope (failed: org.nope is not installed)\"\n");
+    Ok({"run", Path("s.toml")});
+}
+
+TEST_F(VtvTest, WhatIsNotThereToBeRemovedFailsWhilePlaying) {
+    for (const auto& [step, says] :
+         {std::pair("file-remove = \"nope\"", "s.toml:2: nope: there is no such file."),
+          std::pair("clear-faults = \"vconf_get_bool\"",
+                    "s.toml:2: vconf_get_bool: no such fault")}) {
+        Write("s.toml", std::string("[[step]]\n") + step);
+        const Output output = Vtv({"run", Path("s.toml")});
+        EXPECT_EQ(output.code, 1) << step;
+        EXPECT_THAT(output.out, HasSubstr(says));
+    }
+}
+
+TEST_F(VtvTest, AVersionThatIsNoneHidesNoOtherMistake) {
+    for (const std::string version : {"0", "\"1\"", "-7"}) {
+        Write("s.toml", "version = " + version + "\n[[step]]\npres = \"voice\"\n");
+        const Output output = Vtv({"run", "--check", Path("s.toml")});
+        EXPECT_THAT(output.err, HasSubstr("s.toml:1: the version of a scenario must be"));
+        EXPECT_THAT(output.err, HasSubstr("s.toml:3: \"pres\" is unknown in a step."));
     }
 }
 
@@ -261,6 +331,7 @@ expect.box = { title = "", message = "", buttons = [] }
 expect.popup.title = "x"
 expect.reason = "x"
 expect.refused = false
+expect.failed = ["x"]
 expect.launched = []
 expect.toast = "x"
 expect.running = []

@@ -70,11 +70,11 @@ TEST_F(VtvTest, EveryKindOfExpectationCanFail) {
         "expect.box = { title = \"x\" }",
         "expect.popup = { title = \"x\" }",
         "expect.reason = \"x\"",
-        "expect.launched = \"x\"",
+        "expect.launched = \"org.nemra.wizard\"",
         "expect.toast = \"x\"",
         "expect.setting.\"db/comss/cisblock\" = 7",
         "expect.setting.\"db/nowhere\" = 7",
-        "expect.running = \"x\"",
+        "expect.running = \"org.nemra.wizard\"",
         "expect.log = \"never written\"",
         "expect.no-log = \"key:\"",
         "expect.trace = \"x\"",
@@ -141,6 +141,77 @@ TEST_F(VtvTest, ARefusedPressIsRecordedAsRefused) {
     Ok({"run", Path("mine.toml")});
 }
 
+namespace {
+
+constexpr char kChooseAlexa[] = "press = \"voice-assistant\"\nchoose = 2\nanswer = \"ok\"";
+
+std::string Failing(const std::string& function, const std::string& use) {
+    return "fault = { function = \"" + function + "\", always = true }\n" + use;
+}
+
+// What a step asks the TV for, which it cannot do, and what is told of that.
+struct Undone {
+    std::string step;
+    std::string says;
+};
+const std::vector<Undone> kUndone = {
+    {Failing("vconf_set_str", "press = \"voice-wake-up\""), "vconf_set_str failed"},
+    {Failing("aul_launch_app",
+             "press = \"voice-settings-google\"\nanswer = \"ok\"\n"
+             "set.\"db/multi-assistant/default_assistant_appid\" = "
+             "\"com.vantelo.tv.google-assistant\""),
+     "aul_launch_app failed"},
+    {Failing("app_control_send_launch_request",
+             "file-add = \"share/.voice/alexa_login_success\"\n"
+             "set.\"db/menu/voice/assistant_farfield\" = { \"com.vantelo.tv.alexa\" = \"on\" }\n" +
+                 std::string(kChooseAlexa)),
+     "app_control_send_launch_request failed"},
+    {kChooseAlexa, "org.nemra.voice-onboarding could not be started: failed: "},
+};
+
+constexpr char kCommand[] =
+    "\n[[packages]]\napp = \"org.nemra.voice-onboarding\"\ncommand = \"/bin/none\"\n";
+
+}  // namespace
+
+TEST_F(VtvTest, WhatTheTvCouldNotDoFailsTheStepUnlessItIsMeant) {
+    Ok({"new", "own"});
+    Write("own.toml", Read("tvs/own/tv.toml") + kCommand);
+    for (const auto& [step, says] : kUndone) {
+        const std::string text = "model = \"own.toml\"\n[[step]]\n" + step + "\n";
+        Write("s.toml", text);
+        const Output output = Vtv({"run", Path("s.toml")});
+        EXPECT_EQ(output.code, 1) << step << output.out;
+        EXPECT_THAT(output.out, HasSubstr("not done: " + says)) << step;
+        Write("s.toml", text + "expect.failed = \"" + says + "\"\n");
+        Ok({"run", Path("s.toml")});
+        for (const std::string other : {"\"nothing\"", "[\"failed\", \"nothing\"]"}) {
+            Write("s.toml", text + "expect.failed = " + other + "\n");
+            EXPECT_EQ(Vtv({"run", Path("s.toml")}).code, 1) << step << other;
+        }
+    }
+    // A value that is handed over is nobody's press: what comes of it is judged where it is named.
+    const std::string hand =
+        "[[step]]\n" + Failing("vconf_set_str", "hand = { voice-wake-up = 0 }");
+    Write("s.toml", hand + "\nexpect.failed = \"vconf_set_str\"\n");
+    Ok({"run", Path("s.toml")});
+    Write("s.toml", hand + "\nexpect.failed = \"vconf_set_bool\"\n");
+    EXPECT_EQ(Vtv({"run", Path("s.toml")}).code, 1);
+    Write("s.toml", "[[step]]\npress = \"voice-wake-up\"\nexpect.failed = \"x\"\n");
+    EXPECT_EQ(Vtv({"run", Path("s.toml")}).code, 1) << "nothing has failed";
+}
+
+TEST_F(VtvTest, APressOfWhichTheTvCouldNotDoAllIsRecordedAsSuch) {
+    const std::string file = Path("mine.toml");
+    Ok({"fault", "vconf_set_str", "--always", "--record", file});
+    EXPECT_EQ(Vtv({"press", "voice-wake-up", "--record", file}).code, 4);
+    EXPECT_EQ(Vtv({"choose", "voice-wake-up", "off", "--record", file}).code, 4);
+    Ok({"fault", "--clear", "--record", file});
+    Ok({"press", "voice-wake-up", "--record", file});
+    Ok({"run", file});
+    EXPECT_THAT(Read("mine.toml"), HasSubstr("failed = "));
+}
+
 TEST_F(VtvTest, ARecordingPlaysAgain) {
     const std::string file = Path("mine.toml");
     Ok({"choose", "voice-wake-up", "off"});
@@ -152,6 +223,15 @@ TEST_F(VtvTest, ARecordingPlaysAgain) {
     Ok({"power-cycle", "--record", file});
     EXPECT_THAT(Read("mine.toml"), HasSubstr("com.vantelo.tv.google-assistant Login=1"));
     Ok({"run", file});
+}
+
+TEST_F(VtvTest, AFolderThatCannotKeepTheTvsIsNamed) {
+    Write("s.toml", "[[step]]\nsay = \"x\"\n");
+    const Output output = Vtv({"run", Path("s.toml"), "--keep", "/dev/full"});
+    EXPECT_EQ(output.code, 4);
+    EXPECT_EQ(output.err,
+              "vtv: /dev/full: the TVs cannot be kept there: Not a directory. Name a folder that "
+              "can be made.\n");
 }
 
 TEST_F(VtvTest, TheTvsOfARunAreKeptWhenAsked) {

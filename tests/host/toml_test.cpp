@@ -5,6 +5,7 @@
 #include <random>
 
 #include "host/core/toml_writer.h"
+#include "tests/environment.h"
 
 namespace {
 
@@ -102,10 +103,11 @@ class Random {
         }
     }
 
-    std::mt19937 engine_{20260321};
+    std::mt19937 engine_{Seed()};
 };
 
 TEST(Toml, RandomDocumentsAreReadAsTheyWereMeant) {
+    SCOPED_TRACE(SeedNote());
     Random random;
     for (int i = 0; i < 4000; ++i) {
         const toml::table meant = random.Table(4);

@@ -41,6 +41,32 @@ TEST_F(VtvTest, AWatchedPageGoesOnThroughAPowerCycle) {
     EXPECT_TRUE(watching.WaitFor("(voice-wake-up): dimmed -> enabled")) << watching.Text();
 }
 
+TEST_F(VtvTest, AWatchedPageFollowsSettingsThatArePutBackFromACopy) {
+    Ok({"show"});
+    RunningVtv watching(environment, {"show", "--watch"});
+    ASSERT_TRUE(watching.WaitFor("Hidden:"));
+    const std::string settings = Path("tvs/default/settings");
+    ASSERT_EQ(std::system(("cp -r " + settings + " " + Path("kept") + " && rm -rf " + settings +
+                           " && sleep 0.2 && cp -r " + Path("kept") + " " + settings)
+                              .c_str()),
+              0);
+    Ok({"choose", "voice-wake-up", "off"});
+    EXPECT_TRUE(watching.WaitFor("(voice-wake-up): on -> off")) << watching.Text();
+    EXPECT_EQ(watching.Interrupt().code, 0);
+}
+
+TEST_F(VtvTest, ATvThatWasSentWithoutItsEmptyFoldersStartsApplicationsAndIsWatched) {
+    Ok({"show"});
+    ASSERT_EQ(std::system(("find " + Path("tvs/default") + " -type d -empty -delete").c_str()), 0);
+    Ok({"choose", "voice-assistant", "2"});
+    ASSERT_EQ(std::system(("rm -rf " + Path("tvs/default/owner")).c_str()), 0);
+    RunningVtv watching(environment, {"show", "--watch"});
+    ASSERT_TRUE(watching.WaitFor("Hidden:"));
+    Ok({"choose", "voice-assistant", "1"});
+    EXPECT_TRUE(watching.WaitFor("(voice-assistant): Alexa -> Orvik")) << watching.Text();
+    EXPECT_EQ(watching.Interrupt().code, 0);
+}
+
 TEST_F(VtvTest, AWatchedKeyIsToldOfEachWriteInOrder) {
     Ok({"show"});
     RunningVtv watching(environment, {"watch", "db/a", "--count", "4"});

@@ -50,6 +50,14 @@ class InstalledTest(InstalledCase):
     def test_another_project_has_it_as_a_folder_of_its_own(self):
         self.expect_a_host_and_a_provider(self.build_consumer("add_subdirectory"))
 
+    def test_another_project_installs_it_only_where_it_says_so(self):
+        header = "include/si-ready/abi/si_provider.h"
+        for option, expected in ((), set()), (("-DSI_INSTALL=ON",), {header}):
+            build = self.build_consumer("add_subdirectory", *option)
+            self.done("cmake", "--install", build, "--component", "si-ready-dev", "--prefix", self.folder / "prefix")
+            found = {name for name in files_below(self.folder / "prefix") if name.startswith("include")}
+            self.assertEqual(expected, found, option)
+
     def test_another_project_fetches_it(self):
         self.expect_a_host_and_a_provider(self.build_consumer("FetchContent"))
 

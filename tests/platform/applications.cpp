@@ -25,6 +25,14 @@ const char* HandleName(const void* handle) {
     return handle == nullptr ? "(null)" : "handle";
 }
 
+int AddExtra(const recording::Call& call, const void* request, const char* key, const char* value) {
+    if (call.Fails() || !recording::IsHandle(call, request) || key == nullptr || value == nullptr) {
+        return call.Code();
+    }
+    requests()[request].extras[key] = value;
+    return 0;
+}
+
 app_context_h ContextOfRunningApp() {
     static char context;
     return reinterpret_cast<app_context_h>(&context);
@@ -57,32 +65,29 @@ int app_control_create(app_control_h* control) {
 
 int app_control_set_operation(app_control_h control, const char* operation) {
     Call call("app_control_set_operation", operation);
-    return call.Fails() || !IsHandle(call, control) ? call.Code() : 0;
+    const bool isTaken = operation != nullptr && IsHandle(call, control);
+    return call.Fails() || !isTaken ? call.Code() : 0;
 }
 
 int app_control_set_app_id(app_control_h control, const char* appId) {
     Call call("app_control_set_app_id", appId);
-    if (call.Fails() || !IsHandle(call, control)) {
+    if (call.Fails() || !IsHandle(call, control) || appId == nullptr) {
         return call.Code();
     }
-    requests()[control].appId = Printable(appId);
+    requests()[control].appId = appId;
     return 0;
 }
 
 int app_control_add_extra_data(app_control_h control, const char* key, const char* value) {
     Call call("app_control_add_extra_data", key, value);
-    if (call.Fails() || !IsHandle(call, control)) {
-        return call.Code();
-    }
-    requests()[control].extras[Printable(key)] = Printable(value);
-    return 0;
+    return AddExtra(call, control, key, value);
 }
 
 int app_control_send_launch_request(app_control_h control, app_control_reply_cb callback,
                                     void* userData) {
     Call call("app_control_send_launch_request", callback == nullptr ? "(null)" : "callback",
               userData == nullptr ? "(null)" : "user data");
-    if (call.Fails() || !IsHandle(call, control)) {
+    if (call.Fails() || !IsHandle(call, control) || requests()[control].appId.empty()) {
         return call.Code();
     }
     AddLaunch(requests()[control]);
@@ -91,8 +96,7 @@ int app_control_send_launch_request(app_control_h control, app_control_reply_cb 
 
 int app_control_destroy(app_control_h control) {
     Call call("app_control_destroy");
-    EndHandle(call, control);
-    return call.Fails() ? call.Code() : 0;
+    return !EndHandle(call, control) || call.Fails() ? call.Code() : 0;
 }
 
 bundle* bundle_create(void) {
@@ -107,31 +111,25 @@ bundle* bundle_create(void) {
 
 int bundle_add_str(bundle* b, const char* key, const char* value) {
     Call call("bundle_add_str", key, value);
-    if (call.Fails() || !IsHandle(call, b)) {
-        return call.Code();
-    }
-    requests()[b].extras[Printable(key)] = Printable(value);
-    return 0;
+    return AddExtra(call, b, key, value);
 }
 
-// A TV's own accepts a null bundle.
+// A null is no debt: nobody handed one out.
 int bundle_free(bundle* b) {
     Call call("bundle_free");
-    if (b != nullptr) {
-        EndHandle(call, b);
-    }
-    return call.Fails() ? call.Code() : 0;
+    const bool isTaken = b != nullptr && EndHandle(call, b);
+    return call.Fails() || !isTaken ? call.Code() : 0;
 }
 
 int aul_launch_app(const char* appId, bundle* b) {
     Call call("aul_launch_app", appId);
-    if (call.Fails()) {
+    if (call.Fails() || appId == nullptr) {
         return call.Code();
     }
     Launch launch = IsHandle(call, b) ? requests()[b] : Launch();
-    launch.appId = Printable(appId);
+    launch.appId = appId;
     AddLaunch(launch);
-    return 1;  // a process id
+    return 0;
 }
 
 int app_manager_get_app_context(const char* appId, app_context_h* context) {
@@ -176,8 +174,7 @@ int pkgmgrinfo_appinfo_get_metadata_value(pkgmgrinfo_appinfo_h handle, const cha
 
 int pkgmgrinfo_appinfo_destroy_appinfo(pkgmgrinfo_appinfo_h handle) {
     Call call("pkgmgrinfo_appinfo_destroy_appinfo");
-    EndHandle(call, handle);
-    return call.Fails() ? call.Code() : 0;
+    return !EndHandle(call, handle) || call.Fails() ? call.Code() : 0;
 }
 
 int tts_create(tts_h* tts) {
@@ -209,8 +206,7 @@ int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, voi
 
 int tts_destroy(tts_h tts) {
     Call call("tts_destroy");
-    EndHandle(call, tts);
-    return call.Fails() ? call.Code() : 0;
+    return !EndHandle(call, tts) || call.Fails() ? call.Code() : 0;
 }
 
 int avoc_set_sound_feedback(int feedback, int priority) {

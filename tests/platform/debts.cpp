@@ -125,14 +125,15 @@ bool IsHandle(const Call& call, const void* handle) {
            !found->second.ended;
 }
 
-void EndHandle(const Call& call, void* handle) {
+bool EndHandle(const Call& call, void* handle) {
     if (!IsHandle(call, handle)) {
         handles().misuse.push_back(std::string(platform::InWords(call.Object())) +
                                    (handle == nullptr ? ": null" : ": not a live handle") +
                                    " given back");
-        return;
+        return false;
     }
     handles().all[handle].ended = true;
+    return true;
 }
 
 std::vector<std::string> Debts() {

@@ -177,6 +177,10 @@ Call::Call(Unwritten, const char* function)
     r.failedCallCount += fails_ ? 1 : 0;
 }
 
+int Call::Code() const {
+    return code_ ? *code_ : platform::FailureOf(function_);
+}
+
 platform::Object Call::Object() const {
     const platform::Object object = platform::ObjectOf(function_);
     if (object == platform::Object::NOTHING) {

@@ -43,8 +43,8 @@ class Call {
         }
     }
     bool Fails() const { return fails_; }
-    // The code of the failure that the test asked for.
-    int Code() const { return code_; }
+    // The code of the failure that the test asked for; else the one that the list of calls tells.
+    int Code() const;
     const char* Function() const { return function_; }
     // What it hands out, works on or gives back. One that the list of calls gives none has none.
     platform::Object Object() const;
@@ -56,7 +56,7 @@ class Call {
     const char* function_;
     bool recording_ = false;
     bool fails_ = false;
-    int code_ = -1;
+    std::optional<int> code_;
 };
 
 bool IsRecording();
@@ -71,7 +71,8 @@ bool KeepFreed(void* block);
 // A handle of the call's object, which the caller is to give back once.
 void* NewHandle(const Call& call);
 bool IsHandle(const Call& call, const void* handle);
-void EndHandle(const Call& call, void* handle);
+// False for what is no live handle.
+bool EndHandle(const Call& call, void* handle);
 
 void ResetDebts();
 void ResetApplications();

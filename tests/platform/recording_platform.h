@@ -39,11 +39,11 @@ using FeatureValue = std::variant<bool, int, std::string, NullText, FeatureError
 struct TV {
     std::map<std::string, SettingValue, std::less<>> settings;
     std::map<std::string, FeatureValue, std::less<>> features;
-    std::map<std::string, int, std::less<>> consents;  // by item; greater than 0 is agreed
+    std::map<std::string, int, std::less<>> consents;  // what the call answers; unnamed: 0
     int loginState = 0;
     std::optional<std::string> accountApp = "account.app";  // none: success with a null id
     bool online = false;
-    int aovMode = 0;
+    int aovMode = 0;                      // of an application that none was set for
     std::map<std::string, int> aovModes;  // by application: what was set
     std::set<std::string, std::less<>> runningApps;
     // Metadata by package; an item without a value is one that is read as null.
@@ -56,6 +56,9 @@ struct TV {
 };
 
 TV& tv();
+
+// Of the assistant that is current.
+int AlwaysOnMode();
 
 // A TV as it was never set up, no record, no fault, nothing watched, tracing off. The trace
 // storage keeps the call sites that it has given ids to: a library keeps its ids as well.

@@ -16,12 +16,11 @@
 #include "platform/settings_store.h"
 #include "platform/toolkit.h"
 #include "recorder.h"
+#include "virtual-tv/model/keys.h"
 
 namespace recording {
 
 namespace {
-
-constexpr int MISSING = -2;
 
 struct Watch {
     std::string key;
@@ -40,8 +39,12 @@ const Value* Find(const Map& map, const char* key) {
     return found != map.end() ? std::get_if<Value>(&found->second) : nullptr;
 }
 
+bool IsSettingKey(const char* key) {
+    return key != nullptr && vtv::IsSettingKey(key);
+}
+
 int Store(const Call& call, const char* key, SettingValue value) {
-    if (call.Fails() || key == nullptr) {
+    if (call.Fails() || !IsSettingKey(key)) {
         return call.Code();
     }
     tv().settings[key] = std::move(value);
@@ -61,7 +64,7 @@ int ReadFeature(const Call& call, const char* key, Value* value) {
     }
     const Value* found = Find<Value>(tv().features, key);
     if (found == nullptr || value == nullptr) {
-        return MISSING;
+        return platform::NO_SUCH_FEATURE;
     }
     *value = *found;
     return 0;
@@ -87,6 +90,12 @@ std::string LogLine(const std::string& text) {
 
 }  // namespace
 
+int AlwaysOnMode() {
+    const std::string* current = Find<std::string>(tv().settings, vtv::kCurrentAssistantKey);
+    const auto found = tv().aovModes.find(current != nullptr ? *current : "");
+    return found != tv().aovModes.end() ? found->second : tv().aovMode;
+}
+
 int WatchCount(std::string_view key) {
     int count = 0;
     for (const Watch& watch : watches()) {
@@ -106,12 +115,10 @@ void Notify(std::string_view key) {
         }
     }
     for (const Watch& watch : called) {
-        if (watch.callback != nullptr) {
-            const int depth = platformDepth;
-            platformDepth = 0;  // the callback is the provider's code
-            watch.callback(nullptr, watch.userData);
-            platformDepth = depth;
-        }
+        const int depth = platformDepth;
+        platformDepth = 0;  // the callback is the provider's code
+        watch.callback(nullptr, watch.userData);
+        platformDepth = depth;
     }
     PlatformCode inside;
     called = {};
@@ -174,20 +181,26 @@ int vconf_set_int(const char* key, int value) {
 
 int vconf_set_bool(const char* key, int value) {
     Call call("vconf_set_bool", key, value);
-    return Store(call, key, StoredBool{value});
+    return Store(call, key, StoredBool{value != 0});
 }
 
 int vconf_set_str(const char* key, const char* value) {
     Call call("vconf_set_str", key, value);
-    return Store(call, key, Printable(value));
+    return value != nullptr ? Store(call, key, value) : call.Code();
 }
 
 int vconf_notify_key_changed(const char* key, vconf_callback_fn callback, void* userData) {
     Call call("vconf_notify_key_changed", key, userData == nullptr ? "(null)" : "user data");
-    if (call.Fails()) {
+    if (call.Fails() || !IsSettingKey(key) || callback == nullptr) {
         return call.Code();
     }
-    watches().push_back({Printable(key), callback, userData});
+    for (Watch& watch : watches()) {
+        if (watch.key == key && watch.callback == callback) {
+            watch.userData = userData;
+            return 0;
+        }
+    }
+    watches().push_back({key, callback, userData});
     return 0;
 }
 
@@ -221,8 +234,8 @@ int system_info_get_custom_string(const char* key, char** value) {
         return 0;
     }
     std::string text;
-    const int result = ReadFeature(call, key, &text);
-    if (result == 0 && value != nullptr) {
+    const int result = ReadFeature(call, key, value != nullptr ? &text : nullptr);
+    if (result == 0) {
         *value = HandOut(call, text);
     }
     return result;
@@ -233,10 +246,10 @@ int system_info_get_custom_string(const char* key, char** value) {
 
 int __dlog_print(int logId, int priority, const char* tag, const char* format, ...) {
     Call call(Call::Unwritten(), "__dlog_print");
-    if (call.Fails()) {
+    if (call.Fails() || format == nullptr) {
         return call.Code();
     }
-    if (!IsRecording() || format == nullptr) {
+    if (!IsRecording()) {
         return 0;
     }
     va_list arguments;
@@ -281,11 +294,11 @@ int sso_get_account_ui_application_package_id(char** id) {
 
 int GetDisclaimerItemAgreement(const char* item) {
     Call call("GetDisclaimerItemAgreement", item);
-    const auto found = tv().consents.find(View(item));
-    if (call.Fails() || found == tv().consents.end()) {
+    if (call.Fails() || !vtv::IsConsent(View(item))) {
         return call.Code();
     }
-    return found->second;
+    const auto found = tv().consents.find(View(item));
+    return found != tv().consents.end() ? found->second : 0;
 }
 
 int connection_profile_check_default_gateway(bool* connected) {
@@ -299,16 +312,15 @@ int connection_profile_check_default_gateway(bool* connected) {
 
 int AOVSystemDataGetAOVMode(void) {
     Call call("AOVSystemDataGetAOVMode");
-    return call.Fails() ? call.Code() : tv().aovMode;
+    return call.Fails() ? call.Code() : AlwaysOnMode();
 }
 
 int AOVSystemDataSetAOVMode(const char* appId, int mode) {
     Call call("AOVSystemDataSetAOVMode", appId, mode);
-    if (call.Fails()) {
+    if (call.Fails() || appId == nullptr) {
         return call.Code();
     }
-    tv().aovMode = mode;
-    tv().aovModes[Printable(appId)] = mode;
+    tv().aovModes[appId] = mode;
     return 0;
 }
 

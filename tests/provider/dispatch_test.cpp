@@ -276,7 +276,7 @@ TEST_F(Dispatch, TheOnboardingsVisibilityAsksItsRuleAndNothingElse) {
     EXPECT_EQ(Ask([] { return check_visibility_int(key::ONBOARDING, 0); }), 0);
     EXPECT_CALLS(
         Lines{FeatureBool(feature::VOICE),
-              E(source::UTIL, "GetFMSBool", 361, std::string("ERROR:-2, key:") + feature::VOICE),
+              E(source::UTIL, "GetFMSBool", 361, std::string("ERROR:-22, key:") + feature::VOICE),
               E(source::VISIBLE, "_IsVoiceMenuVisible", "FMS not support"),
               Visible(key::ONBOARDING, false)});
 }

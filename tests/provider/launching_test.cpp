@@ -95,10 +95,15 @@ TEST_F(Launching, APopupThatCannotBeSentIsLoggedAndDestroyed) {
 
 TEST_F(Launching, APopupIsSentThoughItsPartsWereRefused) {
     Fail("app_control_set_operation");
-    Fail("app_control_set_app_id");
     Fail("app_control_add_extra_data");
     Do([] { CSIMenuUtil::ShowPopup("x"); });
     EXPECT_CALLS(PopupRequest("x") + POPUP_SENT);
+}
+
+TEST_F(Launching, APopupWhoseAddresseeWasRefusedIsTriedAllTheSame) {
+    Fail("app_control_set_app_id");
+    Do([] { CSIMenuUtil::ShowPopup("x"); });
+    EXPECT_CALLS(PopupRequest("x") + POPUP_FAILED);
 }
 
 TEST_F(Launching, RefreshWritesOneAndLogsNothing) {

@@ -72,14 +72,7 @@ void SignedOut() {
     Set(setting::PASSTHRU, false);
 }
 
-}  // namespace
-
-const std::vector<Situation> SITUATIONS = {
-    {"Old", Old},           {"Ready", Ready},     {"AnotherAssistant", AnotherAssistant},
-    {"NotSetUp", NotSetUp}, {"Tencent", Tencent}, {"SignedOut", SignedOut}};
-
-std::vector<Action> Actions() {
-    std::vector<Action> actions;
+void AddItems(std::vector<Action>& actions) {
     for (const char* item : key::ALL) {
         const std::string name = std::string(item).substr(std::strlen("menu/system/"));
         actions.push_back({"check_visibility_int " + name,
@@ -115,6 +108,9 @@ std::vector<Action> Actions() {
                            },
                            true});
     }
+}
+
+void AddValues(std::vector<Action>& actions) {
     for (const char* item :
          {key::ASSISTANT, key::WAKE_UP, key::ALWAYS, key::SCREEN_ON, key::HINT, key::VOICE}) {
         const std::string name = std::string(item).substr(std::strlen("menu/system/"));
@@ -130,6 +126,9 @@ std::vector<Action> Actions() {
     }
     actions.push_back(
         {"set_int 9999", [](SIProviderTable* page) { return page->set_int(key::ORVIK, 9999); }});
+}
+
+void AddListsAndBoxes(std::vector<Action>& actions) {
     actions.push_back({"get_list_items", [](SIProviderTable* page) {
                            int count = 0;
                            ListItem** list = page->get_list_items(key::ASSISTANT, &count);
@@ -173,6 +172,9 @@ std::vector<Action> Actions() {
                            check_enable_double(key::VOICE, 1);
                            return check_enable_string(key::VOICE, "");
                        }});
+}
+
+void AddFunctions(std::vector<Action>& actions) {
     actions.push_back({"create_provider, delete_provider",
                        [](SIProviderTable*) {
                            void** table = nullptr;
@@ -209,6 +211,20 @@ std::vector<Action> Actions() {
                            return 0;
                        },
                        true});
+}
+
+}  // namespace
+
+const std::vector<Situation> SITUATIONS = {
+    {"Old", Old},           {"Ready", Ready},     {"AnotherAssistant", AnotherAssistant},
+    {"NotSetUp", NotSetUp}, {"Tencent", Tencent}, {"SignedOut", SignedOut}};
+
+std::vector<Action> Actions() {
+    std::vector<Action> actions;
+    AddItems(actions);
+    AddValues(actions);
+    AddListsAndBoxes(actions);
+    AddFunctions(actions);
     return actions;
 }
 

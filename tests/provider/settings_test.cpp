@@ -190,17 +190,17 @@ TEST_F(Features, OnAModelWithoutFeaturesEveryNamedFlagIsFalse) {
     EXPECT_FALSE(CSIMenuUtil::FlagLFDProductModel());
     EXPECT_FALSE(CSIMenuUtil::IsPassthruSupportModel());
     EXPECT_FALSE(CSIMenuUtil::isChina());
-    EXPECT_CALLS(
-        Lines{FeatureInt(feature::MIC),
-              E(source::UTIL, "GetFMSInt", 376, std::string("ERROR:-2, key:") + feature::MIC),
-              FeatureInt(feature::FAR_FIELD),
-              E(source::UTIL, "GetFMSInt", 376, std::string("ERROR:-2, key:") + feature::FAR_FIELD),
-              FeatureInt(feature::PRODUCT),
-              E(source::UTIL, "GetFMSInt", 376, std::string("ERROR:-2, key:") + feature::PRODUCT),
-              FeatureBool(feature::PASSTHRU),
-              E(source::UTIL, "GetFMSBool", 361, std::string("ERROR:-2, key:") + feature::PASSTHRU),
-              FeatureBool(feature::CHINA),
-              E(source::UTIL, "GetFMSBool", 361, std::string("ERROR:-2, key:") + feature::CHINA)});
+    EXPECT_CALLS(Lines{
+        FeatureInt(feature::MIC),
+        E(source::UTIL, "GetFMSInt", 376, std::string("ERROR:-22, key:") + feature::MIC),
+        FeatureInt(feature::FAR_FIELD),
+        E(source::UTIL, "GetFMSInt", 376, std::string("ERROR:-22, key:") + feature::FAR_FIELD),
+        FeatureInt(feature::PRODUCT),
+        E(source::UTIL, "GetFMSInt", 376, std::string("ERROR:-22, key:") + feature::PRODUCT),
+        FeatureBool(feature::PASSTHRU),
+        E(source::UTIL, "GetFMSBool", 361, std::string("ERROR:-22, key:") + feature::PASSTHRU),
+        FeatureBool(feature::CHINA),
+        E(source::UTIL, "GetFMSBool", 361, std::string("ERROR:-22, key:") + feature::CHINA)});
 }
 
 TEST_F(Features, OnlyProductTypeFourIsSignage) {

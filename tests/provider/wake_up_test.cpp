@@ -135,7 +135,7 @@ TEST_F(WakeUp, TurningItOnWritesOnAndLeavesTheModeAlone) {
     EXPECT_CALLS(Walk(1) + Write(Styled("on", "off")) + Walk(1) +
                  Lines{Handler("setnode_int_voice_wake_up",
                                "Set Hands-free Wake-up value [1] && Wakeup[on]")});
-    EXPECT_EQ(tv().aovMode, 1);
+    EXPECT_EQ(AlwaysOnMode(), 1);
     EXPECT_EQ(checknode_int_voice_always_wake_up(), 1);
 }
 
@@ -157,7 +157,7 @@ TEST_F(WakeUp, TurningItOffForOrvikWritesOffAndThenSetsTheModeTo0) {
         Write(Styled("off", "on"))[1], Handler("setnode_int_voice_wake_up", "set AOV off."),
         Handler("setnode_int_voice_wake_up", "Set Hands-free Wake-up value [0] && Wakeup[off]")});
     EXPECT_EQ(CallsOf("AOV"), Lines{"AOVSystemDataSetAOVMode app.orvik 0"});
-    EXPECT_EQ(tv().aovMode, 0);
+    EXPECT_EQ(AlwaysOnMode(), 0);
 }
 
 TEST_F(WakeUp, TurningItOffForAnotherAssistantLeavesTheModeAlone) {
@@ -168,7 +168,7 @@ TEST_F(WakeUp, TurningItOffForAnotherAssistantLeavesTheModeAlone) {
     EXPECT_CALLS(Walk(1) + Write(Styled("on", "off")) + Walk(2) +
                  Lines{Handler("setnode_int_voice_wake_up",
                                "Set Hands-free Wake-up value [0] && Wakeup[off]")});
-    EXPECT_EQ(tv().aovMode, 1);
+    EXPECT_EQ(AlwaysOnMode(), 1);
 }
 
 TEST_F(WakeUp, AnyOtherNumberIsOff) {
@@ -188,9 +188,10 @@ TEST_F(WakeUp, WithoutTheSettingNothingIsWrittenButTheModeIsStillSet) {
             Set(setting::FARFIELD, text);
         }
         tv().aovMode = 1;
+        tv().aovModes.clear();
         Do(setnode_int_voice_wake_up, 0);
         EXPECT_EQ(CallsOf("vconf_set"), Lines{});
-        EXPECT_EQ(tv().aovMode, 0);
+        EXPECT_EQ(AlwaysOnMode(), 0);
         EXPECT_LOGGED(Handler("setnode_int_voice_wake_up",
                               "Set Hands-free Wake-up value [0] && Wakeup[off]"));
     }
@@ -233,7 +234,7 @@ TEST_F(WakeUp, TheScreenOnItemSetsMode0OnlyForOne) {
 TEST_F(WakeUp, TheSubItemsDoNotLookAtTheSwitch) {
     Entry("off");
     Do(setnode_int_voice_always_wake_up, 1);
-    EXPECT_EQ(tv().aovMode, 1);
+    EXPECT_EQ(AlwaysOnMode(), 1);
     EXPECT_EQ(CallsOf("vconf_get_str db/menu"), Lines{});
 }
 

@@ -15,6 +15,7 @@ LEGS=(fresh gcc asan good bad nowhere needy long kinds)
 declare -A LEG_TITLE=([fresh]=f [gcc]=g [asan]=a [good]="a good leg" [bad]=b [nowhere]=n [needy]=n [long]=l [kinds]=k)
 declare -A LEG_SAMPLE=([long]=none [kinds]=none [good]="a sample")
 declare -A LEG_PACKAGES=([needy]=rare-package [asan]=rare-package)
+declare -A LEG_DEEP_PACKAGES=([good]=rare-package)
 NEVER_SKIPPED=(fresh gcc asan)
 is_leg() { [[ -n ${1:-} && -n ${LEG_TITLE[$1]:-} ]]; }
 is_deep_only() { [[ ${LEG_SAMPLE[$1]:-} == none ]]; }
@@ -165,6 +166,11 @@ class TestCommand(unittest.TestCase):
     def test_a_leg_whose_packages_cannot_be_fetched_is_skipped_by_hand(self):
         self.registry_says(UNREACHABLE)
         self.expect(0, "1 passed, 0 failed, 1 skipped", self.start("./test", "good", "needy"))
+
+    def test_what_only_the_whole_leg_needs_is_installed_for_that_alone(self):
+        self.registry_says(LACKING)
+        self.expect(0, "1 passed, 0 failed", self.start("./test", "good"))
+        self.expect(0, "3 passed, 0 failed, 1 skipped", self.start("./test", "--deep", "gcc", "good"))
 
     def test_some_legs_are_never_skipped_in_ci(self):
         self.registry_says(LACKING)

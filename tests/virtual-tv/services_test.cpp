@@ -12,7 +12,6 @@
 #include "platform/network.h"
 #include "platform/packages.h"
 #include "platform/speech.h"
-#include "platform/toolkit.h"
 #include "tv_fixture.h"
 
 namespace {
@@ -117,8 +116,8 @@ TEST_F(ServicesTest, ConsentsAreKeptEachForItself) {
     tv->SetConsent("pp", false);
     EXPECT_GT(GetDisclaimerItemAgreement("tnc"), 0);
     EXPECT_EQ(GetDisclaimerItemAgreement("pp"), 0);
-    EXPECT_EQ(GetDisclaimerItemAgreement("other"), 0);
-    EXPECT_EQ(GetDisclaimerItemAgreement(nullptr), 0);
+    EXPECT_EQ(GetDisclaimerItemAgreement("other"), -1);
+    EXPECT_EQ(GetDisclaimerItemAgreement(nullptr), -1);
     ErrorOf(ErrorKind::kUsage, [&] { tv->SetConsent("other", true); });
 }
 
@@ -265,33 +264,6 @@ TEST_F(ServicesTest, TheVoiceGuideSpeaksOnlyWhenItIsOn) {
     EXPECT_TRUE(tv->Speak("Ein viel längerer Text, der auch viel länger dauert als der erste."));
     EXPECT_GT(ReadText(file).size(), 2 * wave.size());
     EXPECT_TRUE(LogHas("voice guide: Sprache"));
-}
-
-TEST_F(ServicesTest, TheToolkitsAccessibilityModeIsSavedInTheTvsHome) {
-    ASSERT_TRUE(IsInstalled("libelementary.so.1")) << "apt-get install libelementary1";
-    TurnOn();
-    const std::string dir = tv->Dir();
-    const std::string home = folder / "home";
-    std::filesystem::create_directory(home);
-    // In a process of its own: the toolkit reads its environment once.
-    EXPECT_EQ(InChild([&] {
-                  setenv("HOME", home.c_str(), 1);
-                  unsetenv("DISPLAY");
-                  setenv("ELM_DISPLAY", "buffer", 1);
-                  if (elm_init(1, nullptr) <= 0) {
-                      return 1;
-                  }
-                  elm_config_access_set(1);
-                  if (elm_config_save() == 0) {
-                      return 2;
-                  }
-                  elm_config_item_flush("ELM_ACCESS_MODE");
-                  return std::filesystem::is_empty(home) ? 0 : 3;
-              }),
-              0);
-    EXPECT_TRUE(std::filesystem::exists(dir + "/owner/.elementary")) << "nothing is saved";
-    EXPECT_EQ(tv->State().at("toolkit/access"), Value(true));
-    EXPECT_TRUE(LogHas("ELM_ACCESS_MODE"));
 }
 
 }  // namespace

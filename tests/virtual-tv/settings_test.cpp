@@ -245,6 +245,72 @@ TEST_F(SettingsTest, WatchingEverythingTellsOfSettingsStateAndFiles) {
 
 // --- Trouble ---
 
+// As somebody does who puts a copy of it back.
+void MakeAgain(const std::string& dir) {
+    namespace fs = std::filesystem;
+    fs::remove_all(dir + ".kept");
+    fs::copy(dir, dir + ".kept", fs::copy_options::recursive);
+    fs::remove_all(dir);
+    fs::copy(dir + ".kept", dir, fs::copy_options::recursive);
+}
+
+TEST_F(SettingsTest, AFolderThatIsRemovedAndMadeAgainIsReadAndFollowed) {
+    TurnOn();
+    tv->Set("db/a", 1);
+    int told = 0;
+    int allTold = 0;
+    int logged = 0;
+    tv->Watch("db/a", [&] { ++told; });
+    tv->WatchAll([&](const vtv::Change&) { ++allTold; });
+    tv->WatchLog([&] { ++logged; });
+    for (int i = 1; i <= 3; ++i) {
+        for (const char* part : {"settings", "state", "log", "owner"}) {
+            MakeAgain(tv->Dir() + "/" + part);
+        }
+        tv->Dispatch();
+        EXPECT_EQ(tv->Get("db/a"), vtv::Value(i));
+        EXPECT_GT(told, 0) << "it went, and is back";
+        told = allTold = logged = 0;
+        vtv::Tv(tv->Dir()).Set("db/a", i + 1);
+        vtv::Tv(tv->Dir()).SetNetwork(vtv::Network::kDisconnected);
+        vtv::Tv(tv->Dir()).AddOwnerFile("share/again/" + std::to_string(i));
+        tv->Log(4, "again");
+        tv->Dispatch();
+        EXPECT_GE(told, 1);
+        EXPECT_GE(allTold, 3);
+        EXPECT_GE(logged, 1);
+        EXPECT_EQ(tv->Get("db/a"), vtv::Value(i + 1));
+    }
+}
+
+TEST_F(SettingsTest, AStoreWhoseFolderIsBackIsReadAgain) {
+    TurnOn();
+    const std::string state = tv->Dir() + "/state";
+    tv->SetSignedIn(false);
+    std::filesystem::rename(state, state + ".away");
+    vtv::Tv other(tv->Dir());
+    EXPECT_FALSE(other.Problems().empty());
+    std::filesystem::rename(state + ".away", state);
+    EXPECT_TRUE(other.Problems().empty());
+    EXPECT_FALSE(other.SignedIn());
+}
+
+TEST_F(SettingsTest, ATvThatHasLostItsEmptyFoldersHasThemAgain) {
+    TurnOn();
+    vtv::PowerOff();
+    const std::string dir = tv->Dir();
+    for (const char* part : {"owner", "log", "trace", "apps", "speech"}) {
+        std::filesystem::remove_all(dir + "/" + part);
+    }
+    Open(dir);
+    tv->WatchAll([](const vtv::Change&) {});
+    tv->WatchLog([] {});
+    tv->WatchTrace([] {});
+    tv->WatchApplications([] {});
+    tv->Log(4, "again");
+    EXPECT_TRUE(LogHas("again"));
+}
+
 TEST_F(SettingsTest, FilesInFoldersThatAreMadeLaterAreToldToo) {
     TurnOn();
     std::vector<std::string> told;

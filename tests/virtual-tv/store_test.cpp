@@ -362,6 +362,61 @@ TEST_F(StoreTest, LeftoversOfDeadWritersAreRemovedAndThoseOfLivingOnesStay) {
     EXPECT_VALUE(store, "db/key", 1);
 }
 
+TEST_F(StoreTest, AWriterWhoseNameWasTakenAwayBeforeItWasLockedTakesAnother) {
+    static int turns = 0;
+    turns = 0;
+    honest = real;
+    store_file_calls.openat = [](int at, const char* name, int flags, mode_t mode) {
+        const int fd = honest.openat(at, name, flags, mode);
+        if (turns++ == 0) {
+            renameat(at, name, at, ".elsewhere");
+        }
+        return fd;
+    };
+    Store store(dir, Store::Durability::kDurable);
+    store.Write("db/key", 1);
+    EXPECT_EQ(turns, 2);
+    EXPECT_VALUE(store, "db/key", 1);
+}
+
+TEST_F(StoreTest, ALeftoverWhoseNameALivingWriterHasTakenIsNotRemoved) {
+    honest = real;
+    WriteText(dir + "/.tmp-left", "left");
+    WriteText(dir + "/living", "living");
+    store_file_calls.openat = [](int at, const char* name, int flags, mode_t mode) {
+        const int fd = honest.openat(at, name, flags, mode);
+        renameat(at, "living", at, name);  // between the look and the lock
+        return fd;
+    };
+    Store(dir, Store::Durability::kDurable).RemoveLeftovers();
+    EXPECT_EQ(ReadText(dir + "/.tmp-left"), "living");
+}
+
+TEST_F(StoreTest, WritersInTwoProcessNamespacesTakeDifferentNames) {
+    honest = real;
+    for (const char* of : {"one", "two"}) {
+        Child writer([&] {
+            if (unshare(CLONE_NEWPID) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWPID) != 0) {
+                return 0;  // no namespaces here: no two processes have one number
+            }
+            return InChild([&] {
+                static std::string names = dir + "/" + of;
+                store_file_calls.openat = [](int at, const char* name, int flags, mode_t mode) {
+                    WriteText(names, name);
+                    return honest.openat(at, name, flags, mode);
+                };
+                Store(dir, Store::Durability::kDurable).Write("db/key", 1);
+                return 0;
+            });
+        });
+        ASSERT_EQ(writer.Wait(), 0);
+    }
+    if (!std::filesystem::exists(dir + "/one")) {
+        GTEST_SKIP() << "no namespace of processes here";
+    }
+    EXPECT_NE(ReadText(dir + "/one"), ReadText(dir + "/two"));
+}
+
 TEST_F(StoreTest, AKeyThatIsWrittenAllTheTimeIsInEveryList) {
     // In memory, where a file that is replaced while its folder is listed may be listed not at all;
     // and more keys than the system lists at once, with names of this length.

@@ -6,10 +6,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <functional>
 
 #include "tv_fixture.h"
+#include "virtual-tv/store.h"
 
 namespace fs = std::filesystem;
 
@@ -103,12 +105,67 @@ TEST_F(TvFilesTest, AFileThatIsLargerThanAnyOfATvIsRefused) {
     EXPECT_EQ(ErrorOfOpening("large"), EFBIG);
 }
 
+TEST_F(TvFilesTest, AFileThatOthersCanWriteIsRefused) {
+    for (const mode_t mode : {0664, 0646}) {
+        ASSERT_EQ(chmod((tv + "/log/tv.log").c_str(), mode), 0);
+        EXPECT_EQ(ErrorOfOpening("log/tv.log"), EPERM);
+    }
+    ASSERT_EQ(chmod((tv + "/log/tv.log").c_str(), 0644), 0);
+    EXPECT_EQ(ErrorOfOpening("log/tv.log"), 0);
+}
+
 TEST_F(TvFilesTest, NobodyElseWritesIntoWhatIsMadeWhateverTheUmask) {
     const mode_t mask = umask(0);
     int error = 0;
     EXPECT_TRUE(WriteTvFile(tv, "new", "", &error));
     umask(mask);
     EXPECT_EQ(fs::status(tv + "/new").permissions(), fs::perms(0644));
+}
+
+TEST_F(TvFilesTest, NothingIsMadeRenamedOrRemovedBehindALink) {
+    const std::string elsewhere = folder / "elsewhere";
+    fs::create_directories(elsewhere + "/below");
+    WriteText(elsewhere + "/file", "untouched");
+    fs::create_directory_symlink(elsewhere, tv + "/link");
+    EXPECT_THROW(MakeTvFolder(tv, "link/new/folder"), Error);
+    EXPECT_FALSE(RenameInTv(tv, "log/tv.log", "link/file"));
+    EXPECT_FALSE(RenameInTv(tv, "link/file", "log/tv.log"));
+    EXPECT_FALSE(RemoveTvFile(tv, "link/file"));
+    EXPECT_FALSE(RemoveEmptyTvFolder(tv, "link/below"));
+    EXPECT_FALSE(RemoveTvTree(tv, "link/below"));
+    EXPECT_TRUE(NamesInTv(tv, "link").empty());
+    EXPECT_EQ(WalkTvFolder(tv, "link", [](const auto&, const auto&) { return true; }), ENOTDIR);
+    EXPECT_THROW(Store::Create(tv, "link"), Error);
+    EXPECT_NE(Store(tv, "link", Store::Durability::kVolatile).Problem(), "");
+    EXPECT_EQ(ReadText(tv + "/log/tv.log"), "plain");
+    fs::create_directory_symlink(elsewhere, tv + "/log/link");
+    EXPECT_TRUE(RemoveTvTree(tv, "log")) << "the link itself goes";
+    EXPECT_FALSE(fs::exists(tv + "/log"));
+    EXPECT_EQ(ReadText(elsewhere + "/file"), "untouched");
+    EXPECT_EQ(std::distance(fs::directory_iterator(elsewhere), {}), 2);
+}
+
+TEST_F(TvFilesTest, FoldersAreMadeListedAndRemovedWithAllThatTheyHold) {
+    MakeTvFolder(tv, "a/b/c");
+    MakeTvFolder(tv, "a/b");
+    MakeTvFolder(tv, "");
+    int error = 0;
+    EXPECT_TRUE(WriteTvFile(tv, "a/b/c/file", "x", &error));
+    std::vector<std::string> seen;
+    const TvEntry look = [&](const std::string& name, const struct stat& info) {
+        seen.push_back(name + (S_ISDIR(info.st_mode) ? "/" : ""));
+        return name != "a/b/c";
+    };
+    EXPECT_EQ(WalkTvFolder(tv, "", look), 0);
+    std::sort(seen.begin(), seen.end());
+    EXPECT_EQ(seen, (std::vector<std::string>{"a/", "a/b/", "a/b/c/", "log/", "log/tv.log"}));
+    EXPECT_EQ(NamesInTv(tv, "a/b"), std::vector<std::string>{"c"});
+    EXPECT_FALSE(RemoveEmptyTvFolder(tv, "a/b"));
+    EXPECT_TRUE(RenameInTv(tv, "a/b/c/file", "log/file"));
+    EXPECT_TRUE(RemoveEmptyTvFolder(tv, "a/b/c"));
+    EXPECT_TRUE(RemoveTvTree(tv, "a"));
+    EXPECT_TRUE(RemoveTvTree(tv, "a")) << "there is nothing any more";
+    EXPECT_TRUE(RemoveTvFile(tv, "log/file"));
 }
 
 // A TV that is on while another program changes its folder.
@@ -173,6 +230,31 @@ TEST_F(ChangedTvTest, NoFileOfItsOwnerIsMadeOrRemovedElsewhere) {
     ErrorOf(ErrorKind::kPlatform, [&] { tv->AddOwnerFile("share/other"); });
     EXPECT_TRUE(fs::exists(elsewhere + "/mark"));
     EXPECT_FALSE(fs::exists(elsewhere + "/other"));
+    ErrorOf(ErrorKind::kPlatform, [&] { tv->AddOwnerFile("share/folder/other"); });
+    EXPECT_FALSE(fs::exists(elsewhere + "/folder"));
+    EXPECT_TRUE(tv->OwnerFiles().size() == 1) << "the link itself, and nothing behind it";
+}
+
+TEST_F(ChangedTvTest, NothingThatIsPutBackIsWrittenOrRemovedElsewhere) {
+    Snapshot snapshot = tv->TakeSnapshot();
+    snapshot.ownerFiles = {"share/folder/foreign", "share/foreign"};
+    std::string elsewhere = LinkFolder("owner/share");
+    WriteText(elsewhere + "/mark", "");
+    tv->Restore(snapshot);  // which takes the link for a file
+    EXPECT_EQ(tv->OwnerFiles(), snapshot.ownerFiles);
+    EXPECT_EQ(std::distance(fs::directory_iterator(elsewhere), {}), 1);
+    snapshot.settings["db/new"] = 1;
+    elsewhere = LinkFolder("settings");
+    ErrorOf(ErrorKind::kPlatform, [&] { tv->Restore(snapshot); });
+    EXPECT_EQ(std::distance(fs::directory_iterator(elsewhere), {}), 1);
+}
+
+TEST_F(ChangedTvTest, WhyAnApplicationFailedIsNotToldElsewhere) {
+    const std::string elsewhere = LinkFolder("apps");
+    const std::string file = elsewhere + "/" + std::to_string(getpid()) + ".failed";
+    WriteText(file, "untouched");
+    tv->ReportFailure(Error(ErrorKind::kNo, "failed"));
+    EXPECT_EQ(ReadText(file), "untouched");
 }
 
 }  // namespace

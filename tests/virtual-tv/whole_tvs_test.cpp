@@ -121,7 +121,8 @@ TEST_F(WholeTvsTest, ACopyIsWhatTheTvIsWithoutWhatHappenedOnIt) {
         EXPECT_FALSE(fs::exists(two + name)) << name;
     }
     EXPECT_TRUE(IsWhole(two));
-    EXPECT_EQ(Tv(two).GetModel().name, "farfield-eu");
+    const Tv copied(two);
+    EXPECT_EQ(copied.GetModel().name, "farfield-eu");
     Tv(two).Set("db/kept", "another");
     EXPECT_EQ(Tv(one).Get("db/kept"), Value("x"));
 }
@@ -129,25 +130,21 @@ TEST_F(WholeTvsTest, ACopyIsWhatTheTvIsWithoutWhatHappenedOnIt) {
 TEST_F(WholeTvsTest, ACopyCompletesWhatWasDecidedOnTheOther) {
     Snapshot restored = is;
     restored.settings["db/decided"] = true;
-    ASSERT_EQ(
-        InChild([&] {
-            Tv tv(one);
-            store_file_calls = kPlanned;
-            store_file_calls.renameat = [](int fromDir, const char* from, int toDir,
-                                           const char* to) {
-                const int done = systemCalls.renameat(fromDir, from, toDir, to);
-                const std::string decided = "/decided";
-                const std::string target = to;
-                if (target.size() > decided.size() &&
-                    target.compare(target.size() - decided.size(), decided.size(), decided) == 0) {
-                    raise(SIGKILL);
-                }
-                return done;
-            };
-            tv.Restore(restored);
-            return 0;
-        }),
-        -SIGKILL);
+    ASSERT_EQ(InChild([&] {
+                  Tv tv(one);
+                  store_file_calls = kPlanned;
+                  store_file_calls.renameat = [](int fromDir, const char* from, int toDir,
+                                                 const char* to) {
+                      const int done = systemCalls.renameat(fromDir, from, toDir, to);
+                      if (std::string(to) == "decided") {
+                          raise(SIGKILL);
+                      }
+                      return done;
+                  };
+                  tv.Restore(restored);
+                  return 0;
+              }),
+              -SIGKILL);
     CopyTv(one, two);
     EXPECT_EQ(Tv(two).Get("db/decided"), Value(true));
     is = restored;

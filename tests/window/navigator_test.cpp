@@ -415,6 +415,16 @@ TEST_F(NavigatorTest, TheSceneTellsAllThatIsSeen) {
     EXPECT_TRUE(SceneOf(navigator_, "ar_AE", {}).look.mirrored);
 }
 
+TEST_F(NavigatorTest, ASwitchThatIsNeitherOnNorOffIsNotDrawnAsOff) {
+    Page page = Full();
+    for (ItemView& view : page.items) {
+        view.value = view.item->name == std::string("situational-hint") ? -1 : view.value;
+    }
+    navigator_.Show(page);
+    EXPECT_THAT(ToText(SceneOf(navigator_, "de_DE", {})),
+                HasSubstr("  T situational-hint = neither on nor off (-1)\n"));
+}
+
 TEST_F(NavigatorTest, WhatIsInFrontIsWhatIsSpoken) {
     Press({Key::kOk});
     EXPECT_EQ(SpokenText(SceneOf(navigator_, "en_GB", {}), "en_GB"),

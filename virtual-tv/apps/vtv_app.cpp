@@ -191,7 +191,14 @@ int Run(int argc, char** argv, int signals) {
         ->type_name("TV");
     cli.add_flag("--auto", automatic, "Finish at once, without waiting for anybody");
     cli.add_option("APPID", appId, "The application, for example org.nemra.wizard")->required();
-    cli.add_option("KEY=VALUE", extras, "What the application is started with");
+    cli.add_option("KEY=VALUE", extras, "What the application is started with")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                return text.find('=') != std::string::npos ? std::string()
+                                                           : '"' + text + "\": write KEY=VALUE";
+            },
+            ""));
+    program::AddVersion(cli, "vtv-app");
     program::RefuseEmptyWords(cli);
     if (argc == 3 && std::string(argv[1]) == "__man") {
         const std::string problem = program::AppendToManPage(cli, argv[2]);
@@ -208,8 +215,7 @@ int Run(int argc, char** argv, int signals) {
     request.appId = appId;
     for (const std::string& extra : extras) {
         const size_t equals = extra.find('=');
-        request.extras[extra.substr(0, equals)] =
-            equals == std::string::npos ? "" : extra.substr(equals + 1);
+        request.extras[extra.substr(0, equals)] = extra.substr(equals + 1);
     }
     try {
         return Play(vtv::TvPath(tv), request, automatic, signals);

@@ -117,6 +117,21 @@ bool Take(Step step, const Application& application, const Surroundings& tv, Out
 
 }  // namespace
 
+const std::vector<PageLaunch>& PageLaunches() {
+    static const std::vector<PageLaunch> launches = [] {
+        std::vector<PageLaunch> all = {{kSetupWizard, {{"type", "PIVORA_SETUP"}}},
+                                       {kOnboarding, {{"type", "ONBOARDING_SETUP"}}},
+                                       {kUsualAccountUi, {}}};
+        for (const KnownAssistant& known : KnownAssistants()) {
+            if (known.setupKey != nullptr) {
+                all.push_back({known.appId, {{known.setupKey, known.setupValue}}});
+            }
+        }
+        return all;
+    }();
+    return launches;
+}
+
 const Package* FindPackage(const Model& model, const std::string& appId) {
     for (const Package& package : model.packages) {
         if (package.appId == appId) {

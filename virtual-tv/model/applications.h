@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "assistants.h"
+#include "launch.h"
 #include "tv_model.h"
 
 namespace vtv {
@@ -15,6 +16,20 @@ inline constexpr char kNotification[] = "org.nemra.alert-syspopup";
 inline constexpr char kSetupWizard[] = "org.nemra.wizard";
 // It stands in where an assistant's own application cannot.
 inline constexpr char kOnboarding[] = "org.nemra.voice-onboarding";
+// The neural speech engine, and the item of its metadata that names its languages.
+inline constexpr char kNeuralEngine[] = "org.nemra.tts-engine-neural";
+inline constexpr char kEngineLanguages[] = "com.vantelo/tv/metadata/tts-engine/legacy_tts_language";
+
+// What signs in, on a TV whose model does not say otherwise.
+inline constexpr char kUsualAccountUi[] = "com.vantelo.account-ui";
+
+// An application with what the page tells it when it starts it.
+struct PageLaunch {
+    std::string application;
+    Extras extras;
+};
+// All that the page may start.
+const std::vector<PageLaunch>& PageLaunches();
 
 // Null for an application that the model does not bring.
 const Package* FindPackage(const Model& model, const std::string& appId);

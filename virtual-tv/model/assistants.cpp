@@ -1,17 +1,20 @@
 #include "assistants.h"
 
+#include "keys.h"
+
 namespace vtv {
 
 const std::vector<KnownAssistant>& KnownAssistants() {
     static const std::vector<KnownAssistant> assistants = {
-        {"ORVIK2", "com.vantelo.tv.voice-instant-app", "Orvik", nullptr, "Welcome to Orvik."},
-        {"GVA", "com.vantelo.tv.google-assistant", "Google Assistant",
-         "share/.voice/ga_login_success", "Sign in to Google."},
+        {"ORVIK2", kOrvikApp, "Orvik", nullptr, "Welcome to Orvik.", "show_onboarding",
+         "ONBOARDING"},
+        {"GVA", "com.vantelo.tv.google-assistant", "Google Assistant", kGoogleMarker,
+         "Sign in to Google.", "Login", "1"},
         {"ALEXA", "com.vantelo.tv.alexa", "Alexa", "share/.voice/alexa_login_success", nullptr},
         {"SBER", "com.vantelo.tv.salute-assistant", "Salute", "share/.voice/salute_login_success",
-         "Sign in to Salute."},
+         "Sign in to Salute.", "PAGETYPE", "ONBOARDING"},
         {"TENCENT", "com.vantelo.tv.tencent-voice-chrome", "Xiaowei", nullptr,
-         "Set up Tencent Cloud Xiaowei."},
+         "Set up Tencent Cloud Xiaowei.", "show_onboarding", "ONBOARDING"},
         {"SVA", "com.vantelo.tv.sva-app", "SVA", nullptr, nullptr},
     };
     return assistants;

@@ -16,6 +16,8 @@ struct Assistant {
     bool farField = false;
 };
 
+inline constexpr char kOrvikApp[] = "com.vantelo.tv.voice-instant-app";
+
 struct KnownAssistant {
     const char* id;     // in a policy
     const char* appId;  // where the policy does not say otherwise
@@ -25,6 +27,9 @@ struct KnownAssistant {
     const char* marker;
     // What its application shows that is started to set it up; null where it cannot do that.
     const char* setupScreen;
+    // The extra that it is started with for that.
+    const char* setupKey = nullptr;
+    const char* setupValue = nullptr;
 };
 
 const std::vector<KnownAssistant>& KnownAssistants();

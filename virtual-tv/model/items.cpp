@@ -1,5 +1,7 @@
 #include "items.h"
 
+#include <algorithm>
+
 namespace vtv {
 
 #define KEY "menu/system/general-voice"
@@ -52,6 +54,14 @@ const Item* FindItem(std::string_view nameOrKey) {
         }
     }
     return nullptr;
+}
+
+int DepthOf(const Item& item) {
+    int depth = -1;
+    for (const Item* above = &item; above->parent != nullptr; above = FindItem(above->parent)) {
+        ++depth;
+    }
+    return std::max(depth, 0);
 }
 
 }  // namespace vtv

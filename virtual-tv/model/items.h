@@ -33,6 +33,9 @@ const std::vector<Item>& PageItems();
 // By name or by whole key; null when there is none.
 const Item* FindItem(std::string_view nameOrKey);
 
+// How far below the page it is indented: 0 or more items lie between them.
+int DepthOf(const Item& item);
+
 inline bool HasValue(const Item& item) {
     return item.kind == ItemKind::kSwitch || item.kind == ItemKind::kList;
 }

@@ -1,9 +1,22 @@
 // Names on a TV: settings, features, consents, files.
 #pragma once
 
+#include <string_view>
+
 namespace vtv {
 
-// Settings. Those below "db/" are kept, those below "memory/" end with the power.
+// Settings are kept, or end with the power.
+inline constexpr std::string_view kKeptSettings = "db/";
+inline constexpr std::string_view kPassingSettings = "memory/";
+constexpr bool IsKeptSetting(std::string_view key) {
+    return key.starts_with(kKeptSettings);
+}
+constexpr bool IsPassingSetting(std::string_view key) {
+    return key.starts_with(kPassingSettings);
+}
+constexpr bool IsSettingKey(std::string_view key) {
+    return IsKeptSetting(key) || IsPassingSetting(key);
+}
 inline constexpr char kPolicyKey[] = "db/menu/voice/mva_list";
 inline constexpr char kCurrentAssistantKey[] = "db/multi-assistant/default_assistant_appid";
 inline constexpr char kWakeUpKey[] = "db/menu/voice/assistant_farfield";
@@ -41,17 +54,37 @@ inline constexpr char kVoiceFeature[] = FEATURES "voice.voice_recognition_suppor
 #undef FEATURES
 
 // Consents: terms and conditions, privacy policy.
-inline constexpr const char* kConsents[] = {"tnc", "pp"};
+#define TERMS "tnc"
+#define PRIVACY "pp"
+inline constexpr char kTermsConsent[] = TERMS;
+inline constexpr char kPrivacyConsent[] = PRIVACY;
+inline constexpr const char* kConsents[] = {kTermsConsent, kPrivacyConsent};
+constexpr bool IsConsent(std::string_view item) {
+    return item == kTermsConsent || item == kPrivacyConsent;
+}
 
 // What else a TV keeps, by name; one that ends with '/' begins the names of several.
 inline constexpr char kSignedInState[] = "account/signed_in";
-inline constexpr char kConsentState[] = "consent/";       // and one of kConsents
+#define CONSENT "consent/"
+inline constexpr char kConsentState[] = CONSENT;  // and one of kConsents
+inline constexpr char kTermsState[] = CONSENT TERMS;
+inline constexpr char kPrivacyState[] = CONSENT PRIVACY;
+#undef CONSENT
+#undef TERMS
+#undef PRIVACY
+inline constexpr char kModelNameState[] = "model";        // under which the TV knows its model
 inline constexpr char kModeState[] = "always_on_voice/";  // and an assistant's application id
 inline constexpr char kNetworkState[] = "network";
 inline constexpr char kFeatureState[] = "feature/";           // and a feature's key
 inline constexpr char kAbsentFeatureState[] = "no-feature/";  // and a feature's key
 
 // The folder of the TV's owner, in which applications leave their marks.
-inline constexpr char kOwnerFolder[] = "/home/owner/";
+#define OWNER "/home/owner/"
+#define GOOGLE_MARKER "share/.voice/ga_login_success"
+inline constexpr char kOwnerFolder[] = OWNER;
+inline constexpr char kGoogleMarker[] = GOOGLE_MARKER;            // below kOwnerFolder
+inline constexpr char kGoogleMarkerFile[] = OWNER GOOGLE_MARKER;  // the whole path
+#undef OWNER
+#undef GOOGLE_MARKER
 
 }  // namespace vtv

@@ -3,6 +3,7 @@
 // try.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,6 +13,12 @@
 
 namespace vtv {
 
+// What holds in words: where the value is true or above 0, and where it is not or cannot be read.
+struct YesAndNo {
+    const char* yes;
+    const char* no;
+};
+
 struct KnownSetting {
     const char* key;
     const char* type;  // "bool", "int" or "string"
@@ -19,11 +26,15 @@ struct KnownSetting {
     // What it is known to be, the most usual first; of an assistant's member where it has those.
     std::vector<const char*> values = {};
     bool perAssistant = false;  // a JSON object with one member for each assistant's application id
+    std::optional<YesAndNo> words = std::nullopt;
 };
 
 const std::vector<KnownSetting>& KnownSettings();
 // Null for an unknown key.
 const KnownSetting* FindKnownSetting(std::string_view key);
+
+// The known key that one which nobody knows is likely to be a slip of; empty for none.
+std::string MeantSetting(const std::string& key);
 
 // Why no setting of this key is of the type, and what to write, in one sentence; empty where one
 // may be, as of a key that nobody knows. Whoever takes in settings asks this.
@@ -34,6 +45,7 @@ struct KnownFeature {
     std::string type;
     std::string meaning;
     std::vector<const char*> values;  // as above
+    std::optional<YesAndNo> words = std::nullopt;
 
     std::string Name() const { return key.substr(sizeof kFeaturePrefix - 1); }
 };
@@ -42,6 +54,8 @@ struct KnownFeature {
 const std::vector<KnownFeature>& KnownFeatures();
 // By full key; null for an unknown one.
 const KnownFeature* FindKnownFeature(std::string_view key);
+// The words of a setting, a feature, or a consent; none for another subject.
+std::optional<YesAndNo> WordsOf(std::string_view subject);
 // A feature's full key, also from its name without the beginning that all have.
 std::string FullFeatureKey(const std::string& name);
 // A feature's name without the beginning that all have; any other key as it is.

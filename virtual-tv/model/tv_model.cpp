@@ -6,6 +6,7 @@
 #include "applications.h"
 #include "format_version.h"
 #include "json_text.h"
+#include "keys.h"
 #include "known_settings.h"
 #include "limits.h"
 #include "owner_files.h"
@@ -19,8 +20,6 @@ namespace vtv {
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr char kDefaultAccountUi[] = "com.vantelo.account-ui";
 
 // Reads one model.
 class ModelReader : private TomlReader {
@@ -218,7 +217,7 @@ void ModelReader::ReadSettings(const toml::table& root) {
     }
     for (const auto& [name, node] : *settings) {
         const std::string key(name.str());
-        if (key.rfind("db/", 0) != 0 && key.rfind("memory/", 0) != 0) {
+        if (!IsSettingKey(key)) {
             Fail(name.source(), "\"" + key +
                                     "\" is no settings key: write one that begins with \"db/\" or "
                                     "\"memory/\", in quotes.");
@@ -331,11 +330,11 @@ void ModelReader::ReadState(const toml::table& root) {
     for (const char* item : kConsents) {
         model_.consents[item] = consents != nullptr && Bool(*consents, item, false);
     }
-    model_.accountUi = kDefaultAccountUi;
+    model_.accountUi = kUsualAccountUi;
     if (const toml::table* account = Table(root, "account")) {
         CheckKeys(*account, "in [account]", {"signed_in", "ui"});
         model_.signedIn = Bool(*account, "signed_in", false);
-        model_.accountUi = String(*account, "ui", kDefaultAccountUi);
+        model_.accountUi = String(*account, "ui", kUsualAccountUi);
     }
 }
 
