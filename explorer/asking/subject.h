@@ -41,6 +41,10 @@ class Subject {
     // False when nobody watches the policy.
     bool Notify() const;
     void Delete();
+    // No place for a table; what was begun is ended as well.
+    void CreateNothing() const;
+    // That by the functions of their own.
+    void InitializeAndFinalize() const;
     // What deletes nothing: no table, and no place for one.
     void DeleteNothing() const;
     // Creates a second one and deletes one of the two; the other one stays.
@@ -65,6 +69,8 @@ class Subject {
         int (*checkEnabled)(const char*, int) = nullptr;
     };
     const EntryPoints& Entry() const { return entry_; }
+    // The library's one cache that fills by itself; null when it does not export it.
+    std::list<std::string>* Languages() const { return languages_; }
     // Empties the library's one cache that fills by itself, where it has that, so that no question
     // leaves something to the next.
     void ForgetLanguages() const {
