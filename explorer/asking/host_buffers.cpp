@@ -45,27 +45,36 @@ std::size_t SizeOf(const char* block) {
 
 }  // namespace
 
-HostBuffers::HostBuffers(const char* text, char filling) {
-    bytes_.fill(filling);
+HostBuffers::Bytes HostBuffers::Filled(const char* text, char filling) {
+    Bytes bytes;
+    bytes.fill(filling);
     for (int i = 0; i < COUNT; ++i) {
-        std::memcpy((*this)[i], text, std::strlen(text) + 1);
+        std::memcpy(bytes.data() + PlaceOf(i), text, std::strlen(text) + 1);
     }
-    before_ = bytes_;
+    return bytes;
 }
 
 void HostBuffers::AnswerFirst(int count, const char* about) const {
     for (int i = 0; i < count; ++i) {
-        const char* text = bytes_.data() + PlaceOf(i);
-        const std::size_t length = strnlen(text, SIZE);
+        const std::size_t from = PlaceOf(i);
+        if (IsAsBefore(from, PlaceOf(i + 1))) {
+            Answer(about);
+            continue;
+        }
+        const std::size_t length = strnlen(bytes_.data() + from, SIZE);
         const PlatformMemory own;
-        Answer(about, std::string(text, length));
-        AnswerBehind(PlaceOf(i) + std::min(length + 1, SIZE), PlaceOf(i + 1));
+        Answer(about, std::string(bytes_.data() + from, length));
+        AnswerBehind(from + std::min(length + 1, SIZE), PlaceOf(i + 1));
     }
     AnswerBehind(PlaceOf(count), bytes_.size());
 }
 
+bool HostBuffers::IsAsBefore(std::size_t from, std::size_t behind) const {
+    return std::memcmp(bytes_.data() + from, before_.data() + from, behind - from) == 0;
+}
+
 void HostBuffers::AnswerBehind(std::size_t from, std::size_t behind) const {
-    if (std::memcmp(bytes_.data() + from, before_.data() + from, behind - from) == 0) {
+    if (IsAsBefore(from, behind)) {
         return;
     }
     while (bytes_[behind - 1] == before_[behind - 1]) {

@@ -10,21 +10,26 @@ class HostBuffers {
   public:
     static constexpr int COUNT = 6;
 
-    // Each holds the text; behind it, and behind the last buffer, there is the filling.
-    HostBuffers(const char* text, char filling);
+    static constexpr std::size_t SIZE = 256;
+    using Bytes = std::array<char, (COUNT + 1) * SIZE>;
+
+    // What they hold at first: the text each; behind it, and behind the last buffer, the filling.
+    static Bytes Filled(const char* text, char filling);
+    // Must outlive this.
+    explicit HostBuffers(const Bytes& before) : before_(before), bytes_(before) {}
 
     char* operator[](int buffer) { return bytes_.data() + PlaceOf(buffer); }
-    // Answers what the first ones hold: their texts, and what was written behind those. The others
-    // answer nothing, unless something was written into them.
+    // Answers what was written into the first ones: their texts, and what is behind those. The
+    // others answer nothing, unless something was written there.
     void AnswerFirst(int count, const char* about) const;
 
   private:
-    static constexpr std::size_t SIZE = 1024;
     static std::size_t PlaceOf(int buffer) { return static_cast<std::size_t>(buffer) * SIZE; }
     void AnswerBehind(std::size_t from, std::size_t behind) const;
 
-    using Bytes = std::array<char, (COUNT + 1) * SIZE>;
-    Bytes before_;
+    bool IsAsBefore(std::size_t from, std::size_t behind) const;
+
+    const Bytes& before_;
     Bytes bytes_;
 };
 

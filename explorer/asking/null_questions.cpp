@@ -17,6 +17,8 @@ constexpr char VALUE_OF_ITEM[] = "list_item_value";
 constexpr char KIND_OF_ITEM[] = "list_item_kind";
 constexpr char PROPERTY[] = "provider_property";
 
+const HostBuffers::Bytes BUFFERS = HostBuffers::Filled("", '\x7f');
+
 void AskTexts(const SIProviderTable& table, const char* key) {
     Answer("get_int", table.get_int(key, nullptr));
     Answer("get_display_name", table.get_display_name(key, nullptr));
@@ -36,7 +38,7 @@ void AskTexts(const SIProviderTable& table, const char* key) {
 
 // The place of that number is left out; -1: all are.
 void AskConfirmationWithout(const SIProviderTable& table, const char* key, int leftOut) {
-    HostBuffers buffers("", '\x7f');
+    HostBuffers buffers(BUFFERS);
     int buttons = FILLED;
     const auto place = [&](int number) {
         return leftOut < 0 || leftOut == number ? nullptr : buffers[number];
@@ -49,7 +51,7 @@ void AskConfirmationWithout(const SIProviderTable& table, const char* key, int l
 }
 
 void AskPopupWithout(const SIProviderTable& table, const char* key, int leftOut) {
-    HostBuffers buffers("", '\x7f');
+    HostBuffers buffers(BUFFERS);
     int buttons = FILLED;
     const auto place = [&](int number) {
         return leftOut < 0 || leftOut == number ? nullptr : buffers[number];

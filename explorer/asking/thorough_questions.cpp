@@ -42,15 +42,16 @@ void AskFilledSlots(const Subject& subject, const Question& question) {
 void AskFilledBoxes(const Subject& subject, const Question& question) {
     const SIProviderTable& table = subject.Table();
     const char* key = question.Key();
-    for (const char* before : {"", "filled before"}) {
-        const bool isEmpty = *before == '\0';
-        HostBuffers box(before, isEmpty ? '\0' : '\x7f');
+    static const HostBuffers::Bytes EMPTY = HostBuffers::Filled("", '\0');
+    static const HostBuffers::Bytes HELD = HostBuffers::Filled("filled before", '\x7f');
+    for (const bool isEmpty : {true, false}) {
+        HostBuffers box(isEmpty ? EMPTY : HELD);
         int buttons = isEmpty ? 0 : FILLED;
         Answer(answers::RESULT, table.get_messagebox_info(key, box[0], box[1], box[2], &buttons));
         Answer(answers::RESULT, table.get_messagebox_title(key, box[3]));
         Answer(answers::BUTTONS, buttons);
         box.AnswerFirst(4, answers::TEXT);
-        HostBuffers popup(before, isEmpty ? '\0' : '\x7f');
+        HostBuffers popup(isEmpty ? EMPTY : HELD);
         buttons = isEmpty ? 0 : FILLED;
         Answer(answers::RESULT, table.get_disablepopup_info(key, popup[0], popup[1], popup[2],
                                                             popup[3], &buttons, popup[4]));
