@@ -159,13 +159,12 @@ void Subject::CreateNothing() const {
 
 void Subject::InitializeAndFinalize() const {
     for (const char* symbol : {"_ZN7MVAList10InitializeEv", "_ZN7MVAList8FinalizeEv"}) {
-        std::optional<PlatformMemory> own(std::in_place);  // the loader keeps what it complains of
         auto* function = reinterpret_cast<void (*)()>(Symbol(symbol));
         if (function == nullptr) {
+            const PlatformMemory own;
             tv().Append(Entry::kWrong, std::string(symbol) + " is not exported");
             continue;
         }
-        own.reset();
         try {
             function();
         } catch (const std::exception& exception) {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "explorer/engine/memory.h"
 #include "explorer/tv/inputs.h"
 #include "host/page/provider.h"
 
@@ -56,7 +57,10 @@ class Subject {
     const host::AskableProvider& Provider() const { return *provider_; }
     const SIProviderTable& Table() const { return *reinterpret_cast<SIProviderTable*>(slots_); }
     // Null when the library does not export it.
-    void* Symbol(const char* mangled) const { return library_.Symbol(mangled); }
+    void* Symbol(const char* mangled) const {
+        const PlatformMemory own;  // the loader keeps what it complains of
+        return library_.Symbol(mangled);
+    }
 
     // What no question can be asked without; what else a build lacks is its answer.
     struct EntryPoints {
