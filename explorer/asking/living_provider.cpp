@@ -143,6 +143,12 @@ void LivingProvider::Live(Call::Kind kind) {
         case Call::Kind::kDelete:
             subject_.Delete();
             break;
+        case Call::Kind::kCreateNothing:
+            subject_.CreateNothing();
+            break;
+        case Call::Kind::kInitialize:
+            subject_.InitializeAndFinalize();
+            break;
         case Call::Kind::kDeleteNothing:
             subject_.DeleteNothing();
             break;

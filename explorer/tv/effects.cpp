@@ -28,6 +28,7 @@ int ResultOf(const char* function) {
 
 int AddExtra(const char* call, void* handle, const char* key, const char* value) {
     const PlatformMemory own;
+    tv().Note(call, (Printable(key) + '=' + Printable(value)).c_str());
     Handle* known = explorer::UseHandle(call, handle);
     if (known == nullptr || key == nullptr || value == nullptr) {
         return FailureOf(call);
@@ -95,6 +96,7 @@ int app_control_set_operation(app_control_h handle, const char* operation) {
 
 int app_control_set_app_id(app_control_h handle, const char* appId) {
     const PlatformMemory own;
+    tv().Note(__func__, appId);
     Handle* request = explorer::UseHandle(__func__, handle);
     if (request == nullptr || appId == nullptr) {
         return FailureOf(__func__);
@@ -159,7 +161,7 @@ int avoc_set_sound_feedback(int feedback, int priority) {
 
 int elm_init(int count, char** arguments) {
     if (count != 1 || arguments != nullptr) {
-        tv().Note("elm_init", "with arguments of another number");
+        tv().Note(arguments == nullptr ? "elm_init" : "elm_init with arguments", count);
     }
     RecordCall("elm_init");
     return 1;

@@ -70,6 +70,7 @@ class Tv {
     LogLevel logLevel = LogLevel::kNone;
     bool everything = false;  // every call of the platform, with its arguments
     bool notesReads = false;  // the reads among them
+    bool marksTexts = false;  // a text that was translated is told from its id: "«TV_SID_...»"
 
     // Reads of the input in this run, the first one included.
     int ReadCount(int input) const { return reads_[input]; }
@@ -101,7 +102,8 @@ class Tv {
     // The text of a value, with the current assistant put in. Lives until the next run.
     const char* TextOf(const Value& value);
     // What a text id is translated to: itself, with the placeholder where translations have one.
-    const char* Translate(const char* id) const;
+    // Lives until the next use.
+    const char* Translate(const char* id);
     // Writes a setting, unless writing fails. Returns what the call returns.
     int WriteNumber(const char* key, int number);
     int WriteFlag(const char* key, bool flag);
@@ -112,6 +114,7 @@ class Tv {
     void AppendTrace(std::string_view event);
     // A call that is no effect; null arguments are told as such.
     void Note(std::string_view call, const char* arguments = "");
+    void Note(std::string_view call, int argument);
     // Something that the provider asked for and the data does not name: one of UnknownKeys().
     void NoteUnknown(const std::string& what);
     // Whether the line of a record is written down.
@@ -133,6 +136,7 @@ class Tv {
     void FixTexts();
     void Put(std::string_view text);
     void PutNumber(long long number);
+    void PutFormatted(const char* format, std::va_list arguments);
 
     static constexpr std::size_t BUFFER = 1 << 16;
 
@@ -156,6 +160,7 @@ class Tv {
     std::unordered_map<const Value*, std::unordered_map<const Value*, std::string>> expanded_;
     std::unordered_map<int, std::string> firstTexts_;
     std::vector<std::pair<std::string, std::string>> translations_;
+    std::unordered_map<std::string, std::string> marked_;  // translations of ids
 
     char record_[BUFFER] = {};
     std::size_t recordSize_ = 0;
