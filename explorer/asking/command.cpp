@@ -103,7 +103,7 @@ void ReportUnknownKeys(const std::set<std::string>& keys, const Inputs& inputs) 
         std::fprintf(
             stderr,
             "vtv explore: the provider asks for %s, which %s does not name: add an [[input]] "
-            "with the values that it can take\n",
+            "with the values that it can take, or let the provider do without\n",
             key.c_str(), inputs.file.c_str());
     }
 }

@@ -61,6 +61,18 @@ void Tv::Use(const Inputs& inputs) {
     decisionsSize_ = 0;
 }
 
+void Tv::NoteUnknown(const std::string& what) {
+    const PlatformMemory own;
+    unknown_.insert(what);
+}
+
+bool Tv::HasToldOf(std::string_view text) const {
+    return std::any_of(touched_, touched_ + touchedSize_, [&](std::uint16_t input) {
+        return current_[input] != nullptr && current_[input]->kind == Value::Kind::kText &&
+               current_[input]->text == text;
+    });
+}
+
 int Tv::Lookup(Input::Kind kind, const char* key) const {
     const auto& byKey = places_[static_cast<std::size_t>(kind)];
     const auto found = key != nullptr ? byKey.find(key) : byKey.end();

@@ -112,6 +112,10 @@ class Tv {
     void AppendTrace(std::string_view event);
     // A call that is no effect; null arguments are told as such.
     void Note(std::string_view call, const char* arguments = "");
+    // Something that the provider asked for and the data does not name: one of UnknownKeys().
+    void NoteUnknown(const std::string& what);
+    // Whether an input that this run read or wrote is that text.
+    bool HasToldOf(std::string_view text) const;
     // Whether the line of a record is written down.
     bool ShowsLine(const char* file, const char* function, int line) const;
     int AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData);
