@@ -146,6 +146,21 @@ TEST_F(LackingInputs, ATextThatIsAnsweredUnlikeEveryNamedOneLeavesADiffUnproven)
     EXPECT_TRUE(Has(json["troubles"].toStyledString(), "voices = ")) << json["troubles"];
 }
 
+TEST(Beyond, ADrawnValueThatTwoProvidersAnswerDifferentlyIsADifference) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--beyond", "8", "--only", "press:popup", ProviderFile(),
+                     FORGETS_LARGE_CONSENTS});
+    EXPECT_EQ(result.exitCode, 1) << result.output << result.errors;
+    EXPECT_TRUE(Has(result.output, "terms = ")) << result.output;
+}
+
+TEST(Full, TellsAProviderThatTakesOneConsentForTheOnlyOne) {
+    const ProcessResult result = RunExplorer(
+        {"diff", "-q", "--full", "--only", "press:popup", ProviderFile(), TAKES_ONE_CONSENT});
+    EXPECT_EQ(result.exitCode, 1) << result.output << result.errors;
+    EXPECT_TRUE(Has(result.output, "terms: 2")) << result.output;
+}
+
 TEST(Full, HasMoreValuesAndPoliciesWithUpToSixteenAssistants) {
     const explorer::Inputs usual = explorer::LoadInputs(explorer::InputsFile());
     const explorer::Inputs full = explorer::LoadInputs(explorer::InputsFile(), true);
