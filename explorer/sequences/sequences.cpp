@@ -135,10 +135,21 @@ int SequencesMain(const SequencesOptions& options) {
     std::set<std::string> unknown;
     std::uint64_t states = 0;
     bool isWhole = true;
+    bool remembers = false;
     for (const SequencesResult& result : results) {
         unknown.insert(result.unknownKeys.begin(), result.unknownKeys.end());
         states += result.states;
-        isWhole = isWhole && result.finished;
+        isWhole = isWhole && result.finished && !result.remembers;
+        remembers = remembers || result.remembers;
+    }
+    if (remembers) {
+        std::fputs(
+            "vtv explore sequences: not proven: the provider remembers what it was asked before, "
+            "and "
+            "sequences are told apart by the TV alone. \"vtv-explore check\" and \"diff\" look at "
+            "what "
+            "it remembers\n",
+            stderr);
     }
     ReportUnknownKeys(unknown, inputs);
     ReportRate(options.quiet, states, "states");
