@@ -214,8 +214,12 @@ void Tv::FixTexts() {
     for (std::size_t i = 0; i < touchedSize_; ++i) {
         const int input = touched_[i];
         const Value* value = current_[input];
-        if (value == nullptr || !value->hasPlaceholder || written_.size() == MAX_WRITES) {
+        if (value == nullptr || !value->hasPlaceholder) {
             continue;
+        }
+        if (written_.size() == MAX_WRITES) {
+            NoteTooMuch(std::to_string(MAX_WRITES) + " writes in one call");
+            return;
         }
         Value fixed = *value;
         fixed.text = TextOf(*value);
@@ -235,7 +239,11 @@ int Tv::Write(int input, int writeInput, Value value) {
             return result.number;
         }
     }
-    if (input < 0 || written_.size() == MAX_WRITES) {
+    if (input < 0) {
+        return 0;
+    }
+    if (written_.size() == MAX_WRITES) {
+        NoteTooMuch(std::to_string(MAX_WRITES) + " writes in one call");
         return 0;
     }
     if (input == currentAssistant_) {
