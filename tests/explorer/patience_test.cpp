@@ -98,7 +98,8 @@ TEST(Interrupted, AnInvariantThatWasNotLookedAtNeitherHoldsNorDoesNot) {
     const ProcessResult result =
         InterruptExplorer({"check", "-q", "--json", "--jobs", "1"}, 300, SIGTERM);
     EXPECT_EQ(result.exitCode, 143) << result.errors;
-    for (const Json::Value& invariant : Parse(result.output)["invariants"]) {
+    const JsonDocument root = Parse(result.output);
+    for (const Json::Value& invariant : root["invariants"]) {
         EXPECT_TRUE(invariant["holds"].isNull()) << invariant;
     }
 }
