@@ -233,7 +233,7 @@ class Player {
             tv().Begin(shared.choices);
             const std::function<void()> call = [&] { Do(one.call); };
             recorder_.Make(states.back(), call);
-            recorder_.TryTracing();
+            recorder_.TryAgain();
             done.push_back(TextsOf(ReadRecord(recorder_.Record())));
             if (recorder_.Next()) {
                 states.push_back(std::move(*recorder_.Next()));

@@ -1,4 +1,5 @@
 // What the provider makes happen: applications, popups, the toolkit, sound.
+#include <algorithm>
 #include <string>
 
 #include "explorer/engine/memory.h"
@@ -7,6 +8,7 @@
 #include "platform/applications.h"
 #include "platform/speech.h"
 #include "platform/toolkit.h"
+#include "virtual-tv/model/applications.h"
 
 using explorer::Entry;
 using explorer::Handle;
@@ -37,7 +39,19 @@ int AddExtra(const char* call, void* handle, const char* key, const char* value)
     return 0;
 }
 
+// The page starts what every TV has, assistants, and what the TV itself has named.
+bool IsKnownApplication(const std::string& appId) {
+    const std::vector<vtv::KnownAssistant>& assistants = vtv::KnownAssistants();
+    return appId == vtv::kNotification || appId == vtv::kSetupWizard || appId == vtv::kOnboarding ||
+           std::any_of(assistants.begin(), assistants.end(),
+                       [&](const vtv::KnownAssistant& known) { return appId == known.appId; }) ||
+           tv().HasToldOf(appId);
+}
+
 void RecordLaunch(Entry kind, const std::string& appId, const vtv::Extras& extras) {
+    if (!IsKnownApplication(appId)) {
+        tv().NoteUnknown("application " + appId);
+    }
     tv().Append(kind, appId);
     for (const auto& [key, value] : extras) {
         tv().Append(Entry::kExtra, key, value);

@@ -68,6 +68,13 @@ void Tv::NoteUnknown(const std::string& what) {
     unknown_.insert(what);
 }
 
+bool Tv::HasToldOf(std::string_view text) const {
+    return std::any_of(touched_, touched_ + touchedSize_, [&](std::uint16_t input) {
+        return current_[input] != nullptr && current_[input]->kind == Value::Kind::kText &&
+               current_[input]->text == text;
+    });
+}
+
 int Tv::Lookup(Input::Kind kind, const char* key) const {
     const auto& byKey = places_[static_cast<std::size_t>(kind)];
     const auto found = key != nullptr ? byKey.find(key) : byKey.end();
@@ -218,8 +225,12 @@ void Tv::FixTexts() {
     for (std::size_t i = 0; i < touchedSize_; ++i) {
         const int input = touched_[i];
         const Value* value = current_[input];
-        if (value == nullptr || !value->hasPlaceholder || written_.size() == MAX_WRITES) {
+        if (value == nullptr || !value->hasPlaceholder) {
             continue;
+        }
+        if (written_.size() == MAX_WRITES) {
+            NoteTooMuch(std::to_string(MAX_WRITES) + " writes in one call");
+            return;
         }
         Value fixed = *value;
         fixed.text = TextOf(*value);
@@ -239,7 +250,11 @@ int Tv::Write(int input, int writeInput, Value value) {
             return result.number;
         }
     }
-    if (input < 0 || written_.size() == MAX_WRITES) {
+    if (input < 0) {
+        return 0;
+    }
+    if (written_.size() == MAX_WRITES) {
+        NoteTooMuch(std::to_string(MAX_WRITES) + " writes in one call");
         return 0;
     }
     if (input == currentAssistant_) {

@@ -37,7 +37,7 @@ struct Watch {
 
 class Tv {
   public:
-    static constexpr std::size_t MAX_INPUTS = 256;
+    static constexpr std::size_t MAX_INPUTS = Inputs::MOST;
 
     // The inputs must outlive their use. Before the first run, and again to change them.
     void Use(const Inputs& inputs);
@@ -117,6 +117,12 @@ class Tv {
     void Note(std::string_view call, int argument);
     // Something that the provider asked for and the data does not name: one of UnknownKeys().
     void NoteUnknown(const std::string& what);
+    // That more was done in a run than there is room for, so that not all of it was seen: one of
+    // UnknownKeys().
+    void NoteTooMuch(const std::string& what) { NoteUnknown(TOO_MUCH + what); }
+    static constexpr char TOO_MUCH[] = "more than ";
+    // Whether an input that this run read or wrote is that text.
+    bool HasToldOf(std::string_view text) const;
     // Whether the line of a record is written down.
     bool ShowsLine(const char* file, const char* function, int line) const;
     void AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData);
@@ -137,6 +143,7 @@ class Tv {
     void Put(std::string_view text);
     void PutNumber(long long number);
     void PutFormatted(const char* format, std::va_list arguments);
+    void NoteFullRecord();
 
     static constexpr std::size_t BUFFER = 1 << 16;
 

@@ -21,6 +21,13 @@ namespace explorer {
     const std::size_t length = std::min(text.size(), BUFFER - 1 - recordSize_);
     std::memcpy(record_ + recordSize_, text.data(), length);
     recordSize_ += length;
+    if (length < text.size()) {
+        NoteFullRecord();
+    }
+}
+
+void Tv::NoteFullRecord() {
+    NoteTooMuch(std::to_string(BUFFER - 1) + " bytes of answers and effects in one call");
 }
 
 void Tv::PutNumber(long long number) {

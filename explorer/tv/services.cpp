@@ -219,7 +219,9 @@ int connection_profile_check_default_gateway(bool* connected) {
 }
 
 int access(const char* path, int mode) noexcept {
-    if (std::strncmp(path, vtv::kOwnerFolder, sizeof vtv::kOwnerFolder - 1) == 0) {
+    // What the provider asks for is the TV's; others in this process mean the machine's own.
+    if (explorer::memoryBooks.counting ||
+        std::strncmp(path, vtv::kOwnerFolder, sizeof vtv::kOwnerFolder - 1) == 0) {
         if (mode != F_OK) {
             tv().Note("access() asks for more than that there is", mode);
         }

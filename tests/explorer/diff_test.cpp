@@ -118,9 +118,10 @@ TEST(Diff, WhatIsAThreadsOwnOrOneInAProcessCannotBeStoredAndIsRefused) {
 }
 
 TEST(Diff, WhatTakesInMoreThanThePlatformTellsIsRefusedByName) {
-    for (const char* name : {"getenv", "setenv", "open", "mmap", "time", "rand", "strtok",
-                             "setlocale", "__tls_get_addr"}) {
-        const std::string provider = std::string(IMPORTING_PROVIDERS) + name + ".so";
+    std::istringstream names(UNSEEN_NAMES
+                             " getenv setenv open mmap time rand strtok setlocale __tls_get_addr");
+    for (std::string name; names >> name;) {
+        const std::string provider = IMPORTING_PROVIDERS + name + ".so";
         for (const std::vector<std::string>& words :
              {std::vector<std::string>{"diff", "-q", ProviderFile(), provider},
               {"diff", "-q", provider, ProviderFile()},
@@ -128,8 +129,7 @@ TEST(Diff, WhatTakesInMoreThanThePlatformTellsIsRefusedByName) {
               {"check", "-q", "--provider", provider}}) {
             const ProcessResult result = RunExplorer(words);
             EXPECT_EQ(result.exitCode, 4) << name << words.front() << result.output;
-            EXPECT_NE(result.errors.find(": " + std::string(name) + "."), std::string::npos)
-                << result.errors;
+            EXPECT_NE(result.errors.find(": " + name + "."), std::string::npos) << result.errors;
         }
     }
 }
