@@ -40,8 +40,12 @@ void Tv::PutNumber(long long number) {
 void Tv::PutFormatted(const char* format, std::va_list arguments) {
     const PlatformMemory own;
     char* const place = record_ + recordSize_;
-    std::vsnprintf(place, BUFFER - recordSize_, format, arguments);
+    const std::size_t room = BUFFER - recordSize_;
+    const int length = std::vsnprintf(place, room, format, arguments);
     recordSize_ += std::strlen(place);
+    if (length >= static_cast<int>(room)) {
+        NoteFullRecord();
+    }
 }
 
 void Tv::Append(Entry kind, std::string_view subject, const Said& value) {

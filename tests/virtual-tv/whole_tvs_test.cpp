@@ -121,7 +121,8 @@ TEST_F(WholeTvsTest, ACopyIsWhatTheTvIsWithoutWhatHappenedOnIt) {
         EXPECT_FALSE(fs::exists(two + name)) << name;
     }
     EXPECT_TRUE(IsWhole(two));
-    EXPECT_EQ(Tv(two).GetModel().name, "farfield-eu");
+    const Tv copied(two);
+    EXPECT_EQ(copied.GetModel().name, "farfield-eu");
     Tv(two).Set("db/kept", "another");
     EXPECT_EQ(Tv(one).Get("db/kept"), Value("x"));
 }
