@@ -144,7 +144,9 @@ struct Values {
     std::vector<Value> named;
     std::vector<Value> drawn;
 };
-using Unnamed = std::vector<std::pair<int, std::size_t>>;  // inputs, and places of drawn values
+using Drawn = std::pair<int, std::size_t>;  // an input, and the place of a drawn value
+using Unnamed = std::vector<Drawn>;
+using AnswersByDrawn = std::map<Drawn, std::uint64_t>;
 
 class BeyondExplorer {
   public:
@@ -163,6 +165,7 @@ class BeyondExplorer {
             }
             for (std::size_t i = 0; i < drawn.size() && !IsInterrupted(); ++i) {
                 answers.front() = AnswersWith(input, &drawn[i]);
+                answers_[{input, i}] = hash_;
                 if (!IsInterrupted() && !Comparison(*this, drawn[i], named).IsAlike(answers)) {
                     unnamed.emplace_back(input, i);
                 }
@@ -171,12 +174,16 @@ class BeyondExplorer {
         return unnamed;
     }
 
+    // What each drawn value led to, to compare with another provider.
+    const AnswersByDrawn& Answers() const { return answers_; }
+
   private:
     static std::size_t Place(int input) { return static_cast<std::size_t>(input); }
 
     // In every state in which the input has the value; without an input in every state.
     NodeId AnswersWith(int input, const Value* value) {
         DiagramBuilder builder(diagram_);
+        hash_ = 14695981039346656037U;  // FNV-1a
         if (input >= 0) {
             tv().Preset(input, value);
         }
@@ -184,6 +191,7 @@ class BeyondExplorer {
             shared_.choices, shared_.runs, [this] { Ask(subject_, question_); },
             [&] {
                 builder.Add(shared_.choices, outcomes_.Intern(RecordOf(input, value)));
+                hash_ = (hash_ ^ std::hash<std::string_view>()(tv().Record())) * 1099511628211U;
                 read_.insert(tv().Touched(), tv().Touched() + tv().TouchedSize());
             });
         if (input >= 0) {
@@ -287,6 +295,8 @@ class BeyondExplorer {
     Diagram diagram_;
     Outcomes outcomes_;
     std::set<int> read_;
+    std::uint64_t hash_ = 0;  // of the records of one value
+    AnswersByDrawn answers_;
 };
 
 }  // namespace
@@ -295,9 +305,8 @@ class BeyondExplorer {
 // In the starting process
 // ---------------------------------------------------------------------------------------------
 
-std::vector<std::string> AskBeyond(const Inputs& inputs,
-                                   const std::vector<const Question*>& questions,
-                                   const CommonOptions& options) {
+AnswersBeyond AskBeyond(const Inputs& inputs, const std::vector<const Question*>& questions,
+                        const CommonOptions& options) {
     if (options.beyond == 0) {
         return {};
     }
@@ -306,7 +315,13 @@ std::vector<std::string> AskBeyond(const Inputs& inputs,
         values.push_back({NamedValues(input), DrawnValues(input, options.beyond)});
     }
     std::map<Unnamed::value_type, std::string> unnamed;  // and where it showed
-    std::vector<std::string> lines;
+    AnswersBeyond found;
+    const auto inWords = [&](const Drawn& one) {
+        const Input& input = inputs.inputs[static_cast<std::size_t>(one.first)];
+        const Value& value = values[static_cast<std::size_t>(one.first)].drawn[one.second];
+        return input.name + " = " +
+               (value.kind == Value::Kind::kText ? '"' + value.text + '"' : value.words);
+    };
     PolicyWork work;
     work.units = static_cast<int>(questions.size());
     work.look = [&](const Subject& subject, int, int unit, Shared& shared) {
@@ -314,7 +329,9 @@ std::vector<std::string> AskBeyond(const Inputs& inputs,
         tv().logLevel = LogLevel::kFiles;
         tv().everything = true;
         tv().notesReads = true;
-        return ToBytes(BeyondExplorer(subject, question, shared).Run(values));
+        BeyondExplorer explorer(subject, question, shared);
+        const Unnamed unlike = explorer.Run(values);
+        return ToBytes(unlike, explorer.Answers());
     };
     const auto where = [&](int policy, int unit) {
         return questions[static_cast<std::size_t>(unit)]->name +
@@ -324,21 +341,22 @@ std::vector<std::string> AskBeyond(const Inputs& inputs,
         for (const Unnamed::value_type& one : bytes.Next<Unnamed>()) {
             unnamed.emplace(one, where(policy, unit));
         }
+        for (const auto& [one, hash] : bytes.Next<AnswersByDrawn>()) {
+            found.answers[{questions[static_cast<std::size_t>(unit)]->name,
+                           inputs.policies[static_cast<std::size_t>(policy)].name, inWords(one)}] =
+                hash;
+        }
     };
     work.note = [&](const WorkerResult& result) {
-        lines.push_back(where(result.task, result.step) +
-                        ": could not be asked beyond the inputs: it " + result.trouble);
+        found.troubles.push_back(where(result.task, result.step) +
+                                 ": could not be asked beyond the inputs: it " + result.trouble);
     };
     WorkUnderPolicies(inputs, options, work);
     for (const auto& [one, place] : unnamed) {
-        const Input& input = inputs.inputs[static_cast<std::size_t>(one.first)];
-        const Value& value = values[static_cast<std::size_t>(one.first)].drawn[one.second];
-        lines.push_back(input.name + " = " +
-                        (value.kind == Value::Kind::kText ? '"' + value.text + '"' : value.words) +
-                        " is answered unlike every value that " + inputs.file + " names (" + place +
-                        "): add it there");
+        found.troubles.push_back(inWords(one) + " is answered unlike every value that " +
+                                 inputs.file + " names (" + place + "): add it there");
     }
-    return lines;
+    return found;
 }
 
 }  // namespace explorer

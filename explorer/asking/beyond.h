@@ -2,6 +2,9 @@
 // one that is named, in every state of the rest of the TV.
 #pragma once
 
+#include <array>
+#include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -14,10 +17,15 @@ namespace explorer {
 // same ones each time. None for what can only be yes or no, or the result of a call.
 std::vector<Value> DrawnValues(const Input& input, int count);
 
-// Draws options.beyond values for each input that the questions read: those that are answered
-// unlike every named one, a line each for people. Throws host::ProviderError.
-std::vector<std::string> AskBeyond(const Inputs& inputs,
-                                   const std::vector<const Question*>& questions,
-                                   const CommonOptions& options);
+struct AnswersBeyond {
+    // A line each for people: values that are answered unlike every named one.
+    std::vector<std::string> troubles;
+    // Equal for providers that answer alike: by question, policy, and the value in words.
+    std::map<std::array<std::string, 3>, std::uint64_t> answers;
+};
+
+// Draws options.beyond values for each input that the questions read. Throws host::ProviderError.
+AnswersBeyond AskBeyond(const Inputs& inputs, const std::vector<const Question*>& questions,
+                        const CommonOptions& options);
 
 }  // namespace explorer

@@ -11,6 +11,8 @@ constexpr struct {
     const char* name;
 } LIFE[] = {
     {Call::Kind::kDelete, "delete_provider"},
+    {Call::Kind::kCreateNothing, "create_provider without a place for a table"},
+    {Call::Kind::kInitialize, "MVAList::Initialize and MVAList::Finalize"},
     {Call::Kind::kDeleteNothing, "delete_provider without a table"},
     {Call::Kind::kSecond, "create_provider and delete_provider of a second one"},
     {Call::Kind::kSecondStays, "create_provider of a second one, delete_provider of the first"},

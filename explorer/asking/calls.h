@@ -15,6 +15,8 @@ struct Call {
         kCreate,
         kPublish,
         kDelete,
+        kCreateNothing,
+        kInitialize,  // the policy's list alone, and Finalize
         kDeleteNothing,
         kSecond,       // is created and deleted at once
         kSecondStays,  // and the first is deleted

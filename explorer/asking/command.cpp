@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "explorer/engine/coverage.h"
+#include "explorer/tv/lazy_tv.h"
 #include "host/core/toml_writer.h"
 #include "program/write_file.h"
 #include "virtual-tv/model/json_text.h"
@@ -100,10 +101,17 @@ Json::Value JsonList(const std::vector<std::string>& texts) {
 
 void ReportUnknownKeys(const std::set<std::string>& keys, const Inputs& inputs) {
     for (const std::string& key : keys) {
+        if (key.rfind(Tv::TOO_MUCH, 0) == 0) {
+            std::fprintf(stderr,
+                         "vtv explore: the provider does %s: the rest was not seen, and nothing "
+                         "is proven\n",
+                         key.c_str());
+            continue;
+        }
         std::fprintf(
             stderr,
             "vtv explore: the provider asks for %s, which %s does not name: add an [[input]] "
-            "with the values that it can take\n",
+            "with the values that it can take, or let the provider do without\n",
             key.c_str(), inputs.file.c_str());
     }
 }

@@ -13,13 +13,44 @@ namespace explorer {
 namespace {
 
 // Of the C library: what the result follows from is in the arguments, or is memory.
-constexpr std::string_view PURE[] = {"__assert_fail",
+constexpr std::string_view PURE[] = {"_Exit",
+                                     "_Unwind_DeleteException",
+                                     "_Unwind_RaiseException",
+                                     "_Unwind_Resume",
+                                     "_Unwind_Resume_or_Rethrow",
+                                     "__assert_fail",
+                                     "__cxa_allocate_exception",
                                      "__cxa_atexit",
+                                     "__cxa_bad_cast",
+                                     "__cxa_bad_typeid",
+                                     "__cxa_begin_catch",
+                                     "__cxa_begin_cleanup",
+                                     "__cxa_call_terminate",
+                                     "__cxa_call_unexpected",
+                                     "__cxa_deleted_virtual",
+                                     "__cxa_end_catch",
+                                     "__cxa_end_cleanup",
                                      "__cxa_finalize",
+                                     "__cxa_free_exception",
+                                     "__cxa_get_exception_ptr",
+                                     "__cxa_guard_abort",
+                                     "__cxa_guard_acquire",
+                                     "__cxa_guard_release",
+                                     "__cxa_init_primary_exception",
                                      "__cxa_pure_virtual",
+                                     "__cxa_rethrow",
+                                     "__cxa_throw",
+                                     "__cxa_throw_bad_array_new_length",
+                                     "__cxa_type_match",
+                                     "__dynamic_cast",
                                      "__errno_location",
                                      "__gmon_start__",
                                      "__gxx_personality_v0",
+                                     "__isoc23_sscanf",
+                                     "__isoc23_strtol",
+                                     "__isoc23_strtoll",
+                                     "__isoc23_strtoul",
+                                     "__isoc23_strtoull",
                                      "__isoc99_sscanf",
                                      "__stack_chk_fail",
                                      "__stack_chk_guard",
@@ -39,12 +70,21 @@ constexpr std::string_view PURE[] = {"__assert_fail",
                                      "isalnum",
                                      "isalpha",
                                      "isdigit",
+                                     "islower",
                                      "isspace",
                                      "isupper",
-                                     "islower",
                                      "labs",
                                      "lldiv",
                                      "malloc",
+                                     "memccpy",
+                                     "memchr",
+                                     "memcmp",
+                                     "memcpy",
+                                     "memmem",
+                                     "memmove",
+                                     "mempcpy",
+                                     "memrchr",
+                                     "memset",
                                      "posix_memalign",
                                      "qsort",
                                      "rawmemchr",
@@ -87,67 +127,53 @@ constexpr std::string_view PURE[] = {"__assert_fail",
                                      "toupper",
                                      "vsnprintf",
                                      "vsprintf",
-                                     "vsscanf",
-                                     "_Exit"};
+                                     "vsscanf"};
 
-// Runtimes of compilers and sanitizers, C++'s containers and texts, and the reader of JSON.
-constexpr std::string_view PURE_PREFIXES[] = {"_ITM_",
-                                              "_Unwind_",
-                                              "__aeabi_",
-                                              "__asan_",
-                                              "__cxa_",
-                                              "__gcov_",
-                                              "__gnu_",
-                                              "__lsan_",
-                                              "__llvm_",
-                                              "__ubsan_",
-                                              "__sanitizer_",
-                                              "__sanitize",
-                                              "mem",
-                                              "__mem",
-                                              "_ZN4Json",
-                                              "_ZNK4Json",
-                                              "_ZTIN4Json",
-                                              "_ZTVN4Json",
-                                              "_ZTSN4Json",
-                                              "_ZN9__gnu_cxx",
-                                              "_ZNK9__gnu_cxx",
-                                              "_ZNS",
-                                              "_ZNKS",
-                                              "_ZS",
-                                              "_ZTI",
-                                              "_ZTVS",
-                                              "_ZTSS",
-                                              "_ZTVN10__cxxabi",
-                                              "_Zda",
-                                              "_Zdl",
-                                              "_Zna",
-                                              "_Znw"};
+// Of C++: what throws, allocates, and keeps trees and hashed containers in order. A mangled name
+// has the length of its parts in it, so none of these begins another one.
+constexpr std::string_view PURE_BEGINNINGS[] = {
+    "_Znw", "_Zna", "_Zdl", "_Zda", "_ZSt7nothrow", "_ZSt9terminatev", "_ZSt11_Hash_bytes",
+    "_ZSt16__throw_bad_cast", "_ZSt17__throw_bad_alloc", "_ZSt19__throw_logic_error",
+    "_ZSt19__throw_range_error", "_ZSt20__throw_domain_error", "_ZSt20__throw_length_error",
+    "_ZSt20__throw_out_of_range", "_ZSt21__glibcxx_assert_fail", "_ZSt21__throw_runtime_error",
+    "_ZSt24__throw_invalid_argument", "_ZSt24__throw_out_of_range_fmt",
+    "_ZSt25__throw_bad_function_call", "_ZSt28__throw_bad_array_new_length",
+    "_ZSt18_Rb_tree_decrement", "_ZSt18_Rb_tree_increment", "_ZSt28_Rb_tree_rebalance_for_erase",
+    "_ZSt29_Rb_tree_insert_and_rebalance", "_ZTI", "_ZTS", "_ZTVN10__cxxabiv1",
+    // Runtimes of compilers and sanitizers.
+    "_ITM_", "__aeabi_", "__asan_", "__gcov_", "__llvm_", "__lsan_", "__sanitizer_", "__ubsan_"};
 
-// Among those: clocks, chance, files, threads, the locale, and storage of a thread's own.
-constexpr std::string_view IMPURE_PREFIXES[] = {"__cxa_thread_atexit",
-                                                "__cxa_get_globals",
-                                                "_ZNSt10filesystem",
-                                                "_ZNKSt10filesystem",
-                                                "_ZNSt13basic_filebuf",
-                                                "_ZNSt13basic_fstream",
-                                                "_ZNSt13random_device",
-                                                "_ZNSt14basic_ifstream",
-                                                "_ZNSt14basic_ofstream",
-                                                "_ZNSt18condition_variable",
-                                                "_ZNSt3pmr",
-                                                "_ZNSt6chrono",
-                                                "_ZNSt6locale",
-                                                "_ZNSt6thread",
-                                                "_ZSt14set_unexpected",
-                                                "_ZSt13set_terminate",
-                                                "_ZSt15set_new_handler",
-                                                "_ZSt3cin",
-                                                "mem_",
-                                                "memfd_"};
+// Whose members do nothing but with themselves and their arguments.
+constexpr std::string_view PURE_CLASSES[] = {"4Json",
+                                             "SaIc",
+                                             "9__gnu_cxx13new_allocatorIc",
+                                             "St15__new_allocatorIc",
+                                             "St7__cxx1112basic_stringIc",
+                                             "St8__detail15_List_node_base",
+                                             "St8__detail20_Prime_rehash_policy",
+                                             "St9exception",
+                                             "St9bad_alloc",
+                                             "St9type_info",
+                                             "St8bad_cast",
+                                             "St10bad_typeid",
+                                             "St11logic_error",
+                                             "St11range_error",
+                                             "St12domain_error",
+                                             "St12length_error",
+                                             "St12out_of_range",
+                                             "St13bad_exception",
+                                             "St13runtime_error",
+                                             "St14overflow_error",
+                                             "St15underflow_error",
+                                             "St16invalid_argument",
+                                             "St17bad_function_call",
+                                             "St18bad_variant_access",
+                                             "St19bad_optional_access",
+                                             "St20bad_array_new_length"};
 
-bool HasPrefix(std::string_view name, const std::string_view* begin, const std::string_view* end) {
-    return std::any_of(begin, end,
+template <std::size_t N>
+bool HasPrefix(std::string_view name, const std::string_view (&prefixes)[N]) {
+    return std::any_of(std::begin(prefixes), std::end(prefixes),
                        [name](std::string_view prefix) { return name.rfind(prefix, 0) == 0; });
 }
 
@@ -159,13 +185,24 @@ std::string_view WithoutCheck(std::string_view name) {
     return isChecked ? name.substr(2, name.size() - END.size() - 2) : name;
 }
 
+// A member, a constant member, or the table of the virtual ones.
+bool IsOfPureClass(std::string_view name) {
+    for (const std::string_view head : {"_ZNK", "_ZN", "_ZTVN", "_ZTV"}) {
+        if (name.rfind(head, 0) == 0 && HasPrefix(name.substr(head.size()), PURE_CLASSES)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool IsPure(std::string_view import) {
     const std::string_view name = WithoutCheck(import);
-    if (HasPrefix(name, std::begin(IMPURE_PREFIXES), std::end(IMPURE_PREFIXES))) {
-        return false;
-    }
     return std::find(std::begin(PURE), std::end(PURE), name) != std::end(PURE) ||
-           HasPrefix(name, std::begin(PURE_PREFIXES), std::end(PURE_PREFIXES));
+           HasPrefix(name, PURE_BEGINNINGS) || IsOfPureClass(name);
+}
+
+bool IsVariable(const ElfW(Sym) * symbol) {
+    return symbol != nullptr && (symbol->st_info & 0xFU) == STT_OBJECT;
 }
 
 // Whether this program serves it.
@@ -174,9 +211,12 @@ bool IsServed(const char* name) {
     void* const place = program != nullptr ? dlsym(program, name) : nullptr;
     Dl_info where{};
     Dl_info here{};
-    const bool isOurs = place != nullptr && dladdr(place, &where) != 0 &&
-                        dladdr(reinterpret_cast<void*>(&IsPure), &here) != 0 &&
-                        where.dli_fbase == here.dli_fbase;
+    // A variable of another library lies here as well, when this program uses it: "stderr".
+    void* entry = nullptr;
+    const bool isOurs =
+        place != nullptr && dladdr1(place, &where, &entry, RTLD_DL_SYMENT) != 0 &&
+        (!IsVariable(static_cast<const ElfW(Sym)*>(entry)) || dlsym(RTLD_NEXT, name) == nullptr) &&
+        dladdr(reinterpret_cast<void*>(&IsPure), &here) != 0 && where.dli_fbase == here.dli_fbase;
     if (program != nullptr) {
         dlclose(program);
     }

@@ -10,6 +10,7 @@ namespace {
 
 constexpr char POINTS_ELSEWHERE[] =
     "keeps a pointer to memory that is not its own, which nobody can compare";
+constexpr char WRITES_LATE[] = "writes to memory that it has given back, or behind its end";
 constexpr char IS_FULL[] = "has more memory than there is room for";
 
 }  // namespace
@@ -47,7 +48,8 @@ void LivingProvider::PutBack(const ProviderState& state) {
     tv().SetWatches(state.watches);
 }
 
-void LivingProvider::Enter(const ProviderState& state) {
+void LivingProvider::Enter(const ProviderState& state, Arena::Filling filling) {
+    arena_.FillWith(Arena::Filling::kUsual);
     if (in_ != &state) {
         PutBack(state);
         in_ = &state;
@@ -56,6 +58,7 @@ void LivingProvider::Enter(const ProviderState& state) {
     SetTraceSites({});
     RestartHandles();
     wrong_.clear();
+    arena_.FillWith(filling);
     memoryBooks.arena = &arena_;
 }
 
@@ -93,6 +96,7 @@ void LivingProvider::NoteWrong(const std::string& what) {
 
 std::optional<ProviderState> LivingProvider::Leave(const ProviderState& state) {
     memoryBooks.arena = nullptr;
+    const bool isWhole = arena_.Settle();
     if (const int count = Arena::TakeWrongFrees(); count > 0) {
         NoteWrong("gives back " + std::to_string(count) + " blocks that it does not have");
     }
@@ -101,8 +105,12 @@ std::optional<ProviderState> LivingProvider::Leave(const ProviderState& state) {
     }
     TakeSites();
     const bool isSame = tv().Watches() == state.watches &&
-                        reinterpret_cast<std::uintptr_t>(subject_.Slots()) == state.table;
-    if (isSame && memory_.Is(state.memory)) {
+                        reinterpret_cast<std::uintptr_t>(subject_.Slots()) == state.table &&
+                        memory_.Is(state.memory);
+    if (!isWhole || (!isSame && !arena_.HasWholeGaps())) {
+        NoteWrong(WRITES_LATE);
+    }
+    if (isSame) {
         return std::nullopt;
     }
     const CanonicalForm form = memory_.Canonical(Roots());
@@ -142,6 +150,12 @@ void LivingProvider::Live(Call::Kind kind) {
             break;
         case Call::Kind::kDelete:
             subject_.Delete();
+            break;
+        case Call::Kind::kCreateNothing:
+            subject_.CreateNothing();
+            break;
+        case Call::Kind::kInitialize:
+            subject_.InitializeAndFinalize();
             break;
         case Call::Kind::kDeleteNothing:
             subject_.DeleteNothing();

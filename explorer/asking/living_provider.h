@@ -40,7 +40,7 @@ class LivingProvider {
 
     // Between the two the provider is at work; the TV's run has begun. A state stays where it is,
     // and what it is.
-    void Enter(const ProviderState& state);
+    void Enter(const ProviderState& state, Arena::Filling filling = Arena::Filling::kUsual);
     // What the provider is now, when that is another state; it is put back then. What is wrong with
     // its memory is noted in the TV's record.
     std::optional<ProviderState> Leave(const ProviderState& state);

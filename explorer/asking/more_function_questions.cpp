@@ -1,6 +1,8 @@
 // The exports that no other question calls by their own names, each with what it is usually told.
 #include <cstddef>
+#include <list>
 #include <string>
+#include <vector>
 
 #include "answers.h"
 #include "virtual-tv/model/applications.h"
@@ -17,8 +19,11 @@ auto* FunctionOf(const Subject& subject, const Question& question) {
     return reinterpret_cast<Result (*)(Arguments...)>(subject.Symbol(question.symbol));
 }
 
+// The checks pass the host's key and value on to them: of those, every other value is asked there.
 void AskRule(const Subject& subject, const Question& question) {
-    Answer(answers::TRUTH, FunctionOf<bool, const char*, int>(subject, question)(nullptr, -1));
+    auto* rule = FunctionOf<bool, const char*, int>(subject, question);
+    Answer(answers::TRUTH, rule(nullptr, -1));
+    Answer(answers::TRUTH, rule("", 1));
 }
 
 void AskInt(const Subject& subject, const Question& question) {
@@ -120,6 +125,62 @@ void AskMetadata(const Subject& subject, const Question& question) {
     Answer(answers::RESULT, FunctionOf<int, const char*, const char*, Text&>(subject, question)(
                                 question.key.c_str(), vtv::kEngineLanguages, value));
     AnswerText(answers::VALUE, value.c_str());
+}
+
+// As MVAList::GetVAList() gives it.
+struct ListedAssistant {
+    int order = 0;
+    Text id;
+    Text appId;
+    Text name;
+    bool isFarField = false;
+};
+
+void AskAssistants(const Subject& subject, const Question& question) {
+    for (const ListedAssistant& one :
+         FunctionOf<std::vector<ListedAssistant>>(subject, question)()) {
+        for (const Text& text : {one.id, one.appId, one.name}) {
+            Answer(answers::CHOICE, Numbered{one.order, text});
+        }
+        Answer(answers::TRUTH, one.isFarField);
+    }
+}
+
+void AskConstant(const Subject& subject, const Question& question) {
+    AnswerText(answers::TEXT, *static_cast<const char* const*>(subject.Symbol(question.symbol)));
+}
+
+// What a call adds to the cache is taken out again: it would grow without end.
+template <typename Call>
+void AskCache(const Subject& subject, const Call& call) {
+    std::list<Text>* languages = subject.Languages();
+    if (languages == nullptr) {
+        tv().Append(Entry::kWrong, "exports no languages");
+        return;
+    }
+    const std::size_t before = languages->size();
+    call();
+    for (const Text& language : *languages) {
+        AnswerText(answers::TEXT, language.c_str());
+    }
+    while (languages->size() > before) {
+        languages->pop_back();
+    }
+}
+
+void AskLanguages(const Subject& subject, const Question& question) {
+    AskCache(subject, [&] { FunctionOf<void>(subject, question)(); });
+}
+
+void AskVoice(const Subject& subject, const Question& question) {
+    auto* take = FunctionOf<bool, void*, const char*, int, void*>(subject, question);
+    AskCache(subject, [&] {
+        for (const char* language : {"en_US", "", static_cast<const char*>(nullptr)}) {
+            for (const int type : {0, 1}) {
+                Answer(answers::TRUTH, take(nullptr, language, type, nullptr));
+            }
+        }
+    });
 }
 
 constexpr const char* WITH_PLACEHOLDERS[] = {
@@ -226,6 +287,11 @@ constexpr MoreFunction MORE_FUNCTIONS[] = {
      vtv::kNeuralEngine},
     {MENU("7ReplaceE" STRING "RKS5_"), AskReplace},
     {MENU("7ReplaceE" STRING "RKS5_S7_"), AskReplaceBoth},
+    {MENU("23m_GetTTSSupportLanguageEv"), AskLanguages},
+    {MENU("19m_TTSSupportVoiceCbEP5tts_sPKciPv"), AskVoice},
+    {"_ZN7MVAList8ID_ORVIKE", AskConstant},
+    {"_ZN7MVAList14MVA_LIST_VCONFE", AskConstant},
+    {"_ZN7MVAList9GetVAListEv", AskAssistants},
     {"_ZN7MVAList13GetVAListSizeEv", AskSize},
     {"_ZN7MVAList16GetCurrentVATypeEv", AskInt},
     {"_ZN7MVAList15GetVANameByTypeB5cxx11E14ASSISTANT_TYPE", AskTextOfKinds},

@@ -62,7 +62,7 @@ void AskValue(const Subject& subject, const Question& question) {
 }
 
 void AskWrite(const Subject& subject, const Question& question) {
-    AnswerResult(subject.Table().set_int(question.key.c_str(), question.value));
+    AnswerResult(subject.Table().set_int(question.Key(), question.value));
 }
 
 using TextSlot = int (*)(const char* key, char** text);

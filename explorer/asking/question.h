@@ -35,7 +35,8 @@ struct Question {
     std::string name;  // "visible:voice-wake-up"; for people and files
     // How the question is asked: appends the answer to the TV's record.
     void (*ask)(const Subject& subject, const Question& question) = nullptr;
-    std::string key;               // menu key; empty for functions
+    std::string key;  // menu key; empty for functions
+    bool isKeyNull = false;
     int value = 0;                 // what is written
     const char* symbol = nullptr;  // functions: the mangled name
     const Item* item = nullptr;    // null for functions and odd keys
@@ -45,6 +46,7 @@ struct Question {
 
     // Whether it may be asked when there is no table.
     bool IsCheck() const { return kind == Asks::kVisible || kind == Asks::kEnabled; }
+    const char* Key() const { return isKeyNull ? nullptr : key.c_str(); }
 };
 
 // What a host asks, and every function with rules of its own.

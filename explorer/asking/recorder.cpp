@@ -17,11 +17,19 @@ void Recorder::Make(const ProviderState& state, const std::function<void()>& cal
     hasTraced_ = HasTraced();
 }
 
-void Recorder::TryTracing() {
-    if (!TIStorageManagerState::enabled) {
-        return;
-    }
+void Recorder::TryAgain() {
     registered_ = provider_.RegisteredPlaces();
+    const bool isAlike = IsAlikeWithOtherMemory();
+    if (TIStorageManagerState::enabled) {
+        TryTracing();
+    }
+    if (!isAlike) {
+        record_ += EntryBytes(Entry::kWrong,
+                              "answers from memory that it has given back or never written");
+    }
+}
+
+void Recorder::TryTracing() {
     RequireSame(Places(true, true));
     if (hasTraced_) {
         RequireSame(Places(true, false));
@@ -31,6 +39,14 @@ void Recorder::TryTracing() {
         TIStorageManagerState::enabled = true;
         record_ += WhileTracingIsOff(silent);
     }
+}
+
+bool Recorder::IsAlikeWithOtherMemory() {
+    tv().Again();
+    provider_.Enter(*state_, Arena::Filling::kOther);
+    (*call_)();
+    provider_.Leave(*state_);
+    return tv().Record() == record_;
 }
 
 void Recorder::MakeAgain(const ProviderState& state, const std::function<void()>& call) {

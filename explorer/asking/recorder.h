@@ -20,9 +20,10 @@ class Recorder {
 
     // Within the TV's current run, with no trace site registered.
     void Make(const ProviderState& state, const std::function<void()>& call);
-    // What was made last is made again with all trace sites registered, with its own, with the
-    // others, and while tracing is off: the record tells that, too. Nothing without tracing.
-    void TryTracing();
+    // What was made last is made again with other bytes where memory was given back or not written
+    // yet, and, where there is tracing, with all trace sites registered, with its own, with the
+    // others, and while it is off: the record tells that, too.
+    void TryAgain();
     // Once more, and nothing is written down: the TV is as the provider leaves it.
     void MakeAgain(const ProviderState& state, const std::function<void()>& call);
 
@@ -31,6 +32,8 @@ class Recorder {
     std::optional<ProviderState>& Next() { return next_; }
 
   private:
+    bool IsAlikeWithOtherMemory();
+    void TryTracing();
     std::vector<std::size_t> Places(bool own, bool others) const;
     std::string RecordWith(const std::vector<std::size_t>& places);
     void RequireSame(const std::vector<std::size_t>& places);

@@ -152,6 +152,27 @@ void Subject::DeleteAt(void**& slots) const {
     tv().Append(Entry::kAnswer, "the table", slots != nullptr);
 }
 
+void Subject::CreateNothing() const {
+    tv().Append(Entry::kAnswer, "create_provider of no table", entry_.create(nullptr));
+    tv().Append(Entry::kAnswer, "delete_provider of no table", entry_.destroy(nullptr));
+}
+
+void Subject::InitializeAndFinalize() const {
+    for (const char* symbol : {"_ZN7MVAList10InitializeEv", "_ZN7MVAList8FinalizeEv"}) {
+        auto* function = reinterpret_cast<void (*)()>(Symbol(symbol));
+        if (function == nullptr) {
+            const PlatformMemory own;
+            tv().Append(Entry::kWrong, std::string(symbol) + " is not exported");
+            continue;
+        }
+        try {
+            function();
+        } catch (const std::exception& exception) {
+            tv().Append(Entry::kAnswer, "throws", exception.what());
+        }
+    }
+}
+
 void Subject::DeleteNothing() const {
     void** none = nullptr;
     DeleteAt(none);

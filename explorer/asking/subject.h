@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "explorer/engine/memory.h"
 #include "explorer/tv/inputs.h"
 #include "host/page/provider.h"
 
@@ -41,6 +42,10 @@ class Subject {
     // False when nobody watches the policy.
     bool Notify() const;
     void Delete();
+    // No place for a table; what was begun is ended as well.
+    void CreateNothing() const;
+    // That by the functions of their own.
+    void InitializeAndFinalize() const;
     // What deletes nothing: no table, and no place for one.
     void DeleteNothing() const;
     // Creates a second one and deletes one of the two; the other one stays.
@@ -52,7 +57,10 @@ class Subject {
     const host::AskableProvider& Provider() const { return *provider_; }
     const SIProviderTable& Table() const { return *reinterpret_cast<SIProviderTable*>(slots_); }
     // Null when the library does not export it.
-    void* Symbol(const char* mangled) const { return library_.Symbol(mangled); }
+    void* Symbol(const char* mangled) const {
+        const PlatformMemory own;  // the loader keeps what it complains of
+        return library_.Symbol(mangled);
+    }
 
     // What no question can be asked without; what else a build lacks is its answer.
     struct EntryPoints {
@@ -65,6 +73,8 @@ class Subject {
         int (*checkEnabled)(const char*, int) = nullptr;
     };
     const EntryPoints& Entry() const { return entry_; }
+    // The library's one cache that fills by itself; null when it does not export it.
+    std::list<std::string>* Languages() const { return languages_; }
     // Empties the library's one cache that fills by itself, where it has that, so that no question
     // leaves something to the next.
     void ForgetLanguages() const {

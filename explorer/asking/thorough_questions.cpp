@@ -1,12 +1,14 @@
 // What else can be asked of a provider than a host's page needs: so that two builds that differ
 // anywhere differ in an answer.
 #include <climits>
-#include <cstdio>
-#include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "answers.h"
 #include "explorer/engine/memory.h"
+#include "filled.h"
+#include "host_buffers.h"
+#include "null_questions.h"
 
 namespace explorer {
 
@@ -16,20 +18,9 @@ namespace {
 // The table's slots, their out-parameters holding something already
 // ---------------------------------------------------------------------------------------------
 
-// Of out-parameters that usually are 0, null or false.
-constexpr int FILLED = 77;
-char filledText[] = "filled before";
-
-void AnswerSlotText(const char* about, char* text) {
-    AnswerText(about, text);
-    if (text != filledText) {
-        std::free(text);
-    }
-}
-
 void AskFilledSlots(const Subject& subject, const Question& question) {
     const SIProviderTable& table = subject.Table();
-    const char* key = question.key.c_str();
+    const char* key = question.Key();
     int value = FILLED;
     Answer(answers::RESULT, table.get_int(key, &value));
     Answer(answers::VALUE, value);
@@ -46,41 +37,33 @@ void AskFilledSlots(const Subject& subject, const Question& question) {
     Answer(answers::SHOWN, flag);
 }
 
-struct FilledBuffer {
-    char text[1024];
-    explicit FilledBuffer(const char* before) { std::snprintf(text, sizeof text, "%s", before); }
-};
-
+// Each time they are filled with something else, so that no byte that is written is one that is
+// there.
 void AskFilledBoxes(const Subject& subject, const Question& question) {
     const SIProviderTable& table = subject.Table();
-    const char* key = question.key.c_str();
-    for (const char* before : {"", "filled before"}) {
-        FilledBuffer a(before);
-        FilledBuffer b(before);
-        FilledBuffer c(before);
-        FilledBuffer d(before);
-        FilledBuffer e(before);
-        int buttons = *before == '\0' ? 0 : FILLED;
-        Answer(answers::RESULT, table.get_messagebox_info(key, a.text, b.text, c.text, &buttons));
-        Answer(answers::RESULT, table.get_messagebox_title(key, d.text));
+    const char* key = question.Key();
+    static const HostBuffers::Bytes EMPTY = HostBuffers::Filled("", '\0');
+    static const HostBuffers::Bytes HELD = HostBuffers::Filled("filled before", '\x7f');
+    for (const bool isEmpty : {true, false}) {
+        HostBuffers box(isEmpty ? EMPTY : HELD);
+        int buttons = isEmpty ? 0 : FILLED;
+        Answer(answers::RESULT, table.get_messagebox_info(key, box[0], box[1], box[2], &buttons));
+        Answer(answers::RESULT, table.get_messagebox_title(key, box[3]));
         Answer(answers::BUTTONS, buttons);
-        for (const FilledBuffer* buffer : {&a, &b, &c, &d}) {
-            AnswerText(answers::TEXT, buffer->text);
-        }
-        buttons = *before == '\0' ? 0 : FILLED;
-        Answer(answers::RESULT,
-               table.get_disablepopup_info(key, a.text, b.text, c.text, d.text, &buttons, e.text));
+        box.AnswerFirst(4, answers::TEXT);
+        HostBuffers popup(isEmpty ? EMPTY : HELD);
+        buttons = isEmpty ? 0 : FILLED;
+        Answer(answers::RESULT, table.get_disablepopup_info(key, popup[0], popup[1], popup[2],
+                                                            popup[3], &buttons, popup[4]));
         Answer(answers::BUTTONS, buttons);
-        for (const FilledBuffer* buffer : {&a, &b, &c, &d, &e}) {
-            AnswerText(answers::MESSAGE, buffer->text);
-        }
+        popup.AnswerFirst(5, answers::MESSAGE);
     }
 }
 
 void AskFilledList(const Subject& subject, const Question& question) {
     const SIProviderTable& table = subject.Table();
     int count = FILLED;
-    ListItem** items = table.get_list_items(question.key.c_str(), &count);
+    ListItem** items = table.get_list_items(question.Key(), &count);
     if (items == nullptr) {
         Answer(answers::CHOICE);
         return;
@@ -101,57 +84,8 @@ void AskFilledList(const Subject& subject, const Question& question) {
 }
 
 // ---------------------------------------------------------------------------------------------
-// Null pointers
+// The table
 // ---------------------------------------------------------------------------------------------
-
-void AskNothingOf(const Subject& subject, const char* key) {
-    const SIProviderTable& table = subject.Table();
-    bool flag = true;
-    char* text = filledText;
-    Answer("get_int", table.get_int(key, nullptr));
-    Answer("get_display_name", table.get_display_name(key, nullptr));
-    Answer("get_help_text", table.get_help_text(key, nullptr));
-    Answer("get_disable_text", table.get_disable_text(key, nullptr, &flag));
-    Answer(answers::SHOWN, flag);
-    Answer("get_disable_text", table.get_disable_text(key, &text, nullptr));
-    AnswerSlotText(answers::REASON, text);
-    Answer("get_messagebox_info",
-           table.get_messagebox_info(key, nullptr, nullptr, nullptr, nullptr));
-    Answer("get_messagebox_title", table.get_messagebox_title(key, nullptr));
-    Answer("get_disablepopup_info",
-           table.get_disablepopup_info(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
-    Answer("provider_property", table.provider_property(key, nullptr));
-    int count = 0;
-    if (ListItem** items = table.get_list_items(key, &count)) {
-        table.free_list_items(items, count);
-    }
-    if (ListItem** items = table.get_list_items(key, nullptr)) {
-        table.free_list_items(items, count);
-        Answer("get_list_items", true);
-    }
-}
-
-void AskNulls(const Subject& subject, const Question& question) {
-    AskNothingOf(subject, question.key.c_str());
-}
-
-void AskNullKey(const Subject& subject, const Question&) {
-    const SIProviderTable& table = subject.Table();
-    AskNothingOf(subject, nullptr);
-    AnswerYesNo(answers::VISIBLE, subject.Entry().checkVisible(nullptr, 0));
-    AnswerYesNo(answers::ENABLED, subject.Entry().checkEnabled(nullptr, 0));
-    Answer("set_int", table.set_int(nullptr, 1));
-    int value = FILLED;
-    Answer("get_int", table.get_int(nullptr, &value));
-    Answer(answers::VALUE, value);
-    int kind = FILLED;
-    Answer("list_item_kind", table.list_item_kind(nullptr, &kind));
-    Answer("kind", kind);
-    auto** empty = static_cast<ListItem**>(std::calloc(2, sizeof(ListItem*)));
-    Answer("free_list_items", table.free_list_items(empty, 2));
-    empty = static_cast<ListItem**>(std::calloc(1, sizeof(ListItem*)));
-    Answer("free_list_items", table.free_list_items(empty, -1));
-}
 
 void AskTableItself(const Subject& subject, const Question&) {
     void* const* slots = reinterpret_cast<void* const*>(&subject.Table());
@@ -168,6 +102,9 @@ void AskFilledProperties(const Subject& subject, const Question&) {
          {"provider/owner", "provider/main-component", "provider/sub-component", "provider/none"}) {
         char* text = filledText;
         Answer(answers::RESULT, subject.Table().provider_property(key, &text));
+        if (text != filledText && text != nullptr) {
+            AnswerBlock(text, std::strlen(text) + 1);
+        }
         AnswerSlotText(key, text);
     }
 }
@@ -176,17 +113,20 @@ void AskFilledProperties(const Subject& subject, const Question&) {
 // The check functions with other values
 // ---------------------------------------------------------------------------------------------
 
-// One call a question: what two rules read together would be a product.
-void AskVisibleOfOtherValue(const Subject& subject, const Question& question) {
-    AnswerYesNo(answers::VISIBLE, subject.Entry().checkVisible(question.key.c_str(), INT_MIN));
+void AskVisibleOfOtherValues(const Subject& subject, const Question& question) {
+    for (const int value : OTHER_VALUES) {
+        AnswerYesNo(answers::VISIBLE, subject.Entry().checkVisible(question.Key(), value));
+    }
 }
 
-void AskEnabledOfOtherValue(const Subject& subject, const Question& question) {
-    AnswerYesNo(answers::ENABLED, subject.Entry().checkEnabled(question.key.c_str(), 1));
+void AskEnabledOfOtherValues(const Subject& subject, const Question& question) {
+    for (const int value : OTHER_VALUES) {
+        AnswerYesNo(answers::ENABLED, subject.Entry().checkEnabled(question.Key(), value));
+    }
 }
 
 void AskOtherForms(const Subject& subject, const Question& question) {
-    const char* key = question.key.c_str();
+    const char* key = question.Key();
     const auto call = [&](const char* name, auto first, auto second) {
         for (const auto value : {first, second}) {
             using Form = int (*)(const char*, decltype(first));
@@ -218,12 +158,12 @@ constexpr Kind OF_EACH_ITEM[] = {
     {"boxes-filled", AskFilledBoxes},
     {"choices-filled", AskFilledList},
     {"nulls", AskNulls},
-    {"visible-of-other-value", AskVisibleOfOtherValue},
-    {"enabled-of-other-value", AskEnabledOfOtherValue},
+    {"visible-of-other-values", AskVisibleOfOtherValues},
+    {"enabled-of-other-values", AskEnabledOfOtherValues},
     {"other-forms", AskOtherForms},
 };
 constexpr Kind OF_THE_TABLE[] = {
-    {"table:null-key", AskNullKey},
+    {"table:nulls", AskNullsOfTheTable},
     {"table:slots", AskTableItself},
     {"table:properties-filled", AskFilledProperties},
 };
@@ -245,19 +185,53 @@ const Question* FindIn(const std::vector<Question>& questions, const std::string
     return nullptr;
 }
 
+void AskWriteOfOtherValues(const Subject& subject, const Question& question) {
+    for (const int value : {9, 10, 11, 12, 13, 14, 15, 16, 18}) {
+        Answer(answers::RESULT, subject.Table().set_int(question.Key(), value));
+    }
+}
+
 // Every value that can mean something to some item, and those beside it.
-void AddWrites(std::vector<Question>& questions, const Item& item) {
+void AddWrites(std::vector<Question>& questions, const Question& like, const std::string& name) {
     for (const int value : {0, 1, 2, 3, 4, 5, 6, 7, 8, 17, -1, INT_MAX, INT_MIN,
                             SI_ACTION_VALUE - 1, SI_ACTION_VALUE, SI_ACTION_VALUE + 1}) {
-        const std::string name = std::string("set:") + item.name + '=' + std::to_string(value);
-        if (FindIn(questions, name) != nullptr) {
-            continue;
-        }
-        Question question = *FindIn(questions, std::string("set:") + item.name + "=1");
-        question.name = name;
+        Question question = like;
+        question.name = "set:" + name + '=' + std::to_string(value);
         question.value = value;
-        questions.push_back(std::move(question));
+        if (FindIn(questions, question.name) == nullptr) {
+            questions.push_back(std::move(question));
+        }
     }
+    Question question = like;
+    question.name = "set-others:" + name;
+    question.kind = Asks::kFunction;  // no scenario can hand over several
+    question.ask = AskWriteOfOtherValues;
+    questions.push_back(std::move(question));
+}
+
+struct OddKey {
+    const char* name;
+    const char* key;
+};
+// Of no item.
+constexpr OddKey ODD_KEYS[] = {
+    {"no-such-item", "menu/system/no-such-item"},
+    {"part-of-a-key", "menu/system/general-voic"},
+    {"orvik-terms", "menu/system/general-voice-voice-settings-orvik-terms"},
+    {"tencent-more", "menu/system/general-voice-voice-settings-tencent-more"},
+    {"null-key", nullptr},
+};
+
+void AddOddKey(std::vector<Question>& questions, const OddKey& odd) {
+    Question write = *FindIn(questions, "press:popup");
+    write.kind = Asks::kFunction;  // a scenario hands over values of items
+    write.key = odd.key != nullptr ? odd.key : "";
+    write.isKeyNull = odd.key == nullptr;
+    for (const Kind& kind : OF_EACH_ITEM) {
+        questions.push_back(OfKey(kind, odd.name, write.key.c_str()));
+        questions.back().isKeyNull = write.isKeyNull;
+    }
+    AddWrites(questions, write, odd.name);
 }
 
 std::vector<Question> AllThoroughQuestions() {
@@ -267,11 +241,10 @@ std::vector<Question> AllThoroughQuestions() {
             questions.push_back(OfKey(kind, item.name, item.key));
             questions.back().item = &item;
         }
-        AddWrites(questions, item);
+        AddWrites(questions, *FindIn(questions, std::string("set:") + item.name + "=1"), item.name);
     }
-    for (const Kind& kind : OF_EACH_ITEM) {
-        questions.push_back(OfKey(kind, "no-such-item", "menu/system/no-such-item"));
-        questions.push_back(OfKey(kind, "part-of-a-key", "menu/system/general-voic"));
+    for (const OddKey& odd : ODD_KEYS) {
+        AddOddKey(questions, odd);
     }
     for (const Kind& kind : OF_THE_TABLE) {
         questions.push_back(OfKey(kind, "", ""));

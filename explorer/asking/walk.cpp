@@ -368,7 +368,8 @@ WalkCount Walk::Count() const {
         count.open.emplace_back("a provider crashes, and was not asked on from there");
     }
     if (!unknown_.empty()) {
-        count.open.emplace_back("a provider asks for what the inputs do not name");
+        count.open.emplace_back(
+            "a provider asks for what the inputs do not name, or does more than is seen");
     }
     if (isInterrupted_) {
         count.open.emplace_back("it was interrupted");

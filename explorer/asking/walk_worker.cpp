@@ -94,15 +94,15 @@ class Walk::Worker {
             recorders_[i].Make(StateOf(i), makes_[i]);
             isAlike = isAlike && recorders_[i].Record() == recorders_[0].Record();
         }
-        if (TIStorageManagerState::enabled && (!isAlike || IsUntried())) {
+        if (!isAlike || IsUntried()) {
             for (Recorder& recorder : recorders_) {
-                recorder.TryTracing();
+                recorder.TryAgain();
             }
         }
     }
 
-    // Whether what the providers did, which is alike, was not tried with tracing yet; from now on
-    // it is.
+    // Whether what the providers did, which is alike, was not tried with other memory and tracing
+    // yet; from now on it is.
     bool IsUntried() {
         std::uint64_t hash = 14695981039346656037U;  // FNV-1a
         const auto add = [&hash](std::uint64_t number) { hash = (hash ^ number) * 1099511628211U; };

@@ -27,6 +27,8 @@ constexpr struct {
     {Call::Kind::kCreate, "create"},
     {Call::Kind::kPublish, "publish"},
     {Call::Kind::kDelete, "delete"},
+    {Call::Kind::kCreateNothing, "create-nothing"},
+    {Call::Kind::kInitialize, "initialize-and-finalize"},
     {Call::Kind::kDeleteNothing, "delete-nothing"},
     {Call::Kind::kSecond, "create-and-delete-second"},
     {Call::Kind::kSecondStays, "create-second-delete-first"},
@@ -144,9 +146,11 @@ class CallsReader : private vtv::TomlReader {
         const auto known = std::find_if(std::begin(WORDS), std::end(WORDS),
                                         [&](const auto& each) { return word == each.word; });
         if (known == std::end(WORDS)) {
-            Fail(table, "do = \"" + word +
-                            "\": write create, publish, delete, delete-nothing, "
-                            "create-and-delete-second, create-second-delete-first or ask");
+            std::string words;
+            for (const auto& each : WORDS) {
+                words += (words.empty() ? " " : ", ") + std::string(each.word);
+            }
+            Fail(table, "do = \"" + word + "\": write one of" + words);
         }
         one.call.kind = known->kind;
         if (table.contains("policy")) {
@@ -229,7 +233,7 @@ class Player {
             tv().Begin(shared.choices);
             const std::function<void()> call = [&] { Do(one.call); };
             recorder_.Make(states.back(), call);
-            recorder_.TryTracing();
+            recorder_.TryAgain();
             done.push_back(TextsOf(ReadRecord(recorder_.Record())));
             if (recorder_.Next()) {
                 states.push_back(std::move(*recorder_.Next()));

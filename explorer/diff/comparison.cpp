@@ -4,7 +4,7 @@
 
 #include "explorer/tv/lazy_tv.h"
 #include "explorer/tv/trace_sites.h"
-#include "platform/trace_storage.h"
+#include "walk_comparison.h"
 
 namespace explorer {
 
@@ -94,12 +94,7 @@ std::vector<Difference> ListOf(const Differences& differences) {
 PolicyComparer::PolicyComparer(const Inputs& inputs, const DiffOptions& options, int policy,
                                Shared& shared)
     : inputs_(inputs), options_(options), policy_(policy), shared_(shared) {
-    tv().logLevel = !options.logs   ? LogLevel::kNone
-                    : options.lines ? LogLevel::kLines
-                                    : LogLevel::kFiles;
-    tv().everything = true;
-    tv().notesReads = options.reads;
-    TIStorageManagerState::enabled = options.logs;
+    UseRecords({options.logs, options.lines, options.reads});
     const Policy& published = inputs.policies[static_cast<std::size_t>(policy)];
     a_ = std::make_unique<Subject>(options.provider, published);
     // The loader opens a file only once: what may be the same file needs a copy.

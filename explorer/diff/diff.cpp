@@ -216,6 +216,25 @@ DiffResult CompareInRounds(const Inputs& inputs, const DiffOptions& options,
     return result;
 }
 
+// Where values that no input names lead to: the first of each question.
+std::vector<ShownDifference> DifferencesBeyond(const AnswersBeyond& a, const AnswersBeyond& b) {
+    std::vector<ShownDifference> differences;
+    for (const auto& [place, answers] : a.answers) {
+        const auto& [question, policy, value] = place;
+        const auto other = b.answers.find(place);
+        const bool isAlike = other == b.answers.end() || other->second == answers;
+        if (!isAlike && (differences.empty() || differences.back().question != question)) {
+            ShownDifference& shown = differences.emplace_back();
+            shown.onlyB = {"answers otherwise, with a value that no input names"};
+            shown.question = question;
+            shown.questions = {{0, question}};
+            shown.paths = 1;
+            shown.smallest = {"policy: " + policy, value};
+        }
+    }
+    return differences;
+}
+
 }  // namespace
 
 int DiffMain(const DiffOptions& options) {
@@ -228,10 +247,12 @@ int DiffMain(const DiffOptions& options) {
     if (result.differences.empty()) {
         CommonOptions other = options;
         other.provider = options.other;
-        for (const CommonOptions& asked : {CommonOptions(options), other}) {
-            const Lines unnamed = AskBeyond(inputs, ShareOf(questions, options.shard), asked);
-            result.troubles.insert(result.troubles.end(), unnamed.begin(), unnamed.end());
-        }
+        const std::vector<const Question*> mine = ShareOf(questions, options.shard);
+        const AnswersBeyond a = AskBeyond(inputs, mine, options);
+        const AnswersBeyond b = AskBeyond(inputs, mine, other);
+        result.troubles.insert(result.troubles.end(), a.troubles.begin(), a.troubles.end());
+        result.troubles.insert(result.troubles.end(), b.troubles.begin(), b.troubles.end());
+        result.differences = DifferencesBeyond(a, b);
     }
     ReportRate(options.quiet);
     return Show(options, result);

@@ -139,8 +139,8 @@ std::string ToReplay(const Inputs& inputs, const State& state, const Question& q
     if (!isOfPage && !isPress) {
         return "";
     }
-    const Record entries = ReadRecord(record);
-    const Record others = ReadRecord(other);
+    const Record entries = WithIds(ReadRecord(record));
+    const Record others = WithIds(ReadRecord(other));
     if (Those(entries, IsSeen) != Those(others, IsSeen)) {
         return EffectSteps(inputs, state, question, entries, others);
     }

@@ -16,6 +16,7 @@ void UseRecords(const RecordOptions& options) {
                     : options.lines ? LogLevel::kLines
                                     : LogLevel::kFiles;
     tv().everything = true;
+    tv().marksTexts = true;
     tv().notesReads = options.reads;
     TIStorageManagerState::enabled = options.logs;
 }

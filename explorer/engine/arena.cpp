@@ -16,9 +16,13 @@ namespace {
 
 constexpr std::uint32_t USED = 0x5EEDB10C;
 constexpr std::uint32_t FREED = 0xF4EEB10C;
-// What nobody has written yet, and what nobody may read any more, are the same bytes in each run.
-constexpr int UNWRITTEN = 0xA5;
-constexpr int GIVEN_BACK = 0xDF;
+// What nobody has written yet, and what nobody may read any more, by the filling.
+constexpr unsigned char UNWRITTEN[] = {0xA5, 0x5B};
+constexpr unsigned char GIVEN_BACK[] = {0xDF, 0x23};
+
+std::size_t RoundedUp(std::size_t size, std::size_t to) {
+    return (size + to - 1) / to * to;
+}
 
 int wrongFrees = 0;
 
@@ -76,6 +80,7 @@ Arena::Arena(int number)
             std::strerror(errno));
     }
     Own() = {0, sizeof(Books), {}};
+    highest_ = sizeof(Books);
 }
 
 Arena::Header* Arena::At(std::uint32_t offset) const {
@@ -89,8 +94,8 @@ Arena::Books& Arena::Own() const {
 void* Arena::Allocate(std::size_t size, std::size_t alignment) {
     Books& own = Own();
     alignment = std::max<std::size_t>(alignment, sizeof(Header));
-    const std::size_t place = (own.top + sizeof(Header) + alignment - 1) / alignment * alignment;
-    const std::size_t rounded = (size + sizeof(Header) - 1) / sizeof(Header) * sizeof(Header);
+    const std::size_t place = RoundedUp(own.top + sizeof(Header), alignment);
+    const std::size_t rounded = RoundedUp(size, sizeof(Header));
     if (size > SIZE || place + rounded > SIZE) {
         isFull_ = true;
         return nullptr;
@@ -101,7 +106,8 @@ void* Arena::Allocate(std::size_t size, std::size_t alignment) {
     *At(offset) = {static_cast<std::uint32_t>(size), USED, own.last, 0};
     own.last = offset;
     own.top = static_cast<std::uint32_t>(place + rounded);
-    std::memset(begin_ + place, UNWRITTEN, rounded);
+    highest_ = std::max<std::size_t>(highest_, own.top);
+    std::memset(begin_ + place, UNWRITTEN[static_cast<int>(filling_)], rounded);
     return begin_ + place;
 }
 
@@ -109,7 +115,7 @@ void Arena::Free(void* block) {
     const std::size_t from = reinterpret_cast<std::uintptr_t>(block) - PLACE;
     const Arena& arena = Of(static_cast<int>(from / SIZE));
     const std::size_t place = from % SIZE;
-    Books& own = arena.Own();
+    const Books& own = arena.Own();
     Header* header =
         place % sizeof(Header) == 0 && place >= sizeof(Books) + sizeof(Header) && place <= own.top
             ? arena.At(static_cast<std::uint32_t>(place - sizeof(Header)))
@@ -119,18 +125,62 @@ void Arena::Free(void* block) {
         return;
     }
     header->mark = FREED;
-    std::memset(block, GIVEN_BACK, header->size);
-    while (own.last != 0 && arena.At(own.last)->mark == FREED) {
-        const std::uint32_t previous = arena.At(own.last)->previous;
-        arena.At(own.last)->mark = 0;
-        own.last = previous;
+    arena.Clear(place, place + RoundedUp(header->size, sizeof(Header)));
+}
+
+bool Arena::Settle() {
+    Books& own = Own();
+    while (own.last != 0 && At(own.last)->mark == FREED) {
+        const std::uint32_t last = own.last;
+        own.last = At(last)->previous;
+        // With what aligns it.
+        const std::size_t before =
+            own.last == 0
+                ? sizeof(Books)
+                : own.last + sizeof(Header) + RoundedUp(At(own.last)->size, sizeof(Header));
+        Clear(before, last + sizeof(Header));
+        own.top = static_cast<std::uint32_t>(before);
     }
-    own.top = sizeof(Books);
-    if (own.last != 0) {
-        const std::size_t size = arena.At(own.last)->size;
-        own.top = static_cast<std::uint32_t>(own.last + sizeof(Header) +
-                                             (size + sizeof(Header) - 1) / sizeof(Header) *
-                                                 sizeof(Header));
+    const bool isWhole = IsClear(own.top, highest_);
+    if (!isWhole) {
+        Clear(own.top, highest_);
+    }
+    return isWhole;
+}
+
+void Arena::Clear(std::size_t begin, std::size_t end) const {
+    std::memset(begin_ + begin, GIVEN_BACK[static_cast<int>(filling_)], end - begin);
+}
+
+bool Arena::IsClear(std::size_t begin, std::size_t end) const {
+    // Each byte is the one before it.
+    return begin == end ||
+           (static_cast<unsigned char>(begin_[begin]) == GIVEN_BACK[static_cast<int>(filling_)] &&
+            std::memcmp(begin_ + begin, begin_ + begin + 1, end - begin - 1) == 0);
+}
+
+template <typename Visit>
+void Arena::ForEachGap(Visit visit) const {
+    for (std::uint32_t at = Own().last; at != 0; at = At(at)->previous) {
+        if (At(at)->mark == FREED) {
+            const std::size_t place = at + sizeof(Header);
+            visit(place, place + RoundedUp(At(at)->size, sizeof(Header)));
+        }
+    }
+}
+
+bool Arena::HasWholeGaps() const {
+    bool areWhole = true;
+    ForEachGap(
+        [&](std::size_t begin, std::size_t end) { areWhole = areWhole && IsClear(begin, end); });
+    return areWhole;
+}
+
+void Arena::FillWith(Filling filling) {
+    if (filling_ != filling) {
+        filling_ = filling;
+        ForEachGap([this](std::size_t begin, std::size_t end) { Clear(begin, end); });
+        Clear(Own().top, highest_);
     }
 }
 
@@ -165,6 +215,8 @@ bool Arena::Is(const std::string& image) const {
 
 void Arena::PutBack(const std::string& image) {
     std::memcpy(begin_, image.data(), image.size());
+    highest_ = std::max(highest_, image.size());
+    Clear(image.size(), highest_);
     isFull_ = false;
 }
 

@@ -170,7 +170,9 @@ CanonicalForm LibraryState::Canonical(const std::vector<std::uintptr_t>& roots) 
         writer.Write(root);
     }
     writer.WriteReached();
-    return {writer.Text(), writer.FreeLost(), writer.Rest()};
+    const int lost = writer.FreeLost();
+    arena_.Settle();
+    return {writer.Text(), lost, writer.Rest()};
 }
 
 std::map<std::size_t, std::int32_t> LibraryState::TakeNumbers(std::int32_t above, int count) {

@@ -97,7 +97,7 @@ int CheckMain(const CheckOptions& options) {
     checking.Run();
     CheckResult result = ResultOf(checking, inputs);
     const std::vector<std::string> unnamed =
-        AskBeyond(inputs, ShareOf(QuestionsOf({}), options.shard), options);
+        AskBeyond(inputs, ShareOf(QuestionsOf({}), options.shard), options).troubles;
     result.count.open.insert(result.count.open.end(), unnamed.begin(), unnamed.end());
     const int code = Show(options, result);
     ReportUnknownKeys(checking.Walked().UnknownKeys(), inputs);

@@ -298,8 +298,9 @@ const std::vector<Invariant>& OfConduct() {
          "No path comes to an exception, except for a TV without an account application.",
          NoException, Any, Invariant::Asks::kOnce},
         {"nothing-goes-wrong",
-         "No path crashes, lets an exception out, leaks or touches freed memory.", NothingGoesWrong,
-         Any, Invariant::Asks::kOnce},
+         "No path crashes, lets an exception out, leaks, writes to freed memory or answers from "
+         "it.",
+         NothingGoesWrong, Any, Invariant::Asks::kOnce},
     };
     return invariants;
 }

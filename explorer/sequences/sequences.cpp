@@ -88,6 +88,36 @@ void WriteScenarios(const SequencesOptions& options, const std::vector<Sequences
     }
 }
 
+// To standard error; false when something is not.
+bool ReportWhatIsNotProven(const SequencesOptions& options, const Inputs& inputs,
+                           const std::vector<SequencesResult>& results) {
+    std::set<std::string> unknown;
+    std::uint64_t states = 0;
+    bool isWhole = true;
+    bool remembers = false;
+    for (const SequencesResult& result : results) {
+        unknown.insert(result.unknownKeys.begin(), result.unknownKeys.end());
+        states += result.states;
+        isWhole = isWhole && result.finished && !result.remembers;
+        remembers = remembers || result.remembers;
+    }
+    if (remembers) {
+        std::fputs(
+            "vtv explore sequences: not proven: the provider remembers what it was asked before, "
+            "and "
+            "sequences are told apart by the TV alone. \"vtv-explore check\" and \"diff\" look at "
+            "what "
+            "it remembers\n",
+            stderr);
+    }
+    ReportUnknownKeys(unknown, inputs);
+    ReportRate(options.quiet, states, "states");
+    if (IsInterrupted()) {
+        std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
+    }
+    return isWhole && unknown.empty();
+}
+
 }  // namespace
 
 int SequencesMain(const SequencesOptions& options) {
@@ -132,23 +162,11 @@ int SequencesMain(const SequencesOptions& options) {
     } else {
         PrintText(results, invariants, breaks);
     }
-    std::set<std::string> unknown;
-    std::uint64_t states = 0;
-    bool isWhole = true;
-    for (const SequencesResult& result : results) {
-        unknown.insert(result.unknownKeys.begin(), result.unknownKeys.end());
-        states += result.states;
-        isWhole = isWhole && result.finished;
-    }
-    ReportUnknownKeys(unknown, inputs);
-    ReportRate(options.quiet, states, "states");
-    if (IsInterrupted()) {
-        std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
-    }
+    const bool isProven = ReportWhatIsNotProven(options, inputs, results);
     if (!breaks.empty()) {
         return kExitNo;
     }
-    return isWhole && unknown.empty() ? kExitOk : kExitTrouble;
+    return isProven ? kExitOk : kExitTrouble;
 }
 
 }  // namespace explorer

@@ -78,6 +78,7 @@ SequencesResult ResultOf(const Search& search, const Stage& stage, ConcreteTv& t
     result.transitions = search.Transitions();
     result.deepest = search.Deepest();
     result.closed = search.IsClosed();
+    result.remembers = search.Remembers();
     for (const BrokenSequence& broken : search.Broken()) {
         result.broken.push_back(ResultOf(search, broken, stage, tv));
     }
@@ -99,7 +100,10 @@ SequencesResult ResultOf(const Search& search, const Stage& stage, ConcreteTv& t
 namespace {
 
 const char* EndOf(const SequencesResult& result) {
-    return !result.finished ? "UNFINISHED" : result.closed ? "closed" : "goes on";
+    return !result.finished   ? "UNFINISHED"
+           : result.remembers ? "UNPROVEN"
+           : result.closed    ? "closed"
+                              : "goes on";
 }
 
 void Print(const ShortestBreak& one) {
@@ -138,6 +142,7 @@ Json::Value ToJson(const SequencesResult& result) {
     json["deepest"] = result.deepest;
     json["closed"] = result.closed;
     json["finished"] = result.finished;
+    json["remembers"] = result.remembers;
     json["seconds"] = result.seconds;
     return json;
 }

@@ -35,6 +35,7 @@ struct SequencesResult {
     std::uint64_t transitions = 0;
     int deepest = 0;
     bool closed = false;
+    bool remembers = false;  // the provider, so that not every sequence was tried
     double seconds = 0;
     std::vector<BrokenResult> broken;
     std::vector<std::string> tours;
@@ -42,8 +43,8 @@ struct SequencesResult {
 
     template <typename Bytes>
     void Members(Bytes& bytes) {
-        bytes(model, finished, states, transitions, deepest, closed, seconds, broken, tours,
-              unknownKeys);
+        bytes(model, finished, states, transitions, deepest, closed, remembers, seconds, broken,
+              tours, unknownKeys);
     }
 };
 

@@ -4,6 +4,7 @@
 
 #include "explorer/engine/memory.h"
 #include "explorer/tv/lazy_tv.h"
+#include "explorer/tv/trace_sites.h"
 
 namespace explorer {
 
@@ -13,8 +14,14 @@ namespace explorer {
 
 Stage::Stage(const std::string& provider, const NewTv& model) {
     policy_.name = model.model.name;
+    const auto watch = [this](const Subject& subject) {
+        subject.ForgetLanguages();
+        watched_.push_back({&subject, std::make_unique<LibraryMemory>(
+                                          reinterpret_cast<const void*>(subject.Entry().create))});
+    };
     if (!model.policy) {
         first_ = std::make_unique<Subject>(provider, policy_);
+        watch(*first_);
         return;
     }
     policy_.published = {*model.policy};
@@ -29,6 +36,18 @@ Stage::Stage(const std::string& provider, const NewTv& model) {
     if (tv().HasEffects() && trouble_.empty()) {
         trouble_ = "publishing the policy changes the TV";
     }
+    watch(*first_);
+    watch(*again_);
+}
+
+bool Stage::HasChanged() const {
+    bool hasChanged = false;
+    for (const Watched& one : watched_) {
+        one.subject->ForgetLanguages();
+        const int sites = static_cast<int>(TraceSites().size());
+        hasChanged = !one.memory->IsAsBefore(BEFORE_SITES, sites) || hasChanged;
+    }
+    return hasChanged;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -61,6 +80,7 @@ bool Search::Run() {
         }
         shared_.runs.store(states_.size(), std::memory_order_relaxed);
     }
+    remembers_ = remembers_ || stage_.HasChanged();
     return true;
 }
 
@@ -100,6 +120,7 @@ int Search::Add(const TvState& state, int parent, int action) {
 
 bool Search::MayRun(std::string& crash) {
     shared_.step = ++run_;
+    remembers_ = remembers_ || stage_.HasChanged();
     const auto known = options_.crashes.find(run_);
     if (known == options_.crashes.end()) {
         return true;

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "explorer/engine/library_memory.h"
 #include "explorer/engine/workers.h"
 #include "explorer/invariants/check.h"
 #include "viewer_actions.h"
@@ -24,11 +25,19 @@ class Stage {
     const Subject& Of(bool published) const { return published && again_ ? *again_ : *first_; }
     // What is wrong about publishing again; empty when all is well.
     const std::string& Trouble() const { return trouble_; }
+    // Whether the provider remembers more than it did when this was last asked, or at first: what
+    // it caches of languages does not count.
+    bool HasChanged() const;
 
   private:
+    struct Watched {
+        const Subject* subject;
+        std::unique_ptr<LibraryMemory> memory;
+    };
     Policy policy_;
     std::unique_ptr<Subject> first_;
     std::unique_ptr<Subject> again_;
+    std::vector<Watched> watched_;
     std::string trouble_;
 };
 
@@ -70,7 +79,10 @@ class Search {
     std::uint64_t Transitions() const { return transitions_; }
     int Deepest() const { return depths_.back(); }
     // Every state was gone on from: nothing more can be reached.
-    bool IsClosed() const { return expanded_ == states_.size(); }
+    bool IsClosed() const { return expanded_ == states_.size() && !remembers_; }
+    // The provider is not what it was at first: what was seen last may hold after some sequences
+    // only.
+    bool Remembers() const { return remembers_; }
 
     const std::vector<BrokenSequence>& Broken() const { return broken_; }
     const std::vector<Action>& Actions() const { return actions_; }
@@ -130,6 +142,7 @@ class Search {
     std::size_t expanded_ = 0;
     std::uint64_t transitions_ = 0;
     int run_ = 0;
+    bool remembers_ = false;
 
     std::vector<Action> actions_;
     std::map<Kind, int> kinds_;

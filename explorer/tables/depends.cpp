@@ -150,6 +150,13 @@ int DependsMain(const DependsOptions& options) {
         options.source ? QuestionsOfLooks()
                        : QuestionsOf(options.reverse ? std::vector<std::string>() : options.names),
         options);
+    const bool isText = !options.source && options.format != Format::kJson;
+    if (exploration->interrupted && !isText) {
+        std::fputs(
+            "vtv explore: interrupted; nothing is printed, for a part would read like the whole\n",
+            stderr);
+        return kExitTrouble;
+    }
     Names depends = Collect(inputs, *exploration);
     if (options.reverse || options.source) {
         depends = Reversed(depends, options.names);
@@ -160,6 +167,10 @@ int DependsMain(const DependsOptions& options) {
     program::Print(text, options.source ? program::Form::kExact : FormOf(options.format));
     ReportUnknownKeys(exploration->unknownKeys, inputs);
     ReportRate(options.quiet);
+    if (exploration->interrupted) {
+        std::puts("(unfinished)");
+        std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
+    }
     return exploration->interrupted || !exploration->unknownKeys.empty() ? kExitTrouble : kExitOk;
 }
 

@@ -95,7 +95,7 @@ int TableMain(const TableOptions& options) {
     const std::vector<const Question*> questions = QuestionsOf(options.names);
     const std::vector<const Question*> mine = ShareOf(questions, options.shard);
     const std::unique_ptr<Exploration> exploration = Explore(inputs, mine, options);
-    const std::vector<std::string> unnamed = AskBeyond(inputs, mine, options);
+    const std::vector<std::string> unnamed = AskBeyond(inputs, mine, options).troubles;
     std::vector<Table> tables = MakeTables(inputs, *exploration);
     const int code = unnamed.empty() ? CodeOf(tables, *exploration) : kExitTrouble;
     if (!options.docs.empty() && exploration->interrupted) {

@@ -1,4 +1,5 @@
 // What the provider makes happen: applications, popups, the toolkit, sound.
+#include <algorithm>
 #include <string>
 
 #include "explorer/engine/memory.h"
@@ -7,6 +8,7 @@
 #include "platform/applications.h"
 #include "platform/speech.h"
 #include "platform/toolkit.h"
+#include "virtual-tv/model/applications.h"
 
 using explorer::Entry;
 using explorer::Handle;
@@ -28,6 +30,7 @@ int ResultOf(const char* function) {
 
 int AddExtra(const char* call, void* handle, const char* key, const char* value) {
     const PlatformMemory own;
+    tv().Note(call, (Printable(key) + '=' + Printable(value)).c_str());
     Handle* known = explorer::UseHandle(call, handle);
     if (known == nullptr || key == nullptr || value == nullptr) {
         return FailureOf(call);
@@ -36,7 +39,19 @@ int AddExtra(const char* call, void* handle, const char* key, const char* value)
     return 0;
 }
 
+// The page starts what every TV has, assistants, and what the TV itself has named.
+bool IsKnownApplication(const std::string& appId) {
+    const std::vector<vtv::KnownAssistant>& assistants = vtv::KnownAssistants();
+    return appId == vtv::kNotification || appId == vtv::kSetupWizard || appId == vtv::kOnboarding ||
+           std::any_of(assistants.begin(), assistants.end(),
+                       [&](const vtv::KnownAssistant& known) { return appId == known.appId; }) ||
+           tv().HasToldOf(appId);
+}
+
 void RecordLaunch(Entry kind, const std::string& appId, const vtv::Extras& extras) {
+    if (!IsKnownApplication(appId)) {
+        tv().NoteUnknown("application " + appId);
+    }
     tv().Append(kind, appId);
     for (const auto& [key, value] : extras) {
         tv().Append(Entry::kExtra, key, value);
@@ -95,6 +110,7 @@ int app_control_set_operation(app_control_h handle, const char* operation) {
 
 int app_control_set_app_id(app_control_h handle, const char* appId) {
     const PlatformMemory own;
+    tv().Note(__func__, appId);
     Handle* request = explorer::UseHandle(__func__, handle);
     if (request == nullptr || appId == nullptr) {
         return FailureOf(__func__);
@@ -159,7 +175,7 @@ int avoc_set_sound_feedback(int feedback, int priority) {
 
 int elm_init(int count, char** arguments) {
     if (count != 1 || arguments != nullptr) {
-        tv().Note("elm_init", "with arguments of another number");
+        tv().Note(arguments == nullptr ? "elm_init" : "elm_init with arguments", count);
     }
     RecordCall("elm_init");
     return 1;

@@ -55,6 +55,11 @@ class Reader : private vtv::TomlReader {
             CheckKeys(*texts, "in [texts]", {"with-name"});
             inputs.textsWithName = Strings(*texts, "with-name");
         }
+        if (inputs.inputs.size() > Inputs::MOST) {
+            throw vtv::Error(vtv::ErrorKind::kUsage, File() + ": has more than " +
+                                                         std::to_string(Inputs::MOST) +
+                                                         " inputs; leave some out");
+        }
         if (inputs.inputs.empty() || inputs.policies.empty()) {
             throw vtv::Error(vtv::ErrorKind::kUsage,
                              File() + ": needs at least one [[input]] and one [[policy]]");

@@ -64,6 +64,7 @@ struct Policy {
 };
 
 struct Inputs {
+    static constexpr std::size_t MOST = 256;
     std::string file;
     std::vector<Input> inputs;
     std::vector<Policy> policies;

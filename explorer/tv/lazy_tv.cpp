@@ -47,6 +47,7 @@ void Tv::Use(const Inputs& inputs) {
     expanded_.clear();
     unknown_.clear();
     translations_.clear();
+    marked_.clear();
     for (const std::string& id : inputs.textsWithName) {
         translations_.emplace_back(id, id + " " + std::string(NAME_PLACEHOLDER));
     }
@@ -65,6 +66,13 @@ void Tv::Use(const Inputs& inputs) {
 void Tv::NoteUnknown(const std::string& what) {
     const PlatformMemory own;
     unknown_.insert(what);
+}
+
+bool Tv::HasToldOf(std::string_view text) const {
+    return std::any_of(touched_, touched_ + touchedSize_, [&](std::uint16_t input) {
+        return current_[input] != nullptr && current_[input]->kind == Value::Kind::kText &&
+               current_[input]->text == text;
+    });
 }
 
 int Tv::Lookup(Input::Kind kind, const char* key) const {
@@ -168,13 +176,22 @@ const char* Tv::TextOf(const Value& value) {
     return text.c_str();
 }
 
-const char* Tv::Translate(const char* id) const {
-    for (const auto& [known, text] : translations_) {
-        if (known == id) {
-            return text.c_str();
-        }
+const char* Tv::Translate(const char* id) {
+    if (id == nullptr) {
+        return nullptr;
     }
-    return id;
+    const auto known = std::find_if(translations_.begin(), translations_.end(),
+                                    [id](const auto& one) { return one.first == id; });
+    const char* text = known != translations_.end() ? known->second.c_str() : id;
+    if (!marksTexts) {
+        return text;
+    }
+    const PlatformMemory own;
+    std::string& marked = marked_[id];
+    if (marked.empty()) {
+        marked = std::string(TRANSLATED_FROM) + text + TRANSLATED_TO;
+    }
+    return marked.c_str();
 }
 
 std::string Tv::FirstText(int input) const {
@@ -208,8 +225,12 @@ void Tv::FixTexts() {
     for (std::size_t i = 0; i < touchedSize_; ++i) {
         const int input = touched_[i];
         const Value* value = current_[input];
-        if (value == nullptr || !value->hasPlaceholder || written_.size() == MAX_WRITES) {
+        if (value == nullptr || !value->hasPlaceholder) {
             continue;
+        }
+        if (written_.size() == MAX_WRITES) {
+            NoteTooMuch(std::to_string(MAX_WRITES) + " writes in one call");
+            return;
         }
         Value fixed = *value;
         fixed.text = TextOf(*value);
@@ -229,7 +250,11 @@ int Tv::Write(int input, int writeInput, Value value) {
             return result.number;
         }
     }
-    if (input < 0 || written_.size() == MAX_WRITES) {
+    if (input < 0) {
+        return 0;
+    }
+    if (written_.size() == MAX_WRITES) {
+        NoteTooMuch(std::to_string(MAX_WRITES) + " writes in one call");
         return 0;
     }
     if (input == currentAssistant_) {
@@ -304,13 +329,14 @@ void Tv::AddWatch(const char* key, void (*callback)(keynode*, void*), void* user
     } else {
         watches_.push_back({callback, userData});
     }
-    AppendTrace("watches the policy");
+    AppendTrace(userData == nullptr ? "watches the policy" : "watches the policy, with data");
 }
 
 bool Tv::RemoveWatch(const char* key, void (*callback)(keynode*, void*)) {
     const auto found = std::find_if(watches_.begin(), watches_.end(),
                                     [&](const Watch& watch) { return watch.callback == callback; });
     if (!IsPolicy(key) || found == watches_.end()) {
+        Note("vconf_ignore_key_changed of what it does not watch", key);
         return false;
     }
     watches_.erase(found);

@@ -37,7 +37,7 @@ struct Watch {
 
 class Tv {
   public:
-    static constexpr std::size_t MAX_INPUTS = 256;
+    static constexpr std::size_t MAX_INPUTS = Inputs::MOST;
 
     // The inputs must outlive their use. Before the first run, and again to change them.
     void Use(const Inputs& inputs);
@@ -70,6 +70,7 @@ class Tv {
     LogLevel logLevel = LogLevel::kNone;
     bool everything = false;  // every call of the platform, with its arguments
     bool notesReads = false;  // the reads among them
+    bool marksTexts = false;  // a text that was translated is told from its id: "«TV_SID_...»"
 
     // Reads of the input in this run, the first one included.
     int ReadCount(int input) const { return reads_[input]; }
@@ -101,7 +102,8 @@ class Tv {
     // The text of a value, with the current assistant put in. Lives until the next run.
     const char* TextOf(const Value& value);
     // What a text id is translated to: itself, with the placeholder where translations have one.
-    const char* Translate(const char* id) const;
+    // Lives until the next use.
+    const char* Translate(const char* id);
     // Writes a setting, unless writing fails. Returns what the call returns.
     int WriteNumber(const char* key, int number);
     int WriteFlag(const char* key, bool flag);
@@ -112,8 +114,15 @@ class Tv {
     void AppendTrace(std::string_view event);
     // A call that is no effect; null arguments are told as such.
     void Note(std::string_view call, const char* arguments = "");
+    void Note(std::string_view call, int argument);
     // Something that the provider asked for and the data does not name: one of UnknownKeys().
     void NoteUnknown(const std::string& what);
+    // That more was done in a run than there is room for, so that not all of it was seen: one of
+    // UnknownKeys().
+    void NoteTooMuch(const std::string& what) { NoteUnknown(TOO_MUCH + what); }
+    static constexpr char TOO_MUCH[] = "more than ";
+    // Whether an input that this run read or wrote is that text.
+    bool HasToldOf(std::string_view text) const;
     // Whether the line of a record is written down.
     bool ShowsLine(const char* file, const char* function, int line) const;
     void AddWatch(const char* key, void (*callback)(keynode*, void*), void* userData);
@@ -133,6 +142,8 @@ class Tv {
     void FixTexts();
     void Put(std::string_view text);
     void PutNumber(long long number);
+    void PutFormatted(const char* format, std::va_list arguments);
+    void NoteFullRecord();
 
     static constexpr std::size_t BUFFER = 1 << 16;
 
@@ -156,6 +167,7 @@ class Tv {
     std::unordered_map<const Value*, std::unordered_map<const Value*, std::string>> expanded_;
     std::unordered_map<int, std::string> firstTexts_;
     std::vector<std::pair<std::string, std::string>> translations_;
+    std::unordered_map<std::string, std::string> marked_;  // translations of ids
 
     char record_[BUFFER] = {};
     std::size_t recordSize_ = 0;

@@ -24,6 +24,9 @@ void NoteWrong(const std::string& text) {
 Handle* HandOutHandle(std::string_view call) {
     const PlatformMemory own;
     Handle& handle = handles[next++ % handles.size()];
+    if (handle.isOut) {
+        tv().NoteTooMuch(std::to_string(handles.size()) + " handles at once");
+    }
     handle = {platform::ObjectOf(call), true, "", {}};
     return &handle;
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "explorer/engine/memory.h"
 #include "fixed_lines.h"
 #include "lazy_tv.h"
 
@@ -20,12 +21,31 @@ namespace explorer {
     const std::size_t length = std::min(text.size(), BUFFER - 1 - recordSize_);
     std::memcpy(record_ + recordSize_, text.data(), length);
     recordSize_ += length;
+    if (length < text.size()) {
+        NoteFullRecord();
+    }
+}
+
+void Tv::NoteFullRecord() {
+    NoteTooMuch(std::to_string(BUFFER - 1) + " bytes of answers and effects in one call");
 }
 
 void Tv::PutNumber(long long number) {
     char text[24];
     const std::to_chars_result end = std::to_chars(std::begin(text), std::end(text), number);
     Put({text, static_cast<std::size_t>(end.ptr - text)});
+}
+
+// As the C library prints it.
+void Tv::PutFormatted(const char* format, std::va_list arguments) {
+    const PlatformMemory own;
+    char* const place = record_ + recordSize_;
+    const std::size_t room = BUFFER - recordSize_;
+    const int length = std::vsnprintf(place, room, format, arguments);
+    recordSize_ += std::strlen(place);
+    if (length >= static_cast<int>(room)) {
+        NoteFullRecord();
+    }
 }
 
 void Tv::Append(Entry kind, std::string_view subject, const Said& value) {
@@ -86,6 +106,11 @@ void Tv::Note(std::string_view call, const char* arguments) {
     Put({"\0\0", 2});
 }
 
+void Tv::Note(std::string_view call, int argument) {
+    const PlatformMemory own;
+    Note(call, std::to_string(argument).c_str());
+}
+
 void Tv::AppendTrace(std::string_view event) {
     if (logLevel != LogLevel::kNone) {
         Append(Entry::kTrace, event);
@@ -141,13 +166,13 @@ void Tv::Log(int priority, const char* format, std::va_list arguments) {
         if (c[1] == 's') {
             const char* text = va_arg(arguments, const char*);
             Put(text != nullptr ? text : "(null)");
-            ++c;
+        } else if (c[1] == 'd') {
+            PutNumber(va_arg(arguments, int));
         } else {
-            const bool isSize = c[1] == 'z';
-            PutNumber(isSize ? static_cast<long long>(va_arg(arguments, std::size_t))
-                             : va_arg(arguments, int));
-            c += isSize ? 2 : 1;
+            PutFormatted(c, arguments);
+            break;
         }
+        ++c;
     }
     Put({"\0", 1});
 }
@@ -214,6 +239,35 @@ std::vector<RecordEntry> ReadRecord(std::string_view record) {
         }
     }
     return entries;
+}
+
+namespace {
+
+void TakeOut(std::string_view mark, std::string& text) {
+    for (std::size_t at = text.find(mark); at != text.npos; at = text.find(mark, at)) {
+        text.erase(at, mark.size());
+    }
+}
+
+void TakeMarksOut(std::string& text) {
+    TakeOut(TRANSLATED_FROM, text);
+    TakeOut(TRANSLATED_TO, text);
+}
+
+}  // namespace
+
+std::vector<RecordEntry> WithIds(std::vector<RecordEntry> record) {
+    for (RecordEntry& entry : record) {
+        if (auto* text = std::get_if<std::string>(&entry.value)) {
+            TakeMarksOut(*text);
+        } else if (auto* numbered = std::get_if<Numbered>(&entry.value)) {
+            TakeMarksOut(numbered->text);
+        }
+        for (auto& [key, value] : entry.extras) {
+            TakeMarksOut(value);
+        }
+    }
+    return record;
 }
 
 const RecordEntry* FindAnswer(const std::vector<RecordEntry>& record, std::string_view about) {

@@ -74,6 +74,12 @@ struct RecordEntry {
     std::string Text() const;
 };
 
+// What stands around a translated text where Tv::marksTexts is set.
+inline constexpr char TRANSLATED_FROM[] = "\u00AB";
+inline constexpr char TRANSLATED_TO[] = "\u00BB";
+// The entries with the ids of texts instead.
+std::vector<RecordEntry> WithIds(std::vector<RecordEntry> record);
+
 // The bytes of an entry of that kind.
 std::string EntryBytes(Entry kind, std::string_view subject);
 // What a call did is followed by what it does while tracing is off, when that was tried.

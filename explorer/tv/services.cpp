@@ -130,6 +130,9 @@ int vconf_set_int(const char* key, int value) {
 }
 
 int vconf_set_bool(const char* key, int value) {
+    if (value != 0 && value != 1) {
+        tv().Note("vconf_set_bool of the number", value);
+    }
     return IsSettingKey(key) ? tv().WriteFlag(key, value != 0) : FailureOf(__func__);
 }
 
@@ -216,9 +219,11 @@ int connection_profile_check_default_gateway(bool* connected) {
 }
 
 int access(const char* path, int mode) noexcept {
-    if (std::strncmp(path, vtv::kOwnerFolder, sizeof vtv::kOwnerFolder - 1) == 0) {
+    // What the provider asks for is the TV's; others in this process mean the machine's own.
+    if (explorer::memoryBooks.counting ||
+        std::strncmp(path, vtv::kOwnerFolder, sizeof vtv::kOwnerFolder - 1) == 0) {
         if (mode != F_OK) {
-            tv().Note("access() asks for more than that there is", path);
+            tv().Note("access() asks for more than that there is", mode);
         }
         return tv().Read(Input::Kind::kFile, path).number == 1 ? 0 : -1;
     }
@@ -268,6 +273,12 @@ int tts_create(tts_h* tts) {
 }
 
 int tts_foreach_supported_voices(tts_h tts, tts_supported_voice_cb callback, void* userData) {
+    if (userData != nullptr) {
+        tv().Note("tts_foreach_supported_voices", "with data");
+    }
+    if (tts == nullptr) {
+        tv().Note("tts_foreach_supported_voices", nullptr);
+    }
     if (tts == nullptr || callback == nullptr) {
         return FailureOf(__func__);
     }
@@ -300,7 +311,7 @@ int tts_destroy(tts_h tts) {
 
 int __dlog_print(int id, int priority, const char* tag, const char* format, ...) {
     if (id != 0) {
-        tv().Note("__dlog_print", "with another log than the main one");
+        tv().Note("__dlog_print with the log", id);
     }
     NoteUnlessUsual("__dlog_print with the tag", tag, "SI-MENU");
     if (format == nullptr) {
@@ -313,7 +324,7 @@ int __dlog_print(int id, int priority, const char* tag, const char* format, ...)
     return 0;
 }
 
-// What is looked at is which text is chosen, not how it is translated.
+// What is looked at is which text is chosen and that it is translated, not what it says then.
 char* dgettext(const char* domain, const char* id) noexcept {
     NoteUnlessUsual("dgettext of the domain", domain, "si-ready");
     return const_cast<char*>(tv().Translate(id));

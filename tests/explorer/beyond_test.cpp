@@ -146,6 +146,48 @@ TEST_F(LackingInputs, ATextThatIsAnsweredUnlikeEveryNamedOneLeavesADiffUnproven)
     EXPECT_TRUE(Has(json["troubles"].toStyledString(), "voices = ")) << json["troubles"];
 }
 
+TEST(Beyond, ADrawnValueThatTwoProvidersAnswerDifferentlyIsADifference) {
+    const ProcessResult result =
+        RunExplorer({"diff", "-q", "--beyond", "8", "--only", "press:popup", ProviderFile(),
+                     FORGETS_LARGE_CONSENTS});
+    EXPECT_EQ(result.exitCode, 1) << result.output << result.errors;
+    EXPECT_TRUE(Has(result.output, "terms = ")) << result.output;
+}
+
+TEST_F(LackingInputs, AnAnswerThatIsLongerThanARecordProvesNothing) {
+    Replace("name = \"Other\" }", "name = \"" + std::string(70000, 'x') + "\" }");
+    const ProcessResult result = RunExplorer(
+        {"diff", "-q", "--only", "choices:voice-assistant", ProviderFile(), ProviderFile()});
+    EXPECT_EQ(result.exitCode, 4) << result.output;
+    EXPECT_TRUE(Has(result.errors, "bytes of answers and effects in one call")) << result.errors;
+}
+
+TEST(Bounds, MoreWritesThanThereIsRoomForProveNothing) {
+    const ProcessResult result =
+        RunExplorer({"table", "-q", "--provider", WRITES_TOO_MUCH, "visible:voice-settings-alexa"});
+    EXPECT_EQ(result.exitCode, 4) << result.output.substr(0, 300);
+    EXPECT_TRUE(Has(result.errors, "more than 64 writes in one call")) << result.errors;
+}
+
+TEST(Bounds, MoreInputsThanThereIsRoomForAreRefused) {
+    const std::string folder = TemporaryFolder() + "/many";
+    std::filesystem::create_directories(folder);
+    std::ofstream file(folder + "/inputs.toml");
+    for (int i = 0; i < 257; ++i) {
+        file << "[[input]]\nsetting = \"db/" << i << "\"\ntype = \"int\"\nvalues = [1]\n";
+    }
+    file << "[[policy]]\nname = \"none\"\npublished = []\n";
+    file.close();
+    EXPECT_THROW(explorer::LoadInputs(folder + "/inputs.toml"), vtv::Error);
+}
+
+TEST(Full, TellsAProviderThatTakesOneConsentForTheOnlyOne) {
+    const ProcessResult result = RunExplorer(
+        {"diff", "-q", "--full", "--only", "press:popup", ProviderFile(), TAKES_ONE_CONSENT});
+    EXPECT_EQ(result.exitCode, 1) << result.output << result.errors;
+    EXPECT_TRUE(Has(result.output, "terms: 2")) << result.output;
+}
+
 TEST(Full, HasMoreValuesAndPoliciesWithUpToSixteenAssistants) {
     const explorer::Inputs usual = explorer::LoadInputs(explorer::InputsFile());
     const explorer::Inputs full = explorer::LoadInputs(explorer::InputsFile(), true);

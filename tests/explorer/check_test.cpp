@@ -96,6 +96,22 @@ TEST(Check, AProviderThatLeaksIsFoundOut) {
     EXPECT_NE(result.output.find("leaks"), std::string::npos) << result.output;
 }
 
+TEST(Check, AProviderThatTouchesMemoryThatItDoesNotHaveIsFoundOut) {
+    for (const auto& [provider, what] : {std::pair(WRITES_LATE, "writes to memory"),
+                                         {READS_LATE, "answers from memory"},
+                                         {READS_UNWRITTEN, "answers from memory"}}) {
+        const ProcessResult result =
+            RunExplorer({"check", "-q", "--most-states", "60", "--provider", provider,
+                         "--scenarios", Folder("scenarios"), "nothing-goes-wrong"});
+        EXPECT_EQ(result.exitCode, 1) << result.output << result.errors;
+        EXPECT_NE(result.output.find(what), std::string::npos) << result.output;
+        const ProcessResult diff =
+            RunExplorer({"diff", "-q", "--only", "visible:voice", ProviderFile(), provider});
+        EXPECT_EQ(diff.exitCode, 1) << diff.output << diff.errors;
+        EXPECT_NE(diff.output.find(what), std::string::npos) << diff.output;
+    }
+}
+
 TEST(Check, AProviderThatCrashesIsFoundOutWithTheStateAndTheRestIsStillChecked) {
     const ProcessResult result = Check(BROKEN_CRASHES, "nothing-goes-wrong");
     EXPECT_EQ(result.exitCode, 1);

@@ -5,10 +5,12 @@
 #include <filesystem>
 #include <fstream>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "explorer/asking/question.h"
 #include "explorer/tv/fixed_lines.h"
 #include "process.h"
 
@@ -116,9 +118,10 @@ TEST(Diff, WhatIsAThreadsOwnOrOneInAProcessCannotBeStoredAndIsRefused) {
 }
 
 TEST(Diff, WhatTakesInMoreThanThePlatformTellsIsRefusedByName) {
-    for (const char* name : {"getenv", "setenv", "open", "mmap", "time", "rand", "strtok",
-                             "setlocale", "__tls_get_addr"}) {
-        const std::string provider = std::string(IMPORTING_PROVIDERS) + name + ".so";
+    std::istringstream names(UNSEEN_NAMES
+                             " getenv setenv open mmap time rand strtok setlocale __tls_get_addr");
+    for (std::string name; names >> name;) {
+        const std::string provider = IMPORTING_PROVIDERS + name + ".so";
         for (const std::vector<std::string>& words :
              {std::vector<std::string>{"diff", "-q", ProviderFile(), provider},
               {"diff", "-q", provider, ProviderFile()},
@@ -126,10 +129,32 @@ TEST(Diff, WhatTakesInMoreThanThePlatformTellsIsRefusedByName) {
               {"check", "-q", "--provider", provider}}) {
             const ProcessResult result = RunExplorer(words);
             EXPECT_EQ(result.exitCode, 4) << name << words.front() << result.output;
-            EXPECT_NE(result.errors.find(": " + std::string(name) + "."), std::string::npos)
-                << result.errors;
+            EXPECT_NE(result.errors.find(": " + name + "."), std::string::npos) << result.errors;
         }
     }
+}
+
+// Or there is a call of the provider's life that makes it, or a question of another name.
+TEST(Diff, EveryExportIsAsked) {
+    std::set<std::string> asked = {"_ZN7MVAList10InitializeEv", "_ZN7MVAList8FinalizeEv",
+                                   "_ZN11CSIMenuUtil17m_listTTSLanguageB5cxx11E", "create_provider",
+                                   "delete_provider"};
+    for (const char* check : {"check_visibility_", "check_enable_"}) {
+        for (const char* type : {"int", "bool", "double", "string"}) {
+            asked.insert(std::string(check) + type);
+        }
+    }
+    for (const explorer::Question& question : explorer::ThoroughQuestions()) {
+        asked.insert(question.symbol != nullptr ? question.symbol : "");
+    }
+    std::ifstream exports(std::string(PROVIDER_SOURCES) + "/../exports.txt");
+    int known = 0;
+    for (std::string line; std::getline(exports, line);) {
+        const std::string symbol = line.substr(0, line.find_first_of(" #"));
+        known += symbol.empty() ? 0 : 1;
+        EXPECT_TRUE(symbol.empty() || asked.count(symbol) == 1) << symbol;
+    }
+    EXPECT_GT(known, 100);
 }
 
 TEST(Diff, TheLinesThatAreComparedAreThoseOfTheSources) {

@@ -12,7 +12,9 @@ bool isPolicyEmpty = false;
 extern "C" {
 
 int create_provider(void*** table) {
-    *table = static_cast<void**>(std::calloc(SI_SLOT_COUNT, sizeof(void*)));
+    if (table != nullptr) {
+        *table = static_cast<void**>(std::calloc(SI_SLOT_COUNT, sizeof(void*)));
+    }
     char* policy = vconf_get_str("db/menu/voice/mva_list");
     isPolicyEmpty = policy != nullptr && std::strcmp(policy, "[]") == 0;
     std::free(policy);

@@ -12,6 +12,9 @@
 namespace {
 
 [[maybe_unused]] char text[] = "a b";
+#ifdef NAMED
+extern "C" volatile char siNamed[] __asm__(NAMED);
+#endif
 volatile bool isTold = false;
 
 }  // namespace

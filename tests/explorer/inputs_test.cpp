@@ -5,6 +5,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <tuple>
+#include <vector>
 
 #include "process.h"
 
@@ -75,6 +77,22 @@ const Mistake kMistakes[] = {
 };
 
 }  // namespace
+
+TEST(InputsFile, WhatAProviderAsksForAndTheFileDoesNotNameIsToldByName) {
+    for (const auto& [provider, question, name] :
+         {std::tuple(ASKS_FOR_ANOTHER_KEY, "function:CSIMenuUtil::GetCountryCode",
+                     "setting db/comss/countrycodX"),
+          {ASKS_FOR_ANOTHER_FILE, "function:LaunchOnboarding", "file /tmp/alexa_login_success"},
+          {STARTS_ANOTHER_APPLICATION, "press:popup", "application org.nemra.wizarx"}}) {
+        for (const std::vector<std::string>& words :
+             {std::vector<std::string>{"table", "-q", "--provider", provider, question},
+              {"diff", "-q", "--only", question, provider, provider}}) {
+            const ProcessResult result = RunExplorer(words);
+            EXPECT_EQ(result.exitCode, 4) << words[0] << ' ' << name << result.errors;
+            EXPECT_NE(result.errors.find(name), std::string::npos) << result.errors;
+        }
+    }
+}
 
 TEST(InputsFile, EveryMistakeIsRefusedWithItsLine) {
     ASSERT_EQ(ErrorOf(Sound()), "");

@@ -2,12 +2,12 @@
 """Does `vtv explore diff` tell every faulty provider from the right one?
 
 Edits one place of si-ready/src at a time (a condition, constant, text, order, argument, type, return value, a
-statement that goes, a variable that remembers), builds the library and compares it with the original. One of which the
+statement or a null check that goes, a variable that remembers), builds the library and compares it with the original. One of which the
 compiler makes the very same code is the same program. A mutant that is not told from the original is listed; those in
 tests/explorer/mutants-alike.txt are explained there and do not count as failures.
 
     tests/explorer/mutants.py --build build/dev            # 90 mutants, spread over all sources
-    tests/explorer/mutants.py --build build/dev --sample   # one of each kind, as the tests run it
+    tests/explorer/mutants.py --build build/dev --sample   # one of each kind in each source, as the tests run it
     tests/explorer/mutants.py --build build/dev --all      # every mutant that can be made
     tests/explorer/mutants.py --build build/dev --faults   # those of tests/explorer/faults.toml, which are told for sure
 
@@ -38,10 +38,10 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.dirname(os.path.dirname(HERE))
 SOURCES = ["SIMenuUtil", "MVAList", "general_voice_visiblechecker",
            "general_voice_enablechecker", "general_voice_dataprovider"]
-QUICK_SOURCES = ["general_voice_visiblechecker", "general_voice_enablechecker"]
 VERDICTS = ("told", "the same code", "explained", "alike", "does not build", "trouble")
 INTERRUPTED = 130
 EXPLAINED = os.path.join(HERE, "mutants-alike.txt")
+SAMPLE = os.path.join(HERE, "mutants-sample.txt")
 
 TOKEN = re.compile(r'''//[^\n]*|R"\((?:.|\n)*?\)"|"(?:\\.|[^"\\\n])*"|'(?:\\.|[^'\\])*'|'''
                    r'''[A-Za-z_]\w*|\d+|==|!=|<=|>=|&&|\|\||<<|>>|->|\+\+|--|\+=|::|.''', re.S)
@@ -49,6 +49,7 @@ TOKEN = re.compile(r'''//[^\n]*|R"\((?:.|\n)*?\)"|"(?:\\.|[^"\\\n])*"|'(?:\\.|[^
 REPLACEMENTS = {
     "==": ("condition", "!="), "!=": ("condition", "=="), "&&": ("condition", "||"),
     "||": ("condition", "&&"), "true": ("constant", "false"), "false": ("constant", "true"),
+    "<": ("relation", "<="), "<=": ("relation", "<"), ">": ("relation", ">="), ">=": ("relation", ">"),
     "empty": None,
 }
 
@@ -85,11 +86,10 @@ def edits_of(name, text):
         after = tokens[index + 1][1] if index + 1 < len(tokens) else ""
         if REPLACEMENTS.get(token):
             kind, new = REPLACEMENTS[token]
-            # "operator=", rvalue references and default arguments are not conditions.
-            if not (token == "&&" and before in (">", "auto")):
+            # "operator=", rvalue references, default arguments and lists of templates are not conditions.
+            is_of_type = kind == "relation" and f" {token} " != text[offset - 1:offset + len(token) + 1]
+            if not is_of_type and not (token == "&&" and before in (">", "auto")):
                 yield kind, offset, token, new
-        elif token == "<" and before.isidentifier() is False and after.isdigit():
-            yield "condition", offset, "<", "<="
         elif token == "!" and after.isidentifier() and before in ("(", "&&", "||", "return", "="):
             yield "condition", offset, "!", ""
         elif token.isdigit() and len(token) < 5:
@@ -127,6 +127,8 @@ REWRITES = [
     ("type", re.compile(r"\bVconfGetInt\("), "VconfGetBool("),
     ("type", re.compile(r"\bvconf_get_bool\("), "vconf_get_int("),
     ("type", re.compile(r"\bvconf_get_int\("), "vconf_get_bool("),
+    ("null check", re.compile(r"[\w.*\[\]>:-]+ != nullptr"), "true"),
+    ("null check", re.compile(r"[\w.*\[\]>:-]+ == nullptr"), "false"),
     ("free", re.compile(r"^    +[\w:]*(?:free|destroy|clear)\w*\([^;{}]*\);$"), ""),
     ("argument", re.compile(r"\((\w+), (\w+)\)"), r"(\2, \1)"),
     ("return", re.compile(r"^(    +)return [^;{}]+;$"), r"\1return {};"),
@@ -166,7 +168,7 @@ def all_mutants():
     return mutants
 
 
-def chosen_faults():
+def chosen_faults(are_narrow=False):
     with open(os.path.join(HERE, "faults.toml"), "rb") as file:
         faults = tomllib.load(file)["fault"]
     for fault in faults:
@@ -178,7 +180,7 @@ def chosen_faults():
         offset = text.index(fault["old"])
         fault.update(source=fault["file"], kind="alike" if fault.get("alike") else "fault", offset=offset,
                      line=text.count("\n", 0, offset) + 1, name=fault["what"])
-    return faults
+    return [fault for fault in faults if "only" in fault or not are_narrow]
 
 
 def identity(mutant):
@@ -188,13 +190,11 @@ def identity(mutant):
     return f'{mutant["source"]}: {shown(mutant["code"])}: {shown(mutant["old"])} -> {shown(mutant["new"])}'
 
 
-def one_of_each_kind(mutants):
-    """From the sources that compile quickest: the one in the middle."""
-    kinds = {}
-    for mutant in mutants:
-        if mutant["source"] in QUICK_SOURCES:
-            kinds.setdefault(mutant["kind"], []).append(mutant)
-    return [group[len(group) // 2] for group in kinds.values()]
+def sample_of(mutants):
+    """One of each kind in each source, of which the file tells one that is soon told."""
+    with open(SAMPLE, encoding="utf-8") as file:
+        names = {line.rstrip("\n") for line in file if line.strip() and not line.startswith("#")}
+    return [mutant for mutant in mutants if mutant["name"] in names]
 
 
 def spread(mutants, count):
@@ -394,9 +394,10 @@ def arguments():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", help="a folder in which the project is built")
     parser.add_argument("--count", type=int, default=90, help="how many mutants (90)")
-    parser.add_argument("--sample", action="store_true", help="only one of each kind")
+    parser.add_argument("--sample", action="store_true", help="only one of each kind in each source")
     parser.add_argument("--all", action="store_true", help="every mutant that can be made")
     parser.add_argument("--faults", action="store_true", help="those of faults.toml")
+    parser.add_argument("--narrow", action="store_true", help="of these only those that name the questions that tell them")
     parser.add_argument("--shard", metavar="I/N", default="1/1", help="only the Ith of N parts")
     parser.add_argument("--results", metavar="FILE", help="keeps what is found; what it holds is not tried again")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
@@ -437,8 +438,8 @@ def main():
             return 2
     builder = Builder(options.build)
     mutants = all_mutants()
-    chosen = part_of(chosen_faults() if options.faults else mutants if options.all
-                     else one_of_each_kind(mutants) if options.sample else spread(mutants, options.count), options.shard)
+    chosen = part_of(chosen_faults(options.narrow) if options.faults else mutants if options.all
+                     else sample_of(mutants) if options.sample else spread(mutants, options.count), options.shard)
     known = explained()
     results = Results(options.results, (program, original, inputs))
     counts = dict.fromkeys(VERDICTS, 0)

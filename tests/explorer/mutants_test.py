@@ -89,6 +89,22 @@ class MutantsTest(unittest.TestCase):
         self.assertGreater(len(mutants.explained()), 20)
         self.assertEqual([], [name for name in mutants.explained() if name not in names])
 
+    def test_the_sample_has_one_of_each_kind_in_each_source(self):
+        everything = mutants.all_mutants()
+        sample = collections.Counter((mutant["kind"], mutant["source"]) for mutant in mutants.sample_of(everything))
+        groups = {(mutant["kind"], mutant["source"]) for mutant in everything}
+        # Two arguments of those sources that change places have types that do not fit.
+        groups -= {("argument", source) for source in mutants.SOURCES[1:4]}
+        self.assertEqual({group: 1 for group in groups}, sample)
+
+    def test_comparisons_and_null_checks_are_edited_and_templates_are_not(self):
+        text = ("void f(std::vector<int>* list, int size) {\n    if (list != nullptr && size >= 3) {\n"
+                "        g(size < 2);\n    }\n}\n")
+        edits = [(kind, old.strip(), new.strip()) for kind, _, old, new in mutants.edits_of("x", text)
+                 if kind in ("relation", "null check")]
+        self.assertEqual([("relation", ">=", ">"), ("relation", "<", "<="),
+                          ("null check", "if (list != nullptr && size >= 3) {", "if (true && size >= 3) {")], edits)
+
     def test_a_part_that_there_is_not_is_refused(self):
         for shard in ("0/3", "4/3", "1", "a/b", "1/0"):
             done = subprocess.run([*PROGRAM, "--build", BUILD, "--shard", shard], capture_output=True, text=True,

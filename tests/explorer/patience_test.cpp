@@ -72,3 +72,34 @@ TEST(Patience, CtrlCShowsTheTablesSoFarAndLeavesThePagesAlone) {
               128 + SIGINT);
     EXPECT_FALSE(std::filesystem::exists(pages));
 }
+
+// Half of what an item depends on looks like all of it.
+TEST(Interrupted, DependenciesAreSaidToBeUnfinishedOrNotPrinted) {
+    for (const char* form : {"--source", "--json"}) {
+        const ProcessResult result =
+            InterruptExplorer({"depends", "-q", "--jobs", "1", form}, 200, SIGTERM);
+        EXPECT_EQ(result.exitCode, 143) << form << result.errors;
+        EXPECT_EQ(result.output, "") << form;
+        EXPECT_NE(result.errors.find("interrupted"), std::string::npos) << form;
+    }
+    for (const bool isReversed : {false, true}) {
+        std::vector<std::string> words = {"depends", "-q", "--jobs", "1"};
+        if (isReversed) {
+            words.emplace_back("--reverse");
+        }
+        const ProcessResult result = InterruptExplorer(words, 200, SIGTERM);
+        EXPECT_EQ(result.exitCode, 143) << result.errors;
+        EXPECT_NE(result.output.find("(unfinished)\n"), std::string::npos) << result.output;
+        EXPECT_NE(result.errors.find("interrupted"), std::string::npos);
+    }
+}
+
+TEST(Interrupted, AnInvariantThatWasNotLookedAtNeitherHoldsNorDoesNot) {
+    const ProcessResult result =
+        InterruptExplorer({"check", "-q", "--json", "--jobs", "1"}, 300, SIGTERM);
+    EXPECT_EQ(result.exitCode, 143) << result.errors;
+    const JsonDocument root = Parse(result.output);
+    for (const Json::Value& invariant : root["invariants"]) {
+        EXPECT_TRUE(invariant["holds"].isNull()) << invariant;
+    }
+}

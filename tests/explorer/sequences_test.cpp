@@ -226,6 +226,18 @@ TEST(Sequences, OfAProviderThatCrashesAreShownAndTheRestIsStillSearched) {
     EXPECT_TRUE(fs::exists(root["violations"][0]["scenario"].asString()));
 }
 
+TEST(Sequences, OfAProviderThatRemembersAreNotProven) {
+    const ProcessResult result = RunExplorer(
+        {"sequences", "-q", "--tv", "farfield-eu", "--depth", "2", "--provider", BROKEN_COUNTS});
+    EXPECT_EQ(result.exitCode, 4) << result.output << result.errors;
+    EXPECT_NE(result.output.find("UNPROVEN"), std::string::npos) << result.output;
+    EXPECT_EQ(result.output.find("leads anywhere else"), std::string::npos) << result.output;
+    EXPECT_NE(result.errors.find("remembers"), std::string::npos) << result.errors;
+    const ProcessResult sound =
+        RunExplorer({"sequences", "-q", "--tv", "farfield-eu", "--depth", "2"});
+    EXPECT_EQ(sound.exitCode, 0) << sound.output << sound.errors;
+}
+
 TEST(Sequences, ThatAreInterruptedShowWhatWasFound) {
     const std::string model = ModelFile("six", {ORVIK, ALEXA, GOOGLE, SALUTE, TENCENT, SVA}, "");
     const ProcessResult result = InterruptExplorer({"sequences", "--json", "--tv", model}, 700);

@@ -119,10 +119,12 @@ std::vector<std::string> RangesOf(const std::string& text) {
 }
 
 // A part of what a call returns, or of what such a thing's own function does. When that is a
-// temporary, it is gone before the first round; the compilers do not tell.
+// temporary, it is gone before the first round; the compilers do not tell. A list in braces is made
+// of copies.
 bool IsPartOfACall(const std::string& range) {
     static const std::regex part(R"re(\)\s*(\[|\.(at|front|back)\(|\.\w+\(\)\s*(\.|\[|->)))re");
-    return std::regex_search(range, part);
+    const bool isList = range.find_first_not_of(" \n") == range.find('{');
+    return !isList && std::regex_search(range, part);
 }
 
 }  // namespace
