@@ -62,7 +62,7 @@ TEST_F(VtvTest, AnUnsetSettingIsGone) {
 }
 
 TEST_F(VtvTest, AKnownSettingTakesAnotherTypeOnlyByForce) {
-    EXPECT_EQ(Vtv({"set", "db/menu/voice/is_k_voice", "int", "1"}).code, 1);
+    EXPECT_EQ(Vtv({"set", "db/menu/voice/is_k_voice", "int", "1"}).code, 2);
     Ok({"set", "db/menu/voice/is_k_voice", "int", "1", "--force"});
     EXPECT_EQ(Ok({"get", "db/menu/voice/is_k_voice"}), "1\n");
 }
