@@ -92,6 +92,7 @@ void Unreadable::ThrowIf(int error, const std::string& path) {
         case ENOLCK:
         case ENOMEM:
         case ENOSPC:
+        case ENAMETOOLONG:
             throw Unreadable(ErrorKind::kPlatform,
                              path + ": cannot be read now: " + std::strerror(error) + ".");
         default:

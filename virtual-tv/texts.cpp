@@ -19,6 +19,7 @@
 #include <set>
 
 #include "serve.h"
+#include "store.h"
 #include "tv_impl.h"
 #include "virtual-tv/model/text_file.h"
 
@@ -52,10 +53,15 @@ std::string FileOf(const std::string& language) {
     return LocaleDir() + "/" + language + "/LC_MESSAGES/" + kDomain + ".mo";
 }
 
-// Also one that is there and cannot be looked at.
+// Also one that is there and is no file that can be opened.
 bool HasCatalogue(const std::string& language) {
+    const std::string file = FileOf(language);
     struct stat info{};
-    return stat(FileOf(language).c_str(), &info) == 0 || (errno != ENOENT && errno != ENOTDIR);
+    if (stat(file.c_str(), &info) == 0) {
+        return true;
+    }
+    Unreadable::ThrowIf(errno, file);
+    return errno != ENOENT && errno != ENOTDIR;
 }
 
 // "de_AT.UTF-8" is served by de_AT, then by de.

@@ -12,6 +12,7 @@
 #include <fstream>
 
 #include "folder_names.h"
+#include "store.h"
 #include "virtual-tv/model/error.h"
 
 namespace vtv {
@@ -31,7 +32,7 @@ std::string SettingOf(const std::string& name) {
         text += " Other programs of yours watch as much as " + SettingOf(name) +
                 " allows: end some, or raise it: sysctl -w fs.inotify." + name + "=N";
     }
-    throw Error(ErrorKind::kPlatform, text);
+    throw MachineFailed(ErrorKind::kPlatform, text);
 }
 
 void AddToEpoll(int epoll, int fd) {

@@ -87,13 +87,19 @@ class HandoverReader {
     size_t at_ = 0;
 };
 
+std::string WhyNotPlayed(const std::string& file, const std::string& why) {
+    const bool isNamed = why.empty() || why.rfind(file + ":", 0) == 0;
+    return isNamed ? why : file + ": could not be played: " + why;
+}
+
 std::string ToBytes(const ScenarioResult& result) {
     HandoverWriter writer;
     writer.Plain(HandoverKind::kResult);
     writer.Text(result.file);
     writer.Text(result.title);
     writer.Texts(result.problems);
-    writer.Text(result.error.empty() ? vtv::Tv::MachineFailure() : result.error);
+    writer.Text(
+        WhyNotPlayed(result.file, result.error.empty() ? vtv::Tv::MachineFailure() : result.error));
     writer.Plain(result.steps.size());
     for (const StepResult& step : result.steps) {
         writer.Text(step.name);
@@ -108,8 +114,7 @@ std::string ToBytes(const ScenarioResult& result) {
 
 ScenarioResult NotPlayed(const Scenario& scenario, const std::string& why) {
     ScenarioResult result = Unplayed(scenario);
-    const bool isNamed = why.rfind(scenario.file + ":", 0) == 0;
-    result.error = isNamed ? why : scenario.file + ": could not be played: " + why;
+    result.error = WhyNotPlayed(scenario.file, why);
     return result;
 }
 
