@@ -9,7 +9,7 @@ PACKAGES=(
 # What ./run window needs beside them: the toolkit, and the fonts of the page.
 WINDOW_PACKAGES=(fonts-dejavu-core fonts-wqy-microhei libefl-all-dev libpng-dev)
 # For the tests of every room. Those of the provider alone need googletest.
-TEST_PACKAGES="googletest libvalijson-dev python3 zsh"
+TEST_PACKAGES="googletest libvalijson-dev mount python3 zsh"
 
 # For the packages of a release.
 DEB_PACKAGES="debhelper fakeroot lintian ${WINDOW_PACKAGES[*]}"

@@ -60,8 +60,11 @@ bool HasCatalogue(const std::string& language) {
     if (stat(file.c_str(), &info) == 0) {
         return true;
     }
+    if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG) {
+        return false;
+    }
     Unreadable::ThrowIf(errno, file);
-    return errno != ENOENT && errno != ENOTDIR;
+    return true;
 }
 
 // "de_AT.UTF-8" is served by de_AT, then by de.
