@@ -91,8 +91,7 @@ void* LoadCopy(const std::string& file) {
 }
 
 std::unique_ptr<void, int (*)(void*)> Load(const std::string& file, ProviderLibrary::Copy copy) {
-    std::error_code ignored;
-    if (!std::filesystem::exists(file, ignored)) {
+    if (!vtv::IsThere(file)) {
         throw ProviderError(ProviderError::Kind::kNoSuchFile,
                             file + ": there is no such provider library.");
     }
