@@ -1,12 +1,15 @@
 // Another process of the same test.
 #pragma once
 
+#include <sched.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <functional>
+
+#include "tests/environment.h"
 
 // Runs the body in a child and returns its exit code, or minus the signal that ended it.
 inline int InChild(const std::function<int()>& body) {
@@ -46,3 +49,18 @@ class Child {
   private:
     pid_t pid_;
 };
+
+// The first child that is started after this lives where no number of ours means anything, as in a
+// container.
+inline bool EnterProcessNamespace() {
+    return unshare(CLONE_NEWPID) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWPID) == 0;
+}
+
+// First in a test that calls EnterProcessNamespace() in a child: some machines allow it to nobody.
+#define NEEDS_PROCESS_NAMESPACES()                                                  \
+    if (Child([] { _exit(EnterProcessNamespace() ? 0 : 1); }).Wait() != 0) {        \
+        constexpr char reason[] = "this machine allows no namespaces of processes"; \
+        ASSERT_FALSE(InCi()) << reason;                                             \
+        GTEST_SKIP() << reason;                                                     \
+    }                                                                               \
+    static_assert(true)
