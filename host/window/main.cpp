@@ -80,14 +80,6 @@ int Run(int argc, char** argv) {
 
 }  // namespace
 
-#ifdef __SANITIZE_ADDRESS__
-// The toolkit has no frame pointers: without this, what it keeps is not known for its own.
-extern "C" const char* __asan_default_options();
-extern "C" const char* __asan_default_options() {  // NOLINT(bugprone-reserved-identifier)
-    return "fast_unwind_on_malloc=0";
-}
-#endif
-
 int main(int argc, char** argv) {
     program::Begin();
     return program::End("vtv", Run(argc, argv));
