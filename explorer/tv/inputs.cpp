@@ -45,6 +45,7 @@ class Reader : private vtv::TomlReader {
             inputs.inputs.push_back(ReadInput(*table, inputs));
         }
         assistants_ = Table(root, "assistants");
+        CheckAssistants();
         for (const toml::table* table : Tables(root, "policy")) {
             Policy policy = ReadPolicy(*table);
             if (full_ || !Bool(*table, "full", false)) {
@@ -68,6 +69,18 @@ class Reader : private vtv::TomlReader {
     }
 
   private:
+    void CheckAssistants() const {
+        if (assistants_ == nullptr) {
+            return;
+        }
+        for (const auto& [id, node] : *assistants_) {
+            const toml::table& own = *Table(*assistants_, std::string(id.str()).c_str());
+            CheckKeys(own, "in an assistant", {"app", "name"});
+            RequiredString(own, "app", "an assistant");
+            String(own, "name", "");
+        }
+    }
+
     Input ReadInput(const toml::table& table, const Inputs& before) const {
         std::vector<std::string> known = {"name", "type", "current-assistant", "values", "full"};
         Input input;
@@ -251,7 +264,6 @@ class Reader : private vtv::TomlReader {
             const toml::table* own =
                 assistants_ == nullptr ? nullptr : Table(*assistants_, assistant.id.c_str());
             if (own != nullptr) {
-                CheckKeys(*own, "in an assistant", {"app", "name"});
                 assistant.appId = RequiredString(*own, "app", "an assistant");
                 assistant.name = String(*own, "name", assistant.id);
             } else if (const auto* known = vtv::FindKnownAssistant(assistant.id)) {

@@ -74,6 +74,13 @@ const Mistake kMistakes[] = {
     {"published = []", "published = [[\"X\"]]\n[assistants]\nX = 1", ":9: \"X\" must be a table"},
     {"published = []", "published = [[\"X\"]]\n[assistants]\nX = { app = \"a\", nam = \"b\" }",
      ":9: \"nam\" is unknown in an assistant"},
+    // Of an assistant that no policy names, too.
+    {"published = []", "published = []\n[assistants]\nX = 1", ":9: \"X\" must be a table"},
+    {"published = []", "published = []\n[assistants]\nX = { app = \"a\", nam = \"b\" }",
+     ":9: \"nam\" is unknown in an assistant"},
+    {"published = []", "published = []\n[assistants]\nX = { name = \"b\" }", ":9: "},
+    {"published = []", "published = []\n[assistants]\nX = { app = \"a\", name = 1 }",
+     ":9: \"name\" must be a text"},
 };
 
 }  // namespace
