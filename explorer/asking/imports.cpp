@@ -131,7 +131,7 @@ constexpr std::string_view PURE[] = {"_Exit",
                                      "vsscanf"};
 
 // Of C++: what throws, allocates, and keeps trees and hashed containers in order. A mangled name
-// has the length of its parts in it, so none of these begins another one.
+// has the length of its parts in it, so none of the "_ZSt" begins another one.
 constexpr std::string_view PURE_BEGINNINGS[] = {
     "_Znw", "_Zna", "_Zdl", "_Zda", "_ZSt7nothrow", "_ZSt9terminatev", "_ZSt11_Hash_bytes",
     "_ZSt16__throw_bad_cast", "_ZSt17__throw_bad_alloc", "_ZSt19__throw_logic_error",

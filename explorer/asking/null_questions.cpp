@@ -17,7 +17,16 @@ constexpr char VALUE_OF_ITEM[] = "list_item_value";
 constexpr char KIND_OF_ITEM[] = "list_item_kind";
 constexpr char PROPERTY[] = "provider_property";
 
-const HostBuffers::Bytes BUFFERS = HostBuffers::Filled("", '\x7f');
+const HostBuffers::Bytes& BuffersBefore() {
+    static const HostBuffers::Bytes before = HostBuffers::Filled("", '\x7f');
+    return before;
+}
+
+// Null where it is the one that is left out; of -1 all are.
+template <typename T>
+T* Unless(int leftOut, int number, T* place) {
+    return leftOut < 0 || leftOut == number ? nullptr : place;
+}
 
 void AskTexts(const SIProviderTable& table, const char* key) {
     Answer("get_int", table.get_int(key, nullptr));
@@ -36,29 +45,23 @@ void AskTexts(const SIProviderTable& table, const char* key) {
     Answer("get_disable_text", table.get_disable_text(key, nullptr, nullptr));
 }
 
-// The place of that number is left out; -1: all are.
 void AskConfirmationWithout(const SIProviderTable& table, const char* key, int leftOut) {
-    HostBuffers buffers(BUFFERS);
+    HostBuffers buffers(BuffersBefore());
     int buttons = FILLED;
-    const auto place = [&](int number) {
-        return leftOut < 0 || leftOut == number ? nullptr : buffers[number];
-    };
-    Answer("get_messagebox_info",
-           table.get_messagebox_info(key, place(0), place(1), place(2),
-                                     leftOut < 0 || leftOut == 3 ? nullptr : &buttons));
+    const auto place = [&](int number) { return Unless(leftOut, number, buffers[number]); };
+    Answer("get_messagebox_info", table.get_messagebox_info(key, place(0), place(1), place(2),
+                                                            Unless(leftOut, 3, &buttons)));
     Answer(answers::BUTTONS, buttons);
     buffers.AnswerFirst(3, answers::TEXT);
 }
 
 void AskPopupWithout(const SIProviderTable& table, const char* key, int leftOut) {
-    HostBuffers buffers(BUFFERS);
+    HostBuffers buffers(BuffersBefore());
     int buttons = FILLED;
-    const auto place = [&](int number) {
-        return leftOut < 0 || leftOut == number ? nullptr : buffers[number];
-    };
+    const auto place = [&](int number) { return Unless(leftOut, number, buffers[number]); };
     Answer("get_disablepopup_info",
            table.get_disablepopup_info(key, place(0), place(1), place(2), place(3),
-                                       leftOut < 0 || leftOut == 5 ? nullptr : &buttons, place(4)));
+                                       Unless(leftOut, 5, &buttons), place(4)));
     Answer(answers::BUTTONS, buttons);
     buffers.AnswerFirst(5, answers::MESSAGE);
 }

@@ -25,8 +25,9 @@ class Stage {
     const Subject& Of(bool published) const { return published && again_ ? *again_ : *first_; }
     // What is wrong about publishing again; empty when all is well.
     const std::string& Trouble() const { return trouble_; }
-    // Whether the provider remembers more than it did when this was last asked, or at first: what
-    // it caches of languages does not count.
+    // Whether the provider remembers more than it did when this was last asked, or at first, by
+    // its variables: what it has allocated is not looked at, and what it caches of languages does
+    // not count.
     bool HasChanged() const;
 
   private:

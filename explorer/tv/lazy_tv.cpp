@@ -54,7 +54,7 @@ void Tv::Use(const Inputs& inputs) {
     for (auto& byKey : places_) {
         byKey.clear();
     }
-    for (std::size_t i = 0; i < inputs.inputs.size() && i < MAX_INPUTS; ++i) {
+    for (std::size_t i = 0; i < inputs.inputs.size(); ++i) {
         const Input& input = inputs.inputs[i];
         places_[static_cast<std::size_t>(input.kind)].emplace(input.key, static_cast<int>(i));
     }

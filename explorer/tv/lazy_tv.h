@@ -37,8 +37,6 @@ struct Watch {
 
 class Tv {
   public:
-    static constexpr std::size_t MAX_INPUTS = Inputs::MOST;
-
     // The inputs must outlive their use. Before the first run, and again to change them.
     void Use(const Inputs& inputs);
     const Inputs& GetInputs() const { return *inputs_; }
@@ -150,14 +148,14 @@ class Tv {
     const Inputs* inputs_ = nullptr;
     Choices* choices_ = nullptr;
     int currentAssistant_ = -1;
-    const Value* preset_[MAX_INPUTS] = {};
-    const Value* decided_[MAX_INPUTS] = {};
-    std::uint16_t decisions_[MAX_INPUTS] = {};  // the inputs in decided_
+    const Value* preset_[Inputs::MOST] = {};
+    const Value* decided_[Inputs::MOST] = {};
+    std::uint16_t decisions_[Inputs::MOST] = {};  // the inputs in decided_
     std::size_t decisionsSize_ = 0;
-    const Value* current_[MAX_INPUTS] = {};
-    std::uint8_t reads_[MAX_INPUTS] = {};
-    bool wrote_[MAX_INPUTS] = {};
-    std::uint16_t touched_[MAX_INPUTS] = {};
+    const Value* current_[Inputs::MOST] = {};
+    std::uint8_t reads_[Inputs::MOST] = {};
+    bool wrote_[Inputs::MOST] = {};
+    std::uint16_t touched_[Inputs::MOST] = {};
     std::size_t touchedSize_ = 0;
     // Where inputs are, by kind and key.
     std::unordered_map<std::string_view, int> places_[Input::KINDS];

@@ -25,7 +25,7 @@ Handle* HandOutHandle(std::string_view call) {
     const PlatformMemory own;
     Handle& handle = handles[next++ % handles.size()];
     if (handle.isOut) {
-        tv().NoteTooMuch(std::to_string(handles.size()) + " handles at once");
+        tv().NoteTooMuch(std::to_string(handles.size()) + " handles while one is out");
     }
     handle = {platform::ObjectOf(call), true, "", {}};
     return &handle;

@@ -141,10 +141,8 @@ void Tv::Log(int priority, const char* format, std::va_list arguments) {
         const char* file = va_arg(arguments, const char*);
         const char* function = va_arg(arguments, const char*);
         const int line = va_arg(arguments, int);
-        if (logLevel >= LogLevel::kFiles) {
-            Put(file);
-            Put(": ");
-        }
+        Put(file);
+        Put(": ");
         Put(function);
         if (ShowsLine(file, function, line)) {
             Put("(");
