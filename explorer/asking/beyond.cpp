@@ -165,8 +165,11 @@ class BeyondExplorer {
             }
             for (std::size_t i = 0; i < drawn.size() && !IsInterrupted(); ++i) {
                 answers.front() = AnswersWith(input, &drawn[i]);
-                answers_[{input, i}] = hash_;
-                if (!IsInterrupted() && !Comparison(*this, drawn[i], named).IsAlike(answers)) {
+                if (IsInterrupted()) {
+                    break;  // what was asked in part is nothing to compare
+                }
+                answers_[{input, i}] = HashOf(answers.front());
+                if (!Comparison(*this, drawn[i], named).IsAlike(answers)) {
                     unnamed.emplace_back(input, i);
                 }
             }
@@ -183,7 +186,6 @@ class BeyondExplorer {
     // In every state in which the input has the value; without an input in every state.
     NodeId AnswersWith(int input, const Value* value) {
         DiagramBuilder builder(diagram_);
-        hash_ = 14695981039346656037U;  // FNV-1a
         if (input >= 0) {
             tv().Preset(input, value);
         }
@@ -191,7 +193,6 @@ class BeyondExplorer {
             shared_.choices, shared_.runs, [this] { Ask(subject_, question_); },
             [&] {
                 builder.Add(shared_.choices, outcomes_.Intern(RecordOf(input, value)));
-                hash_ = (hash_ ^ std::hash<std::string_view>()(tv().Record())) * 1099511628211U;
                 read_.insert(tv().Touched(), tv().Touched() + tv().TouchedSize());
             });
         if (input >= 0) {
@@ -203,6 +204,24 @@ class BeyondExplorer {
         std::vector<int> rank(tv().GetInputs().inputs.size());
         std::iota(rank.begin(), rank.end(), 0);
         return diagram_.Ordered(builder.Root(), rank);
+    }
+
+    // Of ordered answers: the same for another provider that answers alike, whatever it reads
+    // first.
+    std::uint64_t HashOf(NodeId node) {
+        if (node == NONE) {
+            return 0;
+        }
+        if (const auto known = hashes_.find(node); known != hashes_.end()) {
+            return known->second;
+        }
+        const Node& one = diagram_[node];
+        std::uint64_t hash = one.input < 0 ? std::hash<std::string>()(outcomes_[one.outcome])
+                                           : static_cast<std::uint64_t>(one.input) + 1;
+        for (const NodeId child : one.children) {
+            hash = (hash ^ HashOf(child)) * 1099511628211U;  // FNV-1a
+        }
+        return hashes_[node] = hash;
     }
 
     // A document that is about the current assistant is another text for each.
@@ -295,7 +314,7 @@ class BeyondExplorer {
     Diagram diagram_;
     Outcomes outcomes_;
     std::set<int> read_;
-    std::uint64_t hash_ = 0;  // of the records of one value
+    std::map<NodeId, std::uint64_t> hashes_;
     AnswersByDrawn answers_;
 };
 
@@ -306,8 +325,8 @@ class BeyondExplorer {
 // ---------------------------------------------------------------------------------------------
 
 AnswersBeyond AskBeyond(const Inputs& inputs, const std::vector<const Question*>& questions,
-                        const CommonOptions& options) {
-    if (options.beyond == 0) {
+                        const CommonOptions& options, const RecordOptions& records) {
+    if (options.beyond == 0 || IsInterrupted()) {
         return {};
     }
     std::vector<Values> values;
@@ -326,9 +345,7 @@ AnswersBeyond AskBeyond(const Inputs& inputs, const std::vector<const Question*>
     work.units = static_cast<int>(questions.size());
     work.look = [&](const Subject& subject, int, int unit, Shared& shared) {
         const Question& question = *questions[static_cast<std::size_t>(unit)];
-        tv().logLevel = LogLevel::kFiles;
-        tv().everything = true;
-        tv().notesReads = true;
+        UseRecords(records);
         BeyondExplorer explorer(subject, question, shared);
         const Unnamed unlike = explorer.Run(values);
         return ToBytes(unlike, explorer.Answers());
@@ -352,6 +369,9 @@ AnswersBeyond AskBeyond(const Inputs& inputs, const std::vector<const Question*>
                                  ": could not be asked beyond the inputs: it " + result.trouble);
     };
     WorkUnderPolicies(inputs, options, work);
+    if (IsInterrupted()) {
+        found.troubles.emplace_back("it was interrupted before every drawn value was tried");
+    }
     for (const auto& [one, place] : unnamed) {
         found.troubles.push_back(inWords(one) + " is answered unlike every value that " +
                                  inputs.file + " names (" + place + "): add it there");

@@ -10,6 +10,7 @@
 
 #include "command.h"
 #include "question.h"
+#include "records.h"
 
 namespace explorer {
 
@@ -26,6 +27,6 @@ struct AnswersBeyond {
 
 // Draws options.beyond values for each input that the questions read. Throws host::ProviderError.
 AnswersBeyond AskBeyond(const Inputs& inputs, const std::vector<const Question*>& questions,
-                        const CommonOptions& options);
+                        const CommonOptions& options, const RecordOptions& records = {});
 
 }  // namespace explorer

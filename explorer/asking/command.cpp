@@ -99,6 +99,12 @@ Json::Value JsonList(const std::vector<std::string>& texts) {
     return array;
 }
 
+void ReportInterruption() {
+    if (IsInterrupted()) {
+        std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
+    }
+}
+
 void ReportUnknownKeys(const std::set<std::string>& keys, const Inputs& inputs) {
     for (const std::string& key : keys) {
         if (key.rfind(Tv::TOO_MUCH, 0) == 0) {

@@ -79,6 +79,8 @@ void WriteScenarioFile(const std::string& file, const std::string& text);
 Json::Value JsonList(const std::vector<std::string>& texts);
 // Keys that the provider reads and the inputs do not name, to standard error.
 void ReportUnknownKeys(const std::set<std::string>& keys, const Inputs& inputs);
+// To standard error, when somebody has ended the work before its time.
+void ReportInterruption();
 // "489,216 questions in 1.6 s: 310,053 a second", to standard error, unless it is to be
 // quiet.
 void ReportRate(bool quiet, std::uint64_t count = TotalRuns(), const char* what = "questions");

@@ -192,11 +192,12 @@ void AddDiff(CommandLine& line) {
     verb.add_option("B", options.other, "Another one")->required();
     verb.add_option("--only", options.names, "Only these items, functions or questions")
         ->type_name("NAME");
-    CLI::Option* noLogs = verb.add_flag("--no-logs{false}", options.logs,
+    CLI::Option* noLogs = verb.add_flag("--no-logs{false}", options.records.logs,
                                         "Do not compare log messages and trace events");
-    verb.add_flag("--lines", options.lines, "Compare the files and lines of log records as well")
+    verb.add_flag("--lines", options.records.lines,
+                  "Compare the files and lines of log records as well")
         ->excludes(noLogs);
-    verb.add_flag("--no-reads{false},--reads", options.reads,
+    verb.add_flag("--no-reads{false},--reads", options.records.reads,
                   "Do not compare which inputs are read, and in which order");
     CLI::Option* brief = verb.add_flag("--brief", options.brief, "Only say whether they differ");
     verb.add_flag("--all", options.all, "Show every difference, and not only the nearest one")

@@ -85,9 +85,9 @@ std::string ToCallsFile(const Inputs& inputs, const DiffOptions& options, const 
     for (const std::string& line : difference.onlyB) {
         text += host::TomlComment("  " + line);
     }
-    text += std::string("logs = ") + TruthText(options.logs) +
-            "\nlines = " + TruthText(options.lines) + "\nreads = " + TruthText(options.reads) +
-            "\n";
+    text += std::string("logs = ") + TruthText(options.records.logs) +
+            "\nlines = " + TruthText(options.records.lines) +
+            "\nreads = " + TruthText(options.records.reads) + "\n";
     for (const int joint : walk.WayTo(difference.joint)) {
         text += ToToml(inputs, calls, walk.At(joint).call, walk.At(joint).path);
     }

@@ -94,7 +94,7 @@ std::vector<Difference> ListOf(const Differences& differences) {
 PolicyComparer::PolicyComparer(const Inputs& inputs, const DiffOptions& options, int policy,
                                Shared& shared)
     : inputs_(inputs), options_(options), policy_(policy), shared_(shared) {
-    UseRecords({options.logs, options.lines, options.reads});
+    UseRecords(options.records);
     const Policy& published = inputs.policies[static_cast<std::size_t>(policy)];
     a_ = std::make_unique<Subject>(options.provider, published);
     // The loader opens a file only once: what may be the same file needs a copy.

@@ -248,11 +248,12 @@ int DiffMain(const DiffOptions& options) {
         CommonOptions other = options;
         other.provider = options.other;
         const std::vector<const Question*> mine = ShareOf(questions, options.shard);
-        const AnswersBeyond a = AskBeyond(inputs, mine, options);
-        const AnswersBeyond b = AskBeyond(inputs, mine, other);
+        const AnswersBeyond a = AskBeyond(inputs, mine, options, options.records);
+        const AnswersBeyond b = AskBeyond(inputs, mine, other, options.records);
         result.troubles.insert(result.troubles.end(), a.troubles.begin(), a.troubles.end());
         result.troubles.insert(result.troubles.end(), b.troubles.begin(), b.troubles.end());
         result.differences = DifferencesBeyond(a, b);
+        result.interrupted = IsInterrupted();
     }
     ReportRate(options.quiet);
     return Show(options, result);

@@ -8,6 +8,7 @@
 
 #include "explorer/asking/exploration.h"
 #include "explorer/asking/nearness.h"
+#include "explorer/asking/records.h"
 #include "explorer/asking/walk.h"
 #include "explorer/tv/state.h"
 
@@ -16,11 +17,9 @@ namespace explorer {
 struct DiffOptions : CommonOptions {
     std::string other;               // provider
     std::vector<std::string> names;  // items, functions, questions; empty: everything
-    bool logs = true;                // log messages and trace events are compared
-    bool lines = false;              // files and lines of log records as well
-    bool reads = true;               // which inputs are read, and in which order
-    bool brief = false;              // stops at any difference and says nothing of it
-    bool all = false;                // does not stop at the first difference
+    RecordOptions records;
+    bool brief = false;  // stops at any difference and says nothing of it
+    bool all = false;    // does not stop at the first difference
     WalkBounds bounds;
     std::string scenarios;  // folder for scenario files; empty: none
 

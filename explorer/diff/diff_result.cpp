@@ -114,9 +114,9 @@ Json::Value ToJson(const DiffOptions& options, const ShownDifference& difference
 WholeWork WorkOf(const DiffOptions& options) {
     WholeWork work = {
         "diff", options.names, {options.provider, options.other}, BoundsAsJson(options.bounds)};
-    work.options["logs"] = options.logs;
-    work.options["lines"] = options.lines;
-    work.options["reads"] = options.reads;
+    work.options["logs"] = options.records.logs;
+    work.options["lines"] = options.records.lines;
+    work.options["reads"] = options.records.reads;
     work.options["all"] = options.all;
     return work;
 }

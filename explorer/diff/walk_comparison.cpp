@@ -11,16 +11,6 @@ namespace {
 constexpr int FAR_AWAY = 1000;
 }
 
-void UseRecords(const RecordOptions& options) {
-    tv().logLevel = !options.logs   ? LogLevel::kNone
-                    : options.lines ? LogLevel::kLines
-                                    : LogLevel::kFiles;
-    tv().everything = true;
-    tv().marksTexts = true;
-    tv().notesReads = options.reads;
-    TIStorageManagerState::enabled = options.logs;
-}
-
 WalkComparison::WalkComparison(const Inputs& inputs, const DiffOptions& options,
                                const std::vector<const Question*>& questions)
     : inputs_(inputs),
@@ -35,7 +25,7 @@ WalkWork WalkComparison::Work() {
     work.calls = &calls_;
     work.stopsAtOnce = options_.brief;
     work.prepare = [this] {
-        UseRecords({options_.logs, options_.lines, options_.reads});
+        UseRecords(options_.records);
         differences_.clear();
     };
     work.see = [this](const Seen& seen) { return See(seen); };

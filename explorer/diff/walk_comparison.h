@@ -9,14 +9,6 @@
 
 namespace explorer {
 
-// How the records of a comparison are made, on the TV of this process.
-struct RecordOptions {
-    bool logs = true;
-    bool lines = false;
-    bool reads = true;
-};
-void UseRecords(const RecordOptions& options);
-
 class WalkComparison {
   public:
     // Loads both. Throws host::ProviderError. All that is named must outlive this.

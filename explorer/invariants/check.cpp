@@ -102,9 +102,7 @@ int CheckMain(const CheckOptions& options) {
     const int code = Show(options, result);
     ReportUnknownKeys(checking.Walked().UnknownKeys(), inputs);
     ReportRate(options.quiet);
-    if (IsInterrupted()) {
-        std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
-    }
+    ReportInterruption();
     return code;
 }
 

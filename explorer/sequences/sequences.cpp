@@ -104,17 +104,13 @@ bool ReportWhatIsNotProven(const SequencesOptions& options, const Inputs& inputs
     if (remembers) {
         std::fputs(
             "vtv explore sequences: not proven: the provider remembers what it was asked before, "
-            "and "
-            "sequences are told apart by the TV alone. \"vtv-explore check\" and \"diff\" look at "
-            "what "
-            "it remembers\n",
+            "and sequences are told apart by the TV alone. \"vtv-explore check\" and \"diff\" look "
+            "at what it remembers\n",
             stderr);
     }
     ReportUnknownKeys(unknown, inputs);
     ReportRate(options.quiet, states, "states");
-    if (IsInterrupted()) {
-        std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
-    }
+    ReportInterruption();
     return isWhole && unknown.empty();
 }
 

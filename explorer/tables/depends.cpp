@@ -169,7 +169,7 @@ int DependsMain(const DependsOptions& options) {
     ReportRate(options.quiet);
     if (exploration->interrupted) {
         std::puts("(unfinished)");
-        std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
+        ReportInterruption();
     }
     return exploration->interrupted || !exploration->unknownKeys.empty() ? kExitTrouble : kExitOk;
 }

@@ -96,6 +96,7 @@ int TableMain(const TableOptions& options) {
     const std::vector<const Question*> mine = ShareOf(questions, options.shard);
     const std::unique_ptr<Exploration> exploration = Explore(inputs, mine, options);
     const std::vector<std::string> unnamed = AskBeyond(inputs, mine, options).troubles;
+    exploration->interrupted = IsInterrupted();
     std::vector<Table> tables = MakeTables(inputs, *exploration);
     const int code = unnamed.empty() ? CodeOf(tables, *exploration) : kExitTrouble;
     if (!options.docs.empty() && exploration->interrupted) {
@@ -117,9 +118,7 @@ int TableMain(const TableOptions& options) {
         std::fprintf(stderr, "vtv explore: %s\n", program::OneLine(line).c_str());
     }
     ReportRate(options.quiet);
-    if (exploration->interrupted) {
-        std::fputs("vtv explore: interrupted; what was found so far is shown\n", stderr);
-    }
+    ReportInterruption();
     return code;
 }
 

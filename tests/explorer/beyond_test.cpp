@@ -154,6 +154,33 @@ TEST(Beyond, ADrawnValueThatTwoProvidersAnswerDifferentlyIsADifference) {
     EXPECT_TRUE(Has(result.output, "terms = ")) << result.output;
 }
 
+// With drawn values as with the named ones.
+TEST(Beyond, WhatIsNotComparedIsNotComparedBeyondTheInputsEither) {
+    const std::vector<std::string> words = {
+        "diff",         "-q",      "--beyond", "3", "--only", "visible:voice-settings-alexa",
+        ProviderFile(), READS_MORE};
+    EXPECT_EQ(RunExplorer(words).exitCode, 1);
+    std::vector<std::string> without = words;
+    without.insert(without.begin() + 1, {"--no-reads", "--no-logs"});
+    const ProcessResult result = RunExplorer(without);
+    EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+}
+
+// A part of the answers is neither like the others nor unlike them.
+TEST(Beyond, WhatIsInterruptedIsNeitherAlikeNorDifferent) {
+    for (const int milliseconds : {100, 500, 1000}) {
+        const ProcessResult result =
+            InterruptExplorer({"diff", "-q", "--json", "--jobs", "1", "--beyond", "500", "--only",
+                               "visible:voice-settings-alexa", ProviderFile(), ProviderFile()},
+                              milliseconds, SIGTERM);
+        EXPECT_EQ(result.exitCode, 143) << result.errors;
+        const JsonDocument json = Parse(result.output);
+        EXPECT_FALSE(json["alike"].asBool()) << milliseconds;
+        EXPECT_EQ(json["differences"].size(), 0U) << json["differences"];
+        EXPECT_GT(json["troubles"].size(), 0U);
+    }
+}
+
 TEST_F(LackingInputs, AnAnswerThatIsLongerThanARecordProvesNothing) {
     Replace("name = \"Other\" }", "name = \"" + std::string(70000, 'x') + "\" }");
     const ProcessResult result = RunExplorer(

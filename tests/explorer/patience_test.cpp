@@ -77,7 +77,7 @@ TEST(Patience, CtrlCShowsTheTablesSoFarAndLeavesThePagesAlone) {
 TEST(Interrupted, DependenciesAreSaidToBeUnfinishedOrNotPrinted) {
     for (const char* form : {"--source", "--json"}) {
         const ProcessResult result =
-            InterruptExplorer({"depends", "-q", "--jobs", "1", form}, 200, SIGTERM);
+            InterruptExplorer({"depends", "-q", "--jobs", "1", form}, 1, SIGTERM);
         EXPECT_EQ(result.exitCode, 143) << form << result.errors;
         EXPECT_EQ(result.output, "") << form;
         EXPECT_NE(result.errors.find("interrupted"), std::string::npos) << form;
@@ -87,7 +87,7 @@ TEST(Interrupted, DependenciesAreSaidToBeUnfinishedOrNotPrinted) {
         if (isReversed) {
             words.emplace_back("--reverse");
         }
-        const ProcessResult result = InterruptExplorer(words, 200, SIGTERM);
+        const ProcessResult result = InterruptExplorer(words, 1, SIGTERM);
         EXPECT_EQ(result.exitCode, 143) << result.errors;
         EXPECT_NE(result.output.find("(unfinished)\n"), std::string::npos) << result.output;
         EXPECT_NE(result.errors.find("interrupted"), std::string::npos);
@@ -96,9 +96,10 @@ TEST(Interrupted, DependenciesAreSaidToBeUnfinishedOrNotPrinted) {
 
 TEST(Interrupted, AnInvariantThatWasNotLookedAtNeitherHoldsNorDoesNot) {
     const ProcessResult result =
-        InterruptExplorer({"check", "-q", "--json", "--jobs", "1"}, 300, SIGTERM);
+        InterruptExplorer({"check", "-q", "--json", "--jobs", "1"}, 1, SIGTERM);
     EXPECT_EQ(result.exitCode, 143) << result.errors;
     const JsonDocument root = Parse(result.output);
+    ASSERT_GT(root["invariants"].size(), 30U);
     for (const Json::Value& invariant : root["invariants"]) {
         EXPECT_TRUE(invariant["holds"].isNull()) << invariant;
     }
