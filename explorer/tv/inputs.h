@@ -13,8 +13,8 @@ namespace explorer {
 // Names and results of the platform's calls that several parts must spell alike.
 namespace keys {
 inline constexpr char LOGIN[] = "sso_get_login_state";
-// What reading a setting returns that the TV does not have. Not constexpr: with -fsanitize=undefined
-// GCC takes no comparison with null for constant.
+// What reading a setting returns that the TV does not have. Not constexpr: with
+// -fsanitize=undefined GCC takes no comparison with null for constant.
 inline const int FAILED = platform::FailureOf("vconf_get_int");
 }  // namespace keys
 
