@@ -54,11 +54,16 @@ def limits(provider):
              size <= 128 * 1024 if size else None)]
 
 
+def met(good):
+    """None is no goal at all."""
+    return "" if good is None else "yes" if good else "**no**"
+
+
 def judged(misses, what, figure, wanted, good):
     """The cells of a row that tell its goal and whether it is met. Whoever misses one is noted."""
     if good is False:
         misses.append(f"{what}: {figure}, not {wanted}")
-    return f"{wanted} | {'' if good is None else 'yes' if good else '**no**'} |"
+    return f"{wanted} | {met(good)} |"
 
 
 def shown_time(nanoseconds):
@@ -90,7 +95,7 @@ def provider_table(provider, misses):
             above.append(f"{row['name']} {ratio:.2f}")
         lines.append(
             f"| {row['name']} | {row['calls']} | {row['instructions']:,} | {row['bare_instructions']:,} | {ratio:.2f} |"
-            f" {'yes' if ratio <= PROVIDER_GOAL else '**no**'} | {shown_time(row['ns'])} | {shown_time(row['bare_ns'])} |"
+            f" {met(ratio <= PROVIDER_GOAL)} | {shown_time(row['ns'])} | {shown_time(row['bare_ns'])} |"
             f" {row['ratio']:.2f} ({row['ratio_low']:.2f} - {row['ratio_high']:.2f}) |"
             f" {row['allocations']:,} ({row['bare_allocations']:,}) | {row['bytes']:,} ({row['bare_bytes']:,}) |")
     page, trace = provider["questions"][0], provider["trace"]
@@ -104,7 +109,7 @@ def provider_table(provider, misses):
               f"| instructions of its own code, of a page | {page['own_instructions']:,} | | |",
               f"| instructions of the C library's comparing keys | {page['key_instructions']:,} | | |",
               f"| a trace event that is on: instructions, by the storage's own | {event} | at most {PROVIDER_GOAL:.2f} |"
-              f" {'yes' if ratio <= PROVIDER_GOAL else '**no**'} |"]
+              f" {met(ratio <= PROVIDER_GOAL)} |"]
     return lines + [f"| {what} | {figure} | {judged(misses, what, figure, wanted, good)}"
                     for what, figure, wanted, good in limits(provider)]
 

@@ -9,6 +9,9 @@ LOGS=build/logs
 export CANNOT_RUN=77
 CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
 export CMAKE_BUILD_PARALLEL_LEVEL
+# Whether the owner of this folder goes on with what root began; of this script, and not of those that it starts.
+export -n HANDED_OVER=${SI_HANDED_OVER:-}
+unset SI_HANDED_OVER
 
 say() { printf '%s\n' "$*"; }
 

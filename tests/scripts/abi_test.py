@@ -1,42 +1,31 @@
 #!/usr/bin/env python3
 """scripts/abi: whatever is added to the contract, taken from it or changed in it is told, and what a provider exports."""
 
-import os
-import pathlib
-import shutil
-import subprocess
-import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from checkout import CheckoutTest
+
 HEADER = "abi/si_provider.h"
 # Instead of the provider: a library whose one function takes what $PARAMETER says.
-CMAKE = """#!/bin/sh
+CMAKE = """
 mkdir -p build/abi/lib
 echo "int answer($PARAMETER question) { return question != 0; }" >build/abi/answer.c
 cc -g -shared -fPIC build/abi/answer.c -o build/abi/lib/libsi-ready.so
 """
 
 
-class Abi(unittest.TestCase):
+class Abi(CheckoutTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="si-ready-abi-")
-        self.addCleanup(folder.cleanup)
-        self.root = pathlib.Path(folder.name)
-        for name in ("scripts", "abi"):
-            shutil.copytree(ROOT / name, self.root / name)
+        super().setUp()
+        self.copy("abi")
         (self.root / "si-ready").mkdir()
-        (self.root / "bin").mkdir()
-        (self.root / "bin/cmake").write_text(CMAKE)
-        (self.root / "bin/cmake").chmod(0o755)
+        self.program("cmake", CMAKE)
         kept = (self.root / "abi/si_provider.abi").read_text()
         self.assertEqual(0, self.compare("--write").returncode)
         self.assertEqual(kept, (self.root / "abi/si_provider.abi").read_text())
 
     def compare(self, *arguments, parameter="int"):
-        environment = dict(os.environ, PATH=f"{self.root}/bin:{os.environ['PATH']}", PARAMETER=parameter)
-        return subprocess.run([self.root / "scripts/abi", *arguments], cwd=self.root, env=environment, capture_output=True,
-                              text=True, check=False)
+        return self.start("scripts/abi", *arguments, PARAMETER=parameter)
 
     def expect_told(self, result, where, what):
         self.assertEqual(1, result.returncode, result)

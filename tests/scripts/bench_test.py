@@ -5,14 +5,14 @@ import importlib.util
 import io
 import os
 import re
-import subprocess
 import sys
 import tempfile
 import unittest
 from pathlib import Path
 from unittest import mock
 
-ROOT = Path(__file__).resolve().parents[2]
+from checkout import ENVIRONMENT, ROOT, CheckoutTest
+
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(ROOT / "scripts"))
 loader = importlib.machinery.SourceFileLoader("bench", str(ROOT / "scripts/bench"))
@@ -91,26 +91,23 @@ class Against(unittest.TestCase):
         self.assertTrue(self.compare({"page": 10}, {"page": 10, "policy of 5": 1000})[0])
 
 
-class NothingToCompareWith(unittest.TestCase):
+class NothingToCompareWith(CheckoutTest):
     """In a repository of its own, whose second commit has changed nothing."""
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="si-ready-bench-")
-        self.addCleanup(folder.cleanup)
-        self.root = Path(folder.name)
+        super().setUp()
         for name, value in (("ROOT", self.root), ("BUILD", self.root / "build")):
             patch = mock.patch.object(bench, name, value)
             patch.start()
             self.addCleanup(patch.stop)
 
     def commits(self, count):
-        subprocess.run(["git", "init", "-q"], cwd=self.root, check=True)
+        self.git("init", "-q")
         for _ in range(count):
-            subprocess.run(["git", "-c", "user.name=A", "-c", "user.email=a@example.org", "commit", "-q", "--allow-empty",
-                            "-m", "Begin"], cwd=self.root, check=True)
+            self.git("commit", "-q", "--allow-empty", "-m", "Begin")
 
     def compare(self, commit, ci):
-        with mock.patch.dict(os.environ, {"CI": ci}), contextlib.redirect_stdout(io.StringIO()):
+        with mock.patch.dict(os.environ, ENVIRONMENT | {"CI": ci}, clear=True), contextlib.redirect_stdout(io.StringIO()):
             return bench.compare(commit)
 
     def test_a_commit_that_is_not_there_is_a_remark_and_in_ci_a_failure(self):
@@ -132,7 +129,7 @@ class NothingToCompareWith(unittest.TestCase):
     def test_a_clone_that_lacks_the_commit_before_fails_in_ci(self):
         self.commits(2)
         shallow = self.root / "shallow"
-        subprocess.run(["git", "clone", "-q", "--depth", "1", f"file://{self.root}", shallow], check=True)
+        self.git("clone", "-q", "--depth", "1", f"file://{self.root}", str(shallow))
         with mock.patch.object(bench, "ROOT", shallow):
             self.assertFalse(self.compare("HEAD^", "true")[0])
 

@@ -1,25 +1,16 @@
 """scripts/check-words: what a reader cannot open is found wherever it stands."""
 
-import pathlib
-import shutil
-import subprocess
-import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from checkout import CheckoutTest
+
 # In two pieces, so that this file is not found itself.
 FORBIDDEN = "see tick" + "et #12\n"
 
 
-class CheckWords(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="si-ready-check-words-")
-        self.addCleanup(folder.cleanup)
-        self.root = pathlib.Path(folder.name)
-        shutil.copytree(ROOT / "scripts", self.root / "scripts")
-
+class CheckWords(CheckoutTest):
     def check(self):
-        return subprocess.run([self.root / "scripts/check-words"], capture_output=True, text=True, check=False)
+        return self.start("scripts/check-words")
 
     def expect_found(self, name):
         result = self.check()
@@ -41,9 +32,8 @@ class CheckWords(unittest.TestCase):
         self.expect_found("a")
 
     def test_a_message_of_a_commit_counts(self):
-        git = ["git", "-c", "user.name=A", "-c", "user.email=a@example.org"]
-        for command in (["init", "-q"], ["commit", "-q", "--allow-empty", "-m", FORBIDDEN]):
-            subprocess.run(git + command, cwd=self.root, check=True)
+        self.git("init", "-q")
+        self.git("commit", "-q", "--allow-empty", "-m", FORBIDDEN)
         result = self.check()
         self.assertNotEqual(0, result.returncode)
         self.assertIn("(in a commit message)", result.stdout)

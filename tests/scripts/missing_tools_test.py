@@ -1,31 +1,21 @@
 """The scripts on a machine that lacks their tool: each names the package that has it, and none says that all is well."""
 
-import os
 import pathlib
-import shutil
-import subprocess
-import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from checkout import CheckoutTest
 
 # What some look for first, and this machine need not have.
 OTHERS = {"clang++-19", "dh", "llvm-cov-19"}
 
 
-class MissingTools(unittest.TestCase):
+class MissingTools(CheckoutTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="si-ready-missing-tools-")
-        self.addCleanup(folder.cleanup)
-        self.root = pathlib.Path(folder.name)
-        shutil.copytree(ROOT / "scripts", self.root / "scripts")
+        super().setUp()
         (self.root / "build/profiles").mkdir(parents=True)
-        (self.root / "build/lib").mkdir()
-        (self.root / "build/lib/libsi-ready.so").write_text("")
-        (self.root / "si-ready").mkdir()
-        shutil.copy(ROOT / "si-ready/exports.txt", self.root / "si-ready")
+        self.write("build/lib/libsi-ready.so", "")
+        self.copy("si-ready/exports.txt")
         self.bin = self.root / "bin"
-        self.bin.mkdir()
         for program in pathlib.Path("/usr/bin").iterdir():
             (self.bin / program.name).symlink_to(program)
         for name in OTHERS:
@@ -35,12 +25,10 @@ class MissingTools(unittest.TestCase):
         if not (self.bin / name).exists():
             (self.bin / name).symlink_to("/usr/bin/false")
 
-    def start(self, command, lacking=None):
+    def start_without(self, lacking, *command):
         """Where all programs of this machine are but that one."""
-        if lacking:
-            (self.bin / lacking).unlink(missing_ok=True)
-        return subprocess.run(command, cwd=self.root, env=dict(os.environ, PATH=str(self.bin)), capture_output=True,
-                              text=True, check=False)
+        (self.bin / lacking).unlink(missing_ok=True)
+        return self.start(*command, PATH=str(self.bin))
 
     def test_the_package_is_named(self):
         for command, tool, package in (
@@ -50,13 +38,13 @@ class MissingTools(unittest.TestCase):
                 ("scripts/fuzz replace", "clang++-19", "clang-19"), ("scripts/fuzz --coverage", "jq", "jq"),
                 ("scripts/tidy", "run-clang-tidy-19", "clang-tidy-19")):
             with self.subTest(command):
-                result = self.start(command.split(), tool)
+                result = self.start_without(tool, *command.split())
                 self.provide(tool)
                 self.assertEqual(1, result.returncode, result)
                 self.assertIn(f"the program {tool} is missing: apt-get install {package}\n", result.stderr)
 
     def test_a_library_that_cannot_be_read_is_not_said_to_lack_anything(self):
-        result = self.start(["scripts/check-library", "build"])
+        result = self.start("scripts/check-library", "build")
         self.assertEqual(1, result.returncode, result)
         self.assertNotIn("ok: ", result.stdout)
 

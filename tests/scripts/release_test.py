@@ -1,28 +1,20 @@
 """What a release rests on: one version wherever it is told, packages built with what is named, and a clean tree."""
 
-import pathlib
 import re
-import shutil
-import subprocess
-import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from checkout import ROOT, CheckoutTest
+
 TELLS = ("CMakeLists.txt", "CHANGELOG.md", "debian/changelog")
 
 
-class Version(unittest.TestCase):
+class Version(CheckoutTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="si-ready-version-")
-        self.addCleanup(folder.cleanup)
-        self.root = pathlib.Path(folder.name)
-        shutil.copytree(ROOT / "scripts", self.root / "scripts")
-        (self.root / "debian").mkdir()
-        for name in TELLS:
-            shutil.copy(ROOT / name, self.root / name)
+        super().setUp()
+        self.copy(*TELLS)
 
     def ask(self):
-        return subprocess.run([self.root / "scripts/version"], capture_output=True, text=True, check=False)
+        return self.start("scripts/version")
 
     def test_the_build_the_changes_and_the_packages_have_one(self):
         result = self.ask()
@@ -55,16 +47,13 @@ class Packages(unittest.TestCase):
         self.assertEqual(installs, needs - {"debhelper-compat"})
 
 
-class Release(unittest.TestCase):
+class Release(CheckoutTest):
     def test_what_is_not_committed_is_refused_by_name(self):
-        with tempfile.TemporaryDirectory(prefix="si-ready-release-") as folder:
-            root = pathlib.Path(folder)
-            shutil.copytree(ROOT / "scripts", root / "scripts")
-            for command in (["init", "-q"], ["add", "."],
-                            ["-c", "user.name=a", "-c", "user.email=a@b", "commit", "-q", "-m", "All"]):
-                subprocess.run(["git", *command], cwd=root, check=True)
-            (root / "forgotten").write_text("")
-            result = subprocess.run([root / "scripts/release"], capture_output=True, text=True, check=False)
-            self.assertEqual(1, result.returncode, result)
-            self.assertRegex(result.stderr, r"(?s)this is not; commit it.*\?\? forgotten")
-            self.assertFalse((root / "build").exists())
+        self.git("init", "-q")
+        self.git("add", ".")
+        self.git("commit", "-q", "-m", "All")
+        self.write("forgotten", "")
+        result = self.start("scripts/release")
+        self.assertEqual(1, result.returncode, result)
+        self.assertRegex(result.stderr, r"(?s)this is not; commit it.*\?\? forgotten")
+        self.assertFalse((self.root / "build").exists())

@@ -1,14 +1,9 @@
 """./run on a machine that lacks everything: what it says before the first silence, and what it builds for its user."""
 
 import json
-import os
-import pathlib
-import shutil
-import subprocess
-import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from checkout import ROOT, CheckoutTest
 
 PROGRAMS = {
     "dpkg": "echo amd64",
@@ -23,23 +18,17 @@ PROGRAMS = {
 }
 
 
-class RunCommand(unittest.TestCase):
+class RunCommand(CheckoutTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="si-ready-run-command-")
-        self.addCleanup(folder.cleanup)
-        self.root = pathlib.Path(folder.name)
-        shutil.copy(ROOT / "run", self.root)
-        shutil.copytree(ROOT / "scripts", self.root / "scripts")
-        (self.root / "bin").mkdir()
+        super().setUp()
+        self.copy("run")
         for name, text in PROGRAMS.items():
-            (self.root / "bin" / name).write_text(f"#!/bin/sh\n{text}\n")
-            (self.root / "bin" / name).chmod(0o755)
+            self.program(name, text)
 
-    def run_lines(self, *arguments):
-        environment = dict(os.environ, PATH=f"{self.root}/bin:{os.environ['PATH']}", MACHINE=str(self.root),
-                           TMPDIR=str(self.root))
-        return subprocess.run([self.root / "run", *arguments], cwd=self.root, env=environment, capture_output=True,
-                              text=True, check=True).stdout.splitlines()
+    def run_lines(self, *arguments, **variables):
+        result = self.start("./run", *arguments, MACHINE=str(self.root), TMPDIR=str(self.root), **variables)
+        self.assertEqual(0, result.returncode, result)
+        return result.stdout.splitlines()
 
     def test_how_long_it_takes_is_said_before_anything_is_installed(self):
         for arguments in ([], ["window"]):
@@ -52,6 +41,9 @@ class RunCommand(unittest.TestCase):
         for arguments in ([], ["window"]):
             self.run_lines(*arguments)
             self.assertNotIn("first time", "\n".join(self.run_lines(*arguments)))
+
+    def test_nothing_is_promised_twice_when_another_user_goes_on(self):
+        self.assertNotIn("first time", "\n".join(self.run_lines(SI_HANDED_OVER="true")))
 
     def test_minutes_are_promised_only_of_what_is_measured(self):
         self.assertIn("about 3 minutes", self.run_lines()[0])

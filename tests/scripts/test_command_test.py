@@ -1,14 +1,9 @@
 """./test with legs of its own and a registry that says what a test wants: what passes, fails and may be skipped."""
 
 import json
-import os
-import pathlib
-import shutil
-import subprocess
-import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from checkout import ROOT, CheckoutTest
 
 LEGS = """
 LEGS=(fresh gcc asan good bad nowhere needy long kinds)
@@ -47,12 +42,12 @@ Of old.
 ## Behind it
 """
 
-DPKG_QUERY = """#!/bin/sh
+DPKG_QUERY = """
 for name; do :; done
 grep -qx "$name" "$REGISTRY/missing" || echo amd64 installed
 """
 
-APT_GET = """#!/bin/sh
+APT_GET = """
 cat "$REGISTRY/says"
 exit 100
 """
@@ -61,42 +56,27 @@ LACKING = "E: Unable to locate package rare-package\n"
 UNREACHABLE = "Err:1 http://deb.example bookworm\n  Could not resolve 'deb.example'\n" + LACKING
 
 
-class TestCommand(unittest.TestCase):
+class TestCommand(CheckoutTest):
     report = ""
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="si-ready-test-command-")
-        self.addCleanup(folder.cleanup)
-        self.root = pathlib.Path(folder.name)
-        for name in ("test", ".ci", "scripts"):
-            source = ROOT / name
-            (shutil.copytree if source.is_dir() else shutil.copy)(source, self.root / name)
-        (self.root / "scripts/legs.sh").write_text(LEGS)
-        (self.root / "docs").mkdir()
-        (self.root / "docs/testing.md").write_text(PAGE)
-        (self.root / "missing").write_text("")
+        super().setUp()
+        self.copy("test", ".ci")
+        self.write("scripts/legs.sh", LEGS)
+        self.write("docs/testing.md", PAGE)
+        self.write("missing", "")
         self.program("dpkg-query", DPKG_QUERY)
-        self.program("dpkg", "#!/bin/sh\necho amd64\n")
+        self.program("dpkg", "echo amd64")
         self.program("apt-get", APT_GET)
-        self.program("sudo", '#!/bin/sh\nexec "$@"\n')
-        self.program("sleep", "#!/bin/sh\n")
-
-    def program(self, name, text):
-        (self.root / "bin").mkdir(exist_ok=True)
-        file = self.root / "bin" / name
-        file.write_text(text)
-        file.chmod(0o755)
+        self.program("sudo", 'exec "$@"')
+        self.program("sleep", "")
 
     def registry_says(self, text):
-        (self.root / "missing").write_text("rare-package\n")
-        (self.root / "says").write_text(text)
+        self.write("missing", "rare-package\n")
+        self.write("says", text)
 
-    def start(self, *command, ci=""):
-        environment = dict(os.environ, PATH=f"{self.root}/bin:{os.environ['PATH']}", CI=ci,
-                           REGISTRY=str(self.root), REPORT=self.report, TMPDIR=str(self.root))
-        environment.pop("SI_DEEP", None)
-        return subprocess.run(command, cwd=self.root, env=environment, capture_output=True, text=True,
-                              check=False)
+    def start(self, *command, ci="", **variables):
+        return super().start(*command, CI=ci, REGISTRY=str(self.root), REPORT=self.report, TMPDIR=str(self.root), **variables)
 
     def expect(self, status, last, result):
         self.assertEqual((status, last), (result.returncode, result.stdout.splitlines()[-1]), result)
@@ -222,7 +202,7 @@ class TestCommand(unittest.TestCase):
 
     def test_a_fresh_machine_that_cannot_be_made_is_skipped_with_the_reason(self):
         for name in ("mmdebstrap", "unshare"):
-            self.program(name, "#!/bin/sh\nexit 1\n")
+            self.program(name, "exit 1")
         (self.root / ".git").mkdir()
         for script in ("scripts/fresh", "scripts/deb"):
             result = self.start(script)

@@ -1,14 +1,10 @@
 """scripts/tidy: which sources it checks, with a clang-tidy that only tells what it was asked for."""
 
 import json
-import os
-import pathlib
-import shutil
-import subprocess
-import tempfile
 import unittest
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from checkout import CheckoutTest
+
 SOURCES = {
     "room/deep.h": "int Deep();\n",
     "room/middle.h": '#include "room/deep.h"\n',
@@ -20,40 +16,28 @@ SOURCES = {
 }
 
 
-class Tidy(unittest.TestCase):
+class Tidy(CheckoutTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="si-ready-tidy-")
-        self.addCleanup(folder.cleanup)
-        self.root = pathlib.Path(folder.name)
-        shutil.copytree(ROOT / "scripts", self.root / "scripts")
+        super().setUp()
         for name, text in SOURCES.items():
             self.write(name, text)
         self.write("docs/testing.md", "")
+        self.write(".gitignore", "/build/\n/bin/\n")
         self.compile("room/far.cpp", "room/near.cpp", "room/other.cpp")
         for name, text in (("clang++-19", ""), ("cmake", ""), ("run-clang-tidy-19", 'echo "by the preset: $*"'),
                            ("clang-tidy-19", 'echo "by its flags: $*"; exit "${STATUS:-0}"')):
-            self.write(f"bin/{name}", f"#!/bin/sh\n{text}\n")
-            (self.root / "bin" / name).chmod(0o755)
+            self.program(name, text)
         self.git("init", "-q")
         for message in ("One", "Two"):
             self.git("add", ".")
-            self.git("-c", "user.name=A", "-c", "user.email=a@b", "commit", "-q", "--allow-empty", "-m", message)
-
-    def write(self, name, text):
-        (self.root / name).parent.mkdir(parents=True, exist_ok=True)
-        (self.root / name).write_text(text)
+            self.git("commit", "-q", "--allow-empty", "-m", message)
 
     def compile(self, *names):
         commands = [{"directory": "/", "command": "c++", "file": f"{self.root}/{name}"} for name in names]
         self.write("build/tidy/compile_commands.json", json.dumps(commands, indent=2).replace("    ", "  "))
 
-    def git(self, *arguments):
-        subprocess.run(["git", *arguments], cwd=self.root, check=True)
-
-    def tidy(self, *arguments, **variables):
-        environment = dict(os.environ, PATH=f"{self.root}/bin:{os.environ['PATH']}", SI_DEEP="", **variables)
-        return subprocess.run([self.root / "scripts/tidy", *arguments], cwd=self.root, env=environment,
-                              capture_output=True, text=True, check=False)
+    def tidy(self, **variables):
+        return self.start("scripts/tidy", **variables)
 
     def test_who_includes_a_changed_header_through_others_is_checked(self):
         self.write("room/deep.h", "int Deeper();\n")
@@ -75,6 +59,24 @@ class Tidy(unittest.TestCase):
         self.assertEqual(1, result.returncode, result)
         self.assertIn("nothing tells how these are compiled", result.stderr)
         self.assertTrue(result.stderr.endswith("\nroom/other.cpp\n"), result)
+
+    def test_a_source_that_was_not_added_yet_is_checked_and_so_is_who_includes_it(self):
+        self.write("room/new.cpp", "int i;\n")
+        self.write("room/new.h", "int New();\n")
+        self.write("room/other.cpp", '#include "new.h"\n')
+        self.git("add", "room/other.cpp")
+        self.git("commit", "-q", "-m", "Three")
+        self.git("commit", "-q", "--allow-empty", "-m", "Four")
+        self.compile("room/far.cpp", "room/near.cpp", "room/other.cpp", "room/new.cpp")
+        result = self.tidy()
+        self.assertIn("remark: 2 of 5 sources", result.stdout, result)
+        self.assertRegex(result.stdout, "by the preset: .*room/new.cpp .*room/other.cpp")
+
+    def test_what_a_developer_does_not_keep_is_left_alone(self):
+        self.write(".git/info/exclude", "/cmake-build-debug/\n")
+        self.write("cmake-build-debug/CompilerId.c", "")
+        (self.root / "room/other.cpp").unlink()
+        self.assertEqual(0, self.tidy().returncode, self.tidy())
 
     def test_nothing_has_changed(self):
         self.assertRegex(self.tidy().stdout, "remark: no source has changed since")
