@@ -141,6 +141,12 @@ std::string VisibleText::Next(std::string_view piece, Form form) {
     return shown;
 }
 
+std::string Shown(const std::string& text, Form form) {
+    VisibleText visible;
+    const std::string shown = visible.Next(text, form);
+    return shown + visible.End();
+}
+
 std::string VisibleText::End() {
     return OneLine(std::exchange(unfinished_, {}));
 }

@@ -23,6 +23,9 @@ enum class Form {
     kExact,  // as it is
 };
 
+// A whole text in that form, for a file or for a format that is printed exactly.
+std::string Shown(const std::string& text, Form form);
+
 // What is printed, piece by piece; a character may begin in one and end in the next.
 class VisibleText {
   public:

@@ -54,10 +54,12 @@ Shard ParseShard(const std::string& text) {
     return shard;
 }
 
-program::Form FormOf(Format format) {
-    return format == Format::kText   ? program::Form::kText
-           : format == Format::kJson ? program::Form::kJson
-                                     : program::Form::kExact;
+void PrintDocument(const std::string& text, Format format) {
+    if (format == Format::kText || format == Format::kJson) {
+        program::Print(text, format == Format::kText ? program::Form::kText : program::Form::kJson);
+    } else {
+        program::Print(program::Shown(text, program::Form::kText), program::Form::kExact);
+    }
 }
 
 Format FindingsFormat(const std::string& name) {
@@ -75,8 +77,10 @@ void PrintFindings(Format format, const program::Findings& findings) {
     }
 }
 
-void WriteTextFile(const std::string& file, const std::string& text) {
-    const std::string problem = program::WriteFile(file, text);
+void WriteTextFile(const std::string& file, const std::string& text, Format format) {
+    const program::Form form =
+        format == Format::kJson ? program::Form::kJson : program::Form::kText;
+    const std::string problem = program::WriteFile(file, program::Shown(text, form));
     if (!problem.empty()) {
         throw CommandError(kExitTrouble, problem);
     }

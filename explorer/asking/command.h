@@ -58,8 +58,9 @@ struct CommonOptions {
     bool quiet = false;  // no progress and no rate
 };
 
-// How it is printed: documents as they stand in a file.
-program::Form FormOf(Format format);
+// Pages as they stand in a file, in UTF-8 whatever the locale. Bytes of a provider that are none
+// are shown as text shows them.
+void PrintDocument(const std::string& text, Format format);
 
 // By its name among program::kFindingsFormats.
 Format FindingsFormat(const std::string& name);
@@ -72,8 +73,8 @@ std::vector<const Question*> QuestionsOf(const std::vector<std::string>& names,
 // Those of a part.
 std::vector<const Question*> ShareOf(const std::vector<const Question*>& questions,
                                      const Shard& shard);
-// Throws CommandError.
-void WriteTextFile(const std::string& file, const std::string& text);
+// The same in a file. Throws CommandError.
+void WriteTextFile(const std::string& file, const std::string& text, Format format = Format::kText);
 // Only what can be read again.
 void WriteScenarioFile(const std::string& file, const std::string& text);
 Json::Value JsonList(const std::vector<std::string>& texts);

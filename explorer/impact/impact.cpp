@@ -207,7 +207,7 @@ void PrintFindings(const ImpactOptions& options, const std::vector<program::Find
 void Print(const ImpactOptions& options, const std::vector<ModelImpact>& impacts,
            const std::vector<std::string>& troubles) {
     if (options.asked.html) {
-        program::Print(AsHtml(impacts), program::Form::kExact);
+        PrintDocument(AsHtml(impacts), Format::kHtml);
     } else if (options.asked.json || options.asked.format == "json") {
         program::Print(AsJson(impacts), program::Form::kJson);
     } else if (options.asked.format == "text") {

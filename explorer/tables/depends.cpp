@@ -164,7 +164,11 @@ int DependsMain(const DependsOptions& options) {
     const std::string text = options.source                    ? AsSource(depends)
                              : options.format == Format::kJson ? AsJson(depends)
                                                                : AsText(depends);
-    program::Print(text, options.source ? program::Form::kExact : FormOf(options.format));
+    if (options.source) {
+        program::Print(text, program::Form::kExact);
+    } else {
+        PrintDocument(text, options.format);
+    }
     ReportUnknownKeys(exploration->unknownKeys, inputs);
     ReportRate(options.quiet);
     if (exploration->interrupted) {

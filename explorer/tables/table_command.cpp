@@ -108,9 +108,9 @@ int TableMain(const TableOptions& options) {
             options.format, tables, *exploration,
             options.shard.IsPart() ? PartOf(options, questions, tables, code) : Json::Value());
         if (options.output.empty()) {
-            program::Print(text, FormOf(options.format));
+            PrintDocument(text, options.format);
         } else {
-            WriteTextFile(options.output, text);
+            WriteTextFile(options.output, text, options.format);
         }
     }
     ReportUnknownKeys(exploration->unknownKeys, inputs);

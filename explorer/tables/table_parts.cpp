@@ -75,8 +75,8 @@ class MergedTables {
 
 int ShowMergedTables(const CommonOptions& options, const std::vector<PartFile>& parts) {
     const MergedTables tables(parts);
-    program::Print(options.format == Format::kJson ? tables.AsJson() : tables.AsText(),
-                   FormOf(options.format));
+    PrintDocument(options.format == Format::kJson ? tables.AsJson() : tables.AsText(),
+                  options.format);
     for (const PartFile& part : parts) {
         if (part.root["part"]["code"].asInt() == kExitTrouble) {
             std::fprintf(stderr, "vtv explore merge: %s: was not done to its end\n",

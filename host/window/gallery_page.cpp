@@ -10,6 +10,7 @@
 #include <sstream>
 #include <vector>
 
+#include "program/visible_text.h"
 #include "program/write_file.h"
 #include "virtual-tv/model/error.h"
 #include "virtual-tv/model/json_text.h"
@@ -80,7 +81,8 @@ show();
 )";
 
 void WriteWhole(const std::string& file, const std::string& text) {
-    const std::string problem = program::WriteFile(file, text);
+    const std::string problem =
+        program::WriteFile(file, program::Shown(text, program::Form::kText));
     if (!problem.empty()) {
         throw vtv::Error(vtv::ErrorKind::kPlatform, problem);
     }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <json/json.h>
 
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -48,6 +49,31 @@ TEST(Table, OfEveryQuestionIsComplete) {
     for (const Json::Value& table : tables) {
         EXPECT_TRUE(table["complete"].asBool()) << table["question"];
         EXPECT_TRUE(table["troubles"].empty()) << table["troubles"];
+    }
+}
+
+// On a terminal, in a file and on a page.
+TEST(Table, BytesThatAreNoUtf8AndControlsAreShownInEveryFormat) {
+    const std::string file = TemporaryFolder() + "/bytes";
+    const std::vector<std::string> words = {"table", "-q", "--provider", SPEAKS_BYTES,
+                                            "function:get_list_items_voice_wake_up"};
+    for (const char* format : {"", "--json", "--markdown", "--html"}) {
+        for (const bool isFile : {false, true}) {
+            std::vector<std::string> asked = words;
+            if (*format != '\0') {
+                asked.emplace_back(format);
+            }
+            if (isFile) {
+                asked.insert(asked.end(), {"-o", file});
+            }
+            const ProcessResult result = RunExplorer(asked);
+            EXPECT_EQ(result.exitCode, 0) << format << result.errors;
+            const std::string text = isFile ? ReadAll(file) : result.output;
+            EXPECT_EQ(text.find('\xff'), std::string::npos) << format << isFile;
+            EXPECT_EQ(text.find('\033'), std::string::npos) << format << isFile;
+            EXPECT_NE(text.find("[31m"), std::string::npos) << format << isFile;
+            std::filesystem::remove(file);
+        }
     }
 }
 
