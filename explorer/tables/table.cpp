@@ -17,6 +17,16 @@ std::string Join(const std::vector<std::string>& words, const char* separator) {
 
 namespace {
 
+// What is hard to read behind a "not".
+bool IsNegative(const std::string& words) {
+    for (const char* begin : {"not ", "no ", "fails"}) {
+        if (words.rfind(begin, 0) == 0) {
+            return true;
+        }
+    }
+    return words == "none";
+}
+
 // "agreed or unknown", "neither 1 nor 2", "above 0": of a column's values those for which a row
 // fits, and the others that occur.
 struct Choice {
@@ -32,10 +42,7 @@ struct Choice {
             return "not " + range;
         }
         const std::vector<std::string> excluded = WordsOf(others);
-        const bool isReadable =
-            std::none_of(excluded.begin(), excluded.end(), [](const std::string& words) {
-                return words.rfind("not ", 0) == 0 || words.rfind("fails", 0) == 0;
-            });
+        const bool isReadable = std::none_of(excluded.begin(), excluded.end(), IsNegative);
         if (isReadable && !others.empty() && others.size() < values.size()) {
             return (others.size() == 1 ? "not " : "neither ") + Join(excluded, " nor ");
         }
