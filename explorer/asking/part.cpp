@@ -247,6 +247,9 @@ Nearness NearnessOf(const Json::Value& json) {
 void AddCount(const WalkCount& one, WalkCount& to) {
     to.questions += one.questions;
     to.paths += one.paths;
+    for (const auto& [place, asked] : one.asked) {
+        to.asked[place].Add(asked);
+    }
     for (const std::string& reason : one.open) {
         if (std::find(to.open.begin(), to.open.end(), reason) == to.open.end()) {
             to.open.push_back(reason);

@@ -20,6 +20,11 @@ void RequireArena() {
     }
 }
 
+void Asked::Add(const Asked& other) {
+    paths += other.paths;
+    states.Add(other.states);
+}
+
 // ---------------------------------------------------------------------------------------------
 // In the starting process
 // ---------------------------------------------------------------------------------------------
@@ -251,6 +256,9 @@ void Walk::RunTasks(const std::vector<Task>& tasks) {
 void Walk::Take(Part part) {
     count_.questions += part.questions;
     count_.paths += part.paths;
+    for (const auto& [place, asked] : part.asked) {
+        count_.asked[{NameOf(place.first), place.second}].Add(asked);
+    }
     open_.merge(part.open);
     unknown_.merge(part.unknown);
     tried_.insert(part.tried.begin(), part.tried.end());

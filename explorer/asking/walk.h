@@ -16,6 +16,7 @@
 #include "calls.h"
 #include "command.h"
 #include "explorer/engine/bytes.h"
+#include "explorer/engine/coverage.h"
 #include "explorer/engine/workers.h"
 #include "living_provider.h"
 
@@ -37,12 +38,26 @@ struct Joint {
     int depth = 0;               // calls
 };
 
+// What one provider was asked by a call, in all joints together: its own paths, by what it read
+// itself, and the states of the TV that they stand for.
+struct Asked {
+    std::uint64_t paths = 0;
+    BigNumber states;
+
+    void Add(const Asked& other);
+    template <typename Bytes>
+    void Members(Bytes& bytes) {
+        bytes(paths, states);
+    }
+};
+
 // What a walk came to.
 struct WalkCount {
     std::size_t joints = 0;
     std::array<std::size_t, Arena::MOST> states = {};
     std::uint64_t questions = 0;  // calls, by the joint in which they were made
     std::uint64_t paths = 0;
+    std::map<std::pair<std::string, std::size_t>, Asked> asked;  // by call and provider
     // Equal for parts of one walk that came to the same states.
     std::uint64_t way = 0;
     // Empty: the providers are closed under their calls, every one was made in every state, and its

@@ -1,5 +1,7 @@
 #include "walk_worker.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <tuple>
@@ -49,6 +51,37 @@ class Walk::Worker {
     }
 
   private:
+    // The paths of one provider among those of both: by what it read itself.
+    class OwnPaths {
+      public:
+        // Behind a run of it.
+        void Add(const Choices& choices) {
+            path_.clear();
+            std::copy_if(choices.Path(), choices.Path() + choices.Depth(),
+                         std::back_inserter(path_),
+                         [](const Decision& decision) { return tv().HasRead(decision.input); });
+            // What it read no part of comes again with each value of that.
+            if (path_.size() == choices.Depth() || known_.insert(Hash()).second) {
+                coverage.Add(path_.data(), path_.size());
+            }
+        }
+
+        Coverage coverage;
+
+      private:
+        std::uint64_t Hash() const {
+            std::uint64_t hash = 14695981039346656037U;  // FNV-1a
+            for (const Decision& decision : path_) {
+                hash = (hash ^ decision.input) * 1099511628211U;
+                hash = (hash ^ decision.value) * 1099511628211U;
+            }
+            return hash;
+        }
+
+        std::vector<Decision> path_;
+        std::unordered_set<std::uint64_t> known_;
+    };
+
     std::size_t Providers() const { return walk_.providers_.size(); }
     LivingProvider& Provider(std::size_t i) const { return *walk_.providers_[i]; }
     const ProviderState& StateOf(std::size_t i) const {
@@ -61,6 +94,7 @@ class Walk::Worker {
     void MakeCall() {
         const bool isOurs = walk_.IsOurs(joint_, call_);
         Coverage coverage;
+        own_ = {};
         bool hasDiverged = false;
         Choices& choices = shared_.choices;
         const bool isWhole = ForEachPath(
@@ -76,6 +110,9 @@ class Walk::Worker {
         if (isOurs && !task_.isAgain && !task_.isProbe) {
             ++part_.questions;
             part_.paths += coverage.Paths();
+            for (std::size_t i = 0; i < Providers(); ++i) {
+                part_.asked[{call_, i}].Add({own_[i].coverage.Paths(), own_[i].coverage.States()});
+            }
         }
         if (hasDiverged) {
             part_.open.insert(walk_.NameOf(call_) + ": asks differently when it is asked again");
@@ -92,6 +129,7 @@ class Walk::Worker {
                 tv().Again();
             }
             recorders_[i].Make(StateOf(i), makes_[i]);
+            own_[i].Add(shared_.choices);
             isAlike = isAlike && recorders_[i].Record() == recorders_[0].Record();
         }
         if (!isAlike || IsUntried()) {
@@ -187,6 +225,7 @@ class Walk::Worker {
     std::array<std::map<std::string, int>, Arena::MOST> new_;
     std::set<std::tuple<int, std::array<int, Arena::MOST>, int>> met_;
     std::unordered_set<std::uint64_t> tried_;  // beside the walk's
+    std::array<OwnPaths, Arena::MOST> own_;    // of this call
     Part part_;
 };
 

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <array>
+#include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "walk.h"
@@ -31,6 +33,7 @@ struct Walk::Part {
     std::set<std::string> unknown;
     std::uint64_t questions = 0;
     std::uint64_t paths = 0;
+    std::map<std::pair<int, std::size_t>, Asked> asked;  // by call and provider
     std::vector<std::uint64_t> tried;
     bool readsPolicy = false;
     bool isInterrupted = false;
@@ -39,7 +42,7 @@ struct Walk::Part {
     template <typename Bytes>
     void Members(Bytes& bytes) {
         bytes(found, states[0], states[1], cells[0], cells[1], open, unknown, questions, paths,
-              tried, readsPolicy, isInterrupted, seen);
+              asked, tried, readsPolicy, isInterrupted, seen);
     }
 };
 

@@ -202,10 +202,14 @@ void AddDiff(CommandLine& line) {
     CLI::Option* brief = verb.add_flag("--brief", options.brief, "Only say whether they differ");
     verb.add_flag("--all", options.all, "Show every difference, and not only the nearest one")
         ->excludes(brief);
+    CLI::Option* coverage = verb.add_flag(
+        "--coverage", options.coverage,
+        "Also tell on how many paths of each provider each question was asked, and for how many "
+        "states they stand");
     AddExtent(verb, options);
     AddBounds(verb, options.bounds);
-    AddFindingsFormats(verb, options)->excludes(brief);
-    verb.get_option("--format")->excludes(brief);
+    AddFindingsFormats(verb, options)->excludes(brief)->excludes(coverage);
+    verb.get_option("--format")->excludes(brief)->excludes(coverage);
     verb.add_option("--scenarios", options.scenarios,
                     "Write a scenario and a file of calls for each difference into a folder")
         ->type_name("FOLDER");

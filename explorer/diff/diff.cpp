@@ -67,7 +67,6 @@ DiffResult CompareWalking(Inputs& inputs, const DiffOptions& options,
     result.count = walk.Count();
     result.troubles = result.count.open;
     result.interrupted = IsInterrupted();
-    result.runs = TotalRuns();
     ReportUnknownKeys(walk.UnknownKeys(), inputs);
     for (Difference& difference : comparison.Found()) {
         const Difference found = difference;
@@ -206,7 +205,7 @@ DiffResult CompareInRounds(const Inputs& inputs, const DiffOptions& options,
     rounds.Run();
     DiffResult result;
     result.isWalked = false;
-    result.runs = TotalRuns();
+    result.count.questions = TotalRuns();
     for (const Difference& difference : rounds.Found()) {
         ShownDifference& shown = result.differences.emplace_back(Shown(inputs, difference));
         shown.scenario = options.HasFiles() ? ScenarioOf(inputs, difference) : "";

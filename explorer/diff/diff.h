@@ -18,8 +18,9 @@ struct DiffOptions : CommonOptions {
     std::string other;               // provider
     std::vector<std::string> names;  // items, functions, questions; empty: everything
     RecordOptions records;
-    bool brief = false;  // stops at any difference and says nothing of it
-    bool all = false;    // does not stop at the first difference
+    bool brief = false;     // stops at any difference and says nothing of it
+    bool all = false;       // does not stop at the first difference
+    bool coverage = false;  // how far each question went is told
     WalkBounds bounds;
     std::string scenarios;  // folder for scenario files; empty: none
 

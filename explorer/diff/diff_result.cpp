@@ -17,6 +17,8 @@ namespace explorer {
 
 namespace {
 
+constexpr const char* SIDES[] = {"a", "b"};
+
 // Where a difference's texts were written; empty for what was not.
 struct Files {
     std::string scenario;
@@ -121,6 +123,28 @@ WholeWork WorkOf(const DiffOptions& options) {
     return work;
 }
 
+Json::Value CoverageAsJson(const WalkCount& count) {
+    Json::Value json(Json::objectValue);
+    for (const auto& [place, asked] : count.asked) {
+        Json::Value& one = json[place.first][SIDES[place.second]];
+        one["paths"] = Json::UInt64{asked.paths};
+        one["states"] = asked.states.ToString();
+    }
+    return json;
+}
+
+std::string CoverageAsText(const WalkCount& count) {
+    std::string text;
+    for (const auto& [place, asked] : count.asked) {
+        const auto& [question, side] = place;
+        text += (side == 0 ? question + ": " : ", ") + std::string(SIDES[side]) + " " +
+                program::Counted(BigNumber(asked.paths).ToString(), "path", "paths") + " for " +
+                program::Counted(asked.states.ToString(), "state", "states");
+        text += side + 1 == std::size(SIDES) ? "\n" : "";
+    }
+    return text;
+}
+
 Json::Value ToJson(const DiffOptions& options, const DiffResult& result,
                    const std::vector<Files>& files) {
     Json::Value json;
@@ -133,12 +157,12 @@ Json::Value ToJson(const DiffOptions& options, const DiffResult& result,
     const bool isPart = options.shard.IsPart();
     json["alike"] = isProven && !isPart;
     json["closed"] = isProven && !isPart;
-    json["questions"] = Json::UInt64{result.runs};
+    json["questions"] = Json::UInt64{result.count.questions};
     json["pairs"] = Json::UInt64{result.count.joints};
     json["states"]["a"] = Json::UInt64{result.count.states[0]};
     json["states"]["b"] = Json::UInt64{result.count.states[1]};
-    json["calls"] = Json::UInt64{result.count.questions};
     json["paths"] = Json::UInt64{result.count.paths};
+    json["coverage"] = CoverageAsJson(result.count);
     json["troubles"] = JsonList(result.troubles);
     if (isPart) {
         json["part"] =
@@ -213,6 +237,9 @@ int Show(const DiffOptions& options, const DiffResult& result) {
     for (const std::string& trouble : result.troubles) {
         std::fprintf(stderr, "vtv explore diff: %s\n", program::OneLine(trouble).c_str());
     }
+    if (options.coverage) {
+        program::Print(CoverageAsText(result.count), program::Form::kText);
+    }
     if (options.format == Format::kText) {
         std::printf("%s\n", LastLine(options.shard, result).c_str());
     }
@@ -248,16 +275,28 @@ ShownDifference DifferenceOf(const Json::Value& json) {
     return difference;
 }
 
+std::map<std::pair<std::string, std::size_t>, Asked> CoverageOf(const Json::Value& json) {
+    std::map<std::pair<std::string, std::size_t>, Asked> asked;
+    for (const std::string& question : json.getMemberNames()) {
+        for (std::size_t i = 0; i < std::size(SIDES); ++i) {
+            const Json::Value& one = MemberOf(json[question], SIDES[i]);
+            asked[{question, i}] = {MemberOf(one, "paths").asUInt64(),
+                                    BigNumber::Parse(MemberOf(one, "states").asString())};
+        }
+    }
+    return asked;
+}
+
 DiffResult DiffResultOf(const Json::Value& root) {
     DiffResult result;
     result.troubles = TextsOf(root, "troubles");
     result.interrupted = MemberOf(MemberOf(root, "part"), "interrupted").asBool();
-    result.runs = MemberOf(root, "questions").asUInt64();
     result.count.joints = MemberOf(root, "pairs").asUInt();
     result.count.states = {MemberOf(MemberOf(root, "states"), "a").asUInt(),
                            MemberOf(MemberOf(root, "states"), "b").asUInt()};
-    result.count.questions = MemberOf(root, "calls").asUInt64();
+    result.count.questions = MemberOf(root, "questions").asUInt64();
     result.count.paths = MemberOf(root, "paths").asUInt64();
+    result.count.asked = CoverageOf(MemberOf(root, "coverage"));
     result.count.open = result.troubles;
     for (const Json::Value& difference : ListOf(root, "differences")) {
         result.differences.push_back(DifferenceOf(difference));
@@ -310,7 +349,6 @@ int ShowMergedDiff(const CommonOptions& options, const std::string& scenarios,
             isFirst = false;
         } else {
             AddCount(one.count, result.count);
-            result.runs += one.runs;
             result.interrupted = result.interrupted || one.interrupted;
         }
         shown.all = MemberOf(root["part"]["work"]["options"], "all").asBool();

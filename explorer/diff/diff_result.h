@@ -30,8 +30,7 @@ struct DiffResult {
     std::vector<ShownDifference> differences;
     std::vector<std::string> troubles;  // why it is not proven
     bool interrupted = false;
-    bool isWalked = true;    // every call in every state; false: in rounds
-    std::uint64_t runs = 0;  // all that was asked, also what does not count
+    bool isWalked = true;  // every call in every state; false: in rounds
     WalkCount count;
 };
 

@@ -42,6 +42,17 @@ std::string BigNumber::ToString() const {
     return text;
 }
 
+BigNumber BigNumber::Parse(const std::string& text) {
+    BigNumber number;
+    for (const char c : text) {
+        if (c >= '0' && c <= '9') {
+            number.Multiply(10);
+            number.Add(static_cast<std::uint64_t>(c - '0'));
+        }
+    }
+    return number;
+}
+
 void Coverage::Add(const Decision* path, std::size_t depth) {
     Shape shape = {};
     for (std::size_t i = 0; i < depth; ++i) {

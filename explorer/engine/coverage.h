@@ -24,6 +24,13 @@ class BigNumber {
     bool operator==(const BigNumber& other) const = default;
     // "5,971,968".
     std::string ToString() const;
+    // What ToString() gives.
+    static BigNumber Parse(const std::string& text);
+
+    template <typename Bytes>
+    void Members(Bytes& bytes) {
+        bytes(groups_);
+    }
 
   private:
     static constexpr std::uint64_t GROUP = 1000;

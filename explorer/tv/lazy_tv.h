@@ -75,6 +75,8 @@ class Tv {
     // The inputs that this run read or wrote.
     const std::uint16_t* Touched() const { return touched_; }
     std::size_t TouchedSize() const { return touchedSize_; }
+    // In this run.
+    bool HasRead(int input) const { return reads_[input] != 0; }
     // Whether anything but the log and the trace was written, launched or set.
     bool HasEffects() const { return effects_; }
     // False when the store or the platform refused a write of this run.

@@ -20,6 +20,11 @@ std::string Folder(const char* name) {
     return TemporaryFolder() + "/" + name;
 }
 
+std::vector<std::string> With(std::vector<std::string> words, const std::string& option) {
+    words.insert(words.begin() + 1, option);
+    return words;
+}
+
 // The name of the function that a place of a source lies in.
 std::string FunctionAt(const std::string& source, std::ptrdiff_t place) {
     static const std::regex head(R"(\n[A-Za-z][^\n]*?(\w+)\()");
@@ -42,17 +47,38 @@ TEST(Diff, AProviderIsLikeItself) {
     EXPECT_TRUE(root["alike"].asBool());
     EXPECT_TRUE(root["differences"].empty());
     EXPECT_TRUE(root["troubles"].empty());
-    Json::UInt64 paths = 0;
+    const Json::Value& coverage = root["coverage"];
     const JsonDocument all = Parse(RunExplorer({"table", "-q", "--json"}).output);
     for (const Json::Value& table : all["tables"]) {
-        paths += table["paths"].asUInt64();
+        const Json::Value& one = coverage[table["question"].asString()];
+        EXPECT_EQ(one["a"], one["b"]) << table["question"];
+        EXPECT_GT(one["a"]["paths"].asUInt64(), 0U) << table["question"];
     }
-    EXPECT_GT(paths, 100000U);
-    EXPECT_GT(root["questions"].asUInt64(), 3 * paths);
+    EXPECT_GT(all["tables"].size(), 150U);
+    EXPECT_GT(root["paths"].asUInt64(), 1000000U);
+    EXPECT_GT(root["questions"].asUInt64(), 50000U);
     EXPECT_TRUE(root["closed"].asBool());
     EXPECT_GT(root["pairs"].asUInt(), 200U);
     EXPECT_EQ(root["pairs"], root["states"]["a"]);
     EXPECT_EQ(root["pairs"], root["states"]["b"]);
+}
+
+// One reads a setting more: it has more paths, which stand for more states.
+TEST(Diff, TellsHowFarEachQuestionWentOnBothSides) {
+    const std::vector<std::string> words = {"diff",         "-q",
+                                            "--no-reads",   "--no-logs",
+                                            "--only",       "visible:voice-settings-alexa",
+                                            ProviderFile(), READS_MORE};
+    const JsonDocument root = Parse(RunExplorer(With(words, "--json")).output);
+    const Json::Value& one = root["coverage"]["visible:voice-settings-alexa"];
+    EXPECT_GT(one["b"]["paths"].asUInt64(), one["a"]["paths"].asUInt64()) << one;
+    EXPECT_GT(one["b"]["states"].asString().size(), 0U);
+    const std::string text = RunExplorer(With(words, "--coverage")).output;
+    EXPECT_NE(
+        text.find("visible:voice-settings-alexa: a " + one["a"]["paths"].asString().substr(0, 1)),
+        std::string::npos)
+        << text;
+    EXPECT_NE(text.find(" states\nThe providers are alike"), std::string::npos) << text;
 }
 
 // Its memory is the same in both, but never as it was.
