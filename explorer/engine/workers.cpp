@@ -16,7 +16,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "program/visible_text.h"
+#include "program/progress.h"
 
 namespace explorer {
 
@@ -138,29 +138,21 @@ void CheckForHang(Worker& worker) {
     }
 }
 
-void ShowProgress(const std::deque<Worker>& workers, const WorkOptions& options, int done,
-                  int count, bool last) {
-    static Clock::time_point shown;
-    if (!options.progress || isatty(STDERR_FILENO) == 0) {
+void TellProgress(const std::deque<Worker>& workers, const WorkOptions& options, int done,
+                  int count) {
+    static Clock::time_point told;
+    if (!options.progress || Clock::now() - told < std::chrono::milliseconds(200)) {
         return;
     }
-    if (last) {
-        std::fputs((program::Control("[G") + program::Control("[K")).c_str(), stderr);
-        return;
-    }
-    if (Clock::now() - shown < std::chrono::milliseconds(200)) {
-        return;
-    }
-    shown = Clock::now();
+    told = Clock::now();
     std::uint64_t runs = totalRuns;
     for (const Worker& worker : workers) {
         runs += worker.shared->runs;
     }
-    std::fprintf(stderr, "%s%s%d of %d parts, %llu %s, %.0f a second",
-                 program::Control("[G").c_str(), program::Control("[K").c_str(), done, count,
-                 static_cast<unsigned long long>(runs), options.what,
-                 static_cast<double>(runs) / std::max(TotalSeconds(), 0.001));
-    std::fflush(stderr);
+    const double rate = static_cast<double>(runs) / std::max(TotalSeconds(), 0.001);
+    program::ShowProgress(std::to_string(done) + " of " + std::to_string(count) + " parts, " +
+                          std::to_string(runs) + ' ' + options.what + ", " +
+                          std::to_string(static_cast<std::uint64_t>(rate)) + " a second");
 }
 
 }  // namespace
@@ -240,9 +232,11 @@ void Work(int count, const WorkOptions& options,
                 ++done;
             }
         }
-        ShowProgress(workers, options, done, count, false);
+        TellProgress(workers, options, done, count);
     }
-    ShowProgress(workers, options, done, count, true);
+    if (options.progress) {
+        program::ClearProgress();
+    }
 }
 
 }  // namespace explorer

@@ -1,7 +1,5 @@
 #include "gallery.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
@@ -245,14 +243,13 @@ int MakeGallery(const std::string& provider, const GalleryOptions& options) {
                                          : std::max(1U, std::thread::hardware_concurrency());
     std::unique_ptr<Painter> painter;  // one a process, made in it
     const Json::Value shots =
-        DoInProcesses(count, std::min(jobs, count), !options.quiet && isatty(STDERR_FILENO) != 0,
-                      [&](size_t task) {
-                          if (painter == nullptr) {
-                              painter = std::make_unique<Painter>(provider, options);
-                          }
-                          return painter->Paint(models[task / languages.size()],
-                                                languages[task % languages.size()]);
-                      });
+        DoInProcesses(count, std::min(jobs, count), !options.quiet, [&](size_t task) {
+            if (painter == nullptr) {
+                painter = std::make_unique<Painter>(provider, options);
+            }
+            return painter->Paint(models[task / languages.size()],
+                                  languages[task % languages.size()]);
+        });
     WriteGallery(options.folder, shots);
     std::cout << "Made " << program::OneLine(options.folder) << "/index.html: " << shots.size()
               << " pictures of " << models.size() << " models in " << languages.size()

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "host/core/temporary_folder.h"
-#include "program/visible_text.h"
+#include "program/progress.h"
 #include "program/write_file.h"
 #include "virtual-tv/model/error.h"
 #include "virtual-tv/model/json_text.h"
@@ -49,14 +49,6 @@ int Work(Shared& shared, size_t count, const std::string& folder, int done,
     }
 }
 
-void Tell(size_t done, size_t count) {
-    std::fputs((program::Control("[G") + std::to_string(done) + " of " + std::to_string(count) +
-                program::Control("[K"))
-                   .c_str(),
-               stderr);
-    std::fflush(stderr);
-}
-
 void WaitForAll(const std::vector<pid_t>& workers, int done, size_t count, bool tellsProgress) {
     size_t through = 0;
     char bytes[64];
@@ -64,11 +56,11 @@ void WaitForAll(const std::vector<pid_t>& workers, int done, size_t count, bool 
          more = read(done, bytes, sizeof bytes)) {
         through += static_cast<size_t>(more);
         if (tellsProgress) {
-            Tell(through, count);
+            program::ShowProgress(std::to_string(through) + " of " + std::to_string(count));
         }
     }
     if (tellsProgress) {
-        std::fputs((program::Control("[G") + program::Control("[K")).c_str(), stderr);
+        program::ClearProgress();
     }
     bool failed = false;
     int status = 0;
