@@ -133,7 +133,9 @@ class Explaining : public testing::Test {
         const vtv::Read& input = inputs[Choose(inputs.size())];
         const std::vector<host::Supposition> others =
             host::Suppositions(input, *tv_, host::CircumstancesOf(*tv_));
-        Make(others[Choose(others.size())].read);
+        if (!others.empty()) {
+            Make(others[Choose(others.size())].read);
+        }
     }
 
     static std::vector<vtv::Read> Inputs() {
@@ -299,6 +301,23 @@ TEST_F(Explaining, TwoConsentsThatAreBothMissingAreNamedTogether) {
     EXPECT_THAT(Sentence("voice-wake-up"),
                 HasSubstr("is not on the page: the page itself is hidden because the terms are "
                           "not agreed; it would show with consent tnc and pp"));
+}
+
+TEST_F(Explaining, WhereNoAssistantIsChosenNothingIsSupposedOfOneWithoutAName) {
+    TurnOn("out-of-the-box-us");
+    const std::string key = "db/menu/voice/assistant_farfield";
+    for (const char* stored : {"{}", R"({"":"off"})"}) {
+        tv_->Set(key, std::string(stored));
+        LoadAgain();
+        for (const host::Reasons& reasons :
+             host::Explain(*provider_, *tv_, Named("voice-always-wake-up")).reasons) {
+            EXPECT_THAT(reasons.because, Not(HasSubstr("for  in"))) << stored;
+        }
+    }
+    const vtv::Read mode = {"AOVSystemDataGetAOVMode", "", 0};
+    EXPECT_TRUE(host::Suppositions(mode, *tv_, host::CircumstancesOf(*tv_)).empty());
+    EXPECT_EQ(host::Describe({"vconf_get_str", key, tv_->Get(key)}, *tv_),
+              key + R"( has "off" for "")");
 }
 
 TEST_F(Explaining, AnItemOfADimmedPageCannotBeReached) {
