@@ -114,6 +114,10 @@ const std::vector<Mistake> kMistakes = {
      "true },\n"
      "    { VAOrder = \"one\" }]",
      "\"VAOrder\" must be a whole number. If it is meant: \"force = true\""},
+    {"policy = [\n"
+     "    { VAOrder = 1, VAId = \"\", VAAppId = \"\", VAName = \"\", VAFFSupport = true },\n"
+     "    { VAOrder = 1, VAId = \"\", VAAppId = \"\", VAName = \"\", VAFFSupport = true }]",
+     "\"VAOrder\" 1 is here twice. If it is meant: \"force = true\""},
     {"state = { \"account/signed_in\" = 1 }", "is of type bool, not int"},
     {"feature = { \"recorder.microphone_type\" = true }", "is of type int, not bool"},
     {"feature = { \"recorder.microphone_type\" = 4294967297 }", "cannot be 4294967297"},
