@@ -426,6 +426,22 @@ TEST_F(Explaining, NothingOfItReachesTheTv) {
     EXPECT_TRUE(tv_->TraceEnabled());
 }
 
+TEST_F(Explaining, WhyAnItemIsDimmedIsAskedOfThePageAndOnceForTheReads) {
+    TurnOn("farfield-eu");
+    tv_->SetSignedIn(false);
+    LoadAgain();
+    const std::size_t records = tv_->ReadLog().size();
+    host::Explain(*provider_, *tv_, Named("voice-wake-up"));
+    const std::vector<vtv::LogRecord> log = tv_->ReadLog();
+    EXPECT_EQ(std::count_if(log.begin() + static_cast<std::ptrdiff_t>(records), log.end(),
+                            [](const vtv::LogRecord& record) {
+                                return record.function == "get_disable_text" &&
+                                       record.message ==
+                                           std::string("key : ") + Named("voice-wake-up").key;
+                            }),
+              2);
+}
+
 TEST_F(Explaining, APrivateCopyHasItsOwnPolicy) {
     TurnOn("farfield-eu");
     std::unique_ptr<host::Provider> empty;
