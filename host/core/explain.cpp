@@ -1,7 +1,8 @@
 #include "explain.h"
-#include "program/counted.h"
 
 #include <algorithm>
+
+#include "program/counted.h"
 
 namespace host {
 
