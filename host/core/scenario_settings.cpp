@@ -1,8 +1,8 @@
 // What a step changes of the TV's settings and state.
 #include <algorithm>
-#include <cctype>
 
 #include "scenario_members.h"
+#include "tv_names.h"
 #include "virtual-tv/model/json_text.h"
 #include "virtual-tv/model/keys.h"
 #include "virtual-tv/model/known_settings.h"
@@ -197,23 +197,9 @@ Play ReadNetwork(const Reading& reading, const toml::node& node) {
 // Languages that nobody has translated are for "set", where nothing is taken for a slip.
 Play ReadLanguage(const Reading& reading, const toml::node& node) {
     const std::string language = reading.reader.Text(node, reading.name);
-    const std::vector<std::string> known = vtv::Tv::Languages();
-    const size_t end = language.find('_');
-    const std::string country = language.substr(std::min(end, language.size()));
-    const bool isLocale = country.empty() ||
-                          (country.size() == 3 && isupper(static_cast<unsigned char>(country[1])) &&
-                           isupper(static_cast<unsigned char>(country[2])));
-    const auto is = [&](const std::string& word) {
-        return std::find(known.begin(), known.end(), word) != known.end();
-    };
-    if (node.is_string() && !is(language) && !(isLocale && is(language.substr(0, end)))) {
-        std::string names;
-        for (const std::string& one : known) {
-            names += " " + one;
-        }
-        reading.reader.Problem(node, "there are no texts in the language \"" + language +
-                                         "\"; there are:" + names +
-                                         ", each with or without a country, \"de_DE\".");
+    const std::string problem = ProblemOfLanguage(language);
+    if (node.is_string() && !problem.empty()) {
+        reading.reader.Problem(node, problem);
     }
     return [language](const StepScene& scene) { scene.tv.SetLanguage(language); };
 }

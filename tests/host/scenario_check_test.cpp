@@ -261,6 +261,26 @@ TEST_F(VtvTest, AVersionThatIsNoneHidesNoOtherMistake) {
     }
 }
 
+TEST_F(VtvTest, AVerbTakesTheLanguagesThatAScenarioTakes) {
+    for (const std::string language : {"de", "de_AT", "pt_BR", "ja_JP", "de_ger", "zh_CN.UTF-8"}) {
+        Write("s.toml", "[[step]]\nlanguage = \"" + language + "\"\n");
+        const Output check = Vtv({"run", "--check", Path("s.toml")});
+        for (const std::vector<std::string>& words :
+             {std::vector<std::string>{"language", language},
+              std::vector<std::string>{"show", "--with", "language=" + language}}) {
+            const Output output = Vtv(words);
+            EXPECT_EQ(output.code, check.code == 0 ? 0 : 3) << language << output.err;
+            const std::string refusal = "there are no texts in the language \"" + language +
+                                        "\"; there are: de en es fr ko pt pt_BR ru zh_CN, each";
+            EXPECT_EQ(output.err.find(refusal) != std::string::npos, check.code != 0) << output.err;
+            EXPECT_EQ(check.err.find(refusal) != std::string::npos, check.code != 0) << check.err;
+        }
+    }
+    EXPECT_THAT(Vtv({"language", "ja_JP"}).err, HasSubstr("vtv set db/menu_widget/language"));
+    Ok({"set", "db/menu_widget/language", "ja_JP"});
+    EXPECT_EQ(Ok({"language"}), "ja_JP\n");
+}
+
 TEST_F(VtvTest, NothingOfABrokenScenarioIsPlayed) {
     Write("s.toml", "[[step]]\nset.\"db/a\" = 1\n\n[[step]]\nexpect.launched = 5\n");
     EXPECT_EQ(Vtv({"run", Path("s.toml"), "--keep", Path("kept")}).code, 2);
