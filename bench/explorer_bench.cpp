@@ -107,7 +107,7 @@ void BM_WholeTable(benchmark::State& state) {
 }
 BENCHMARK(BM_WholeTable)->Unit(benchmark::kMillisecond)->UseManualTime();
 
-// --- How the work grows -------------------------------------------------------------------------
+// --- How the work grows ---
 
 constexpr const char* kIds[] = {"ORVIK2", "GVA", "ALEXA", "SBER", "TENCENT", "SVA", "NEW1", "NEW2"};
 

@@ -1,6 +1,8 @@
 #include "visible_text.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <random>
 #include <utility>
 
@@ -88,7 +90,45 @@ const std::string& Mark() {
     return mark;
 }
 
+struct Range {
+    char32_t first;
+    char32_t last;
+};
+// Unicode's controls, format characters and separators but the space itself; what it tells programs
+// to draw as nothing where they do not know it; and the blank of Braille.
+constexpr Range kUnseen[] = {
+    {0x0000, 0x001f},   {0x007f, 0x00a0},   {0x00ad, 0x00ad},   {0x034f, 0x034f},
+    {0x0600, 0x0605},   {0x061c, 0x061c},   {0x06dd, 0x06dd},   {0x070f, 0x070f},
+    {0x0890, 0x0891},   {0x08e2, 0x08e2},   {0x115f, 0x1160},   {0x1680, 0x1680},
+    {0x17b4, 0x17b5},   {0x180b, 0x180f},   {0x2000, 0x200f},   {0x2028, 0x202f},
+    {0x205f, 0x206f},   {0x2800, 0x2800},   {0x3000, 0x3000},   {0x3164, 0x3164},
+    {0xfe00, 0xfe0f},   {0xfeff, 0xfeff},   {0xffa0, 0xffa0},   {0xfff0, 0xfffb},
+    {0x110bd, 0x110bd}, {0x110cd, 0x110cd}, {0x13430, 0x1343f}, {0x1bca0, 0x1bca3},
+    {0x1d173, 0x1d17a}, {0xe0000, 0xe0fff}};
+
+bool IsUnseen(char32_t code) {
+    return std::any_of(std::begin(kUnseen), std::end(kUnseen), [&](const Range& range) {
+        return code >= range.first && code <= range.last;
+    });
+}
+
 }  // namespace
+
+std::string FirstUnseen(const std::string& text) {
+    size_t number = 0;
+    for (std::string_view rest = text; !rest.empty();) {
+        const Character next = First(rest);
+        ++number;
+        const bool isRead = next.kind == Kind::kPlain || next.kind == Kind::kHarmful;
+        if (isRead && IsUnseen(next.code)) {
+            char name[16];
+            std::snprintf(name, sizeof name, "U+%04X", static_cast<unsigned>(next.code));
+            return "character " + std::to_string(number) + ", " + name;
+        }
+        rest.remove_prefix(next.size);
+    }
+    return "";
+}
 
 std::string OneLine(const std::string& text) {
     std::string line;

@@ -13,6 +13,10 @@ namespace program {
 // What is one line stays one: newlines and tabs are shown as well.
 std::string OneLine(const std::string& text);
 
+// The first character that is not seen, or looks like the space that it is not, with its place:
+// "character 3, U+200B". Empty when there is none.
+std::string FirstUnseen(const std::string& text);
+
 // A control sequence of this program's own, "[2m" without its escape character. It has its effect
 // only where it is printed, and only this process can write one: its mark is random.
 std::string Control(const std::string& sequence);

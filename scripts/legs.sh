@@ -31,7 +31,7 @@ declare -A LEG_TITLE=(
     [soak]="the provider loaded again and again, and a virtual TV in use, do not grow"
     [deb]="Debian's packages: built, installed on a pristine machine, used, purged without a trace"
     [kills]="10,000 kills of a writer, 1,000 of each verb that changes much, 500 power cycles"
-    [walks]="the provider answers as its model on 20 random walks"
+    [walks]="the provider answers as its model, and reasons hold on the TV, on 20 random walks"
     [mutants]="every fault that can be made is told from the provider, and others by the tests"
 )
 
@@ -300,6 +300,7 @@ leg_walks() {
     build gcc
     for ((seed = 1; seed <= 20; ++seed)); do
         SI_MODEL_SEED=$seed build/gcc/bin/provider-tests --gtest_filter='Model.*' --gtest_output="xml:$LOGS/$LEG.$seed.xml"
+        SI_MODEL_SEED=$seed build/gcc/bin/explain-tests --gtest_filter='*InEveryState*:*EachReason*' --gtest_output="xml:$LOGS/$LEG.explain.$seed.xml"
     done
 }
 

@@ -41,7 +41,7 @@ class Tv {
     void Use(const Inputs& inputs);
     const Inputs& GetInputs() const { return *inputs_; }
 
-    // --- A run ------------------------------------------------------------------------------
+    // --- A run ---
     void Begin(Choices& choices);
     // Starts over on the same TV, as a second provider that is asked the same does: what was
     // written is undone, what was decided stays, and the record is empty again.
@@ -85,7 +85,7 @@ class Tv {
     // Keys that the provider asked for and the data does not name, since Use(): "setting db/...".
     const std::set<std::string>& UnknownKeys() const { return unknown_; }
 
-    // --- The policy -------------------------------------------------------------------------
+    // --- The policy ---
     // What db/menu/voice/mva_list holds; null: nothing. Not an input that is chosen.
     void SetPolicy(const std::string* document) { policy_ = document; }
     // Calls back the library that an address lies in; false when it does not watch the policy.
@@ -95,7 +95,7 @@ class Tv {
     // Whether the document was read in this run.
     bool IsPolicyRead() const { return policyRead_; }
 
-    // --- For the platform's services --------------------------------------------------------
+    // --- For the platform's services ---
     const Value& Read(Input::Kind kind, const char* key);
     // What a call that has no input of its own finds.
     const Value& ReadCall(const char* function) { return Read(Input::Kind::kCall, function); }

@@ -53,12 +53,12 @@ void Impact(const Common& common, const program::ImpactOptions& options) {
     for (const std::string& model : options.models) {
         words.insert(words.end(), {"--tv", model});
     }
-    words.insert(words.end(), {"--format", options.format});
     if (options.json) {
         words.emplace_back("--json");
-    }
-    if (options.html) {
+    } else if (options.html) {
         words.emplace_back("--html");
+    } else {
+        words.insert(words.end(), {"--format", options.format});
     }
     if (options.quiet) {
         words.emplace_back("--quiet");

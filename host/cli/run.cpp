@@ -101,7 +101,7 @@ void NoteEndingSignals() {
     }
 }
 
-// Where they are looked for after a run that ends with 2, whatever else is printed.
+// Where they are looked for after a run that ends with 2 or 4, whatever else is printed.
 void PrintProblems(const std::vector<std::string>& problems) {
     std::cout.flush();
     for (const std::string& problem : problems) {
@@ -228,7 +228,7 @@ class Results {
         return notPlayed_ != 0 ? kPlatform : broken_ != 0 ? kUsage : failed_ != 0 ? kNo : kOk;
     }
 
-    // That were played to their end.
+    // Of which all is told.
     std::string Whole() const {
         const auto isWhole = [](const host::ScenarioResult& result) {
             return result.Passed() || result.Failed() || !result.problems.empty() ||

@@ -1,6 +1,5 @@
 // vtv feature, language, voice-guide, account, consent, network, file, power-cycle: the TV around
 // the page.
-#include <algorithm>
 #include <iostream>
 #include <memory>
 
@@ -151,20 +150,6 @@ void AddFeature(CLI::App& app, Common& common) {
     });
 }
 
-void WarnOfLanguage(const std::string& language) {
-    // A TV can be set to a language that nobody has translated; people who do so should know.
-    const std::vector<std::string> languages = vtv::Tv::Languages();
-    const std::string stem = language.substr(0, language.find('_'));
-    if (std::find(languages.begin(), languages.end(), language) == languages.end() &&
-        std::find(languages.begin(), languages.end(), stem) == languages.end()) {
-        std::string offered;
-        for (const std::string& one : languages) {
-            offered += " " + one;
-        }
-        Warn("there is no catalogue for " + language + "; there are:" + offered);
-    }
-}
-
 // A TV that is on for as long as this lives.
 struct PowerSwitch {
     explicit PowerSwitch(vtv::Tv& tv) { vtv::PowerOn(tv); }
@@ -190,13 +175,9 @@ void SwitchVoiceGuide(const Common& common, vtv::Tv& tv, bool on) {
 
 void Put(const Common& common, const host::StateName& state, vtv::Tv& tv,
          const std::string& value) {
-    const std::string name = state.name;
-    if (name == "voice-guide") {
+    if (state.name == std::string("voice-guide")) {
         SwitchVoiceGuide(common, tv, value == "on");
         return;
-    }
-    if (name == "language") {
-        WarnOfLanguage(value);
     }
     state.put(tv, value);
 }

@@ -14,6 +14,7 @@
 #include "setting_text.h"
 #include "verbs.h"
 #include "virtual-tv/model/applications.h"
+#include "virtual-tv/model/keys.h"
 #include "virtual-tv/model/known_settings.h"
 #include "virtual-tv/model/spelling.h"
 
@@ -115,7 +116,7 @@ Condition OfItem(const host::Provider& provider, const host::Item& item,
 
 // Throws kNoSuch for a name that there is not.
 Condition OfTv(const vtv::Tv& tv, const std::string& name, const std::string& value) {
-    if (host::IsSettingName(name)) {
+    if (vtv::IsSettingKey(name)) {
         return OfSetting(tv, name, value);
     }
     if (const host::StateName* state = host::FindStateName(name)) {

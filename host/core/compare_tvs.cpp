@@ -1,8 +1,9 @@
 #include "compare_tvs.h"
-#include "virtual-tv/model/keys.h"
 
 #include <map>
 #include <set>
+
+#include "virtual-tv/model/keys.h"
 
 namespace host {
 

@@ -1,7 +1,8 @@
 #include "explain.h"
-#include "program/counted.h"
 
 #include <algorithm>
+
+#include "program/counted.h"
 
 namespace host {
 
@@ -133,12 +134,13 @@ class Asker {
     }
 
     // What a viewer is told who selects the dimmed item: the reason, or the popup's message.
-    Reasons DimmedReason(const Provider& provider, const Item& item) {
+    Reasons DimmedReason(const ItemView& view) {
+        const Item& item = *view.item;
         Reasons reasons = Ask(item, "reason", [&item](const Provider& asked) {
             const std::optional<Box> popup = asked.DisablePopup(item.key);
             return asked.DisableText(item.key).value_or(popup ? popup->message : "");
         });
-        if (!provider.DisableText(item.key) && !reasons.answer.empty()) {
+        if (!view.disableText && !reasons.answer.empty()) {
             reasons.rule = RuleOf(item, "popup");
         }
         return reasons;
@@ -236,7 +238,7 @@ Explanation Explain(const Provider& provider, const vtv::Tv& tv, const Item& ite
         explanation.reasons.push_back(asker.Value(item));
     }
     if (!explanation.view.enabled) {
-        explanation.reasons.push_back(asker.DimmedReason(provider, item));
+        explanation.reasons.push_back(asker.DimmedReason(explanation.view));
     }
     explanation.further = FurtherRulesOf(item);
     explanation.sentence = SentenceOf(page, explanation);

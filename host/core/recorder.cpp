@@ -18,10 +18,10 @@ Recorder::Recorder(const std::string& file, const vtv::Tv& tv,
         files.insert(others);
     }
     const Recording::Step done = files.empty() ? Recording::Step() : step();
+    if (done.empty()) {
+        return;
+    }
     for (const std::string& one : files) {
-        if (done.empty()) {
-            continue;
-        }
         try {
             recordings_.emplace_back(one, tv, done);
         } catch (const vtv::Error& error) {

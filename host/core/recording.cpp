@@ -139,17 +139,21 @@ std::string Heading(const vtv::Tv& tv) {
                                                    {"model", ModelOf(tv)}});
 }
 
-// What was done to a TV, or has become of it, is meant: it is forced where a scenario takes it for
-// a slip.
-void Force(const std::string& before, const std::string& file, toml::table* step) {
-    const auto isSound = [&](const toml::table& one) {
-        return ParseScenario(before + StepText(one), file).problems.empty();
-    };
+// The scenario with the step. What was done to a TV, or has become of it, is meant: the step is
+// forced where a scenario takes it for a slip.
+Scenario WithStep(const std::string& before, const std::string& file, toml::table* step) {
+    Scenario plain = ParseScenario(before + StepText(*step), file);
+    if (plain.problems.empty()) {
+        return plain;
+    }
     toml::table forced = *step;
     forced.insert_or_assign("force", true);
-    if (!isSound(*step) && isSound(forced)) {
-        *step = forced;
+    Scenario meant = ParseScenario(before + StepText(forced), file);
+    if (!meant.problems.empty()) {
+        return plain;
     }
+    *step = forced;
+    return meant;
 }
 
 // The steps that bring a new TV of the model to where this one is.
@@ -174,7 +178,7 @@ std::string FirstSteps(const vtv::Tv& tv) {
         faults.push_back(FaultTable(fault));
     }
     add("fault", faults);
-    Force(Heading(tv), "", &step);
+    WithStep(Heading(tv), "", &step);
     const toml::array running = Running(tv);
     if (running.empty()) {
         return step.size() > 1 ? StepText(step) : "";
@@ -297,8 +301,7 @@ Recording::Recording(const std::string& file, const vtv::Tv& tv, const Step& ste
         pending_->before = Heading(tv) + FirstSteps(tv);
     }
     pending_->step = ToToml(step);
-    Force(text + pending_->before, file, &pending_->step);
-    const Scenario after = ParseScenario(text + pending_->before + StepText(pending_->step), file);
+    const Scenario after = WithStep(text + pending_->before, file, &pending_->step);
     if (!after.problems.empty()) {
         throw vtv::Error(
             vtv::ErrorKind::kUsage,

@@ -177,15 +177,25 @@ Texts Launched(const StepOutcome& outcome, Sight::Kind kind) {
     return texts;
 }
 
+void CheckExpected(const Reading& reading, const toml::node& node, const std::string& app,
+                   const std::string& ifMeant) {
+    if (app.empty()) {
+        reading.reader.Problem(node,
+                               "\"" + reading.name + "\" has an empty text: name an application.");
+    } else if (!IsForced(reading.step)) {
+        reading.reader.CheckApplication(node.source(), app, ifMeant);
+    }
+}
+
 // Which applications a provider asks for is its own affair; one that the TV does not have fails.
 Expectation ReadLaunched(const Reading& reading, const toml::node& node) {
     const Texts wanted = reading.reader.Texts(node, reading.name);
     for (const std::string& text : wanted) {
         const std::string app = text.substr(0, text.find(' '));
         const std::string end = " (failed: " + app + " is not installed)";
-        if (!IsForced(reading.step) && !Names(end, text)) {
-            reading.reader.CheckApplication(
-                node.source(), app, " Where it is asked for all the same: \"" + text + end + "\".");
+        if (!text.ends_with(end)) {
+            CheckExpected(reading, node, app,
+                          " Where it is asked for all the same: \"" + text + end + "\".");
         }
     }
     return [wanted, line = LineOf(node)](Judge& judge) {
@@ -207,7 +217,7 @@ constexpr std::chrono::seconds kEndOfApplication(2);
 Expectation ReadRunning(const Reading& reading, const toml::node& node) {
     Texts wanted = reading.reader.Texts(node, reading.name);
     for (const std::string& app : wanted) {
-        reading.reader.CheckApplication(node.source(), IsForced(reading.step) ? "" : app, kIfMeant);
+        CheckExpected(reading, node, app, kIfMeant);
     }
     std::sort(wanted.begin(), wanted.end());
     return [wanted, line = LineOf(node)](Judge& judge) {

@@ -1,9 +1,8 @@
 // What a step changes of the TV's settings and state.
 #include <algorithm>
-#include <cctype>
-#include <cstdio>
 
 #include "scenario_members.h"
+#include "tv_names.h"
 #include "virtual-tv/model/json_text.h"
 #include "virtual-tv/model/keys.h"
 #include "virtual-tv/model/known_settings.h"
@@ -60,17 +59,10 @@ Play ReadUnset(const Reading& reading, const toml::node& node) {
 void CheckPolicy(const Reading& reading, const toml::array& list, const vtv::Value& policy) {
     Json::Value root;
     vtv::ParseJson(vtv::ToText(policy), &root);
-    std::string text = "[";  // an assistant a line, from the second on
-    for (const Json::Value& assistant : root) {
-        text += (text == "[" ? "\n" : ",\n") + vtv::CompactJson(assistant);
-    }
-    const std::string fault = vtv::FaultOf(vtv::JsonText("", text + "]"));
-    size_t line = 0;
-    int what = 0;
-    if (std::sscanf(fault.c_str(), ":%zu:%*u: %n", &line, &what) == 1) {
-        const bool isOfOne = line >= 2 && line - 2 < list.size();
-        const toml::node& where = isOfOne ? list[line - 2] : static_cast<const toml::node&>(list);
-        reading.reader.Problem(where, fault.substr(static_cast<size_t>(what)) + "." + kIfMeant);
+    if (const std::optional<vtv::PolicyFault> fault = vtv::FindFault(root)) {
+        const toml::node& where =
+            fault->assistant ? list[*fault->assistant] : static_cast<const toml::node&>(list);
+        reading.reader.Problem(where, fault->what + "." + kIfMeant);
     }
 }
 
@@ -109,6 +101,7 @@ Play ReadState(const Reading& reading, const toml::node& node) {
     for (const auto& [key, value] : reading.reader.Table(node, reading.name)) {
         const std::string name(key.str());
         state[name] = ReadStateValue(reading, key, value);
+        // A recording takes it away where a snapshot was restored that has none.
         if (name == vtv::kModelNameState && state[name] != vtv::Value(kMissing)) {
             reading.reader.Problem(value,
                                    "\"model\" is the name under which the TV knows its model: name "
@@ -204,23 +197,9 @@ Play ReadNetwork(const Reading& reading, const toml::node& node) {
 // Languages that nobody has translated are for "set", where nothing is taken for a slip.
 Play ReadLanguage(const Reading& reading, const toml::node& node) {
     const std::string language = reading.reader.Text(node, reading.name);
-    const std::vector<std::string> known = vtv::Tv::Languages();
-    const size_t end = language.find('_');
-    const std::string country = language.substr(std::min(end, language.size()));
-    const bool isLocale = country.empty() ||
-                          (country.size() == 3 && isupper(static_cast<unsigned char>(country[1])) &&
-                           isupper(static_cast<unsigned char>(country[2])));
-    const auto is = [&](const std::string& word) {
-        return std::find(known.begin(), known.end(), word) != known.end();
-    };
-    if (node.is_string() && !is(language) && !(isLocale && is(language.substr(0, end)))) {
-        std::string names;
-        for (const std::string& one : known) {
-            names += " " + one;
-        }
-        reading.reader.Problem(node, "there are no texts in the language \"" + language +
-                                         "\"; there are:" + names +
-                                         ", each with or without a country, \"de_DE\".");
+    const std::string problem = ProblemOfLanguage(language);
+    if (node.is_string() && !problem.empty()) {
+        reading.reader.Problem(node, problem);
     }
     return [language](const StepScene& scene) { scene.tv.SetLanguage(language); };
 }

@@ -20,6 +20,8 @@ Play ReadHand(const Reading& reading, const toml::node& node) {
         for (const auto& [item, value] : values) {
             scene.user.Hand(*item, value);
         }
+        // Before a press begins, which tells its own.
+        scene.outcome.AddFailures(scene.tv.TakeFailures());
     };
 }
 

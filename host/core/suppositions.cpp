@@ -90,6 +90,10 @@ Document ReadDocument(const vtv::Read& read) {
     return document;
 }
 
+std::string AssistantInWords(const std::string& assistant) {
+    return assistant.empty() ? "\"\"" : assistant;
+}
+
 // The assistant's member of a setting that holds one JSON object for all of them.
 std::string DescribeMember(const vtv::Read& read, const std::string& assistant) {
     const Document document = ReadDocument(read);
@@ -97,12 +101,12 @@ std::string DescribeMember(const vtv::Read& read, const std::string& assistant) 
         return read.subject + " " + document.problem;
     }
     if (!document.root.isMember(assistant)) {
-        return read.subject + " says nothing about " + (assistant.empty() ? "\"\"" : assistant);
+        return read.subject + " says nothing about " + AssistantInWords(assistant);
     }
     const Json::Value& member = document.root[assistant];
     return read.subject + " has \"" +
            (member.isConvertibleTo(Json::stringValue) ? member.asString() : "...") + "\" for " +
-           assistant;
+           AssistantInWords(assistant);
 }
 
 std::string DescribeTencent(const vtv::Read& read) {
@@ -234,8 +238,12 @@ void AddAssistants(const Circumstances& circumstances, Collector* found) {
     found->Add(vtv::Value(std::string()));
 }
 
+// Where no assistant is chosen there is none whose entry could be another.
 void AddMembers(const vtv::Read& read, const vtv::KnownSetting& known, const std::string& assistant,
                 Collector* found) {
+    if (assistant.empty()) {
+        return;
+    }
     const Json::Value root = ReadDocument(read).root;
     const std::string now = DescribeMember(read, assistant);
     for (const char* value : known.values) {
@@ -269,6 +277,13 @@ void AddSettings(const vtv::Read& read, const Circumstances& circumstances, Coll
         AddOfType(TypeOf(read), found);
     }
     found->Add(std::nullopt);
+}
+
+// The mode is the current assistant's.
+void AddModes(const Circumstances& circumstances, Collector* found) {
+    if (!circumstances.assistant.empty()) {
+        AddTexts("int", {"1", "0"}, found);
+    }
 }
 
 void AddFeatures(const vtv::Read& read, Collector* found) {
@@ -355,8 +370,9 @@ std::vector<Supposition> Suppositions(const vtv::Read& read, const vtv::Tv& tv,
         AddSettings(read, circumstances, &found);
     } else if (IsFeature(read)) {
         AddFeatures(read, &found);
-    } else if (read.function == "sso_get_login_state" ||
-               read.function == "AOVSystemDataGetAOVMode") {
+    } else if (read.function == "AOVSystemDataGetAOVMode") {
+        AddModes(circumstances, &found);
+    } else if (read.function == "sso_get_login_state") {
         AddTexts("int", {"1", "0"}, &found);
     } else {
         AddTexts("bool", {"true", "false"}, &found);

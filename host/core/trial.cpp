@@ -4,6 +4,7 @@
 
 #include "setting_changes.h"
 #include "tv_names.h"
+#include "virtual-tv/model/keys.h"
 #include "virtual-tv/model/known_settings.h"
 #include "virtual-tv/whole_tvs.h"
 
@@ -66,7 +67,7 @@ void TryOut(vtv::Tv& tv, const std::vector<std::string>& assignments) {
         }
         const std::string name = assignment.substr(0, sign);
         const std::string text = assignment.substr(sign + 1);
-        if (IsSettingName(name)) {
+        if (vtv::IsSettingKey(name)) {
             TrySetting(tv, name, text);
         } else if (const StateName* state = FindStateName(name)) {
             state->set(tv, text);

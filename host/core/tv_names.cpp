@@ -1,5 +1,6 @@
 #include "tv_names.h"
 
+#include <algorithm>
 #include <regex>
 
 #include "virtual-tv/model/keys.h"
@@ -26,17 +27,33 @@ std::string Account(const std::string& text) {
     return text;
 }
 
-// "de", "de_AT", "zh_CN.UTF-8", ...
 std::string Language(const std::string& text) {
-    static const std::regex form("[a-z]{2,3}(_[A-Z]{2})?([.@][A-Za-z0-9.@-]+)?");
-    if (!std::regex_match(text, form)) {
+    if (const std::string problem = ProblemOfLanguage(text); !problem.empty()) {
         throw vtv::Error(text.empty() ? vtv::ErrorKind::kUsage : vtv::ErrorKind::kNoSuch,
-                         "There is no language \"" + text + "\": write a locale, such as ko_KR.");
+                         problem + " Where another one is meant: vtv set " + vtv::kLanguageKey);
     }
     return text;
 }
 
 }  // namespace
+
+std::string ProblemOfLanguage(const std::string& language) {
+    const std::vector<std::string> known = vtv::Tv::Languages();
+    const auto is = [&](const std::string& word) {
+        return std::find(known.begin(), known.end(), word) != known.end();
+    };
+    static const std::regex form("([a-z]+)_[A-Z]{2}");
+    std::smatch parts;
+    if (is(language) || (std::regex_match(language, parts, form) && is(parts[1]))) {
+        return "";
+    }
+    std::string names;
+    for (const std::string& one : known) {
+        names += " " + one;
+    }
+    return "there are no texts in the language \"" + language + "\"; there are:" + names +
+           ", each with or without a country, \"de_DE\".";
+}
 
 const std::vector<StateName>& StateNames() {
     using Tv = vtv::Tv;
@@ -67,10 +84,6 @@ const StateName* FindStateName(const std::string& name) {
         }
     }
     return nullptr;
-}
-
-bool IsSettingName(const std::string& name) {
-    return vtv::IsSettingKey(name);
 }
 
 bool ParseSwitch(const std::string& text) {

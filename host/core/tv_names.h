@@ -23,8 +23,9 @@ const std::vector<StateName>& StateNames();
 // "consent/tnc" is "tnc". Null for an unknown name.
 const StateName* FindStateName(const std::string& name);
 
-// Begins as settings keys do.
-bool IsSettingName(const std::string& name);
+// Why the page has no texts in a language; empty when it has. Any other can be set all the same,
+// as the setting that it is.
+std::string ProblemOfLanguage(const std::string& language);
 // "on" or "off"; throws kUsage.
 bool ParseSwitch(const std::string& text);
 // Throws kNoSuch with what can be named.

@@ -27,7 +27,7 @@ class TestTv {
     virtual void Do(const std::function<void()>& calls) = 0;
     virtual std::string Stored(const std::string& key) = 0;  // "bool true", or "none"
 
-    // --- Of a TV that can run applications --------------------------------------------------
+    // --- Of a TV that can run applications ---
     virtual bool IsRunning(const std::string&) { return false; }
     // The viewer goes through with it; false when it cannot do its work.
     virtual bool Finish(const std::string&) { return false; }

@@ -94,6 +94,26 @@ TEST_F(CommandsTest, AModelThatIsNamedByItsFileRunsNoCommand) {
     EXPECT_FALSE(HasRun());
 }
 
+// Somebody who looks at the list would read another command.
+TEST_F(CommandsTest, ACommandWithACharacterThatIsNotSeenAsItIsCannotBeAllowed) {
+    const std::pair<const char*, const char*> unseen[] = {
+        {"\t", "U+0009"},         {"\x7f", "U+007F"},   {"\u00a0", "U+00A0"},
+        {"\u00ad", "U+00AD"},     {"\u0600", "U+0600"}, {"\u115f", "U+115F"},
+        {"\u1680", "U+1680"},     {"\u2003", "U+2003"}, {"\u200b", "U+200B"},
+        {"\u2028", "U+2028"},     {"\u202e", "U+202E"}, {"\u202f", "U+202F"},
+        {"\u205f", "U+205F"},     {"\u2800", "U+2800"}, {"\u3000", "U+3000"},
+        {"\ufe0f", "U+FE0F"},     {"\ufeff", "U+FEFF"}, {"\U0001d173", "U+1D173"},
+        {"\U000e0041", "U+E0041"}};
+    for (const auto& [character, name] : unseen) {
+        const Output output = Vtv({"app", "allow", "--command", std::string("ö ") + character});
+        EXPECT_EQ(output.code, 2) << name;
+        EXPECT_THAT(output.err, HasSubstr(std::string("its character 3, ") + name + ",")) << name;
+    }
+    EXPECT_EQ(Ok({"app", "allowed"}), "No command is allowed.\n");
+    Ok({"app", "allow", "--command", "/opt/Küche/道具 -x ~"});
+    EXPECT_EQ(Ok({"app", "allowed"}), "/opt/Küche/道具 -x ~\n");
+}
+
 TEST_F(CommandsTest, WhatCannotBeAllowedIsToldApart) {
     Unpack();
     EXPECT_EQ(Vtv({"app", "allow"}).code, 2);

@@ -133,7 +133,9 @@ class Explaining : public testing::Test {
         const vtv::Read& input = inputs[Choose(inputs.size())];
         const std::vector<host::Supposition> others =
             host::Suppositions(input, *tv_, host::CircumstancesOf(*tv_));
-        Make(others[Choose(others.size())].read);
+        if (!others.empty()) {
+            Make(others[Choose(others.size())].read);
+        }
     }
 
     static std::vector<vtv::Read> Inputs() {
@@ -301,6 +303,23 @@ TEST_F(Explaining, TwoConsentsThatAreBothMissingAreNamedTogether) {
                           "not agreed; it would show with consent tnc and pp"));
 }
 
+TEST_F(Explaining, WhereNoAssistantIsChosenNothingIsSupposedOfOneWithoutAName) {
+    TurnOn("out-of-the-box-us");
+    const std::string key = "db/menu/voice/assistant_farfield";
+    for (const char* stored : {"{}", R"({"":"off"})"}) {
+        tv_->Set(key, std::string(stored));
+        LoadAgain();
+        for (const host::Reasons& reasons :
+             host::Explain(*provider_, *tv_, Named("voice-always-wake-up")).reasons) {
+            EXPECT_THAT(reasons.because, Not(HasSubstr("for  in"))) << stored;
+        }
+    }
+    const vtv::Read mode = {"AOVSystemDataGetAOVMode", "", 0};
+    EXPECT_TRUE(host::Suppositions(mode, *tv_, host::CircumstancesOf(*tv_)).empty());
+    EXPECT_EQ(host::Describe({"vconf_get_str", key, tv_->Get(key)}, *tv_),
+              key + R"( has "off" for "")");
+}
+
 TEST_F(Explaining, AnItemOfADimmedPageCannotBeReached) {
     TurnOn("farfield-eu");
     tv_->Set("db/aisound-app/soundsensorflag_prev", 0);
@@ -405,6 +424,22 @@ TEST_F(Explaining, NothingOfItReachesTheTv) {
     EXPECT_EQ(sso_get_login_state(&state), 0);
     EXPECT_EQ(state, 1);
     EXPECT_TRUE(tv_->TraceEnabled());
+}
+
+TEST_F(Explaining, WhyAnItemIsDimmedIsAskedOfThePageAndOnceForTheReads) {
+    TurnOn("farfield-eu");
+    tv_->SetSignedIn(false);
+    LoadAgain();
+    const std::size_t records = tv_->ReadLog().size();
+    host::Explain(*provider_, *tv_, Named("voice-wake-up"));
+    const std::vector<vtv::LogRecord> log = tv_->ReadLog();
+    EXPECT_EQ(std::count_if(log.begin() + static_cast<std::ptrdiff_t>(records), log.end(),
+                            [](const vtv::LogRecord& record) {
+                                return record.function == "get_disable_text" &&
+                                       record.message ==
+                                           std::string("key : ") + Named("voice-wake-up").key;
+                            }),
+              2);
 }
 
 TEST_F(Explaining, APrivateCopyHasItsOwnPolicy) {

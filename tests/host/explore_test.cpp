@@ -54,6 +54,9 @@ TEST_F(VtvTest, ImpactComparesThePolicyOfATvWithANewOne) {
                                "--tv", "farfield-ru", "-q"});
     EXPECT_EQ(change.code, 1) << change.err;
     EXPECT_THAT(change.out, AllOf(HasSubstr("farfield-eu"), HasSubstr("farfield-ru")));
+    const Output page = Vtv({"impact", Path("old.json"), Path("new.json"), "--html", "-q"});
+    EXPECT_EQ(page.code, 1) << page.err;
+    EXPECT_THAT(page.out, HasSubstr("<html"));
     Write("cut.json", "[{");
     EXPECT_EQ(Vtv({"impact", Path("old.json"), Path("cut.json")}).code, 2);
 }

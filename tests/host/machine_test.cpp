@@ -328,10 +328,19 @@ TEST_F(MachineTest, NobodyElseCanReplaceAFolderOnTheWayToATv) {
             AllOf(HasSubstr(Path("deep") + ": this folder belongs to"), HasSubstr("VTV_HOME")));
         ASSERT_EQ(chown(Path("deep").c_str(), 0, 65533), 0);
         ASSERT_EQ(chmod(Path("deep").c_str(), 0775), 0);
-        EXPECT_EQ(Kitchen({"show"}).code, 4) << "a group with others in it";
-        ASSERT_EQ(chown(Path("deep").c_str(), 0, 0), 0);
-        EXPECT_EQ(Kitchen({"show"}).code, 0) << "a group of one's own";
+        EXPECT_EQ(Kitchen({"show"}).code, 4) << "another group";
     }
+}
+
+TEST_F(MachineTest, WhoIsAloneInTheGroupMayLetItWriteIntoAFolderOnTheWayToATv) {
+    environment["VTV_HOME"] = Path("deep/tvs");
+    Ok({"new", "kitchen"});
+    ASSERT_EQ(chown(Path("deep").c_str(), geteuid(), getpwuid(geteuid())->pw_gid), 0);
+    ASSERT_EQ(chmod(Path("deep").c_str(), 0775), 0);
+    BeOn("shared");
+    EXPECT_EQ(Kitchen({"show"}).code, 4) << "a group with others in it";
+    BeOn("alone");
+    EXPECT_EQ(Kitchen({"show"}).code, 0) << "a group of one's own";
 }
 
 TEST_F(MachineTest, AFolderInWhichNobodyCanReplaceAnothersFilesMayHoldTvs) {

@@ -1,4 +1,6 @@
 // vtv record: all that is done to a TV becomes a scenario.
+#include <json/json.h>
+
 #include <filesystem>
 
 #include "vtv_process.h"
@@ -38,6 +40,16 @@ TEST_F(VtvTest, AllThatIsDoneBetweenStartAndStopIsAScenarioThatPasses) {
                            "expect.state.\"consent/pp\" = true\n"
                            "expect.page.voice-wake-up = { value = 0 }\n");
     Ok({"run", Path("more.toml")});
+}
+
+TEST_F(VtvTest, ASnapshotWithoutTheModelsNameIsRestoredByItsRecording) {
+    Json::Value snapshot;
+    ASSERT_TRUE(Json::Reader().parse(Ok({"snapshot"}), snapshot));
+    snapshot["state"].removeMember("model");
+    Write("old.json", snapshot.toStyledString());
+    Ok({"restore", Path("old.json"), "--record", Path("old.toml")});
+    EXPECT_THAT(Read("old.toml"), HasSubstr("model = \"(missing)\""));
+    Ok({"run", Path("old.toml")});
 }
 
 TEST_F(VtvTest, ALoadedDumpIsRecorded) {

@@ -190,7 +190,7 @@ TEST_F(RecordingTest, WhatNoScenarioCanHaveIsNotDone) {
     Ok({"show"});
     EXPECT_EQ(Vtv({"set", "db/a", "string", "\xff", "--record", Path("r.toml")}).code, 2);
     EXPECT_EQ(Vtv({"get", "db/a"}).code, 3);
-    EXPECT_EQ(Vtv({"language", "ja_JP", "--record", Path("r.toml")}).code, 2);
+    EXPECT_EQ(Vtv({"language", "ja_JP", "--record", Path("r.toml")}).code, 3);
     EXPECT_EQ(Ok({"language"}), "en_GB\n");
     EXPECT_FALSE(fs::exists(Path("r.toml")));
 }

@@ -57,6 +57,11 @@ const std::vector<Mistake> kMistakes = {
     {"expect.launched = [\"org.nemra.wizrd type=x\"]", "Did you mean org.nemra.wizard?"},
     {"never.launched = \"org.nope type=x\"",
      "\"org.nope type=x (failed: org.nope is not installed)\""},
+    {"expect.launched = \"org.nope x=1 (failed: org.nope is not installed) more\"",
+     "the TV has no application \"org.nope\""},
+    {"expect.launched = [\"\"]", "\"launched\" has an empty text: name an application."},
+    {"force = true\nnever.launched = \" type=x\"", "\"launched\" has an empty text"},
+    {"expect.running = [\"\"]", "\"running\" has an empty text: name an application."},
     {"finish = \"org.nemra.wizrd\"", "Did you mean org.nemra.wizard?"},
     {"cancel = [\"org.nemra.wizard\", \"x\"]", "the TV has no application \"x\""},
     {"launch = { app = \"x\" }", "the TV has no application \"x\""},
@@ -109,6 +114,10 @@ const std::vector<Mistake> kMistakes = {
      "true },\n"
      "    { VAOrder = \"one\" }]",
      "\"VAOrder\" must be a whole number. If it is meant: \"force = true\""},
+    {"policy = [\n"
+     "    { VAOrder = 1, VAId = \"\", VAAppId = \"\", VAName = \"\", VAFFSupport = true },\n"
+     "    { VAOrder = 1, VAId = \"\", VAAppId = \"\", VAName = \"\", VAFFSupport = true }]",
+     "\"VAOrder\" 1 is here twice. If it is meant: \"force = true\""},
     {"state = { \"account/signed_in\" = 1 }", "is of type bool, not int"},
     {"feature = { \"recorder.microphone_type\" = true }", "is of type int, not bool"},
     {"feature = { \"recorder.microphone_type\" = 4294967297 }", "cannot be 4294967297"},
@@ -250,6 +259,26 @@ TEST_F(VtvTest, AVersionThatIsNoneHidesNoOtherMistake) {
         EXPECT_THAT(output.err, HasSubstr("s.toml:1: the version of a scenario must be"));
         EXPECT_THAT(output.err, HasSubstr("s.toml:3: \"pres\" is unknown in a step."));
     }
+}
+
+TEST_F(VtvTest, AVerbTakesTheLanguagesThatAScenarioTakes) {
+    for (const std::string language : {"de", "de_AT", "pt_BR", "ja_JP", "de_ger", "zh_CN.UTF-8"}) {
+        Write("s.toml", "[[step]]\nlanguage = \"" + language + "\"\n");
+        const Output check = Vtv({"run", "--check", Path("s.toml")});
+        for (const std::vector<std::string>& words :
+             {std::vector<std::string>{"language", language},
+              std::vector<std::string>{"show", "--with", "language=" + language}}) {
+            const Output output = Vtv(words);
+            EXPECT_EQ(output.code, check.code == 0 ? 0 : 3) << language << output.err;
+            const std::string refusal = "there are no texts in the language \"" + language +
+                                        "\"; there are: de en es fr ko pt pt_BR ru zh_CN, each";
+            EXPECT_EQ(output.err.find(refusal) != std::string::npos, check.code != 0) << output.err;
+            EXPECT_EQ(check.err.find(refusal) != std::string::npos, check.code != 0) << check.err;
+        }
+    }
+    EXPECT_THAT(Vtv({"language", "ja_JP"}).err, HasSubstr("vtv set db/menu_widget/language"));
+    Ok({"set", "db/menu_widget/language", "ja_JP"});
+    EXPECT_EQ(Ok({"language"}), "ja_JP\n");
 }
 
 TEST_F(VtvTest, NothingOfABrokenScenarioIsPlayed) {

@@ -134,7 +134,7 @@ TEST_F(VtvTest, TextsTellsWhereATextIsAndHowItReads) {
 TEST_F(VtvTest, TextsFollowsTheTvAndTellsThatEnglishStandsIn) {
     Ok({"language", "fr_FR"});
     EXPECT_THAT(Ok({"texts"}), HasSubstr("Annuler"));
-    Vtv({"language", "it_IT"});
+    Ok({"set", "db/menu_widget/language", "it_IT"});
     const Json::Value texts = OkJson({"texts", "--json"});
     EXPECT_EQ(TextOf(texts, "COM_SID_CANCEL")["state"], "missing");
     EXPECT_EQ(Vtv({"texts", "--check"}).code, 1);

@@ -72,7 +72,7 @@ void ClearCalls();
 // The lines that begin with the text.
 std::vector<std::string> CallsOf(std::string_view beginning);
 
-// --- Faults ---------------------------------------------------------------------------------
+// --- Faults ---
 
 inline constexpr int FOREVER = -1;
 
@@ -89,7 +89,7 @@ int CallCount();
 int FailedCallCount();
 const std::set<std::string_view>& FunctionsCalled();
 
-// --- Watches --------------------------------------------------------------------------------
+// --- Watches ---
 
 int WatchCount(std::string_view key);
 // Writes the text and calls back whoever watches the key, as another process's write does.
@@ -100,13 +100,13 @@ void Notify(std::string_view key);
 // is served or written down: a TV may deliver a watch there.
 void InterruptCall(int nth, std::function<void()> action);
 
-// --- What the provider must give back ---------------------------------------------------------
+// --- What the provider must give back ---
 
 // Everything that was handed out on the heap and not returned, or returned twice: one line each, in
 // words; empty when all is well. An application context is the platform's own and is not counted.
 std::vector<std::string> Debts();
 
-// --- Launches -----------------------------------------------------------------------------------
+// --- Launches ---
 
 struct Launch {
     std::string appId;
@@ -116,8 +116,7 @@ struct Launch {
 // Through aul_launch_app and through app control, in order.
 const std::vector<Launch>& Launches();
 
-// --- Trace storage
-// --------------------------------------------------------------------------------
+// --- Trace storage ---
 
 struct CallSite {
     std::string file;

@@ -143,7 +143,7 @@ using namespace recording;
 
 extern "C" {
 
-// --- Settings store ---------------------------------------------------------------------------
+// --- Settings store ---
 
 int vconf_get_int(const char* key, int* value) {
     Call call("vconf_get_int", key);
@@ -215,7 +215,7 @@ int vconf_ignore_key_changed(const char* key, vconf_callback_fn callback) {
     return removed > 0 ? 0 : call.Code();
 }
 
-// --- Features -----------------------------------------------------------------------------------
+// --- Features ---
 
 int system_info_get_custom_bool(const char* key, bool* value) {
     Call call("system_info_get_custom_bool", key);
@@ -241,8 +241,7 @@ int system_info_get_custom_string(const char* key, char** value) {
     return result;
 }
 
-// --- Log
-// ------------------------------------------------------------------------------------------
+// --- Log ---
 
 int __dlog_print(int logId, int priority, const char* tag, const char* format, ...) {
     Call call(Call::Unwritten(), "__dlog_print");
@@ -271,8 +270,7 @@ int __dlog_print(int logId, int priority, const char* tag, const char* format, .
     return length;
 }
 
-// --- Account, consents, network, always-on voice
-// --------------------------------------------------
+// --- Account, consents, network, always-on voice ---
 
 int sso_get_login_state(int* state) {
     Call call("sso_get_login_state");
@@ -324,8 +322,7 @@ int AOVSystemDataSetAOVMode(const char* appId, int mode) {
     return 0;
 }
 
-// --- Toolkit
-// --------------------------------------------------------------------------------------
+// --- Toolkit ---
 
 int elm_init(int argc, char** argv) {
     Call call("elm_init", argc, argv == nullptr ? "(null)" : "arguments");
@@ -345,8 +342,7 @@ void elm_config_item_flush(const char* item) {
     Call call("elm_config_item_flush", item);
 }
 
-// --- Texts and files
-// ------------------------------------------------------------------------------
+// --- Texts and files ---
 
 char* dgettext(const char* domain, const char* id) noexcept {
     Call call("dgettext", domain, id);

@@ -52,8 +52,7 @@ constexpr RootRule ROOT_RULES[] = {
 
 }  // namespace
 
-// --- Root and onboarding
-// ----------------------------------------------------------------------------------
+// --- Root and onboarding ---
 
 TEST_F(EnableRules, WithoutABuiltInMicrophoneRootAndOnboardingAreEnabled) {
     Feature(feature::MIC, 0);
@@ -87,8 +86,7 @@ TEST_F(EnableRules, AMicrophoneThatCannotBeReadDimsRootAndOnboarding) {
     }
 }
 
-// --- The assistant
-// ------------------------------------------------------------------------------------------
+// --- The assistant ---
 
 TEST_F(EnableRules, TheSharedRulesLogTheKeyAndAnswer) {
     EXPECT_TRUE(Ask([] { return check_return_true("any key", 7); }));
@@ -102,8 +100,7 @@ TEST_F(EnableRules, TheSharedRulesTakeANullKey) {
     EXPECT_FALSE(check_return_false(nullptr, 0));
 }
 
-// --- Wake-up of Orvik
-// -----------------------------------------------------------------------------------------
+// --- Wake-up of Orvik ---
 
 TEST_F(EnableRules, WakeUpOfOrvikIsDimmedOutsideChinaWhenSignedOut) {
     tv().loginState = 0;
@@ -183,8 +180,7 @@ TEST_F(EnableRules, BothFormsOfTheWakeUpRuleAnswerAlike) {
     EXPECT_FALSE(check_general_voice_voice_wake_up_enable());
 }
 
-// --- Wake-up of another assistant
-// ------------------------------------------------------------------------------
+// --- Wake-up of another assistant ---
 
 TEST_F(EnableRules, WakeUpOfAnotherAssistantThatIsSetUpFollowsTheBuiltInMicrophone) {
     Set(setting::CURRENT, "app.alexa");
@@ -203,8 +199,7 @@ TEST_F(EnableRules, WakeUpOfAnotherAssistantThatIsNotSetUpIsDimmed) {
     EXPECT_CALLS(Walk(2) + Walk(1) + Lines{std::string("access ") + file::ALEXA + " 0"});
 }
 
-// --- Always and screen-on
-// -----------------------------------------------------------------------------------------
+// --- Always and screen-on ---
 
 TEST_F(EnableRules, AlwaysAndScreenOnAreEnabledWhileWakeUpIsOn) {
     Set(setting::FARFIELD, R"({"app.orvik":"on"})");
@@ -257,8 +252,7 @@ TEST_F(EnableRules, AlwaysAndScreenOnDoNotAskForTheEntryWhileWakeUpIsDimmed) {
     }
 }
 
-// --- Hint and assistants' settings
-// ------------------------------------------------------------------------------
+// --- Hint and assistants' settings ---
 
 TEST_F(EnableRules, TheHintIsEnabledWhenTheCurrentAssistantIsSetUp) {
     EXPECT_TRUE(Enabled(check_general_voice_voice_situational_hint_enable));

@@ -179,8 +179,7 @@ TEST_F(JsonSettings, AWriteThatTheStoreRefusesIsNotNoticed) {
     EXPECT_EQ(Stored(JSON), "{}");
 }
 
-// --- Placeholders
-// ---------------------------------------------------------------------------------------
+// --- Placeholders ---
 
 TEST(Replace, FillsThePlaceholderAtEveryPlace) {
     EXPECT_EQ(CSIMenuUtil::Replace("<<A>> and <<A>>", "X"), "X and X");
@@ -256,8 +255,7 @@ TEST(Replace, TheLongerFormLeavesTheFirstPlaceholderThatTheSecondTextBringsIn) {
     EXPECT_EQ(CSIMenuUtil::Replace("<<B>>", "a", "<<A>>"), "<<A>>");
 }
 
-// --- The kind of device
-// -----------------------------------------------------------------------------------
+// --- The kind of device ---
 
 TEST_F(DeviceTexts, ATvOfNoSpecialKindIsATv) {
     EXPECT_EQ(Ask([] { return CSIMenuUtil::GetDeviceSID(); }), "REP.DEVICE.TV");

@@ -117,8 +117,7 @@ TEST_F(Lifecycle, AfterDeleteANewPolicyIsNotRead) {
     EXPECT_EQ(MVAList::GetVAListSize(), 0u);
 }
 
-// --- List items
-// ---------------------------------------------------------------------------------------
+// --- List items ---
 
 TEST_F(Lifecycle, AnItemsTextIsThePointerAndNoCopy) {
     char own[] = "Orvik";
@@ -201,8 +200,7 @@ TEST_F(Lifecycle, FreeingNoListDoesNotCrash) {
     EXPECT_EQ(page->free_list_items(nullptr, 3), 0);
 }
 
-// --- The provider's description
-// -------------------------------------------------------------------------
+// --- The provider's description ---
 
 TEST_F(Lifecycle, TheProviderDescribesItself) {
     const std::pair<const char*, const char*> properties[] = {

@@ -26,8 +26,7 @@ std::vector<const char*> Keys() {
     return keys;
 }
 
-// --- One call with one prefill
-// ------------------------------------------------------------------------------
+// --- One call with one prefill ---
 
 struct Prefill {
     int number;
@@ -91,8 +90,7 @@ class Text {
     char* after_;
 };
 
-// --- The slots
-// ----------------------------------------------------------------------------------------------
+// --- The slots ---
 
 struct Slot {
     const char* name;
@@ -193,8 +191,7 @@ Outs ListItemKind(const SIProviderTable& page, const char* key, const Prefill& p
     return {{"kind", See(prefill.number, kind)}};
 }
 
-// --- What is to be written
-// ----------------------------------------------------------------------------------
+// --- What is to be written ---
 
 using Names = std::set<std::string>;
 

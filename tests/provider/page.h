@@ -89,8 +89,7 @@ inline constexpr const char* UTIL = "SIMenuUtil.cpp";
 inline constexpr const char* LIST = "MVAList.cpp";
 }  // namespace source
 
-// --- The TV
-// -----------------------------------------------------------------------------------------
+// --- The TV ---
 
 inline void Set(const std::string& name, bool value) {
     recording::tv().settings[name] = recording::StoredBool{value ? 1 : 0};
@@ -125,8 +124,7 @@ inline void SignIn() {
 // The text that a string setting holds; "(none)" when it holds none.
 std::string Stored(const std::string& name);
 
-// --- Policies
-// -----------------------------------------------------------------------------------------
+// --- Policies ---
 
 // The policy's element of an assistant; the far-field member is left out when it is not given.
 std::string Assistant(int order, const std::string& id, const std::string& appId,
@@ -137,8 +135,7 @@ std::string Policy(const std::vector<std::string>& assistants);
 // ... Orvik and Google are far-field assistants.
 std::string WholePolicy();
 
-// --- Comparing calls
-// ------------------------------------------------------------------------------------
+// --- Comparing calls ---
 
 using Lines = std::vector<std::string>;
 
@@ -190,8 +187,7 @@ Lines Walk(int records);
 Lines Member(const std::string& name, const std::string& member, const std::string& value);
 Lines AskTerms();  // both agreed
 
-// --- The provider
-// ---------------------------------------------------------------------------------------
+// --- The provider ---
 
 // Creates a provider on a TV that was never set up, with an empty list of assistants and no
 // application known, and deletes it. Whatever the platform handed out must have come back by then.

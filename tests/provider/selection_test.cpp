@@ -88,8 +88,7 @@ const Lines NOTICE = {
 
 }  // namespace
 
-// --- The current value
-// ----------------------------------------------------------------------------------
+// --- The current value ---
 
 TEST_F(Selection, TheValueIsTheCurrentAssistantsOrder) {
     Offer(WholePolicy(), "app.google");
@@ -114,8 +113,7 @@ TEST_F(Selection, OfAnApplicationListedTwiceTheFirstOrderIsTheValue) {
     EXPECT_EQ(Value(), 2);
 }
 
-// --- The choices
-// ------------------------------------------------------------------------------------------
+// --- The choices ---
 
 TEST_F(Selection, TheChoicesAreTheAssistantsWithOrvikTranslated) {
     tv().translations["DREAM_ORV_TMBODY_ORVIK"] = "Orvik!";
@@ -184,8 +182,7 @@ TEST_F(Selection, TheChoicesWithoutAPlaceForTheCountDoNotCrash) {
     }
 }
 
-// --- A choice
-// -----------------------------------------------------------------------------------------------
+// --- A choice ---
 
 TEST_F(Selection, AnOrderThatIsNotListedChangesNothing) {
     Offer(WholePolicy(), "app.google");
@@ -341,8 +338,7 @@ TEST_F(Selection, TheMenuIsNotRefreshedFromHere) {
     EXPECT_EQ(CallsOf("vconf_set_int"), Lines{});
 }
 
-// --- The notice
-// -----------------------------------------------------------------------------------------------
+// --- The notice ---
 
 TEST_F(Selection, TheNoticeIsShownWhileTheCurrentAssistantListensHandsFree) {
     Offer(WholePolicy(), "app.alexa");

@@ -133,8 +133,7 @@ TEST_F(Settings, CountryAndLanguageAreReadWithARecordWhenMissing) {
     EXPECT_EQ(CSIMenuUtil::GetOsdLanguage(), "ko_KR");
 }
 
-// --- Features
-// -----------------------------------------------------------------------------------------
+// --- Features ---
 
 TEST_F(Features, AStringIsRead) {
     Feature("f", "text");

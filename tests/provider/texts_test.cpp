@@ -36,8 +36,7 @@ Lines Translated() {
 
 }  // namespace
 
-// --- Titles
-// -----------------------------------------------------------------------------------------------
+// --- Titles ---
 
 TEST_F(Texts, TheTitlesOfTheRegistryAreTranslated) {
     const std::pair<const char*, std::string> titles[] = {
@@ -97,8 +96,7 @@ TEST_F(Texts, AnUnknownItemHasANullTitleAndARecord) {
     }
 }
 
-// --- Help
-// -------------------------------------------------------------------------------------------------
+// --- Help ---
 
 TEST_F(Texts, TheHelpOfTheRegistryIsTranslated) {
     const std::string wakeUp = "TV_SID_SETTINGS_CDJAN_ENABLE_DISABLE_HANDS_FREE_WAKE_UP_FEATURE";
@@ -192,8 +190,7 @@ TEST_F(Texts, AMissingTranslationIsTheIdItself) {
     EXPECT_EQ(Title(key::VOICE), "TV_SID_SETTINGS_VOICE");
 }
 
-// --- The confirmation box
-// -----------------------------------------------------------------------------------
+// --- The confirmation box ---
 
 namespace {
 
@@ -279,8 +276,7 @@ TEST_F(ConfirmationBox, ABufferThatIsNotGivenIsNotWritten) {
     }
 }
 
-// --- Why an item is dimmed
-// --------------------------------------------------------------------------------
+// --- Why an item is dimmed ---
 
 namespace {
 
@@ -502,8 +498,7 @@ TEST_F(DisableText, NullItemsAndNullOutPointersDoNotCrash) {
     }
 }
 
-// --- The popup of a dimmed item
-// -------------------------------------------------------------------------------
+// --- The popup of a dimmed item ---
 
 namespace {
 

@@ -226,8 +226,7 @@ TEST_F(Trace, NothingElseIsRecorded) {
     EXPECT_EQ(CallsOf("trace"), std::vector<std::string>());
 }
 
-// --- How
-// -----------------------------------------------------------------------------------------------
+// --- How ---
 
 TEST_F(Trace, WhileTracingIsOffNothingOfTheStorageIsCalled) {
     SetTracing(false);

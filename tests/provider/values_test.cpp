@@ -156,8 +156,7 @@ TEST_F(Values, ABuilderThatOffersNothingGivesNullAndItsCount) {
     EXPECT_EQ(count, 0);
 }
 
-// --- The popup's action
-// -----------------------------------------------------------------------------------
+// --- The popup's action ---
 
 namespace {
 

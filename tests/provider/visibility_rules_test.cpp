@@ -49,8 +49,7 @@ const std::string GOOGLE_POLICY_ONLY = Policy({Assistant(1, "GVA", "app.google",
 
 }  // namespace
 
-// --- Is there a voice menu at all?
-// ------------------------------------------------------------------------
+// --- Is there a voice menu at all? ---
 
 TEST_F(VisibilityRules, WithoutVoiceRecognitionNeitherRootNorOnboardingIsShown) {
     Feature(feature::VOICE, false);
@@ -148,8 +147,7 @@ TEST_F(VisibilityRules, ATvWithoutOrvikShowsTheOnboardingBeforeTheTermsAreAgreed
                        VisibleRule("_IsVoiceOnboardingVisible", "terms not agreed")});
 }
 
-// --- Root or onboarding?
-// ------------------------------------------------------------------------------------
+// --- Root or onboarding? ---
 
 TEST_F(VisibilityRules, WithoutTheTermsTheOnboardingIsShownInsteadOfTheRoot) {
     tv().consents["pp"] = 0;
@@ -215,8 +213,7 @@ TEST_F(VisibilityRules, AnEmptyListWithTheLegacyAssistantAsksForItsSetup) {
     EXPECT_TRUE(Shown(check_general_voice_onboarding_supported));
 }
 
-// --- The assistant
-// ------------------------------------------------------------------------------------------
+// --- The assistant ---
 
 TEST_F(VisibilityRules, TheAssistantItemIsShownWithTwoAssistants) {
     Offer(Policy({Assistant(1, "GVA", "a", "A"), Assistant(2, "ALEXA", "b", "B")}));
@@ -241,8 +238,7 @@ TEST_F(VisibilityRules, TheAssistantItemIsHiddenWithTheLegacyAssistant) {
     EXPECT_CALLS(Lines{GetBool(setting::LEGACY)});
 }
 
-// --- Wake-up
-// --------------------------------------------------------------------------------------------------
+// --- Wake-up ---
 
 TEST_F(VisibilityRules, WakeUpIsHiddenWithTheLegacyAssistant) {
     Set(setting::LEGACY, true);
@@ -339,8 +335,7 @@ TEST_F(VisibilityRules, TheLegacyAssistantHidesWakeUpAlwaysScreenOnAndHint) {
     }
 }
 
-// --- Situational hint
-// -------------------------------------------------------------------------------------------
+// --- Situational hint ---
 
 TEST_F(VisibilityRules, TheHintIsHiddenWithTheLegacyAssistant) {
     Set(setting::LEGACY, true);
@@ -375,8 +370,7 @@ TEST_F(VisibilityRules, TheHintIsHiddenWithAnEmptyEntryOrWithoutTheSetting) {
     EXPECT_LOGGED(E(source::UTIL, "getValueOfJsonVconf", 316, "json parse error"));
 }
 
-// --- Assistants' settings
-// -----------------------------------------------------------------------------------------
+// --- Assistants' settings ---
 
 TEST_F(VisibilityRules, OrvikSettingsItemIsAlwaysHiddenInChina) {
     Feature(feature::CHINA, true);

@@ -150,8 +150,7 @@ TEST_F(VoiceGuide, AVoiceWithoutALanguageDoesNotCrash) {
     EXPECT_TRUE(CSIMenuUtil::m_TTSSupportVoiceCb(nullptr, nullptr, 0, nullptr));
 }
 
-// --- The setup wizard on a model with the neural engine
-// --------------------------------------------------
+// --- The setup wizard on a model with the neural engine ---
 
 TEST_F(VoiceGuide, DuringTheWizardTheNeuralEnginesMetadataDecides) {
     EnterWizardOnNeuralModel();
@@ -247,8 +246,7 @@ TEST_F(VoiceGuide, TheFeatureIsReadEvenWhenTheWizardModeIsMissing) {
                        FeatureBool(feature::NEURAL), Verdict("en_US", true)});
 }
 
-// --- Metadata
-// -----------------------------------------------------------------------------------------
+// --- Metadata ---
 
 TEST_F(VoiceGuide, MetadataIsCopiedAndTheInformationReleased) {
     tv().packages["app"]["item"] = "text";
@@ -287,8 +285,7 @@ TEST_F(VoiceGuide, AnUnknownMetadataItemFailsAndReleasesTheInformation) {
         E(source::UTIL, "GetMetaData", 633, "error: [-8]"), "pkgmgrinfo_appinfo_destroy_appinfo"});
 }
 
-// --- The switch
-// ---------------------------------------------------------------------------------------
+// --- The switch ---
 
 TEST_F(VoiceGuide, SwitchingItOnTellsTheStoreTheSoundAndTheToolkitInThisOrder) {
     Ask([] {

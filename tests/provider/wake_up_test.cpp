@@ -60,8 +60,7 @@ Lines Write(const std::string& text) {
 
 }  // namespace
 
-// --- Reading
-// -----------------------------------------------------------------------------------------------
+// --- Reading ---
 
 TEST_F(WakeUp, WithTheEntryOnAndModeOneWakeUpAndAlwaysRead1) {
     Entry("on");
@@ -125,8 +124,7 @@ TEST_F(WakeUp, TheEntryOfTheCurrentAssistantCounts) {
     EXPECT_EQ(checknode_int_voice_wake_up(), 0);
 }
 
-// --- The switch
-// --------------------------------------------------------------------------------------------
+// --- The switch ---
 
 TEST_F(WakeUp, TurningItOnWritesOnAndLeavesTheModeAlone) {
     Entry("off");
@@ -206,8 +204,7 @@ TEST_F(WakeUp, AStoreAndAModeThatRefuseAreNotNoticed) {
         Handler("setnode_int_voice_wake_up", "Set Hands-free Wake-up value [0] && Wakeup[off]"));
 }
 
-// --- The sub-items
-// ---------------------------------------------------------------------------------------------
+// --- The sub-items ---
 
 TEST_F(WakeUp, TheAlwaysItemSetsMode1OnlyForOne) {
     const std::pair<int, int> cases[] = {{1, 1}, {0, 0}, {2, 0}, {-1, 0}};
@@ -244,8 +241,7 @@ TEST_F(WakeUp, TheModeIsSetForWhicheverAssistantIsCurrent) {
     EXPECT_EQ(CallsOf("AOV"), Lines{"AOVSystemDataSetAOVMode  1"});
 }
 
-// --- The choice list
-// --------------------------------------------------------------------------------------------
+// --- The choice list ---
 
 namespace {
 

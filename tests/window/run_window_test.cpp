@@ -109,6 +109,15 @@ TEST_F(RunWindowTest, WhatNoKeyCanDoIsToldByName) {
     EXPECT_THAT(off.out, testing::Not(HasSubstr("beside the window")));
 }
 
+TEST_F(RunWindowTest, WhatFailsOfAHandedValueIsToldAlsoWhereAPressFollows) {
+    const std::string step =
+        "fault = { function = \"vconf_set_str\", always = true }\n"
+        "hand = { voice-wake-up = 0 }\npress = \"voice-assistant\"\n";
+    EXPECT_THAT(Play(step).out, HasSubstr("not done: "));
+    const Output named = Play(step + "expect.failed = \"vconf_set_str\"\n");
+    EXPECT_EQ(named.code, 0) << named.out;
+}
+
 TEST_F(RunWindowTest, ABoxThatIsLeftOpenIsLeftByTheNextStep) {
     EXPECT_EQ(Play("press = \"voice-assistant\"\nchoose = 2\nexpect.sees = [\"box\"]\n"
                    "[[step]]\npress = \"voice-wake-up\"\n"

@@ -9,15 +9,17 @@ namespace vtv {
 
 namespace {
 
-std::string FaultOfAssistant(const JsonText& document, const Json::Value& assistant) {
+std::optional<PolicyFault> FaultOfAssistant(const Json::Value& policy, Json::ArrayIndex index) {
+    const Json::Value& assistant = policy[index];
     if (!assistant.isObject()) {
-        return document.At(assistant, "an assistant is an object: { \"VAOrder\": 1, ... }");
+        return PolicyFault{&assistant, "an assistant is an object: { \"VAOrder\": 1, ... }", index};
     }
     const auto wrong = [&](const char* member, const std::string& must) {
         const bool isThere = assistant.isMember(member);
-        return document.At(isThere ? assistant[member] : assistant,
+        return PolicyFault{isThere ? &assistant[member] : &assistant,
                            '"' + std::string(member) +
-                               (isThere ? "\" must be " : "\" is missing: it must be ") + must);
+                               (isThere ? "\" must be " : "\" is missing: it must be ") + must,
+                           index};
     };
     if (!assistant[policy::kOrder].isInt()) {
         return wrong(policy::kOrder, "a whole number");
@@ -27,43 +29,50 @@ std::string FaultOfAssistant(const JsonText& document, const Json::Value& assist
             return wrong(member, "a text");
         }
     }
-    return assistant[policy::kFarField].isBool() ? "" : wrong(policy::kFarField, "true or false");
+    if (!assistant[policy::kFarField].isBool()) {
+        return wrong(policy::kFarField, "true or false");
+    }
+    return std::nullopt;
 }
 
 }  // namespace
+
+std::optional<PolicyFault> FindFault(const Json::Value& policy) {
+    if (!policy.isArray()) {
+        return PolicyFault{&policy, "a policy is a list of assistants: [ ... ]", std::nullopt};
+    }
+    if (std::string problem = TooMany("assistants", policy.size(), kMostAssistants);
+        !problem.empty()) {
+        problem.pop_back();  // the full stop, which no fault has
+        return PolicyFault{&policy, problem, std::nullopt};
+    }
+    std::set<int> orders;
+    for (Json::ArrayIndex i = 0; i < policy.size(); ++i) {
+        if (auto fault = FaultOfAssistant(policy, i)) {
+            return fault;
+        }
+        const Json::Value& order = policy[i][policy::kOrder];
+        if (!orders.insert(order.asInt()).second) {
+            return PolicyFault{&order, "\"VAOrder\" " + order.asString() + " is here twice", i};
+        }
+    }
+    const int count = static_cast<int>(policy.size());
+    for (Json::ArrayIndex i = 0; i < policy.size(); ++i) {
+        const Json::Value& order = policy[i][policy::kOrder];
+        if (order.asInt() < 1 || order.asInt() > count) {
+            return PolicyFault{&order, "\"VAOrder\" must count from 1 to " + std::to_string(count),
+                               i};
+        }
+    }
+    return std::nullopt;
+}
 
 std::string FaultOf(const JsonText& document) {
     if (!document.Problem().empty()) {
         return document.Problem();
     }
-    const Json::Value& root = document.Root();
-    if (!root.isArray()) {
-        return document.At(root, "a policy is a list of assistants: [ ... ]");
-    }
-    if (std::string problem = TooMany("assistants", root.size(), kMostAssistants);
-        !problem.empty()) {
-        problem.pop_back();  // the full stop, which no fault has
-        return document.At(root, problem);
-    }
-    std::set<int> orders;
-    for (const Json::Value& assistant : root) {
-        std::string fault = FaultOfAssistant(document, assistant);
-        if (!fault.empty()) {
-            return fault;
-        }
-        const Json::Value& order = assistant[policy::kOrder];
-        if (!orders.insert(order.asInt()).second) {
-            return document.At(order, "\"VAOrder\" " + order.asString() + " is here twice");
-        }
-    }
-    const int count = static_cast<int>(root.size());
-    for (const Json::Value& assistant : root) {
-        const Json::Value& order = assistant[policy::kOrder];
-        if (order.asInt() < 1 || order.asInt() > count) {
-            return document.At(order, "\"VAOrder\" must count from 1 to " + std::to_string(count));
-        }
-    }
-    return "";
+    const std::optional<PolicyFault> fault = FindFault(document.Root());
+    return fault ? document.At(*fault->at, fault->what) : "";
 }
 
 }  // namespace vtv

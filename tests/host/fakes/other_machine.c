@@ -1,10 +1,13 @@
 /* Loaded before all libraries of a program: a machine on which nothing is left to watch with
  * (OTHER_MACHINE=instances, or watches), on which the program is another user's (user), nothing can
- * be synced (unsynced), every disk is full (full) or none is in memory (disks). The file whose
- * number is in FOREIGN_FILE belongs to another user. */
+ * be synced (unsynced), every disk is full (full) or none is in memory (disks), and the user is the
+ * only member of each group (alone), or not (shared). The file whose number is in FOREIGN_FILE
+ * belongs to another user. */
 #define _GNU_SOURCE
 #include <errno.h>
 #include <fcntl.h>
+#include <grp.h>
+#include <pwd.h>
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
@@ -55,6 +58,20 @@ int statfs(const char* path, struct statfs* info) {
 
 uid_t geteuid(void) {
     return (uid_t)syscall(SYS_geteuid) + (Is("user") ? 1 : 0);
+}
+
+struct group* getgrgid(gid_t id) {
+    static char texts[4096];
+    static char* nobody[] = {NULL};
+    static char* others[] = {texts, NULL};
+    static struct group found;
+    struct group* result = NULL;
+    getgrgid_r(id, &found, texts, sizeof texts, &result);
+    if (result != NULL && (Is("alone") || Is("shared"))) {
+        result->gr_name = getpwuid(geteuid())->pw_name;
+        result->gr_mem = Is("alone") ? nobody : others;
+    }
+    return result;
 }
 
 int fstatat64(int dir, const char* name, struct stat64* status, int flags) {
