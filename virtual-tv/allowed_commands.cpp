@@ -59,9 +59,8 @@ bool ChangeList(Change change) {
     const std::string file = AllowedCommandsFile();
     const std::string dir = OwnFolder();
     MakeOwnFolder(dir);
-    std::vector<std::string> commands = AllowedCommands();  // checks the folder, too
     const FileLock lock(dir, ".lock");
-    commands = AllowedCommands();
+    std::vector<std::string> commands = AllowedCommands();
     if (!change(commands)) {
         return false;
     }

@@ -26,14 +26,6 @@ std::string CurrentAssistant(const Tv::Impl& tv) {
 
 }  // namespace
 
-int Tv::AlwaysOnVoice(const std::string& appId) const {
-    return impl_->StateOr<int>(ModeKey(appId), 0);
-}
-
-void Tv::SetAlwaysOnVoice(const std::string& appId, int mode) {
-    impl_->state.Write(ModeKey(appId), mode);
-}
-
 }  // namespace vtv
 
 extern "C" {

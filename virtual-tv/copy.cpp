@@ -2,7 +2,6 @@
 //
 // A copy is what the TV is and knows. What happened on it stays with it: its log, its trace, what
 // was launched and what runs.
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,6 +13,7 @@
 #include <set>
 #include <utility>
 
+#include "folder_names.h"
 #include "staged_changes.h"
 #include "store_files.h"
 #include "tv_impl.h"
@@ -126,8 +126,7 @@ void CopyEntry(const Folders& folders, const std::string& name) {
 }
 
 std::vector<std::string> NamesToCopy(int dir, const std::string& path) {
-    const int listed = openat(dir, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    DIR* entries = listed >= 0 ? fdopendir(listed) : nullptr;
+    DIR* entries = OpenListing(openat(dir, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (entries == nullptr) {
         FailToCopy(path, "cannot be read");
     }

@@ -32,9 +32,9 @@ std::optional<Value> ReadFeature(const Tv::Impl& tv, const std::string& key) {
 
 // A feature of another type is as good as none.
 template <typename T>
-int Answer(const char* function, const char* key, T* found) {
+Served Answer(const char* function, const char* key, T* found) {
     if (key == nullptr || found == nullptr) {
-        return platform::NO_SUCH_FEATURE;
+        return {false, platform::NO_SUCH_FEATURE};
     }
     const auto read = [&](Tv::Impl& tv) {
         const std::optional<Value> value = ReadFeature(tv, key);
@@ -44,7 +44,7 @@ int Answer(const char* function, const char* key, T* found) {
         *found = std::get<T>(*value);
         return true;
     };
-    return ServeRead(function, key, found, read, platform::NO_SUCH_FEATURE);
+    return TryRead(function, key, found, read, platform::NO_SUCH_FEATURE);
 }
 
 }  // namespace
@@ -106,20 +106,23 @@ void Tv::ResetFeature(const std::string& key) {
 extern "C" {
 
 VTV_EXPORT int system_info_get_custom_bool(const char* key, bool* value) {
-    return vtv::Answer("system_info_get_custom_bool", key, value);
+    return vtv::Answer("system_info_get_custom_bool", key, value).result;
 }
 
 VTV_EXPORT int system_info_get_custom_int(const char* key, int* value) {
-    return vtv::Answer("system_info_get_custom_int", key, value);
+    return vtv::Answer("system_info_get_custom_int", key, value).result;
 }
 
 VTV_EXPORT int system_info_get_custom_string(const char* key, char** value) {
     constexpr char kFunction[] = "system_info_get_custom_string";
     std::string text;
-    const int result = vtv::Answer(kFunction, key, value != nullptr ? &text : nullptr);
-    char* copy = result == 0 ? strdup(text.c_str()) : nullptr;
+    const vtv::Served served = vtv::Answer(kFunction, key, value != nullptr ? &text : nullptr);
+    if (!served.isDone) {
+        return served.result;
+    }
+    char* const copy = strdup(text.c_str());
     if (copy == nullptr) {
-        return result != 0 ? result : platform::FailureOf(kFunction);
+        return platform::FailureOf(kFunction);
     }
     *value = copy;
     return 0;

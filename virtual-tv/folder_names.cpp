@@ -1,8 +1,8 @@
 #include "folder_names.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <ctime>
@@ -35,11 +35,21 @@ bool HasChangedSince(int folder, const timespec& start) {
 
 }  // namespace
 
+DIR* OpenListing(int folder) {
+    DIR* const dir = folder >= 0 ? fdopendir(folder) : nullptr;
+    if (dir == nullptr && folder >= 0) {
+        const int error = errno;
+        close(folder);
+        errno = error;
+    }
+    return dir;
+}
+
 // In memory, a file that is replaced while its folder is listed may be listed neither as the old
 // one nor as the new one. What no listing of a folder that is written without end has is as likely
 // as all of them going wrong.
 std::vector<std::string> NamesIn(int folder, const std::string& path) {
-    DIR* const dir = folder >= 0 ? fdopendir(folder) : nullptr;
+    DIR* const dir = OpenListing(folder);
     if (dir == nullptr) {
         Unreadable::ThrowIf(errno, path);
         return {};

@@ -4,9 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
+#include <optional>
 #include <sstream>
 
 #include "applications.h"
@@ -61,16 +62,32 @@ Launch ParseLaunch(const std::string& line) {
     return launch;
 }
 
-void AddLaunches(const std::string& tvDir, const std::string& name, off_t from,
-                 std::vector<Launch>* launches) {
+// Returns the number of the first line that is no launch: a full disk or a power failure has cut it
+// off, or another hand wrote it. 0 when there is none.
+int AddLaunches(const std::string& tvDir, const std::string& name, off_t from,
+                std::vector<Launch>* launches) {
     std::istringstream lines(ReadTvFile(tvDir, name, from).value_or(""));
+    int firstBad = 0;
+    int number = 0;
     for (std::string line; std::getline(lines, line);) {
+        ++number;
         try {
             launches->push_back(ParseLaunch(line));
         } catch (const Json::Exception&) {
-            continue;  // cut off by a full disk or a power failure, or written by another hand
+            firstBad = firstBad == 0 ? number : firstBad;
         }
     }
+    return firstBad;
+}
+
+// Absent where there is no such file.
+std::optional<LaunchMark> EndOf(const std::string& file) {
+    struct stat info{};
+    if (lstat(file.c_str(), &info) != 0) {
+        Unreadable::ThrowIf(errno, file);
+        return std::nullopt;
+    }
+    return LaunchMark{info.st_ino, info.st_size};
 }
 
 }  // namespace
@@ -103,42 +120,48 @@ void RecordLaunch(Tv::Impl& tv, const Launch& launch) {
                text + ": " + launch.outcome + (problem.empty() ? "" : " (" + problem + ")"));
 }
 
-std::uint64_t Tv::LaunchMark() const {
-    const std::string file = impl_->dir + "/" + kLaunchesFile.name;
-    std::error_code error;
-    const std::uintmax_t size = std::filesystem::file_size(file, error);
-    if (error && error != std::errc::no_such_file_or_directory) {
-        throw Error(ErrorKind::kPlatform, file + ": cannot be read: " + error.message() + ".");
+std::vector<std::string> ProblemsOfLaunches(const std::string& tvDir) {
+    std::vector<std::string> problems;
+    for (const std::string& name : kLaunchesFile.Names()) {
+        try {
+            std::vector<Launch> ignored;
+            if (const int line = AddLaunches(tvDir, name, 0, &ignored); line != 0) {
+                problems.push_back(tvDir + "/" + name + ":" + std::to_string(line) +
+                                   ": this line tells of no launch and is passed over. Remove it.");
+            }
+        } catch (const Error& error) {
+            problems.emplace_back(error.what());
+        }
     }
-    return error ? 0 : size;
+    return problems;
+}
+
+vtv::LaunchMark Tv::LaunchMark() const {
+    const FileLock noneSetAside(impl_->dir, GrowingFile::kLock);
+    vtv::LaunchMark mark;
+    for (const std::string& name : kLaunchesFile.Names()) {
+        mark = EndOf(impl_->dir + "/" + name).value_or(mark);
+    }
+    return mark;
+}
+
+std::vector<Launch> Tv::LaunchesSince(const vtv::LaunchMark& mark) const {
+    const FileLock noneSetAside(impl_->dir, GrowingFile::kLock);
+    const std::vector<std::string> names = kLaunchesFile.Names();
+    // One that is shorter than it was has only come to have the number of one that is gone.
+    const auto marked = std::find_if(names.begin(), names.end(), [&](const std::string& name) {
+        const std::optional<vtv::LaunchMark> end = EndOf(impl_->dir + "/" + name);
+        return end && end->file == mark.file && end->size >= mark.size;
+    });
+    std::vector<Launch> launches;
+    for (auto name = marked != names.end() ? marked : names.begin(); name != names.end(); ++name) {
+        AddLaunches(impl_->dir, *name, name == marked ? mark.size : 0, &launches);
+    }
+    return launches;
 }
 
 std::vector<Launch> Tv::Launches() const {
-    const FileLock noneSetAside(impl_->dir, GrowingFile::kLock);
-    std::vector<Launch> launches;
-    for (const std::string& name : kLaunchesFile.Names()) {
-        AddLaunches(impl_->dir, name, 0, &launches);
-    }
-    return launches;
-}
-
-std::vector<Launch> Tv::LaunchesSince(std::uint64_t mark) const {
-    const FileLock noneSetAside(impl_->dir, GrowingFile::kLock);
-    std::vector<Launch> launches;
-    const auto from = static_cast<off_t>(mark);
-    if (mark <= LaunchMark()) {
-        AddLaunches(impl_->dir, kLaunchesFile.name, from, &launches);
-        return launches;
-    }
-    // What the mark was set in has been set aside since, or cleared.
-    for (const std::string& name : kLaunchesFile.Names()) {
-        AddLaunches(impl_->dir, name, name == kLaunchesFile.name ? 0 : from, &launches);
-    }
-    return launches;
-}
-
-void Tv::ClearLaunches() {
-    kLaunchesFile.Remove(impl_->dir);
+    return LaunchesSince({});
 }
 
 }  // namespace vtv

@@ -56,6 +56,10 @@ void MakeOwnFolder(const std::string& dir) {
         if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
             FailOwn(folder, std::string("cannot be made: ") + std::strerror(errno) + ".");
         }
+        struct stat info{};
+        if (stat(folder.c_str(), &info) == 0) {
+            RequireOwn(folder, info);
+        }
     }
 }
 

@@ -9,7 +9,8 @@ namespace vtv {
 
 // The folder of these files; empty when the environment names no home.
 std::string OwnFolder();
-// Makes a folder, OwnFolder() or one in it, for nobody else.
+// Makes a folder, OwnFolder() or one in it, for nobody else. Throws kPlatform, also when others can
+// write in one that is there.
 void MakeOwnFolder(const std::string& dir);
 // Absent when there is no such file. Throws kPlatform for one that others could have written:
 // that says nothing about what the user wants. `otherwise` tells what holds until it is mended.

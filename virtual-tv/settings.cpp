@@ -186,11 +186,11 @@ VTV_EXPORT int vconf_get_bool(const char* key, int* value) {
         return platform::FailureOf("vconf_get_bool");
     }
     bool flag = false;
-    const int result = vtv::ServeSetting("vconf_get_bool", key, &flag).result;
-    if (result == 0) {
+    const vtv::Served served = vtv::ServeSetting("vconf_get_bool", key, &flag);
+    if (served.isDone) {
         *value = flag ? 1 : 0;
     }
-    return result;
+    return served.result;
 }
 
 VTV_EXPORT char* vconf_get_str(const char* key) {

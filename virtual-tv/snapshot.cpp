@@ -1,4 +1,5 @@
 // Everything that can change on a TV, taken and put back.
+#include <algorithm>
 #include <set>
 
 #include "staged_changes.h"
@@ -35,17 +36,26 @@ constexpr StateEntry kStateEntries[] = {
 
 bool Covers(const StateEntry& entry, const std::string& name) {
     const std::string_view known = entry.name;
-    return known.back() == '/' ? name.size() > known.size() && name.rfind(known, 0) == 0
+    if (known == kModeState) {
+        return name.starts_with(known);  // of no assistant, too: while none is chosen
+    }
+    return known.back() == '/' ? name.size() > known.size() && name.starts_with(known)
                                : name == known;
 }
 
 const StateEntry& EntryOf(const std::string& name) {
+    const auto* const found =
+        std::find_if(std::begin(kStateEntries), std::end(kStateEntries),
+                     [&](const StateEntry& entry) { return Covers(entry, name); });
+    if (found != std::end(kStateEntries)) {
+        return *found;
+    }
     std::vector<std::string> names;
     for (const StateEntry& entry : kStateEntries) {
-        if (Covers(entry, name)) {
-            return entry;
-        }
         names.emplace_back(entry.name);
+    }
+    if (std::find(names.begin(), names.end(), name) != names.end()) {
+        throw Error(ErrorKind::kUsage, "\"" + name + "\" needs a name behind it.");
     }
     throw Error(ErrorKind::kUsage, "a TV has no state \"" + name + "\"." + DidYouMean(name, names) +
                                        " Known: " + Join(names) + ".");

@@ -240,15 +240,6 @@ bool Tv::Speak(const std::string& text) {
     return impl_->model.speechOutput == "file" || Play(*impl_, file);
 }
 
-std::optional<std::pair<int, int>> Tv::SoundFeedback() const {
-    const auto state = State();
-    const auto feedback = state.find(kFeedback);
-    if (feedback == state.end() || !std::holds_alternative<int>(feedback->second)) {
-        return std::nullopt;
-    }
-    return std::make_pair(std::get<int>(feedback->second), impl_->StateOr<int>(kPriority, 0));
-}
-
 }  // namespace vtv
 
 extern "C" {

@@ -130,6 +130,7 @@ Store::Store(const std::string& tvDir, const std::string& name, Durability durab
 void Store::Open() const {
     Close();
     problem_.clear();
+    unknownVersion_ = false;
     dirFd_ = OpenTvFolder(tvDir_, name_);
     if (dirFd_ < 0) {
         Unreadable::ThrowIf(errno, dir_);
@@ -153,10 +154,15 @@ void Store::Close() const {
 }
 
 const std::string& Store::Problem() const {
-    if (!problem_.empty() && !unknownVersion_) {
-        Open();  // the folder may be back
+    if ((dirFd_ < 0 || !problem_.empty()) && !unknownVersion_) {
+        Open();  // the folder may be back, or what kept it from being opened may be over
     }
     return problem_;
+}
+
+void Store::Reopen() {
+    Close();
+    unknownVersion_ = false;
 }
 
 Store::~Store() {
@@ -352,7 +358,7 @@ void Store::RemoveAll() {
 }
 
 void Store::RemoveLeftovers() {
-    if (problem_.empty()) {
+    if (Problem().empty()) {
         RemoveLeftTemporaryFiles(dirFd_);
     }
 }

@@ -57,11 +57,12 @@ class Store {
 
     const std::string& Dir() const { return dir_; }
     // Why the store as a whole cannot be used; empty when it can. Every read and write fails then.
+    // Throws Unreadable.
     const std::string& Problem() const;
-    // Another folder may have come to lie where this one did.
-    void Reopen() { Open(); }
+    // Another folder may have come to lie where this one did: that one is opened when it is needed.
+    void Reopen();
     // The problem is that it says to be of a version that this program does not know, or of none.
-    bool IsOfUnknownVersion() const { return unknownVersion_; }
+    bool IsOfUnknownVersion() const { return !Problem().empty() && unknownVersion_; }
 
     // Throws Unreadable, and nothing else; problem is written for kDamaged only.
     Status Read(std::string_view key, Value* value, std::string* problem) const;

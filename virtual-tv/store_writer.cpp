@@ -49,8 +49,9 @@ void SignWriting(int fd) {
 std::optional<Writing> Store::LastWriting(std::string_view key) const {
     const std::string name = EncodeKey(key);
     const int fd =
-        name.empty() ? -1
-                     : openat(dirFd_, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+        name.empty() || !Problem().empty()
+            ? -1
+            : openat(dirFd_, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     if (fd < 0) {
         return std::nullopt;
     }

@@ -1,6 +1,5 @@
 #include "temporary_file.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/random.h>
@@ -15,6 +14,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "folder_names.h"
 #include "store_files.h"
 
 namespace vtv {
@@ -80,8 +80,7 @@ bool TemporaryFile::Guard(int dir) {
 }
 
 void RemoveLeftTemporaryFiles(int dir) {
-    const int listed = openat(dir, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    DIR* entries = listed >= 0 ? fdopendir(listed) : nullptr;
+    DIR* entries = OpenListing(openat(dir, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (entries == nullptr) {
         return;
     }

@@ -12,7 +12,6 @@
 #include <sstream>
 #include <utility>
 
-#include "running_apps.h"
 #include "serve.h"
 #include "staged_changes.h"
 #include "store_files.h"
@@ -34,6 +33,7 @@ std::vector<Watcher::Id> ownWatches;
 
 // Those that may be empty, and that get lost where only files are kept, as in an archive.
 constexpr std::array kFolders = {"owner", "log", "trace", "apps", "speech"};
+constexpr std::array kStores = {"settings", "memory", "state", "faults"};
 
 void FollowLanguage(Tv& tv) {
     BindTexts(tv.Language());
@@ -88,11 +88,30 @@ Model ReadModel(const std::string& dir) {
     return ParseModel(*text, file);
 }
 
-void RequireKnownVersions(const std::string& dir) {
-    for (const char* name : {"settings", "memory", "state", "faults"}) {
-        const Store store(dir, name, Store::Durability::kVolatile);
-        if (store.IsOfUnknownVersion()) {
-            throw Error(ErrorKind::kPlatform, store.Problem());
+void RequireTvFolder(const std::string& path) {
+    if (!Tv::IsTv(path)) {
+        throw Error(ErrorKind::kNoSuch,
+                    path + ": this is no virtual TV. Make one with \"vtv new\".");
+    }
+    RequireTrustedTv(path);
+}
+
+void RequireKnownVersion(const Store& store) {
+    if (store.IsOfUnknownVersion()) {
+        throw Error(ErrorKind::kPlatform, store.Problem());
+    }
+}
+
+// In a folder that cannot be written nothing is missed that would be written there.
+void MakeMissingFolders(const std::string& dir) {
+    for (const char* folder : kFolders) {
+        struct stat info{};
+        if (lstat((dir + "/" + folder).c_str(), &info) != 0) {
+            try {
+                MakeTvFolder(dir, folder);
+            } catch (const Error&) {
+                continue;
+            }
         }
     }
 }
@@ -137,7 +156,7 @@ void MakeFolders(const std::string& dir) {
         MakeTvFolder(dir, folder);
     }
     MakeTvFolder(dir, "owner/share/.voice");
-    for (const char* store : {"settings", "memory", "state", "faults"}) {
+    for (const char* store : kStores) {
         Store::Create(dir, store);
     }
     const FileLock made(dir, kLock);  // so that nobody who only reads has to make it
@@ -152,9 +171,7 @@ Tv::Impl::Impl(const std::string& tvDir)
       faults(tvDir, "faults", Store::Durability::kVolatile, "Clear it: vtv fault --clear"),
       switches(tvDir),
       log(tvDir),
-      trace(kTraceFile, tvDir) {
-    model.name = StateOr<std::string>(kModelNameState, model.name);
-}
+      trace(kTraceFile, tvDir) {}
 
 Tv::Impl::~Impl() = default;
 
@@ -182,7 +199,7 @@ void Tv::Impl::Hear(const std::string& name) {
     if (gone || name.empty() || stat(path.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
         return;
     }
-    for (Store* store : {&settings, &memory, &state, &faults}) {
+    for (Store* store : Stores()) {
         if (store->Dir() == path) {
             store->Reopen();
         }
@@ -231,40 +248,28 @@ bool Tv::IsTv(const std::string& dir) {
     return true;
 }
 
-// In a folder that cannot be written nothing is missed that would be written there.
-void MakeMissingFolders(const std::string& dir) {
-    for (const char* folder : kFolders) {
-        struct stat info{};
-        if (lstat((dir + "/" + folder).c_str(), &info) != 0) {
-            try {
-                MakeTvFolder(dir, folder);
-            } catch (const Error&) {
-                continue;
-            }
-        }
-    }
-}
-
 void RequireTv(const std::string& path) {
-    if (!Tv::IsTv(path)) {
-        throw Error(ErrorKind::kNoSuch,
-                    path + ": this is no virtual TV. Make one with \"vtv new\".");
+    RequireTvFolder(path);
+    for (const char* name : kStores) {
+        RequireKnownVersion(Store(path, name, Store::Durability::kVolatile));
     }
-    RequireTrustedTv(path);
-    RequireKnownVersions(path);
 }
 
 Tv::Tv(const std::string& dir) {
     const std::string path = Absolute(dir);
-    RequireTv(path);
+    RequireTvFolder(path);
+    impl_ = std::make_unique<Impl>(path);
+    for (const Store* store : impl_->Stores()) {
+        RequireKnownVersion(*store);
+    }
     MakeMissingFolders(path);
     CompleteChanges(path);
-    impl_ = std::make_unique<Impl>(path);
+    impl_->model.name = impl_->StateOr<std::string>(kModelNameState, impl_->model.name);
     ForgetLastBoot(path, impl_->memory);
-    for (Store* store : {&impl_->settings, &impl_->memory, &impl_->state, &impl_->faults}) {
+    for (Store* store : impl_->Stores()) {
         store->RemoveLeftovers();
     }
-    for (const std::string& problem : Problems()) {
+    for (const std::string& problem : ProblemsAtStart(*impl_, Language())) {
         impl_->LogLine(kError, problem);
     }
 }
@@ -273,32 +278,6 @@ Tv::~Tv() {
     if (current == this) {
         PowerOff();
     }
-}
-
-std::vector<std::string> Tv::Problems() const {
-    std::vector<std::string> problems;
-    for (const Store* store : {&impl_->settings, &impl_->memory, &impl_->state, &impl_->faults}) {
-        if (!store->Problem().empty()) {
-            problems.push_back(store->Problem());
-            continue;
-        }
-        for (const Setting& setting : store->List()) {
-            std::string problem = setting.problem;
-            if (setting.value && store == &impl_->state) {
-                problem = ProblemOfState(setting.key, *setting.value);
-            } else if (setting.value && store == &impl_->faults) {
-                problem = ProblemOfFault(*setting.value);
-            }
-            if (!problem.empty()) {
-                problems.push_back(setting.value ? store->Damaged(setting.key, problem) : problem);
-            }
-        }
-    }
-    ListRunning(impl_->dir, &problems);
-    for (std::string& problem : ProblemsOfTexts(Language())) {
-        problems.push_back(std::move(problem));
-    }
-    return problems;
 }
 
 std::vector<std::string> Tv::TakeFailures() {
@@ -314,9 +293,6 @@ const Model& Tv::GetModel() const& {
 }
 const std::string& Tv::Dir() const {
     return impl_->dir;
-}
-std::string Tv::LogFile() const {
-    return impl_->dir + "/" + kLogFile.name;
 }
 std::string Tv::TraceFile() const {
     return impl_->dir + "/" + kTraceFile.name;

@@ -1,12 +1,12 @@
 #include "tv_files.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -81,16 +81,22 @@ int OpenInFolder(const std::string& tvDir, const fs::path& name, int flags) {
                         flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kFileMode);
 }
 
-bool RemoveFrom(int dir, const std::string& name, int flags) {
-    return store_file_calls.unlinkat(dir, name.c_str(), flags) == 0;
+int OpenPlainFile(const std::string& tvDir, const std::string& name, int flags, struct stat* info) {
+    const int fd = OpenInFolder(tvDir, name, flags);
+    if (fd < 0) {
+        return -1;
+    }
+    if (fstat(fd, info) != 0) {
+        return Refuse(fd, errno);
+    }
+    return S_ISREG(info->st_mode) ? fd : Refuse(fd, EINVAL);
 }
 
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 // Takes the descriptor. Calls back with each name and returns the errno of what could not be read.
 int ForEachName(int folder, const std::function<void(int folder, const char* name)>& tell) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> entries(folder >= 0 ? fdopendir(folder) : nullptr,
-                                                      closedir);
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(OpenListing(folder), closedir);
     if (entries == nullptr) {
         return errno;
     }
@@ -102,22 +108,36 @@ int ForEachName(int folder, const std::function<void(int folder, const char* nam
     return errno;
 }
 
-bool RemoveAllOf(int dir, const char* name) {
+// Returns the errno of what stays, or 0.
+int RemoveAllOf(int dir, const char* name, int depth = 0) {
     if (unlinkat(dir, name, 0) == 0 || errno == ENOENT) {
-        return true;
+        return 0;
     }
     if (errno != EISDIR) {
-        return false;
+        return errno;
     }
-    bool removed = true;
+    if (depth >= PATH_MAX / 2) {
+        return ENAMETOOLONG;
+    }
+    int problem = 0;
     ForEachName(openat(dir, name, kFolderFlags), [&](int folder, const char* entry) {
-        removed = RemoveAllOf(folder, entry) && removed;
+        const int error = RemoveAllOf(folder, entry, depth + 1);
+        problem = problem != 0 ? problem : error;
     });
-    return removed && (unlinkat(dir, name, AT_REMOVEDIR) == 0 || errno == ENOENT);
+    if (problem != 0) {
+        return problem;
+    }
+    return unlinkat(dir, name, AT_REMOVEDIR) == 0 || errno == ENOENT ? 0 : errno;
 }
 
 // Takes the descriptor.
 int Walk(int folder, const std::string& prefix, const TvEntry& tell) {
+    if (prefix.size() >= PATH_MAX) {  // nothing of a TV lies so deep
+        if (folder >= 0) {
+            close(folder);
+        }
+        return ENAMETOOLONG;
+    }
     int problem = 0;
     const int error = ForEachName(folder, [&](int from, const char* name) {
         struct stat info{};
@@ -156,16 +176,10 @@ void FailToRead(const std::string& path, int error) {
 
 int OpenTvFile(const std::string& tvDir, const std::string& name, int flags) {
     // Emptied only once it is known to be a plain file.
-    const int fd = OpenInFolder(tvDir, name, flags & ~O_TRUNC);
     struct stat info{};
+    const int fd = OpenPlainFile(tvDir, name, flags & ~O_TRUNC, &info);
     if (fd < 0) {
         return -1;
-    }
-    if (fstat(fd, &info) != 0) {
-        return Refuse(fd, errno);
-    }
-    if (!S_ISREG(info.st_mode)) {
-        return Refuse(fd, EINVAL);
     }
     if ((info.st_uid != geteuid() && info.st_uid != 0) ||
         (info.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
@@ -245,7 +259,7 @@ bool RenameInTv(const std::string& tvDir, const std::string& from, const std::st
 
 bool RemoveTvFile(const std::string& tvDir, const std::string& name) {
     const Place place(tvDir, name);
-    return place.dir >= 0 && RemoveFrom(place.dir, place.name, 0);
+    return place.dir >= 0 && store_file_calls.unlinkat(place.dir, place.name.c_str(), 0) == 0;
 }
 
 bool RemoveEmptyTvFolder(const std::string& tvDir, const std::string& name) {
@@ -255,7 +269,9 @@ bool RemoveEmptyTvFolder(const std::string& tvDir, const std::string& name) {
 
 bool RemoveTvTree(const std::string& tvDir, const std::string& name) {
     const Place place(tvDir, name);
-    return place.dir >= 0 ? RemoveAllOf(place.dir, place.name.c_str()) : errno == ENOENT;
+    const int error = place.dir >= 0 ? RemoveAllOf(place.dir, place.name.c_str()) : errno;
+    errno = error;
+    return error == 0 || error == ENOENT;
 }
 
 int WalkTvFolder(const std::string& tvDir, const std::string& name, const TvEntry& tell) {
@@ -267,8 +283,9 @@ std::vector<std::string> NamesInTv(const std::string& tvDir, const std::string& 
     return NamesIn(OpenTvFolder(tvDir, name), tvDir + "/" + name);
 }
 
-FileLock::FileLock(const std::string& folder, const std::string& name)
-    : fd_(OpenTvFile(folder, name, O_RDWR | O_CREAT)) {
+FileLock::FileLock(const std::string& folder, const std::string& name) {
+    struct stat ignored{};
+    fd_ = OpenPlainFile(folder, name, O_RDWR | O_CREAT, &ignored);
     int error = fd_ >= 0 ? EINTR : errno;
     while (fd_ >= 0 && error == EINTR) {
         error = flock(fd_, LOCK_EX) == 0 ? 0 : errno;

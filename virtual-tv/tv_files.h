@@ -47,7 +47,8 @@ bool RemoveEmptyTvFolder(const std::string& tvDir, const std::string& name);
 bool RemoveTvTree(const std::string& tvDir, const std::string& name);
 
 // Tells of each entry below a folder, named relative to it, a folder before what it holds. False
-// keeps it from going down. Returns the errno of what could not be read, or 0.
+// keeps it from going down. Returns the errno of what could not be read, ENAMETOOLONG for what lies
+// deeper than anything of a TV, or 0.
 using TvEntry = std::function<bool(const std::string& name, const struct stat& info)>;
 int WalkTvFolder(const std::string& tvDir, const std::string& name, const TvEntry& tell);
 // As NamesIn(), of a folder of the TV.
@@ -56,9 +57,9 @@ std::vector<std::string> NamesInTv(const std::string& tvDir, const std::string& 
 // The largest file that a TV has.
 inline constexpr off_t kLargestTvFile = off_t{256} * 1024 * 1024;
 
-// An advisory lock on a file, held while the object lives. Where the file must not be made (a
-// read-only folder) nothing is locked: nothing can be written there either. Throws kPlatform for
-// every other lock that cannot be had.
+// An advisory lock on a plain file, whoever can write it, held while the object lives. Where the
+// file must not be made (a read-only folder) nothing is locked: nothing can be written there
+// either. Throws kPlatform for every other lock that cannot be had.
 class FileLock {
   public:
     FileLock(const std::string& folder, const std::string& name);

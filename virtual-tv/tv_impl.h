@@ -4,6 +4,7 @@
 #include <sys/inotify.h>
 #include <sys/types.h>
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <map>
@@ -103,6 +104,7 @@ struct Tv::Impl {
     std::map<std::string, bool> reportedDamage;  // settings keys whose damage the log has told
 
     bool MayWatch() const;  // see WatchNothing()
+    std::array<Store*, 4> Stores() { return {&settings, &memory, &state, &faults}; }
     Watcher& GetWatcher();
     // Something in the TV's folder was made, moved or removed, or the folder itself (empty).
     void Hear(const std::string& name);
@@ -141,6 +143,10 @@ void ForgetKeyCallbacks(Tv::Impl& tv);
 // What is wrong with a value that another hand put there; empty when nothing is.
 std::string ProblemOfState(const std::string& name, const Value& value);
 std::string ProblemOfFault(const Value& value);
+// As Tv::Problems(), but for the list of launches, which is too long to be read at every start.
+std::vector<std::string> ProblemsAtStart(Tv::Impl& tv, const std::string& language);
+// Of each file of the list the first line that is none, or why it cannot be read.
+std::vector<std::string> ProblemsOfLaunches(const std::string& tvDir);
 // One of PlatformFunctions().
 platform::Does WhatDoes(std::string_view function);
 void EndRunningApplications(const std::string& tvDir);

@@ -141,7 +141,6 @@ class VTV_EXPORT Tv {
     // Paths, absolute.
     const std::string& Dir() const;
     std::string OwnerDir() const;  // what the TV knows as /home/owner
-    std::string LogFile() const;
     std::string TraceFile() const;
 
     // --- Settings: keys under "db/" and "memory/" ---
@@ -197,9 +196,6 @@ class VTV_EXPORT Tv {
     Network GetNetwork() const;
     void SetNetwork(Network network);
     bool Online() const;  // follows the machine's default route for Network::kHost
-    // Always-on-voice mode of one assistant application; 0 when it was never set.
-    int AlwaysOnVoice(const std::string& appId) const;
-    void SetAlwaysOnVoice(const std::string& appId, int mode);
     // Menu language, "de_DE". Texts change at once in this process, at the next Dispatch() in
     // others.
     std::string Language() const;
@@ -218,8 +214,6 @@ class VTV_EXPORT Tv {
     std::vector<std::string> OwnerFiles() const;
     void AddOwnerFile(const std::string& path);     // empty; its folders are made
     bool RemoveOwnerFile(const std::string& path);  // false when there was none
-    // Sound feedback as last set: level and priority; absent when never set.
-    std::optional<std::pair<int, int>> SoundFeedback() const;
 
     Snapshot TakeSnapshot() const;
     // Writes what differs, so that watchers hear of exactly that. All or nothing: when it throws,
@@ -248,12 +242,10 @@ class VTV_EXPORT Tv {
     // Tells whoever called FinishApplication() why this application cannot do its work.
     void ReportFailure(const Error& failure);
     // Where the list of launches ends now.
-    std::uint64_t LaunchMark() const;
-    // Every launch behind the mark, oldest first.
-    std::vector<Launch> LaunchesSince(std::uint64_t mark) const;
-    // All, of which the oldest are forgotten in time, and every one when the list is cleared.
+    vtv::LaunchMark LaunchMark() const;
+    // Every launch behind the mark, oldest first; the oldest of all are forgotten in time.
+    std::vector<Launch> LaunchesSince(const vtv::LaunchMark& mark) const;
     std::vector<Launch> Launches() const;
-    void ClearLaunches();
 
     // --- Log ---
     // Oldest first, rotated files included.
@@ -313,9 +305,9 @@ class VTV_EXPORT LogReader {
 // What this process writes from now on may be lost with the power: its TVs are thrown away.
 VTV_EXPORT void SyncNothing();
 
-// For a process that looks once and ends: no watch that is made from now on tells anything, and
-// none costs anything. The kernel takes longer to end the first watch than a page takes to be
-// asked.
+// For a process that looks once and ends: no watch of a setting, the TV's own included, tells
+// anything from now on, and none costs anything. The kernel takes longer to end the first watch
+// than a page takes to be asked.
 VTV_EXPORT void WatchNothing();
 
 // Makes the TV answer this process's platform calls, binds the texts of "si-ready" to its menu

@@ -19,6 +19,28 @@ namespace vtv {
 
 namespace {
 
+// What several did, each whether or not one before it threw.
+class EachOf {
+  public:
+    template <typename Act>
+    void Try(Act act) {
+        try {
+            act();
+        } catch (...) {
+            first_ = first_ ? first_ : std::current_exception();
+        }
+    }
+    // Throws what the first threw.
+    void Rethrow() const {
+        if (first_) {
+            std::rethrow_exception(first_);
+        }
+    }
+
+  private:
+    std::exception_ptr first_;
+};
+
 std::string SettingOf(const std::string& name) {
     std::string value;
     std::getline(std::ifstream("/proc/sys/fs/inotify/" + name), value);
@@ -121,27 +143,32 @@ void Watcher::Release(int wd) {
 }
 
 void Watcher::Follow(const std::string& dir) {
+    EachOf followed;
     const auto subscriptions = subscriptions_;  // a callback may add and remove some
     for (const auto& subscription : subscriptions) {
-        if (!subscription->alive || subscription->dir != dir) {
-            continue;
+        if (subscription->alive && subscription->dir == dir) {
+            followed.Try([&] { FollowOne(subscription); });
         }
-        // Whoever copies a folder writes its files where they lie.
-        const uint32_t mask = subscription->mask | IN_CLOSE_WRITE;
-        const int wd = AddTo(inotify_, dir, mask);
-        if (wd < 0 && errno != ENOENT && errno != ENOTDIR) {
-            FailToWatch(dir, errno);
-        }
-        if (wd < 0 || wd == subscription->wd) {
-            continue;  // gone again, or the one that is watched
-        }
-        const int before = subscription->wd;
-        subscription->wd = wd;
-        subscription->mask = mask;
-        Release(before);
-        Rescan(subscription);
     }
     Wake(!pending_.empty());
+    followed.Rethrow();
+}
+
+void Watcher::FollowOne(const std::shared_ptr<Subscription>& subscription) {
+    // Whoever copies a folder writes its files where they lie.
+    const uint32_t mask = subscription->mask | IN_CLOSE_WRITE;
+    const int wd = AddTo(inotify_, subscription->dir, mask);
+    if (wd < 0 && errno != ENOENT && errno != ENOTDIR) {
+        FailToWatch(subscription->dir, errno);
+    }
+    if (wd < 0 || wd == subscription->wd) {
+        return;  // gone again, or the one that is watched
+    }
+    const int before = subscription->wd;
+    subscription->wd = wd;
+    subscription->mask = mask;
+    Release(before);
+    Rescan(subscription);
 }
 
 void Watcher::Drain() {
@@ -209,23 +236,19 @@ int Watcher::Deliver(const Event& event) {
         return 0;
     }
     int calls = 0;
-    std::exception_ptr failure;
+    EachOf told;
     const auto subscriptions = subscriptions_;  // a callback may add and remove some
     for (const auto& subscription : subscriptions) {
         if (!subscription->alive || event.number < subscription->since) {
             continue;
         }
-        try {
+        told.Try([&] {
             calls += event.wd == -1                   ? Rescan(subscription)
                      : Concerns(event, *subscription) ? Call(*subscription, event.name)
                                                       : 0;
-        } catch (...) {  // it is the others' event as well
-            failure = failure ? failure : std::current_exception();
-        }
+        });
     }
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
+    told.Rethrow();
     return calls;
 }
 
@@ -256,7 +279,7 @@ int Watcher::Rescan(const std::shared_ptr<Subscription>& subscription) {
     std::map<std::string, Stamp> now = Stamps(*subscription);
     Drain();
     subscription->rescanned = nextEvent_;
-    std::exception_ptr failure;
+    EachOf called;
     for (const auto& [name, stamp] : subscription->told) {
         now.try_emplace(name, Stamp());  // gone since
     }
@@ -265,15 +288,9 @@ int Watcher::Rescan(const std::shared_ptr<Subscription>& subscription) {
         if (!subscription->alive || (told != subscription->told.end() && told->second == stamp)) {
             continue;
         }
-        try {
-            calls += Call(*subscription, name);
-        } catch (...) {
-            failure = failure ? failure : std::current_exception();
-        }
+        called.Try([&] { calls += Call(*subscription, name); });
     }
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
+    called.Rethrow();
     return calls;
 }
 

@@ -31,7 +31,7 @@ class Watcher {
     Id Watch(const std::string& dir, uint32_t mask, const std::string& fileName, Callback callback);
     void Unwatch(Id id);
     // Another folder may have come to lie where one is watched: from now on that one is, and all is
-    // told that differs from what was told last.
+    // told that differs from what was told last. What a callback throws leaves it once all follow.
     void Follow(const std::string& dir);
 
     int Fd() const { return epoll_; }
@@ -72,6 +72,7 @@ class Watcher {
     int Deliver(const Event& event);
     bool Concerns(const Event& event, const Subscription& subscription) const;
     void Release(int wd);
+    void FollowOne(const std::shared_ptr<Subscription>& subscription);
     int Rescan(const std::shared_ptr<Subscription>& subscription);
     int Call(Subscription& subscription, const std::string& name);
     std::map<std::string, Stamp> Stamps(const Subscription& subscription) const;

@@ -99,17 +99,17 @@ Tv::WatchId Tv::WatchAll(std::function<void(const Change&)> callback) {
     std::vector<Watcher::Id>& ids = impl_->watches[id];
     Watcher& watcher = impl_->GetWatcher();
     // What another hand puts there is no key of the store when it begins otherwise.
-    const auto watchStore = [&](const Store& store, Change::What what, const char* begin) {
+    const auto watchStore = [&](const Store& store, Change::What what, std::string_view begin) {
         ids.push_back(watcher.Watch(store.Dir(), kStoreEvents, "",
                                     [callback, what, begin](const std::string& name) {
                                         const std::string key = Store::DecodeKey(name);
-                                        if (!key.empty() && key.rfind(begin, 0) == 0) {
+                                        if (!key.empty() && key.starts_with(begin)) {
                                             callback({what, key});
                                         }
                                     }));
     };
-    watchStore(impl_->settings, Change::What::kSetting, "db/");
-    watchStore(impl_->memory, Change::What::kSetting, "memory/");
+    watchStore(impl_->settings, Change::What::kSetting, kKeptSettings);
+    watchStore(impl_->memory, Change::What::kSetting, kPassingSettings);
     watchStore(impl_->state, Change::What::kState, "");
 
     std::make_shared<OwnerWatch>(*impl_, ids, callback)->Follow("", false);

@@ -88,11 +88,20 @@ void RequireNothingForeign(const std::string& path) {
                                             ". End them with vtv app cancel, or add --force.");
 }
 
+// What cannot be looked at is said to be one, or to be none.
+bool IsTvOr(bool otherwise, const std::string& dir) {
+    try {
+        return Tv::IsTv(dir);
+    } catch (const Unreadable&) {
+        return otherwise;
+    }
+}
+
 }  // namespace
 
 std::string TvPath(const std::string& nameOrDir) {
     if (nameOrDir.find('/') != std::string::npos || nameOrDir == "." || nameOrDir == ".." ||
-        Tv::IsTv(nameOrDir)) {
+        IsTvOr(false, nameOrDir)) {
         return fs::absolute(nameOrDir).lexically_normal().string();
     }
     return HomeDir() + "/" + nameOrDir;
@@ -103,7 +112,7 @@ std::vector<std::string> TvsIn(const std::string& folder) {
     std::vector<std::string> dirs;
     for (const std::string& name : NamesIn(folder)) {
         const std::string dir = (fs::path(folder) / name).string();
-        if (Tv::IsTv(dir) && !IsAsideName(name)) {
+        if (!IsAsideName(name) && IsTvOr(true, dir)) {
             dirs.push_back(dir);
         }
     }

@@ -10,9 +10,10 @@
 namespace vtv {
 
 // The folder that a name or a path stands for, whether or not there is a TV: with a slash, or where
-// the working folder has a TV of that name, a path; else a TV among those in HomeDir().
+// the working folder is seen to have a TV of that name, a path; else a TV among those in HomeDir().
 VTV_EXPORT std::string TvPath(const std::string& nameOrDir);
-// The folders of the TVs that lie in a folder, sorted.
+// The folders of the TVs that lie in a folder, sorted, and those that cannot be looked into:
+// opening one tells why.
 VTV_EXPORT std::vector<std::string> TvsIn(const std::string& folder);
 // Removes what was left there when a process was killed that made or removed a TV.
 VTV_EXPORT void RemoveLeftFolders(const std::string& folder);

@@ -51,7 +51,7 @@ std::string ToText(const host::Press& press) {
 // Of the run so far.
 Consequences WhatCame() {
     Consequences consequences;
-    for (vtv::Launch& launch : LazyTvEvents().LaunchesSince(0)) {
+    for (vtv::Launch& launch : LazyTvEvents().LaunchesSince({})) {
         if (host::SightOf(launch).kind == host::Sight::Kind::kToast) {
             consequences.notified = true;
         } else {

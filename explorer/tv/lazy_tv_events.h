@@ -1,6 +1,8 @@
 // What the explorer's TV tells of what came of a press.
 #pragma once
 
+#include <iterator>
+
 #include "host/page/tv_events.h"
 #include "lazy_tv.h"
 
@@ -9,10 +11,10 @@ namespace explorer {
 // Of the TV of this process and its current run.
 class LazyTvEvents : public host::TvEvents {
   public:
-    std::uint64_t LaunchMark() override { return tv().Record().size(); }
-    std::vector<vtv::Launch> LaunchesSince(std::uint64_t mark) override {
+    vtv::LaunchMark LaunchMark() override { return {.size = std::ssize(tv().Record())}; }
+    std::vector<vtv::Launch> LaunchesSince(const vtv::LaunchMark& mark) override {
         std::vector<vtv::Launch> launches;
-        const std::vector<RecordEntry> entries = ReadRecord(tv().Record().substr(mark));
+        const std::vector<RecordEntry> entries = ReadRecord(tv().Record().substr(mark.size));
         for (const RecordEntry& entry : entries) {
             if (entry.kind == Entry::kLaunch || entry.kind == Entry::kPopup) {
                 vtv::Launch& launch = launches.emplace_back();

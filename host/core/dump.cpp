@@ -300,9 +300,7 @@ Dump ParseDump(const vtv::JsonText& document) {
     }
     ForEachMember(
         document, json, "consents", [&](const std::string& item, const Json::Value& value) {
-            if (std::find(std::begin(vtv::kConsents), std::end(vtv::kConsents), item) ==
-                    std::end(vtv::kConsents) ||
-                !value.isBool()) {
+            if (!vtv::IsConsent(item) || !value.isBool()) {
                 Fail(document, value, "\"consents\" has true or false for \"tnc\" and \"pp\".");
             }
             dump.consents[item] = value.asBool();

@@ -19,7 +19,7 @@ struct StepOutcome {
     std::vector<std::string> failures;  // as PressResult::failures, of all that the step does
     int line = 0;                       // of its press, else its own
     Page page;
-    std::uint64_t launchMark = 0;
+    vtv::LaunchMark launchMark;
     size_t logBefore = 0;
     size_t traceBefore = 0;
 

@@ -11,8 +11,8 @@ class VirtualTvEvents : public TvEvents {
     // The TV must be on, and outlive this.
     explicit VirtualTvEvents(vtv::Tv& tv) : tv_(tv) {}
 
-    std::uint64_t LaunchMark() override { return tv_.LaunchMark(); }
-    std::vector<vtv::Launch> LaunchesSince(std::uint64_t mark) override {
+    vtv::LaunchMark LaunchMark() override { return tv_.LaunchMark(); }
+    std::vector<vtv::Launch> LaunchesSince(const vtv::LaunchMark& mark) override {
         return tv_.LaunchesSince(mark);
     }
     void Settle() override { tv_.Dispatch(); }

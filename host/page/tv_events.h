@@ -1,7 +1,6 @@
 // What a TV tells of what came of a press, beside what its page then looks like.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -14,9 +13,9 @@ class TvEvents {
     virtual ~TvEvents() = default;
 
     // Where the TV's record of launches ends now.
-    virtual std::uint64_t LaunchMark() = 0;
+    virtual vtv::LaunchMark LaunchMark() = 0;
     // What was launched behind the mark, oldest first.
-    virtual std::vector<vtv::Launch> LaunchesSince(std::uint64_t mark) = 0;
+    virtual std::vector<vtv::Launch> LaunchesSince(const vtv::LaunchMark& mark) = 0;
     // Serves everything that has happened, so that the provider knows of it.
     virtual void Settle() = 0;
     // What the TV could not do although it was asked to, for people. Told once.

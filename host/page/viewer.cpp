@@ -221,7 +221,7 @@ void RequireMeaning(const AskableProvider& provider, const Press& press) {
 
 PressResult Viewer::PressItem(const Press& press) {
     const Page before = LookAtPage(provider_);
-    const std::uint64_t mark = tv_.LaunchMark();
+    const vtv::LaunchMark mark = tv_.LaunchMark();
     const ItemView& view = before[press.item->name];
     PressResult result;
     if (before.IsReachable(*press.item)) {
@@ -234,7 +234,7 @@ PressResult Viewer::PressItem(const Press& press) {
 
 PressResult Viewer::SetValue(const Item& item, int value) {
     const Page before = LookAtPage(provider_);
-    const std::uint64_t mark = tv_.LaunchMark();
+    const vtv::LaunchMark mark = tv_.LaunchMark();
     const ItemView& view = before[item.name];
     PressResult result;
     if (!HasValue(item)) {
@@ -252,7 +252,8 @@ PressResult Viewer::SetValue(const Item& item, int value) {
     return After(before, mark, std::move(result));
 }
 
-PressResult Viewer::After(const Page& before, std::uint64_t launchMark, PressResult result) {
+PressResult Viewer::After(const Page& before, const vtv::LaunchMark& launchMark,
+                          PressResult result) {
     tv_.Settle();
     AddConsequences(before, tv_.LaunchesSince(launchMark), tv_.TakeFailures(),
                     LookAtPage(provider_), &result);

@@ -77,7 +77,7 @@ class Viewer {
     PressResult SetValue(const Item& item, int value);
 
   private:
-    PressResult After(const Page& before, std::uint64_t launchMark, PressResult result);
+    PressResult After(const Page& before, const vtv::LaunchMark& launchMark, PressResult result);
 
     const AskableProvider& provider_;
     TvEvents& tv_;

@@ -68,7 +68,7 @@ std::vector<Shot> ToastsOf(vtv::Tv& tv, const host::Provider& provider, const vt
         return shots;
     }
     for (const host::Choice& choice : page[item.name].choices) {
-        const std::uint64_t mark = tv.LaunchMark();
+        const vtv::LaunchMark mark = tv.LaunchMark();
         Send(tv, provider, kAssistant, choice.value);
         for (const vtv::Launch& launch : tv.LaunchesSince(mark)) {
             if (launch.appId == vtv::kNotification) {

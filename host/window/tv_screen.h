@@ -89,7 +89,7 @@ class TvScreen {
     int changeCount_ = 0;
     std::set<std::string> changed_;
     std::vector<vtv::Tv::WatchId> watches_;
-    std::uint64_t launchMark_;
+    vtv::LaunchMark launchMark_;
     std::map<int, int> processes_;  // descriptor of a process, by its number
     int events_ = -1;
     Toast toast_;

@@ -18,6 +18,7 @@
 #include <sstream>
 
 #include "platform/account.h"
+#include "platform/always_on_voice.h"
 #include "platform/settings_store.h"
 #include "tests/environment.h"
 #include "virtual-tv/model/known_settings.h"
@@ -85,8 +86,8 @@ class Explaining : public testing::Test {
         } else if (read.function == "sso_get_login_state") {
             tv_->SetSignedIn(read.value == vtv::Value(1));
         } else if (read.function == "AOVSystemDataGetAOVMode") {
-            tv_->SetAlwaysOnVoice(host::TextOf(*tv_, vtv::kCurrentAssistantKey),
-                                  std::get<int>(read.value.value_or(0)));
+            AOVSystemDataSetAOVMode(host::TextOf(*tv_, vtv::kCurrentAssistantKey).c_str(),
+                                    std::get<int>(read.value.value_or(0)));
         } else if (read.function == "access") {
             const std::string path = read.subject.substr(std::string("/home/owner/").size());
             if (read.value == vtv::Value(true)) {

@@ -28,9 +28,9 @@ class PressSessionTest : public testing::Test {
 // A TV on which nothing but one application was ever launched, behind the first mark.
 class OneLaunch : public host::TvEvents {
   public:
-    std::uint64_t LaunchMark() override { return 7; }
-    std::vector<vtv::Launch> LaunchesSince(std::uint64_t mark) override {
-        EXPECT_EQ(mark, 7U);
+    vtv::LaunchMark LaunchMark() override { return {.size = 7}; }
+    std::vector<vtv::Launch> LaunchesSince(const vtv::LaunchMark& mark) override {
+        EXPECT_EQ(mark.size, 7);
         vtv::Launch launch;
         launch.appId = "an.app";
         launch.extras = {{"key", "value"}};

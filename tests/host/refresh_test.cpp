@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "host/core/page_dependencies.h"
+#include "platform/always_on_voice.h"
 #include "tests/environment.h"
 #include "virtual-tv/model/known_settings.h"
 
@@ -170,7 +171,7 @@ class Refreshing : public testing::Test {
         }
         if (what < 34) {
             const std::string& app = kApplications[Choose(kApplications.size())];
-            tv_->SetAlwaysOnVoice(app, yes ? 1 : 0);
+            AOVSystemDataSetAOVMode(app.c_str(), yes ? 1 : 0);
             return "mode of " + app + word;
         }
         if (what < 37) {

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -90,6 +91,7 @@ int CodeOf(int status) {
 }  // namespace
 
 VtvTest::VtvTest() {
+    umask(022);  // what others could write into is no TV
     folder_ = (fs::temp_directory_path() / "vtv-test-XXXXXX").string();
     EXPECT_NE(mkdtemp(folder_.data()), nullptr);
     environment = {

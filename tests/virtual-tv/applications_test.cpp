@@ -41,25 +41,22 @@ TEST_F(ApplicationsTest, ALaunchIsRecordedWithItsExtrasAndTime) {
     EXPECT_EQ(launches[1].outcome, "failed: org.none is not installed");
     EXPECT_FALSE(tv->IsRunning(kWizard));
     EXPECT_TRUE(LogHas("launch of org.nemra.wizard type=PIVORA_SETUP: recorded"));
-    tv->ClearLaunches();
-    EXPECT_TRUE(tv->Launches().empty());
 }
 
 TEST_F(ApplicationsTest, BehindAMarkStandsOnlyWhatWasLaunchedSince) {
     TurnOn();
     tv->SetApplications(vtv::ApplicationMode::kRecord);
-    EXPECT_EQ(tv->LaunchMark(), 0U);
     EXPECT_EQ(LaunchWith(kWizard, "type", "before"), 0);
-    const std::uint64_t mark = tv->LaunchMark();
+    const auto mark = tv->LaunchMark();
     EXPECT_TRUE(tv->LaunchesSince(mark).empty());
     EXPECT_EQ(LaunchWith(kGoogle, "Login", "1"), 0);
     ASSERT_EQ(tv->LaunchesSince(mark).size(), 1U);
     EXPECT_EQ(tv->LaunchesSince(mark)[0].appId, kGoogle);
     EXPECT_EQ(tv->Launches().size(), 2U);
-    tv->ClearLaunches();
+    const auto end = tv->LaunchMark();
+    std::filesystem::remove(tv->Dir() + "/launches.jsonl");
     EXPECT_EQ(LaunchWith(kWizard, "type", "after"), 0);
-    ASSERT_EQ(tv->LaunchesSince(tv->LaunchMark() + 1).size(), 1U)
-        << "a list that was cleared begins anew";
+    ASSERT_EQ(tv->LaunchesSince(end).size(), 1U) << "a list that was removed begins anew";
 }
 
 TEST_F(ApplicationsTest, AppControlSendsOperationAddresseeAndExtrasInTheirOrder) {
@@ -363,7 +360,7 @@ TEST_F(ApplicationsTest, ANoteThatWasCutOffCostsNoOther) {
     tv->LaunchApplication(kWizard, {});
     const std::string file = tv->Dir() + "/launches.jsonl";
     std::filesystem::resize_file(file, std::filesystem::file_size(file) - 5);
-    const std::uint64_t mark = tv->LaunchMark();
+    const auto mark = tv->LaunchMark();
     for (int more = 0; more < 2; ++more) {
         tv->LaunchApplication(kWizard, {{"more", std::to_string(more)}});
     }
@@ -375,7 +372,7 @@ TEST_F(ApplicationsTest, AFullListOfLaunchesIsSetAsideAndNoneIsMissedMeanwhile) 
     TurnOn();
     tv->SetApplications(vtv::ApplicationMode::kRecord);
     for (int i = 0; i < 300; ++i) {
-        const std::uint64_t mark = tv->LaunchMark();
+        const auto mark = tv->LaunchMark();
         tv->LaunchApplication(kWizard, {{"text", std::string(10000, 'x')}});
         ASSERT_EQ(tv->LaunchesSince(mark).size(), 1U) << i;
     }
@@ -385,6 +382,42 @@ TEST_F(ApplicationsTest, AFullListOfLaunchesIsSetAsideAndNoneIsMissedMeanwhile) 
         bytes += file.is_regular_file() ? file.file_size() : 0;
     }
     EXPECT_LT(bytes, 5U << 19U);
+}
+
+TEST_F(ApplicationsTest, NoLaunchBehindAMarkIsMissedWhenTheListIsSetAside) {
+    TurnOn();
+    tv->SetApplications(vtv::ApplicationMode::kRecord);
+    const auto beginning = tv->LaunchMark();
+    tv->LaunchApplication(kWizard, {});
+    const auto mark = tv->LaunchMark();
+    for (int i = 0; i < 130; ++i) {
+        tv->LaunchApplication(kWizard, {{"text", std::string(10000, 'x')}});
+    }
+    const std::string file = tv->Dir() + "/launches.jsonl";
+    ASSERT_TRUE(std::filesystem::exists(file + ".1"));
+    EXPECT_EQ(tv->LaunchesSince(beginning).size(), 131U);
+    EXPECT_EQ(tv->LaunchesSince(mark).size(), 130U);
+    EXPECT_TRUE(tv->LaunchesSince(tv->LaunchMark()).empty());
+    std::filesystem::rename(file, file + ".1");  // as between two that add to it
+    EXPECT_TRUE(tv->LaunchesSince(tv->LaunchMark()).empty());
+}
+
+TEST_F(ApplicationsTest, ALineOfLaunchesThatCannotBeReadIsAProblemOfTheTv) {
+    TurnOn();
+    tv->SetApplications(vtv::ApplicationMode::kRecord);
+    tv->LaunchApplication(kWizard, {});
+    EXPECT_TRUE(tv->Problems().empty());
+    const std::string file = tv->Dir() + "/launches.jsonl";
+    WriteText(file, ReadText(file) + "foreign\n[]\n");
+    tv->LaunchApplication(kWizard, {});
+    EXPECT_EQ(tv->Launches().size(), 2U);
+    ASSERT_EQ(tv->Problems().size(), 1U);
+    EXPECT_EQ(tv->Problems()[0],
+              file + ":2: this line tells of no launch and is passed over. Remove it.");
+    std::filesystem::remove(file);
+    std::filesystem::create_directory(file);
+    ASSERT_EQ(tv->Problems().size(), 1U);
+    EXPECT_EQ(tv->Problems()[0].rfind(file + ": cannot be read: ", 0), 0U);
 }
 
 TEST_F(ApplicationsTest, WhatApplicationsPrintIsSetAsideWhenItIsFull) {

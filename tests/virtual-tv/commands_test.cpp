@@ -122,6 +122,15 @@ TEST_F(CommandsTest, TheListIsOnlyForItsUser) {
     EXPECT_EQ(info.st_mode & 0777, 0600U);
 }
 
+TEST_F(CommandsTest, NothingIsAllowedInAFolderThatOthersCanWrite) {
+    const std::string own = folder / "config/vtv";
+    std::filesystem::create_directory(own);
+    chmod(own.c_str(), 0777);
+    const std::string error = ErrorOf(ErrorKind::kPlatform, [] { vtv::AllowCommand("true"); });
+    EXPECT_EQ(error.rfind(own + ": can be written by others", 0), 0U) << error;
+    EXPECT_TRUE(std::filesystem::is_empty(own));
+}
+
 TEST_F(CommandsTest, ACommandThatIsNotShownAsItIsCannotBeAllowed) {
     for (const std::string hidden : {"\n", "\r", "\x1b[2K", "\x7f", "\xc2\x9b", "\xe2\x80\xae",
                                      "\xe2\x80\x8b", "\xef\xbb\xbf"}) {

@@ -13,6 +13,7 @@
 #include "platform/features.h"
 #include "platform/settings_store.h"
 #include "tv_fixture.h"
+#include "virtual-tv/model/keys.h"
 
 namespace {
 
@@ -53,6 +54,22 @@ TEST_F(FaultsTest, ACallFailsFromNowOnUntilItIsCleared) {
     EXPECT_TRUE(tv->ClearFault("sso_get_login_state"));
     EXPECT_FALSE(tv->ClearFault("sso_get_login_state"));
     EXPECT_EQ(sso_get_login_state(&state), 0);
+}
+
+TEST_F(FaultsTest, AFailingReadLeavesWhatItWouldFillWhateverItReturns) {
+    TurnOn();
+    tv->Set("db/key", true);
+    for (const int result : {-7, 0}) {
+        Fail("vconf_get_bool", Fault::Kind::kAlways, result);
+        Fail("system_info_get_custom_string", Fault::Kind::kAlways, result);
+        int flag = 42;
+        EXPECT_EQ(vconf_get_bool("db/key", &flag), result);
+        EXPECT_EQ(flag, 42);
+        char untouched[] = "untouched";
+        char* text = untouched;
+        EXPECT_EQ(system_info_get_custom_string(vtv::kProductTypeFeature, &text), result);
+        EXPECT_EQ(text, untouched);
+    }
 }
 
 TEST_F(FaultsTest, ASlowCallTakesItsTimeAndWorks) {

@@ -6,7 +6,10 @@
 
 namespace {
 
-class LogTest : public TvTest {};
+class LogTest : public TvTest {
+  protected:
+    std::string LogFile() const { return tv->Dir() + "/log/tv.log"; }
+};
 
 TEST_F(LogTest, ARecordKeepsEverythingThatWasLogged) {
     TurnOn();
@@ -35,7 +38,7 @@ TEST_F(LogTest, MessagesOfAnyTextComeBackAndStayOneLineInTheFile) {
     }
     const auto records = tv->ReadLog();
     ASSERT_EQ(records.size(), messages.size());
-    const std::string text = ReadText(tv->LogFile());
+    const std::string text = ReadText(LogFile());
     EXPECT_EQ(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')), messages.size());
     for (size_t i = 0; i < messages.size(); ++i) {
         EXPECT_EQ(records[i].message, messages[i]);
@@ -73,8 +76,8 @@ TEST_F(LogTest, AFullLogIsRotatedAndTheOldestGoes) {
         ASSERT_EQ(records[i].line, records[i - 1].line + 1);
     }
     EXPECT_EQ(records.back().line, 1499);
-    EXPECT_FALSE(std::filesystem::exists(tv->LogFile() + ".4"));
-    EXPECT_LT(std::filesystem::file_size(tv->LogFile() + ".1"), 1100000u);
+    EXPECT_FALSE(std::filesystem::exists(LogFile() + ".4"));
+    EXPECT_LT(std::filesystem::file_size(LogFile() + ".1"), 1100000u);
 }
 
 TEST_F(LogTest, RecordsOfManyProcessesAreAllThereAcrossARotation) {
@@ -92,7 +95,7 @@ TEST_F(LogTest, RecordsOfManyProcessesAreAllThereAcrossARotation) {
             }));
         }
     }
-    EXPECT_TRUE(std::filesystem::exists(tv->LogFile() + ".1"));
+    EXPECT_TRUE(std::filesystem::exists(LogFile() + ".1"));
     EXPECT_EQ(tv->ReadLog().size(), 800u);
 }
 
@@ -113,7 +116,7 @@ TEST_F(LogTest, AReaderFollowsAcrossARotation) {
     }
     read += fresh.ReadNew().size();
     EXPECT_EQ(read, 400u);
-    EXPECT_TRUE(std::filesystem::exists(tv->LogFile() + ".1"));
+    EXPECT_TRUE(std::filesystem::exists(LogFile() + ".1"));
 }
 
 TEST_F(LogTest, AReaderThatWasAwayForTwoRotationsMissesNothing) {
@@ -124,7 +127,7 @@ TEST_F(LogTest, AReaderThatWasAwayForTwoRotationsMissesNothing) {
     for (int i = 0; i < 700; ++i) {
         tv->Log(4, text);
     }
-    ASSERT_TRUE(std::filesystem::exists(tv->LogFile() + ".2"));
+    ASSERT_TRUE(std::filesystem::exists(LogFile() + ".2"));
     EXPECT_EQ(fresh.ReadNew().size(), 700u);
     EXPECT_EQ(vtv::LogReader(*tv, {}, false).ReadNew().size(), 701u);
     EXPECT_EQ(fresh.ReadNew().size(), 0u);
@@ -149,7 +152,7 @@ TEST_F(LogTest, ForeignLinesAreSkipped) {
     for (const char* part : {"1", "-00001", "9223372036854775807"}) {
         text += std::string("2026-01-01T00:00:00.") + part + "Z 1 E t m\n";
     }
-    WriteText(tv->LogFile(), text + ReadText(tv->LogFile()) + "cut of");
+    WriteText(LogFile(), text + ReadText(LogFile()) + "cut of");
     ASSERT_EQ(tv->ReadLog().size(), 1u);
     EXPECT_EQ(tv->ReadLog()[0].message, "good");
 }

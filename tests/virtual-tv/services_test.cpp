@@ -161,8 +161,22 @@ TEST_F(ServicesTest, AlwaysOnVoiceIsKeptPerApplicationAndAnsweredForTheCurrentOn
     EXPECT_EQ(AOVSystemDataGetAOVMode(), 0);
     EXPECT_EQ(AOVSystemDataSetAOVMode("com.vantelo.tv.alexa", 2), 0);
     EXPECT_EQ(AOVSystemDataGetAOVMode(), 2);
-    EXPECT_EQ(tv->AlwaysOnVoice(kOrvik), 1);
+    tv->Set("db/multi-assistant/default_assistant_appid", kOrvik);
+    EXPECT_EQ(AOVSystemDataGetAOVMode(), 1);
     EXPECT_NE(AOVSystemDataSetAOVMode(nullptr, 1), 0);
+}
+
+TEST_F(ServicesTest, AlwaysOnVoiceIsKeptWhileNoAssistantIsChosen) {
+    TurnOn();
+    tv->Unset("db/multi-assistant/default_assistant_appid");
+    EXPECT_EQ(AOVSystemDataSetAOVMode("", 1), 0);
+    EXPECT_EQ(AOVSystemDataGetAOVMode(), 1);
+    EXPECT_TRUE(tv->Problems().empty());
+    EXPECT_EQ(tv->State().count("always_on_voice/"), 1U);
+    tv->Restore(tv->TakeSnapshot());
+    const std::string error =
+        ErrorOf(ErrorKind::kUsage, [] { vtv::CheckStateName("no-feature/"); });
+    EXPECT_EQ(error, "\"no-feature/\" needs a name behind it.");
 }
 
 TEST_F(ServicesTest, MetadataIsThePackages) {
@@ -208,9 +222,10 @@ TEST_F(ServicesTest, OtherPathsAreTheSystems) {
 
 TEST_F(ServicesTest, SoundFeedbackIsKept) {
     TurnOn();
-    EXPECT_EQ(tv->SoundFeedback(), std::nullopt);
+    EXPECT_EQ(tv->State().count("sound/feedback"), 0U);
     EXPECT_EQ(avoc_set_sound_feedback(3, 1), 0);
-    EXPECT_EQ(tv->SoundFeedback(), std::make_pair(3, 1));
+    EXPECT_EQ(tv->State().at("sound/feedback"), vtv::Value(3));
+    EXPECT_EQ(tv->State().at("sound/priority"), vtv::Value(1));
 }
 
 // --- Speech ---

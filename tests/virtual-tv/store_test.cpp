@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -185,6 +186,37 @@ TEST_F(StoreTest, AStoreOfANewerVersionIsNeitherReadNorChanged) {
     EXPECT_TRUE(store.List().empty());
     WriteText(dir + "/.store", "1\n");
     EXPECT_VALUE(Store(dir, Store::Durability::kDurable), "db/key", 1);
+}
+
+TEST_F(StoreTest, AVersionThatIsMendedIsKnownOnceTheStoreIsOpenedAgain) {
+    Store store(dir, Store::Durability::kVolatile);
+    for (const bool isNewer : {true, false}) {
+        WriteText(dir + "/.store", isNewer ? "2\n" : "1\n");
+        store.Reopen();
+        EXPECT_EQ(store.IsOfUnknownVersion(), isNewer);
+    }
+    EXPECT_EQ(store.Problem(), "");
+}
+
+TEST_F(StoreTest, AStoreThatCannotBeOpenedForAWhileIsReadAndWrittenLater) {
+    Store store(dir, Store::Durability::kVolatile);
+    store.Write("k", 1);
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const rlimit none{0, limit.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const auto readAgain = [&] {
+        store.Reopen();
+        Value value;
+        Read(store, "k", &value);
+    };
+    EXPECT_THROW(readAgain(), Unreadable);
+    EXPECT_THROW(store.List(), Unreadable);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    EXPECT_VALUE(store, "k", 1);
+    EXPECT_EQ(store.List().size(), 1U);
+    store.Write("k", 2);
+    EXPECT_TRUE(store.LastWriting("k"));
 }
 
 TEST_F(StoreTest, AFolderThatIsNoStoreIsRefused) {

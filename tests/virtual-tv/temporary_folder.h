@@ -2,6 +2,7 @@
 #pragma once
 
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -13,6 +14,7 @@ class TemporaryFolder {
   public:
     explicit TemporaryFolder(
         const std::filesystem::path& in = std::filesystem::temp_directory_path()) {
+        umask(022);  // what others could write into is no TV
         std::string pattern = (in / "virtual-tv-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) {
             throw std::runtime_error("no temporary folder");

@@ -3,6 +3,8 @@
 #include "virtual-tv/tv_files.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +13,7 @@
 #include <functional>
 
 #include "tv_fixture.h"
+#include "virtual-tv/folder_names.h"
 #include "virtual-tv/store.h"
 
 namespace fs = std::filesystem;
@@ -114,6 +117,17 @@ TEST_F(TvFilesTest, AFileThatOthersCanWriteIsRefused) {
     EXPECT_EQ(ErrorOfOpening("log/tv.log"), 0);
 }
 
+// Its content means nothing, and also who can only read it can hold it.
+TEST_F(TvFilesTest, AFileThatOthersCanWriteLocksAsAnyOther) {
+    const std::string file = tv + "/lock";
+    WriteText(file, "");
+    ASSERT_EQ(chmod(file.c_str(), 0666), 0);
+    const FileLock held(tv, "lock");
+    const int fd = open(file.c_str(), O_RDWR);
+    EXPECT_NE(flock(fd, LOCK_EX | LOCK_NB), 0);
+    close(fd);
+}
+
 TEST_F(TvFilesTest, NobodyElseWritesIntoWhatIsMadeWhateverTheUmask) {
     const mode_t mask = umask(0);
     int error = 0;
@@ -168,6 +182,34 @@ TEST_F(TvFilesTest, FoldersAreMadeListedAndRemovedWithAllThatTheyHold) {
     EXPECT_TRUE(RemoveTvFile(tv, "log/file"));
 }
 
+// Deeper than any name of a file is long.
+TEST_F(TvFilesTest, FoldersThatLieTooDeepAreNeitherWalkedNorRemoved) {
+    constexpr rlim_t kMostOpen = 5000;
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    ASSERT_GE(limit.rlim_max, kMostOpen);
+    limit.rlim_cur = kMostOpen;
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    std::vector<int> folders = {OpenTvFolder(tv, "")};
+    while (folders.size() < 2200) {
+        ASSERT_EQ(mkdirat(folders.back(), "d", kFolderMode), 0);
+        folders.push_back(openat(folders.back(), "d", O_RDONLY | O_DIRECTORY));
+    }
+    EXPECT_EQ(WalkTvFolder(tv, "", [](const auto&, const auto&) { return true; }), ENAMETOOLONG);
+    EXPECT_FALSE(RemoveTvTree(tv, "d"));
+    EXPECT_EQ(errno, ENAMETOOLONG);
+    for (; !folders.empty(); folders.pop_back()) {  // faster than by their names
+        unlinkat(folders.back(), "d", AT_REMOVEDIR);
+        close(folders.back());
+    }
+}
+
+TEST_F(TvFilesTest, WhatCannotBeListedIsClosed) {
+    const int fd = open((tv + "/log/tv.log").c_str(), O_RDONLY);
+    EXPECT_TRUE(NamesIn(fd, "no folder").empty());
+    EXPECT_EQ(fcntl(fd, F_GETFD), -1);
+}
+
 // A TV that is on while another program changes its folder.
 class ChangedTvTest : public TvTest {
   protected:
@@ -216,10 +258,9 @@ TEST_F(ChangedTvTest, NoEventOfTheTraceLeavesItAndItIsNotClearedElsewhere) {
     EXPECT_EQ(ReadText(elsewhere + "/events"), "untouched");
 }
 
-TEST_F(ChangedTvTest, NoRecordOfALaunchIsReadOrClearedElsewhere) {
+TEST_F(ChangedTvTest, NoRecordOfALaunchIsReadElsewhere) {
     Link("launches.jsonl");
     ErrorOf(ErrorKind::kPlatform, [&] { tv->Launches(); });
-    tv->ClearLaunches();
     ExpectNothingOutside();
 }
 

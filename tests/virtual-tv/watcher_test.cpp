@@ -211,6 +211,20 @@ TEST_F(WatcherTest, AnExceptionOfOneCallbackKeepsNoOtherFromHearingOfTheSame) {
     EXPECT_EQ(last, 1);
 }
 
+TEST_F(WatcherTest, AnExceptionOfOneCallbackKeepsNoOtherFromFollowingAnotherFolder) {
+    int told = 0;
+    store.Write("a", 1);
+    watcher.Watch(dir, kWrites, "", [](const std::string&) { throw std::runtime_error("no"); });
+    Count("a", &told);
+    std::filesystem::rename(dir, dir + ".away");
+    Make(dir);
+    EXPECT_THROW(watcher.Follow(dir), std::runtime_error);
+    EXPECT_EQ(told, 1) << "it is gone";
+    Store(dir, Store::Durability::kVolatile).Write("a", 2);
+    EXPECT_THROW(watcher.Dispatch(), std::runtime_error);
+    EXPECT_EQ(told, 2);
+}
+
 TEST_F(WatcherTest, AFolderThatIsMadeAgainCanBeWatchedAgain) {
     int told = 0;
     const std::string other = folder / "other";

@@ -1,11 +1,13 @@
 // TVs are copied, renamed and removed whole, or not at all: while others write, at every call that
 // fails, and at every moment at which the process is killed.
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <csignal>
+#include <iostream>
 #include <map>
 #include <thread>
 
@@ -102,6 +104,30 @@ class WholeTvsTest : public testing::Test {
     std::string two = home + "/two";
     Snapshot is;
 };
+
+TEST_F(WholeTvsTest, AFolderThatCannotBeLookedAtHidesNoTv) {
+    const std::string closed = home + "/closed";
+    fs::create_directory(closed);
+    ASSERT_EQ(chmod(closed.c_str(), 0), 0);
+    ASSERT_EQ(chmod(folder.Path().c_str(), 0755), 0);
+    setenv("VTV_HOME", home.c_str(), 1);
+    const int failed = InChild([&] {
+        if (geteuid() == 0 && seteuid(12345) != 0) {
+            return 3;
+        }
+        try {
+            fs::current_path(home);
+            return TvPath("closed") != home + "/closed"      ? 1
+                   : TvsIn(home) != std::vector{closed, one} ? 2
+                                                             : 0;
+        } catch (const Error& error) {
+            std::cerr << error.what() << '\n';
+            return 4;
+        }
+    });
+    unsetenv("VTV_HOME");
+    EXPECT_EQ(failed, 0);
+}
 
 TEST_F(WholeTvsTest, ACopyIsWhatTheTvIsWithoutWhatHappenedOnIt) {
     {

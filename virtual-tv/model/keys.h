@@ -1,6 +1,8 @@
 // Names on a TV: settings, features, consents, files.
 #pragma once
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace vtv {
@@ -60,7 +62,8 @@ inline constexpr char kTermsConsent[] = TERMS;
 inline constexpr char kPrivacyConsent[] = PRIVACY;
 inline constexpr const char* kConsents[] = {kTermsConsent, kPrivacyConsent};
 constexpr bool IsConsent(std::string_view item) {
-    return item == kTermsConsent || item == kPrivacyConsent;
+    return std::any_of(std::begin(kConsents), std::end(kConsents),
+                       [item](const char* known) { return item == known; });
 }
 
 // What else a TV keeps, by name; one that ends with '/' begins the names of several.

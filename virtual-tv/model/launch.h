@@ -1,6 +1,7 @@
 // A request to start an application.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,13 @@ struct Launch {
     // "started", "resumed" (it was running), "recorded" (no process wanted), or "failed: " and why.
     std::string outcome;
     int pid = 0;  // 0 when there is no process
+};
+
+// Where a list of launches ended: the number of its file, which is another one once it was set
+// aside, and how much that held. One that was made with nothing stands before every launch.
+struct LaunchMark {
+    std::uint64_t file = 0;
+    std::int64_t size = 0;
 };
 
 }  // namespace vtv
