@@ -79,7 +79,7 @@ SCENES = [
     Scene("rename", ["rename", "tv", "other"], again=3),
     Scene("remove", ["remove", "tv"], again=3),
     Scene("dump", ["dump", "out.json", "--tv", "tv"], at_hand={"out.json": "old"}),
-    Scene("show", ["show", "--json", "--tv", "tv"], memory=True),
+    Scene("show", ["show", "--json", "--tv", "tv"], memory=True, tells="launches.jsonl"),
     Scene("get", ["get", "db/comss/countrycode", "--tv", "tv"]),
     Scene("log", ["log", "--tv", "tv"], before=[["press", "voice-wake-up", "--tv", "tv"]]),
     Scene("trace", ["trace", "--tv", "tv"],

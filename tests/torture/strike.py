@@ -373,7 +373,7 @@ class Judge:
             return
         if code != COULD_NOT_BE_DONE:
             self.wrong.append(f"it ended with {code}: {err}")
-        elif not re.fullmatch(r"(vtv|\S+\.toml): .*\S", err.splitlines()[-1] if err else ""):
+        elif not re.fullmatch(r"(vtv|\S+\.toml(:\d+)?): .*\S", err.splitlines()[-1] if err else ""):
             self.wrong.append(f"it ended with {code}, and said {err!r}")
         elif not TELLING.search(err):
             self.wrong.append(f"it named no file: {err}")
