@@ -307,6 +307,7 @@ leg_walks() {
 leg_mutants() {
     build gcc
     tests/explorer/mutants.py --build build/gcc --faults
+    tests/explorer/mutants.py --build build/gcc --faults --narrow
     tests/explorer/mutants.py --build build/gcc --all --results build/mutants # which goes on where it was interrupted
     tests/broken-on-purpose
 }

@@ -105,7 +105,7 @@ TEST(Merge, WalksThatAreNotProvenAreNot) {
 
 TEST(Merge, WalksOfACheckAreOneRun) {
     const Words folder = {"--scenarios", TemporaryFolder() + "/violated"};
-    ExpectMergedIsOneRun({"check", "never-both-entries", "reads-do-not-write"}, 2, folder, 0);
+    ExpectMergedIsOneRun({"check", "never-both-entries"}, 2, folder, 0);
     ExpectMergedIsOneRun(
         {"check", "never-both-entries", "exactly-one-entry", "--provider", BROKEN_BOTH_ENTRIES}, 3,
         folder, 1);
