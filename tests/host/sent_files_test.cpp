@@ -3,6 +3,8 @@
 
 #include "vtv_process.h"
 
+using testing::HasSubstr;
+
 namespace fs = std::filesystem;
 
 namespace {
