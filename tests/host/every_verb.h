@@ -13,8 +13,7 @@ class EveryVerbTest : public VtvTest {
     std::vector<std::string> Verbs() {
         std::vector<std::string> verbs;
         for (const std::string& verb : Offered({})) {
-            const std::vector<std::string> below =
-                HasVerbs(verb) ? Offered({verb}) : std::vector<std::string>();
+            const std::vector<std::string> below = Below(verb);
             for (const std::string& one : below) {
                 verbs.push_back(verb + " " + one);
             }
@@ -26,7 +25,7 @@ class EveryVerbTest : public VtvTest {
         return verbs;
     }
 
-  private:
+    // What may be typed behind these words.
     std::vector<std::string> Offered(std::vector<std::string> words) {
         words.insert(words.begin(), "__complete");
         words.emplace_back();
@@ -37,8 +36,10 @@ class EveryVerbTest : public VtvTest {
         }
         return offered;
     }
-    bool HasVerbs(const std::string& verb) {
-        return Ok({verb, "--help"}).find("\nUsage: vtv " + verb + " [OPTIONS] VERB ...") !=
-               std::string::npos;
+    // The verbs of a group, as of "app"; none of a verb.
+    std::vector<std::string> Below(const std::string& verb) {
+        const std::string usage = "\nUsage: vtv " + verb + " [OPTIONS] VERB ...";
+        const bool isGroup = Ok({verb, "--help"}).find(usage) != std::string::npos;
+        return isGroup ? Offered({verb}) : std::vector<std::string>();
     }
 };

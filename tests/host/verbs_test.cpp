@@ -2,9 +2,8 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <sstream>
 
-#include "vtv_process.h"
+#include "every_verb.h"
 
 using testing::AllOf;
 using testing::HasSubstr;
@@ -12,33 +11,18 @@ using testing::Not;
 
 namespace {
 
-class VerbsTest : public VtvTest {
+class VerbsTest : public EveryVerbTest {
   protected:
-    // What may be typed behind these words.
-    std::vector<std::string> Offered(std::vector<std::string> words) {
-        words.insert(words.begin(), "__complete");
-        words.emplace_back();
-        std::istringstream lines(Ok(words));
-        std::vector<std::string> offered;
-        for (std::string line; std::getline(lines, line);) {
-            offered.push_back(line);
-        }
-        return offered;
-    }
-
-    // Every verb as the words that call it: {"show"}, {"app", "list"}, ...
-    std::vector<std::vector<std::string>> Verbs() {
-        std::vector<std::vector<std::string>> verbs;
+    // Every verb as the words that call it, and what verbs stand below: {"app"}, {"app", "list"}.
+    std::vector<std::vector<std::string>> VerbsAndGroups() {
+        std::vector<std::vector<std::string>> words;
         for (const std::string& verb : Offered({})) {
-            verbs.push_back({verb});
-        }
-        for (const char* group : {"app", "policy", "record"}) {
-            for (const std::string& verb : Offered({group})) {
-                verbs.push_back({group, verb});
+            words.push_back({verb});
+            for (const std::string& below : Below(verb)) {
+                words.push_back({verb, below});
             }
         }
-        EXPECT_GE(verbs.size(), 36U);
-        return verbs;
+        return words;
     }
 };
 
@@ -46,7 +30,7 @@ class VerbsTest : public VtvTest {
 
 TEST_F(VerbsTest, HelpTeachesEachVerb) {
     const std::string help = Ok({"--help"});
-    for (std::vector<std::string> verb : Verbs()) {
+    for (std::vector<std::string> verb : VerbsAndGroups()) {
         EXPECT_THAT(help, HasSubstr("\n  " + verb.front() + " "));
         verb.emplace_back("--help");
         EXPECT_THAT(Ok(verb), HasSubstr("Examples:")) << verb.front();
@@ -56,7 +40,7 @@ TEST_F(VerbsTest, HelpTeachesEachVerb) {
 TEST_F(VerbsTest, EachVerbHasAManPageThatTheFormatterTakesWithoutAWord) {
     Ok({"__man", folder_});
     std::vector<std::string> pages = {"vtv"};
-    for (const std::vector<std::string>& verb : Verbs()) {
+    for (const std::vector<std::string>& verb : VerbsAndGroups()) {
         pages.push_back("vtv");
         for (const std::string& word : verb) {
             pages.back() += "-" + word;
@@ -104,7 +88,7 @@ TEST_F(VerbsTest, AMistypedWordIsToldWithWhatMayHaveBeenMeant) {
 
 TEST_F(VerbsTest, EveryVerbTakesAProviderBeforeAndAfterItself) {
     const std::string missing = Path("missing.so");
-    for (std::vector<std::string> verb : Verbs()) {
+    for (std::vector<std::string> verb : VerbsAndGroups()) {
         std::vector<std::string> before = {"--provider", missing};
         before.insert(before.end(), verb.begin(), verb.end());
         verb.insert(verb.end(), {"--provider", missing});
