@@ -133,7 +133,9 @@ TEST_F(TvFilesTest, NobodyElseWritesIntoWhatIsMadeWhateverTheUmask) {
     int error = 0;
     EXPECT_TRUE(WriteTvFile(tv, "new", "", &error));
     umask(mask);
-    EXPECT_EQ(fs::status(tv + "/new").permissions(), fs::perms(0644));
+    EXPECT_EQ(fs::status(tv + "/new").permissions(),
+              fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read |
+                  fs::perms::others_read);
 }
 
 TEST_F(TvFilesTest, NothingIsMadeRenamedOrRemovedBehindALink) {
