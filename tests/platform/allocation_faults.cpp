@@ -74,8 +74,14 @@ void RealFree(void* block) {
         return;
     }
     static Free real = nullptr;
+    static bool searching = false;
     if (real == nullptr) {
+        if (searching) {
+            return;  // what the loader gives back while it looks up: some bytes, once
+        }
+        searching = true;
         real = Next<Free>("free");
+        searching = false;
     }
     real(block);
 }
