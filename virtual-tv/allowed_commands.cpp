@@ -1,10 +1,10 @@
 // The commands of models that the user has allowed to run: kept with the user's own settings, where
 // no TV, model, dump or scenario that somebody sent can reach.
 #include <algorithm>
-#include <cstring>
 
 #include "applications.h"
 #include "own_files.h"
+#include "program/visible_text.h"
 #include "virtual-tv/model/format_version.h"
 #include "virtual-tv/model/json_text.h"
 
@@ -68,32 +68,10 @@ bool ChangeList(Change change) {
     return true;
 }
 
-// Control characters and those that turn or hide text: somebody would read another command than
-// runs.
-bool CanBeShown(const std::string& command) {
-    for (const char c : command) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
-            return false;
-        }
-    }
-    const auto holds = [&](const char* prefix, unsigned char first, unsigned char last) {
-        const size_t size = std::strlen(prefix);
-        for (size_t at = command.find(prefix); at != std::string::npos;
-             at = command.find(prefix, at + 1)) {
-            const unsigned char next = static_cast<unsigned char>(command.c_str()[at + size]);
-            if (next >= first && next <= last) {
-                return true;
-            }
-        }
-        return false;
-    };
-    return !holds("\xc2", 0x80, 0x9f) &&      // U+0080 to U+009F: controls
-           !holds("\xc2", 0xad, 0xad) &&      // U+00AD: a hyphen that is not shown
-           !holds("\xd8", 0x9c, 0x9c) &&      // U+061C: turns
-           !holds("\xe2\x80", 0x8b, 0x8f) &&  // U+200B to U+200F: no width, turn
-           !holds("\xe2\x80", 0xa8, 0xae) &&  // U+2028 to U+202E: end lines, turn
-           !holds("\xe2\x81", 0xa0, 0xaf) &&  // U+2060 to U+206F: no width, turn
-           !holds("\xef\xbb", 0xbf, 0xbf);    // U+FEFF: no width
+// Why the command cannot be allowed: somebody would read another one in the list than runs.
+std::string Unseen(const std::string& command) {
+    const std::string unseen = program::FirstUnseen(command);
+    return unseen.empty() ? "" : "its " + unseen + ", is not seen as what it is";
 }
 
 std::string ForShell(const std::string& text) {
@@ -124,13 +102,13 @@ std::vector<std::string> AllowedCommands() {
 }
 
 void AllowCommand(const std::string& command) {
-    if (command.empty() || !CanBeShown(command)) {
-        throw Error(ErrorKind::kUsage,
-                    command.empty()
-                        ? "An empty command cannot be allowed."
-                        : "The command " + Json::valueToQuotedString(command.c_str()) +
-                              " holds characters that a terminal does not show as they are: it "
-                              "cannot be allowed.");
+    if (command.empty()) {
+        throw Error(ErrorKind::kUsage, "An empty command cannot be allowed.");
+    }
+    if (const std::string unseen = Unseen(command); !unseen.empty()) {
+        throw Error(ErrorKind::kUsage, "The command " + Json::valueToQuotedString(command.c_str()) +
+                                           " cannot be allowed: " + unseen +
+                                           ". Write the command without it.");
     }
     ChangeList([&](std::vector<std::string>& commands) {
         const bool isNew = std::find(commands.begin(), commands.end(), command) == commands.end();
@@ -160,12 +138,11 @@ std::string WhyNotAllowed(const std::string& command) {
         return error.what();
     }
     const std::string shown = Json::valueToQuotedString(command.c_str());
-    return CanBeShown(command)
+    const std::string unseen = Unseen(command);
+    return unseen.empty()
                ? "its command is not allowed: " + shown +
                      ". If you know and trust it: vtv app allow --command " + ForShell(command)
-               : "its command is not allowed, and cannot be: it holds characters that a terminal "
-                 "does not show as they are: " +
-                     shown;
+               : "its command is not allowed, and cannot be, for " + unseen + ": " + shown;
 }
 
 }  // namespace vtv

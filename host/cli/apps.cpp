@@ -160,17 +160,6 @@ void AddPermission(CLI::App& verb, Common& common, const char* name, const char*
     });
 }
 
-// Somebody would read another command in the list than runs.
-void Allow(const std::string& command) {
-    if (const std::string unseen = program::FirstUnseen(command); !unseen.empty()) {
-        throw vtv::Error(vtv::ErrorKind::kUsage,
-                         "The command " + Json::valueToQuotedString(command.c_str()) +
-                             " cannot be allowed: its " + unseen +
-                             ", is not seen as what it is. Write the command without it.");
-    }
-    vtv::AllowCommand(command);
-}
-
 void Forbid(const std::string& command) {
     if (!vtv::ForbidCommand(command)) {
         throw Refusal("This command was not allowed: " +
@@ -221,7 +210,7 @@ void AddApp(CLI::App& app, Common& common) {
         "  vtv app allow --command /opt/tools/assistant\n\n"
         "A model may name a command to run as an application. It comes from whoever wrote\n"
         "the model, and runs only when you have allowed it.",
-        &Allow, true);
+        &vtv::AllowCommand, true);
     AddPermission(*verb, common, "forbid", "Take back that a command may run",
                   "  vtv app forbid --command /opt/tools/assistant", &Forbid, false);
     AddAllowed(*verb, common);

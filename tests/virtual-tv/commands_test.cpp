@@ -132,12 +132,22 @@ TEST_F(CommandsTest, NothingIsAllowedInAFolderThatOthersCanWrite) {
 }
 
 TEST_F(CommandsTest, ACommandThatIsNotShownAsItIsCannotBeAllowed) {
-    for (const std::string hidden : {"\n", "\r", "\x1b[2K", "\x7f", "\xc2\x9b", "\xe2\x80\xae",
-                                     "\xe2\x80\x8b", "\xef\xbb\xbf"}) {
-        ErrorOf(ErrorKind::kUsage, [&] { vtv::AllowCommand("true" + hidden + "x"); });
+    for (const std::string hidden :
+         {"\n", "\r", "\x1b[2K", "\x7f", "\xc2\x9b", "\xe2\x80\xae", "\xe2\x80\x8b", "\xef\xbb\xbf",
+          "\xe3\x85\xa4", "\xe1\x85\x9f"}) {
+        const std::string command = "true" + hidden + "x";
+        const std::string error = ErrorOf(ErrorKind::kUsage, [&] { vtv::AllowCommand(command); });
+        EXPECT_NE(error.find("its character 5, U+"), std::string::npos) << error;
     }
     vtv::AllowCommand("/opt/Küche/テレビ 'x'");
     EXPECT_EQ(vtv::AllowedCommands().size(), 1U);
+}
+
+TEST_F(CommandsTest, NobodyIsToldToAllowACommandThatCannotBeAllowed) {
+    TurnOnCommand("true\xe3\x85\xa4x");
+    const std::string reason = Launch();
+    EXPECT_NE(reason.find("cannot be, for its character 5, U+3164"), std::string::npos) << reason;
+    EXPECT_EQ(reason.find("vtv app allow"), std::string::npos) << reason;
 }
 
 TEST_F(CommandsTest, NothingThatATvHoldsGrantsThePermission) {
