@@ -1,8 +1,8 @@
 #include "host_calls.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <map>
 #include <memory>
 #include <new>
 #include <string>
@@ -64,7 +64,7 @@ void AskForList(const SIProviderTable& page, const char* key) {
     if (list == nullptr) {
         return;
     }
-    std::map<int, std::string> choices;
+    // Without memory of the host's own, which may have come to an end.
     for (int i = 0; i < count; ++i) {
         Require(list[i] != nullptr && list[i]->text != nullptr, "a list has no gaps");
         char* text = nullptr;
@@ -76,7 +76,9 @@ void AskForList(const SIProviderTable& page, const char* key) {
                 "a choice's value is the list's own");
         Require(page.list_item_kind(list[i], &kind) == 0 && kind == SI_LIST_ITEM_INTEGER,
                 "a choice is an integer");
-        Require(choices.emplace(value, text).second, "no two choices have one value");
+        Require(
+            std::none_of(list, list + i, [&](const ListItem* one) { return one->value == value; }),
+            "no two choices have one value");
     }
     Require(page.free_list_items(list, count) == 0, "a list can be given back");
 }

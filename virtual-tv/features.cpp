@@ -117,7 +117,7 @@ VTV_EXPORT int system_info_get_custom_string(const char* key, char** value) {
     constexpr char kFunction[] = "system_info_get_custom_string";
     std::string text;
     const vtv::Served served = vtv::Answer(kFunction, key, value != nullptr ? &text : nullptr);
-    if (!served.isDone) {
+    if (!served.isDone || value == nullptr) {
         return served.result;
     }
     char* const copy = strdup(text.c_str());

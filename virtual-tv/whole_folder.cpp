@@ -88,7 +88,7 @@ void SyncFolder(const std::string& dir) {
     }
 }
 
-const std::string& RequireFreePlace(const std::string& place) {
+std::string RequireFreePlace(const std::string& place) {
     if (IsAsideName(fs::path(place).filename().string())) {
         throw Error(ErrorKind::kUsage,
                     place +
@@ -98,7 +98,7 @@ const std::string& RequireFreePlace(const std::string& place) {
     std::error_code error;
     const fs::file_type there = KindOf(place);
     if (there != fs::file_type::not_found &&
-        !(there == fs::file_type::directory && fs::is_empty(place, error))) {
+        (there != fs::file_type::directory || !fs::is_empty(place, error))) {
         FailAsTaken(place);
     }
     return place;

@@ -46,7 +46,7 @@ class NewFolder {
 };
 
 // Returns the place. Throws kUsage as NewFolder does.
-const std::string& RequireFreePlace(const std::string& place);
+std::string RequireFreePlace(const std::string& place);
 // The name of what is being made or removed.
 bool IsAsideName(const std::string& name);
 // Moves a folder, whole, to a place that is free.

@@ -231,11 +231,9 @@ struct DynamicParts {
     const std::uint32_t* hash = nullptr;
     const std::uint32_t* gnuHash = nullptr;
 
+    bool AreThere() const { return symbols != nullptr && names != nullptr; }
     // Those that a library takes from others come first, before the first that others can find.
     std::size_t Count() const {
-        if (symbols == nullptr || names == nullptr) {
-            return 0;
-        }
         return gnuHash != nullptr ? gnuHash[1] : hash != nullptr ? hash[1] : 0;
     }
 };
@@ -315,6 +313,9 @@ std::vector<std::string> UnseenImports(const void* inside) {
         return {};
     }
     const DynamicParts parts = PartsOf(*map);
+    if (!parts.AreThere()) {
+        return {};
+    }
     std::vector<std::string> unseen;
     const std::size_t count = parts.Count();
     for (std::size_t i = 1; i < count; ++i) {
@@ -339,6 +340,9 @@ std::string UnstorableParts(const void* inside) {
         return "storage of each thread's own (PT_TLS)";
     }
     const DynamicParts parts = PartsOf(*map);
+    if (!parts.AreThere()) {
+        return "";
+    }
     const std::size_t count = CountWithOwn(parts);
     for (std::size_t i = 1; i < count; ++i) {
         const ElfW(Sym)& symbol = parts.symbols[i];

@@ -20,7 +20,7 @@ constexpr char SOURCES[] = "si-ready/src";
 
 // "setPassthruEnabled=1" asks the function setPassthruEnabled.
 std::string FunctionOf(const Question& question) {
-    const std::string function = question.function.substr(0, question.function.find('='));
+    std::string function = question.function.substr(0, question.function.find('='));
     if (!function.empty()) {
         return function;
     }

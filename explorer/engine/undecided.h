@@ -40,7 +40,7 @@ class Undecided {
     };
     Answered Answers(NodeId root) const;
     std::size_t PlaceOf(int input, int value) const {
-        return static_cast<std::size_t>(offsets_.at(input) + value);
+        return static_cast<std::size_t>(offsets_.at(input)) + static_cast<std::size_t>(value);
     }
 
   private:

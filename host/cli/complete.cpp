@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iterator>
+#include <span>
 
 #include "host/core/tv_names.h"
 #include "program/complete.h"
@@ -242,7 +243,8 @@ void Complete(const CLI::App& app, const std::vector<std::string>& line) {
         return;
     }
     const auto [verb, begin] = program::VerbOf(app, line);
-    if (verb->get_prefix_command() && CompleteExploration({line.begin() + begin, line.end()})) {
+    const std::span behind = std::span(line).subspan(begin);
+    if (verb->get_prefix_command() && CompleteExploration({behind.begin(), behind.end()})) {
         return;
     }
     program::Complete(app, line, WordsFor);

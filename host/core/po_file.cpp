@@ -67,7 +67,7 @@ std::string FirstLine(const std::string& complaints) {
 }  // namespace
 
 TriedPoFile::TriedPoFile(const std::string& file) : folder_("vtv-po") {
-    const std::string text = vtv::ReadTextFile(file);  // says what is wrong with the file's name
+    vtv::ReadTextFile(file);  // says what is wrong with the file's name
     const std::string catalogue = folder_.Path() + "/tried/LC_MESSAGES";
     std::filesystem::create_directories(catalogue);
     const std::string complaints = folder_.Path() + "/complaints";

@@ -49,7 +49,7 @@ struct Place {
 
 // The longest beginning of the path that is a member comes first: application ids hold dots.
 Place Locate(Json::Value* root, const std::string& path) {
-    const Place whole{root, path};
+    Place whole{root, path};
     if (whole.Find() != nullptr) {
         return whole;
     }

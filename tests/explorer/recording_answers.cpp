@@ -29,7 +29,7 @@ recording::FeatureValue Feature(const vtv::Value& value) {
     return std::visit([](const auto& held) { return recording::FeatureValue(held); }, value);
 }
 
-class RecordingTestTv : public TestTv {
+class RecordingTestTv final : public TestTv {
   public:
     // The model must outlive it.
     explicit RecordingTestTv(const vtv::Model& model) {

@@ -135,7 +135,7 @@ TEST_F(VtvTest, SeveralSettingsAreWrittenAllOrNotAtAll) {
 TEST_F(VtvTest, SeveralSettingsThatCannotAllBeWrittenLeaveTheTvAsItWas) {
     Ok({"show"});
     const auto before = Contents("tvs/default/settings");
-    const std::string large(300 * 1024, 'x');
+    const std::string large(size_t{300} * 1024, 'x');
     Write("policy", large);
     // The second value is larger than a file may become.
     const std::string script =

@@ -188,7 +188,8 @@ TEST_F(VtvTest, ANoteThatIsDamagedOrOfOthersIsNamedWithWhatToDo) {
     }
     Write(note, Path("a.toml"));
     Ok({"network", "host"});
-    fs::permissions(Path(note), fs::perms(0666));
+    fs::permissions(Path(note), fs::perms::group_write | fs::perms::others_write,
+                    fs::perm_options::add);
     EXPECT_THAT(Vtv({"network", "host"}).err, HasSubstr("chmod go-w " + Path(note)));
     fs::remove(Path(note));
     fs::create_symlink(Path("a.toml"), Path(note));

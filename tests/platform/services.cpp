@@ -235,7 +235,7 @@ int system_info_get_custom_string(const char* key, char** value) {
     }
     std::string text;
     const int result = ReadFeature(call, key, value != nullptr ? &text : nullptr);
-    if (result == 0) {
+    if (result == 0 && value != nullptr) {
         *value = HandOut(call, text);
     }
     return result;

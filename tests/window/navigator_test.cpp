@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 
@@ -20,7 +21,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-using window::Application;
 using window::Key;
 using window::Navigator;
 using Deed = window::Navigator::Deed;
@@ -35,18 +35,23 @@ int TakeSent(const char* key, int value) {
     return 0;
 }
 
+template <size_t kSize>
+void Put(const char (&text)[kSize], char* buffer) {
+    std::copy_n(text, kSize, buffer);
+}
+
 int AskAboutAssistant(const char* key, char* message, char* first, char* second, int* count) {
     if (asks && std::strcmp(FindItem(key)->name, "voice-assistant") == 0) {
-        std::strcpy(message, "Change it?");
-        std::strcpy(first, "OK");
-        std::strcpy(second, "Cancel");
+        Put("Change it?", message);
+        Put("OK", first);
+        Put("Cancel", second);
         *count = 2;
     }
     return 0;
 }
 
 int TitleOfQuestion(const char*, char* title) {
-    std::strcpy(title, "Assistant");
+    Put("Assistant", title);
     return 0;
 }
 
