@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         vtv::PolicyEntries(text);
         fuzz::Require(!vtv::DescribePolicy(text).empty(), "every policy can be described");
         vtv::PolicyChanges(text, {});
-        vtv::FaultOf(vtv::JsonText("policy.json", text));
+        vtv::FindFault(vtv::JsonText("policy.json", text));
         const std::string written = vtv::WritePolicy(reading.assistants);
         fuzz::Require(vtv::WritePolicy(vtv::ReadPolicy(written).assistants) == written,
                       "a policy that was written reads as it was meant");

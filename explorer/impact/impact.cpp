@@ -217,19 +217,13 @@ void Print(const ImpactOptions& options, const std::vector<ModelImpact>& impacts
     }
 }
 
-// Of a fault as vtv::FaultOf() words it, "FILE:LINE:COLUMN: what is wrong".
-program::Finding FindingOf(const std::string& file, const std::string& fault) {
-    program::Finding finding{"policy-is-well-formed", "The policy is well formed.", fault, file};
-    std::sscanf(fault.c_str() + std::min(file.size(), fault.size()), ":%d", &finding.line);
-    return finding;
-}
-
 void RequirePolicy(const Inputs& inputs, const ImpactOptions& options, const std::string& file,
                    const std::string& text) {
-    const std::string fault = vtv::FaultOf(vtv::JsonText(file, text));
-    if (!fault.empty()) {
-        const std::string told = fault + ". " + WhatATvDoes(inputs, options, text);
-        PrintFindings(options, {FindingOf(file, told)}, {});
+    if (const auto fault = vtv::FindFault(vtv::JsonText(file, text))) {
+        const std::string told = fault->text + ". " + WhatATvDoes(inputs, options, text);
+        PrintFindings(
+            options,
+            {{"policy-is-well-formed", "The policy is well formed.", told, file, fault->line}}, {});
         throw CommandError(kExitUsage, told);
     }
 }

@@ -27,7 +27,7 @@ void Show(const Common& common) {
         PrintJson(policy);
         return;
     }
-    const std::string problem = vtv::FaultOf(vtv::JsonText(vtv::kPolicyKey, vtv::ToText(*value)));
+    const auto fault = vtv::FindFault(vtv::JsonText(vtv::kPolicyKey, vtv::ToText(*value)));
     if (!policy.isArray()) {
         std::cout << program::OneLine(vtv::ToText(*value)) << '\n';
     } else if (policy.empty()) {
@@ -42,8 +42,8 @@ void Show(const Common& common) {
                       << (entry.farField ? "  far-field" : "") << '\n';
         }
     }
-    if (!problem.empty()) {
-        Warn(problem);
+    if (fault) {
+        Warn(fault->text);
     }
 }
 
@@ -58,10 +58,9 @@ void Publish(const Common& common, const PublishOptions& options) {
         text.pop_back();
     }
     if (!options.force) {
-        const std::string problem = vtv::FaultOf(vtv::JsonText(options.file, text));
-        if (!problem.empty()) {
+        if (const auto fault = vtv::FindFault(vtv::JsonText(options.file, text))) {
             throw vtv::Error(vtv::ErrorKind::kUsage,
-                             problem + ". To see what the TV makes of it, add --force.");
+                             fault->text + ". To see what the TV makes of it, add --force.");
         }
     }
     vtv::Tv tv(TvDir(common));

@@ -61,7 +61,7 @@ JsonText::JsonText(std::string file, std::string text)
     std::string complaints;
     try {
         if (!reader->parse(text_.data(), text_.data() + text_.size(), &root_, &complaints)) {
-            problem_ = ProblemOf(complaints);
+            NoteProblem(complaints);
         }
     } catch (const Json::Exception& exception) {
         RequireNesting(text_, file_);
@@ -70,30 +70,34 @@ JsonText::JsonText(std::string file, std::string text)
 }
 
 // "* Line 3, Column 18\n  Missing ',' ...\n", once or more often.
-std::string JsonText::ProblemOf(const std::string& complaints) const {
+void JsonText::NoteProblem(const std::string& complaints) {
     std::string first = complaints;
-    int line = 1;
     int column = 1;
-    if (std::sscanf(first.c_str(), "* Line %d, Column %d", &line, &column) == 2) {
+    if (std::sscanf(first.c_str(), "* Line %d, Column %d", &problemLine_, &column) == 2) {
         first.erase(0, std::min(first.size(), first.find('\n') + 1));
     }
     std::string what = first.substr(0, first.find('\n'));
     what.erase(0, std::min(what.size(), what.find_first_not_of(' ')));
     what.erase(what.find_last_not_of(" .") + 1);
-    return file_ + ":" + std::to_string(line) + ":" + std::to_string(column) +
-           ": not JSON: " + (what.empty() ? "it ends too early" : what);
+    problem_ = file_ + ":" + std::to_string(problemLine_) + ":" + std::to_string(column) +
+               ": not JSON: " + (what.empty() ? "it ends too early" : what);
 }
 
 std::string JsonText::At(const Json::Value& part, const std::string& what) const {
-    const auto begin = text_.begin();
-    const auto at = begin + std::min<std::ptrdiff_t>(part.getOffsetStart(),
-                                                     static_cast<std::ptrdiff_t>(text_.size()));
-    const auto line = std::count(begin, at, '\n') + 1;
-    const std::string before(begin, at);
+    const std::string before = Before(part);
     const std::size_t newline = before.rfind('\n');
     const std::size_t column =
         newline == std::string::npos ? before.size() + 1 : before.size() - newline;
-    return file_ + ":" + std::to_string(line) + ":" + std::to_string(column) + ": " + what;
+    return file_ + ":" + std::to_string(LineOf(part)) + ":" + std::to_string(column) + ": " + what;
+}
+
+int JsonText::LineOf(const Json::Value& part) const {
+    const std::string before = Before(part);
+    return static_cast<int>(std::count(before.begin(), before.end(), '\n')) + 1;
+}
+
+std::string JsonText::Before(const Json::Value& part) const {
+    return text_.substr(0, static_cast<std::size_t>(part.getOffsetStart()));
 }
 
 }  // namespace vtv

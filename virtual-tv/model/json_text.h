@@ -23,16 +23,20 @@ class JsonText {
 
     // Why the text is not JSON, with its place; empty when it is.
     const std::string& Problem() const { return problem_; }
+    int ProblemLine() const { return problemLine_; }
     const Json::Value& Root() const { return root_; }
     // "FILE:LINE:COLUMN: what". The part is one of Root(), or a copy of one.
     std::string At(const Json::Value& part, const std::string& what) const;
+    int LineOf(const Json::Value& part) const;
 
   private:
-    std::string ProblemOf(const std::string& complaints) const;
+    void NoteProblem(const std::string& complaints);
+    std::string Before(const Json::Value& part) const;
 
     std::string file_;
     std::string text_;
     std::string problem_;
+    int problemLine_ = 1;
     Json::Value root_;
 };
 

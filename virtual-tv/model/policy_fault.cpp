@@ -67,12 +67,14 @@ std::optional<PolicyFault> FindFault(const Json::Value& policy) {
     return std::nullopt;
 }
 
-std::string FaultOf(const JsonText& document) {
+std::optional<DocumentFault> FindFault(const JsonText& document) {
     if (!document.Problem().empty()) {
-        return document.Problem();
+        return DocumentFault{document.Problem(), document.ProblemLine()};
     }
     const std::optional<PolicyFault> fault = FindFault(document.Root());
-    return fault ? document.At(*fault->at, fault->what) : "";
+    return fault ? std::optional(DocumentFault{document.At(*fault->at, fault->what),
+                                               document.LineOf(*fault->at)})
+                 : std::nullopt;
 }
 
 }  // namespace vtv

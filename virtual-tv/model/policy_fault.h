@@ -18,8 +18,11 @@ struct PolicyFault {
 // The first fault of a policy; nothing when there is none.
 std::optional<PolicyFault> FindFault(const Json::Value& policy);
 
-// The same of a document, with its place: "FILE:LINE:COLUMN: what is wrong". Empty when there is
-// none.
-std::string FaultOf(const JsonText& document);
+struct DocumentFault {
+    std::string text;  // "FILE:LINE:COLUMN: what is wrong"
+    int line;
+};
+// The same of a document, with its place.
+std::optional<DocumentFault> FindFault(const JsonText& document);
 
 }  // namespace vtv
