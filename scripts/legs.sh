@@ -42,6 +42,8 @@ declare -A LEG_SAMPLE=(
     [tidy]="what has changed since the last deep run; --deep every file"
     [bench]="the provider; --deep everything"
     [inside]="the provider; --deep everything"
+    [clang]=none # coverage and the fuzzers compile the provider with it, and test that
+    [valgrind]="faults and watches in two of six situations; --deep all"
     [window]="as it ships; --deep also with the sanitizers"
     [arm32-explorer]="what is visible is compared; --deep everything"
     [fuzz]="the provider, 5 s a target; --deep everything, 60 s"
@@ -131,12 +133,13 @@ leg_coverage() {
 
 # A process for each test would spend its time on starting: each program runs whole, in two halves.
 leg_valgrind() {
-    local valgrind program half jobs=() job status=0
+    local valgrind program half jobs=() job status=0 filter='-On/*/AnotherAssistant:On/*/NotSetUp:On/*/Ready:On/*/SignedOut'
+    ! deep || filter='*'
     build valgrind
     IFS=';' read -ra valgrind < <(sed -n 's/^CMAKE_CROSSCOMPILING_EMULATOR:[^=]*=//p' build/valgrind/CMakeCache.txt)
     for program in provider-tests provider-fresh-tests; do
         for half in 0 1; do
-            GTEST_TOTAL_SHARDS=2 GTEST_SHARD_INDEX=$half SI_MODEL_STEPS=2000 "${valgrind[@]}" \
+            GTEST_FILTER=$filter GTEST_TOTAL_SHARDS=2 GTEST_SHARD_INDEX=$half SI_MODEL_STEPS=2000 "${valgrind[@]}" \
                 build/valgrind/bin/$program --gtest_output="xml:$LOGS/$LEG.$program.$half.xml" &
             jobs+=($!)
         done
@@ -254,7 +257,7 @@ leg_arm32_explorer() {
     build/gcc/bin/vtv-explore table --json --quiet >"$build/x86-64.json"
     "${explore[@]}" table --json --quiet >"$build/arm.json"
     cmp "$build"/{x86-64,arm}.json
-    "${explore[@]}" diff --quiet "${only[@]}" "$build"/lib/libsi-ready.so "$build"/lib/libsi-ready.so
+    "${explore[@]}" diff --quiet --most-seconds 7200 "${only[@]}" "$build"/lib/libsi-ready.so "$build"/lib/libsi-ready.so
     "${explore[@]}" diff --quiet "${only[@]}" "$build"/lib/lib{si-ready,broken-both-entries}.so || status=$?
     ((status == 1)) || die "diff ended with $status, although the second provider shows both entries"
 }
@@ -279,11 +282,14 @@ leg_fuzz() {
 }
 
 leg_soak() {
-    local loadings=40000 seconds=60
+    local loadings=40000 seconds=60 job status=0
     ! deep || loadings=1000000 seconds=3600
     build gcc
-    SI_LOADINGS=$loadings build/gcc/bin/provider-load-tests --gtest_output="xml:$LOGS/$LEG.load.xml"
-    tests/soak/soak.py --build build/gcc --seconds $seconds
+    SI_LOADINGS=$loadings build/gcc/bin/provider-load-tests --gtest_output="xml:$LOGS/$LEG.load.xml" &
+    job=$!
+    tests/soak/soak.py --build build/gcc --seconds $seconds || status=1
+    wait $job || status=1
+    return $status
 }
 
 leg_deb() { scripts/deb; }
