@@ -172,12 +172,6 @@ std::string ToToml(const toml::table& document) {
     return text;
 }
 
-std::string TomlText(const std::string& text) {
-    const std::string quoted = Quoted(text, true);
-    return IsReadBack("text = " + quoted, toml::table{{"text", text}}) ? quoted
-                                                                       : Quoted(text, false);
-}
-
 std::string TomlComment(const std::string& text) {
     std::string comment = "# ";
     for (const char c : text) {

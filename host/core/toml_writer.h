@@ -15,9 +15,6 @@ namespace host {
 // returned: whatever stands in a text, it stays a text. Throws std::runtime_error, with the key,
 // for what TOML cannot hold: a text or key that is no UTF-8.
 std::string ToToml(const toml::table& document);
-// A text in its quotes, for documents that are put together by hand. Where it is no UTF-8, each
-// byte above 127 stands as the character of its number: TOML has no way to write it.
-std::string TomlText(const std::string& text);
 // A comment that ends with its line, whatever the text holds.
 std::string TomlComment(const std::string& text);
 // Throws std::runtime_error where the document is no TOML.
