@@ -1,5 +1,7 @@
 #include "steps.h"
 
+#include <toml++/toml.h>
+
 #include <algorithm>
 
 #include "explorer/tv/state.h"
@@ -9,8 +11,6 @@
 namespace explorer {
 
 namespace {
-
-using host::TomlText;
 
 using Record = std::vector<RecordEntry>;
 
@@ -24,14 +24,14 @@ bool IsTrue(const Record& record, const char* about) {
     return answer != nullptr && answer->value == Said(true);
 }
 
-std::string NumberAbout(const Record& record, const char* about) {
+vtv::Value NumberAbout(const Record& record, const char* about) {
     const RecordEntry* answer = FindAnswer(record, about);
     const int* number = answer != nullptr ? std::get_if<int>(&answer->value) : nullptr;
-    return number != nullptr ? std::to_string(*number) : TomlText("none");
+    return number != nullptr ? vtv::Value(*number) : "none";
 }
 
-// "[...]" of the choices "NUMBER: TEXT".
-std::string ChoicesIn(const Record& record) {
+// "NUMBER: TEXT" of each choice.
+toml::array ChoicesIn(const Record& record) {
     std::vector<std::string> choices;
     for (const RecordEntry& entry : record) {
         const Numbered* choice = std::get_if<Numbered>(&entry.value);
@@ -39,11 +39,11 @@ std::string ChoicesIn(const Record& record) {
             choices.push_back(std::to_string(choice->number) + ": " + choice->text);
         }
     }
-    return TomlList(choices);
+    return host::TomlList(choices);
 }
 
-// "[...]" of all that stands in a box: the title, the message, the buttons.
-std::string TextsOfBox(const Record& record) {
+// All that stands in a box: the title, the message, the buttons.
+toml::array TextsOfBox(const Record& record) {
     std::vector<std::string> texts;
     for (const RecordEntry& entry : record) {
         if (entry.kind == Entry::kAnswer && entry.subject != answers::ACTION &&
@@ -51,47 +51,45 @@ std::string TextsOfBox(const Record& record) {
             texts.push_back(entry.Text());
         }
     }
-    return TomlList(texts);
+    return host::TomlList(texts);
 }
 
 }  // namespace
 
-std::string AnswerIn(Asks kind, const Record& record) {
+toml::table AnswerIn(Asks kind, const Record& record) {
     switch (kind) {
         case Asks::kVisible:
-            return std::string("visible = ") +
-                   (IsTrue(record, answers::VISIBLE) ? "true" : "false");
+            return toml::table{{"visible", IsTrue(record, answers::VISIBLE)}};
         case Asks::kEnabled:
-            return std::string("enabled = ") +
-                   (IsTrue(record, answers::ENABLED) ? "true" : "false");
+            return toml::table{{"enabled", IsTrue(record, answers::ENABLED)}};
         case Asks::kValue:
-            return "value = " + NumberAbout(record, answers::VALUE);
+            return host::TomlTable({{"value", NumberAbout(record, answers::VALUE)}});
         case Asks::kTitle:
-            return "title = " + TomlText(TextAbout(record, answers::TITLE));
+            return toml::table{{"title", TextAbout(record, answers::TITLE)}};
         case Asks::kHelp:
-            return "help = " + TomlText(TextAbout(record, answers::HELP));
+            return toml::table{{"help", TextAbout(record, answers::HELP)}};
         case Asks::kReason:
-            return "reason = " + TomlText(IsTrue(record, answers::SHOWN)
+            return toml::table{{"reason", IsTrue(record, answers::SHOWN)
                                               ? TextAbout(record, answers::REASON)
-                                              : "");
+                                              : ""}};
         case Asks::kChoices:
-            return "choices = " + ChoicesIn(record);
+            return toml::table{{"choices", ChoicesIn(record)}};
         case Asks::kConfirmation:
-            return "box = " + TextsOfBox(record);
+            return toml::table{{"box", TextsOfBox(record)}};
         case Asks::kPopup:
-            return "popup = " + TextsOfBox(record);
+            return toml::table{{"popup", TextsOfBox(record)}};
         default:
-            return "";
+            return {};
     }
 }
 
 namespace {
 
-std::string StoredText(const RecordEntry& written) {
+vtv::Value StoredValue(const RecordEntry& written) {
     return std::visit(
-        [](const auto& value) -> std::string {
+        [](const auto& value) -> vtv::Value {
             if constexpr (std::is_constructible_v<vtv::Value, decltype(value)>) {
-                return TomlValue(value);
+                return value;
             }
             return "";
         },
@@ -110,28 +108,35 @@ Effects EffectsIn(const Record& record) {
                                            [](const auto& extra) { return extra.first == "text"; });
             effects.toasts.push_back(text != entry.extras.end() ? text->second : "");
         } else if (entry.kind == Entry::kWrite) {
-            effects.settings[entry.subject] = StoredText(entry);
+            effects.settings[entry.subject] = StoredValue(entry);
         } else if (const int* mode = std::get_if<int>(&entry.value);
                    mode != nullptr && entry.kind == Entry::kMode) {
-            effects.modes[entry.subject] = std::to_string(*mode);
+            effects.state[vtv::kModeState + entry.subject] = *mode;
         }
     }
     return effects;
 }
 
-std::string MembersOf(const std::string& word, const Effects& effects) {
-    std::string lines = word + ".launched = " + TomlList(effects.launches) + "\n" + word +
-                        ".toast = " + TomlList(effects.toasts) + "\n";
-    for (const auto& [application, mode] : effects.modes) {
-        lines += word + ".state." + TomlText(vtv::kModeState + application) + " = " + mode + "\n";
-    }
-    for (const auto& [key, value] : effects.settings) {
-        lines += word + ".setting." + TomlText(key) + " = " + value + "\n";
-    }
+toml::table HandStep(const char* item, int value) {
+    return toml::table{{"hand", toml::table{{item, value}}}};
+}
+
+toml::table AnswerStep(const char* word, const char* item, const toml::table& answers) {
+    return answers.empty()
+               ? answers
+               : toml::table{{word, toml::table{{"answer", toml::table{{item, answers}}}}}};
+}
+
+void AddEffects(const Effects& effects, const char* word, toml::table& step) {
+    toml::table& met = *step.insert(word, toml::table()).first->second.as_table();
+    met.insert("launched", host::TomlList(effects.launches));
+    met.insert("toast", host::TomlList(effects.toasts));
+    host::InsertAny(met, "state", host::TomlTable(effects.state));
+    host::InsertAny(met, "setting", host::TomlTable(effects.settings));
     // Whatever a provider names is meant.
-    const bool isNamed =
-        !effects.launches.empty() || !effects.modes.empty() || !effects.settings.empty();
-    return lines + (isNamed ? "force = true\n" : "");
+    if (!effects.launches.empty() || !effects.state.empty() || !effects.settings.empty()) {
+        step.insert("force", true);
+    }
 }
 
 }  // namespace explorer

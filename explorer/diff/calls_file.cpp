@@ -1,6 +1,7 @@
 #include "calls_file.h"
 
 #include <json/json.h>
+#include <toml++/toml.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -17,8 +18,6 @@
 namespace explorer {
 
 namespace {
-
-using host::TomlText;
 
 constexpr struct {
     Call::Kind kind;
@@ -41,37 +40,34 @@ constexpr struct {
 
 // What the TV answers, by the inputs' names: the values' words, or their numbers where two values
 // are called alike.
-std::string TvOf(const Inputs& inputs, const std::vector<Decision>& path) {
-    std::string tv;
+toml::array TvOf(const Inputs& inputs, const std::vector<Decision>& path) {
+    toml::array tv;
     for (const Decision& decision : path) {
         const Input& input = inputs.inputs[decision.input];
         const std::string& words = input.values[decision.value].words;
         const bool isOne =
             std::count_if(input.values.begin(), input.values.end(),
                           [&](const Value& value) { return value.words == words; }) == 1;
-        tv += "    [" + TomlText(input.name) + ", " +
-              (isOne ? TomlText(words) : std::to_string(decision.value)) + "],\n";
+        tv.push_back(isOne ? toml::array{input.name, words}
+                           : toml::array{input.name, decision.value});
     }
-    return tv.empty() ? "" : "tv = [\n" + tv + "]\n";
+    return tv;
 }
 
-std::string ToToml(const Inputs& inputs, const Calls& calls, int number,
-                   const std::vector<Decision>& path) {
+toml::table CallTable(const Inputs& inputs, const Calls& calls, int number,
+                      const std::vector<Decision>& path) {
     const Call& call = calls[number];
     const auto known = std::find_if(std::begin(WORDS), std::end(WORDS),
                                     [&](const auto& word) { return word.kind == call.kind; });
-    std::string text = "\n[[call]]\ndo = " + TomlText(known->word) + "\n";
+    toml::table table{{"do", known->word}};
     if (const std::string* document = calls.Document(call.document)) {
-        text += "policy = " + TomlText(*document) + "\n";
+        table.insert("policy", *document);
     }
     if (call.question != nullptr) {
-        text += "question = " + TomlText(call.question->name) + "\n";
+        table.insert("question", call.question->name);
     }
-    return text + TvOf(inputs, path);
-}
-
-const char* TruthText(bool truth) {
-    return truth ? "true" : "false";
+    host::InsertAny(table, "tv", TvOf(inputs, path));
+    return table;
 }
 
 }  // namespace
@@ -85,17 +81,16 @@ std::string ToCallsFile(const Inputs& inputs, const DiffOptions& options, const 
     for (const std::string& line : difference.onlyB) {
         text += host::TomlComment("  " + line);
     }
-    text += std::string("logs = ") + TruthText(options.records.logs) +
-            "\nlines = " + TruthText(options.records.lines) +
-            "\nreads = " + TruthText(options.records.reads) + "\n";
+    text += host::ToToml(toml::table{{"logs", options.records.logs},
+                                     {"lines", options.records.lines},
+                                     {"reads", options.records.reads}});
     for (const int joint : walk.WayTo(difference.joint)) {
-        text += ToToml(inputs, calls, walk.At(joint).call, walk.At(joint).path);
+        text +=
+            StepText(CallTable(inputs, calls, walk.At(joint).call, walk.At(joint).path), "call");
     }
-    text += ToToml(inputs, calls, difference.call, difference.smallest.path) + "expect = [\n";
-    for (const std::string& line : TextsOf(ReadRecord(difference.recordA))) {
-        text += "    " + TomlText(line) + ",\n";
-    }
-    return text + "]\n";
+    toml::table last = CallTable(inputs, calls, difference.call, difference.smallest.path);
+    last.insert("expect", host::TomlList(TextsOf(ReadRecord(difference.recordA))));
+    return text + StepText(last, "call");
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -1,6 +1,9 @@
 #include "replay.h"
 
+#include <toml++/toml.h>
+
 #include <algorithm>
+#include <optional>
 
 #include "explorer/asking/steps.h"
 #include "host/core/toml_writer.h"
@@ -9,21 +12,11 @@ namespace explorer {
 
 namespace {
 
-using host::TomlText;
-
-constexpr char STEP[] = "[[step]]\n";
 using Record = std::vector<RecordEntry>;
 
-std::string AnswerStep(const Question& question, const Record& record) {
-    const std::string answer = AnswerIn(question.kind, record);
-    if (answer.empty() || question.item == nullptr) {
-        return "";
-    }
-    return std::string("expect.answer.") + question.item->name + " = { " + answer + " }\n";
-}
-
 // What a setting that the path decided holds before anything is written, as the step sets it.
-std::string StoredBefore(const Inputs& inputs, const State& state, const std::string& key) {
+std::optional<vtv::Value> StoredBefore(const Inputs& inputs, const State& state,
+                                       const std::string& key) {
     for (std::size_t i = 0; i < state.path.size(); ++i) {
         const Input& input = inputs.inputs[state.path[i].input];
         if (input.kind != Input::Kind::kSetting || input.key != key) {
@@ -31,10 +24,10 @@ std::string StoredBefore(const Inputs& inputs, const State& state, const std::st
         }
         const Value& value = input.values[state.path[i].value];
         if (value.kind == Value::Kind::kText || value.kind == Value::Kind::kNumber) {
-            return TomlValue(StoredBy(value, state.texts[i]));
+            return StoredBy(value, state.texts[i]);
         }
     }
-    return "";
+    return std::nullopt;
 }
 
 std::string EffectSteps(const Inputs& inputs, const State& state, const Question& question,
@@ -43,21 +36,19 @@ std::string EffectSteps(const Inputs& inputs, const State& state, const Question
     std::string before;
     for (const RecordEntry& entry : other) {
         if (entry.kind == Entry::kWrite && effects.settings.count(entry.subject) == 0) {
-            const std::string stored = StoredBefore(inputs, state, entry.subject);
-            effects.settings[entry.subject] = stored.empty() ? "\"(missing)\"" : stored;
-            before += stored.empty()
-                          ? std::string(STEP) + "unset = " + TomlText(entry.subject) + "\n\n"
-                          : "";
+            const std::optional<vtv::Value> stored = StoredBefore(inputs, state, entry.subject);
+            effects.settings[entry.subject] = stored.value_or("(missing)");
+            before += stored ? "" : StepText(toml::table{{"unset", entry.subject}});
         }
     }
-    const char* item = question.item != nullptr ? question.item->name : "voice";
-    std::string step = before + STEP;
+    toml::table step;
     if (question.writes) {
-        step += std::string("hand = { ") + item + " = " + std::to_string(question.value) + " }\n";
-    } else {
-        step += AnswerStep(question, record);
+        step = HandStep(question.item != nullptr ? question.item->name : "voice", question.value);
+    } else if (question.item != nullptr) {
+        step = AnswerStep("expect", question.item->name, AnswerIn(question.kind, record));
     }
-    return step + MembersOf("expect", effects);
+    AddEffects(effects, "expect", step);
+    return before + StepText(step);
 }
 
 bool IsLog(const RecordEntry& entry) {
@@ -123,11 +114,12 @@ std::string LogStep(const Question& question, const Record& logs, const Record& 
     if (run.empty() || isTranslated || run == MessagesOf(others)) {
         return "";
     }
-    const std::string hand = question.writes ? std::string("hand = { ") + question.item->name +
-                                                   " = " + std::to_string(question.value) + " }\n"
-                                             : "";
-    return STEP + hand + "expect.log-run = " + TomlList(run) + "\n" +
-           (absent.empty() ? "" : "expect.no-log = " + TomlList(absent) + "\n");
+    toml::table expect{{"log-run", host::TomlList(run)}};
+    host::InsertAny(expect, "no-log", host::TomlList(absent));
+    toml::table step =
+        question.writes ? HandStep(question.item->name, question.value) : toml::table();
+    step.insert("expect", expect);
+    return StepText(step);
 }
 
 }  // namespace

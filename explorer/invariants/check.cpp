@@ -1,6 +1,8 @@
 // vtv explore check
 #include "check.h"
 
+#include <toml++/toml.h>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -52,11 +54,10 @@ namespace {
 // Fails on the provider that is at fault, where a page can show what is wrong.
 std::string ScenarioOf(const Inputs& inputs, const Verdict& verdict, const Violation& violation) {
     const std::string what = violation.question + ": " + violation.what;
-    const std::string steps =
-        violation.steps.empty()
-            ? "# No page shows it; this is the TV on which it was found.\n[[step]]\nsay = " +
-                  host::TomlText("look at " + what) + "\n"
-            : violation.steps;
+    const std::string steps = violation.steps.empty()
+                                  ? "# No page shows it; this is the TV on which it was found.\n" +
+                                        StepText(toml::table{{"say", "look at " + what}})
+                                  : violation.steps;
     return ToScenario(inputs, violation.smallest, verdict.invariant->sentence,
                       host::TomlComment(verdict.invariant->sentence) +
                           host::TomlComment("Here: " + what) + steps);

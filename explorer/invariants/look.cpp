@@ -3,7 +3,6 @@
 #include "explorer/engine/memory.h"
 #include "explorer/tv/lazy_tv.h"
 #include "explorer/tv/state.h"
-#include "host/core/toml_writer.h"
 #include "virtual-tv/model/keys.h"
 
 namespace explorer {
@@ -18,30 +17,30 @@ const char* KeyOf(const char* item) {
 
 bool Look::Visible(const char* item) const {
     const bool isVisible = subject_.Provider().IsVisible(KeyOf(item));
-    Note({FindItem(item), Asks::kVisible, isVisible ? 1 : 0, {}});
+    Note({FindItem(item), "visible", isVisible});
     return isVisible;
 }
 
 bool Look::Enabled(const char* item) const {
     const bool isEnabled = subject_.Provider().IsEnabled(KeyOf(item));
-    Note({FindItem(item), Asks::kEnabled, isEnabled ? 1 : 0, {}});
+    Note({FindItem(item), "enabled", isEnabled});
     return isEnabled;
 }
 
 int Look::Value(const char* item) const {
-    const int value = subject_.Provider().GetInt(KeyOf(item)).value_or(NO_VALUE);
-    Note({FindItem(item), Asks::kValue, value, {}});
-    return value;
+    const std::optional<int> value = subject_.Provider().GetInt(KeyOf(item));
+    Note({FindItem(item), "value", value ? vtv::Value(*value) : "none"});
+    return value.value_or(NO_VALUE);
 }
 
 std::size_t Look::CountChoices(const char* item) const {
     const auto choices = subject_.Provider().Choices(KeyOf(item));
     const PlatformMemory own;
-    Observed::Fact fact{FindItem(item), Asks::kChoices, 0, {}};
+    std::vector<std::string> texts;
     for (const auto& choice : choices) {
-        fact.choices.push_back(std::to_string(choice.value) + ": " + choice.text);
+        texts.push_back(std::to_string(choice.value) + ": " + choice.text);
     }
-    Note(std::move(fact));
+    Note({FindItem(item), "choices", std::move(texts)});
     return choices.size();
 }
 
@@ -51,7 +50,7 @@ void Look::Write(const char* item, int value) const {
         seen_.handed.emplace_back(FindItem(item), value);
         seen_.facts.clear();
         seen_.settings.clear();
-        seen_.modes.clear();
+        seen_.state.clear();
         handedAt_ = tv().Record().size();
     }
     subject_.Provider().SetInt(KeyOf(item), value);
@@ -96,7 +95,7 @@ void Look::ForgetSeen() const {
     seen_.handed.clear();
     seen_.facts.clear();
     seen_.settings.clear();
-    seen_.modes.clear();
+    seen_.state.clear();
     seen_.question = nullptr;
 }
 
@@ -124,14 +123,13 @@ void Look::NoteHeld(Input::Kind kind, const char* key, const explorer::Value* va
     const PlatformMemory own;
     if (kind == Input::Kind::kSetting) {
         const bool isThere = value != nullptr && value->kind != explorer::Value::Kind::kFails;
-        seen_.settings[key] =
-            isThere ? TomlValue(StoredBy(*value, value->text)) : host::TomlText("(missing)");
+        seen_.settings[key] = isThere ? StoredBy(*value, value->text) : "(missing)";
     } else if (kind == Input::Kind::kCall && key == std::string_view(MODE_CALL)) {
         const explorer::Value* current =
             CurrentOf(Input::Kind::kSetting, vtv::kCurrentAssistantKey);
         const std::string application = current != nullptr ? current->text : "";
-        seen_.modes[application] =
-            value != nullptr ? std::to_string(value->number) : host::TomlText("(missing)");
+        seen_.state[vtv::kModeState + application] =
+            value != nullptr ? vtv::Value(value->number) : "(missing)";
     }
 }
 

@@ -4,11 +4,13 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "explorer/asking/question.h"
 #include "explorer/tv/policy.h"
 #include "explorer/tv/record.h"
+#include "virtual-tv/model/values.h"
 
 namespace explorer {
 
@@ -18,15 +20,14 @@ inline constexpr int NO_VALUE = -99;
 struct Observed {
     struct Fact {
         const Item* item;
-        Asks kind;
-        int number;                        // 1 and 0 for yes and no, NO_VALUE
-        std::vector<std::string> choices;  // "NUMBER: TEXT"
+        const char* what;  // "visible", "enabled", "value", "choices"
+        std::variant<vtv::Value, std::vector<std::string>> answer;  // "NUMBER: TEXT" of choices
     };
     std::vector<std::pair<const Item*, int>> handed;
     std::vector<Fact> facts;  // since the last that was handed
-    // What the TV held then, of what was looked at: values as TOML, by key and by application.
-    std::map<std::string, std::string> settings;
-    std::map<std::string, std::string> modes;  // of always-on voice
+    // What the TV held then, of what was looked at.
+    std::map<std::string, vtv::Value> settings;
+    std::map<std::string, vtv::Value> state;  // modes of always-on voice
     const Question* question = nullptr;
     // Of the question, or of what was handed last; empty where neither came to an end.
     std::string record;

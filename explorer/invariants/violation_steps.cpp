@@ -1,6 +1,6 @@
 #include "violation_steps.h"
 
-#include <map>
+#include <toml++/toml.h>
 
 #include "explorer/asking/steps.h"
 #include "explorer/tv/state.h"
@@ -10,83 +10,56 @@ namespace explorer {
 
 namespace {
 
-constexpr char STEP[] = "[[step]]\n";
-
-std::string HandStep(const Item& item, int value) {
-    return std::string(STEP) + "hand = { " + item.name + " = " + std::to_string(value) + " }\n";
-}
-
-std::string AnswerOf(const Observed::Fact& fact) {
-    const char* const yesOrNo = fact.number == 1 ? "true" : "false";
-    switch (fact.kind) {
-        case Asks::kVisible:
-            return std::string("visible = ") + yesOrNo;
-        case Asks::kEnabled:
-            return std::string("enabled = ") + yesOrNo;
-        case Asks::kChoices:
-            return "choices = " + TomlList(fact.choices);
-        default:
-            return "value = " +
-                   (fact.number == NO_VALUE ? host::TomlText("none") : std::to_string(fact.number));
-    }
-}
-
-std::string NeverAnswered(const Item& item, const std::string& answers) {
-    return std::string("never.answer.") + item.name + " = { " + answers + " }\n";
-}
-
-// All that was seen since something was handed over.
-std::string FactsOf(const Observed& observed) {
-    std::map<const Item*, std::map<Asks, std::string>> last;  // the last of those that repeat
+// What the items answered since something was handed over: the last of what was asked again.
+toml::table AnswersIn(const Observed& observed) {
+    toml::table answers;
     for (const Observed::Fact& fact : observed.facts) {
-        last[fact.item][fact.kind] = AnswerOf(fact);
-    }
-    std::string lines;
-    for (const Item& item : PageItems()) {
-        std::string answers;
-        for (const auto& [kind, answer] : last[&item]) {
-            answers += (answers.empty() ? "" : ", ") + answer;
+        toml::table& item =
+            *answers.insert(fact.item->name, toml::table()).first->second.as_table();
+        if (const auto* answer = std::get_if<vtv::Value>(&fact.answer)) {
+            host::Insert(item, fact.what, *answer);
+        } else {
+            item.insert_or_assign(fact.what, host::TomlList(std::get<1>(fact.answer)));
         }
-        lines += answers.empty() ? "" : NeverAnswered(item, answers);
     }
-    return lines;
+    return answers;
 }
 
 // Met by every provider that comes to an end here: no title reads like that.
-std::string UnansweredStep(const Question& question) {
-    const std::string answer = question.kind == Asks::kTitle ? "" : AnswerIn(question.kind, {});
-    return STEP + NeverAnswered(*question.item,
-                                "title = \"(none)\"" + (answer.empty() ? "" : ", " + answer));
+toml::table UnansweredStep(const Question& question) {
+    toml::table answers =
+        question.kind == Asks::kTitle ? toml::table() : AnswerIn(question.kind, {});
+    answers.insert("title", "(none)");
+    return AnswerStep("never", question.item->name, answers);
 }
 
-std::string QuestionStep(const Question& question, const std::string& bytes) {
+toml::table QuestionStep(const Question& question, const std::string& bytes) {
+    const char* item = question.item->name;
+    if (bytes.empty()) {
+        return question.writes ? HandStep(item, question.value) : UnansweredStep(question);
+    }
     const std::vector<RecordEntry> record = ReadRecord(bytes);
     const Effects effects = EffectsIn(record);
-    if (question.writes) {
-        return HandStep(*question.item, question.value) +
-               (bytes.empty() ? "" : MembersOf("never", effects));
-    }
-    if (bytes.empty()) {
-        return UnansweredStep(question);
-    }
-    const std::string answer = AnswerIn(question.kind, record);
     const bool isSilent = effects.launches.empty() && effects.toasts.empty() &&
-                          effects.settings.empty() && effects.modes.empty();
-    return answer.empty() ? ""
-                          : STEP + NeverAnswered(*question.item, answer) +
-                                (isSilent ? "" : MembersOf("never", effects));
+                          effects.settings.empty() && effects.state.empty();
+    toml::table step = question.writes ? HandStep(item, question.value)
+                                       : AnswerStep("never", item, AnswerIn(question.kind, record));
+    if (question.writes || (!step.empty() && !isSilent)) {
+        AddEffects(effects, "never", step);
+    }
+    return step;
 }
 
 // What was done since something was handed over, and what the TV held then.
-std::string EffectsOf(const Observed& observed) {
+Effects EffectsOf(const Observed& observed) {
     Effects effects = EffectsIn(ReadRecord(observed.record));
     for (const auto& [key, value] : observed.settings) {
         effects.settings[key] = value;
     }
-    for (const auto& [application, mode] : observed.modes) {
-        effects.modes[application] = mode;
+    for (const auto& [name, value] : observed.state) {
+        effects.state[name] = value;
     }
-    return MembersOf("never", effects);
+    return effects;
 }
 
 }  // namespace
@@ -95,17 +68,22 @@ std::string StepsOf(const Observed& observed) {
     if (observed.question != nullptr) {
         const Question& question = *observed.question;
         const bool isOfItem = question.item != nullptr && question.kind != Asks::kFunction;
-        return isOfItem ? QuestionStep(question, observed.record) : "";
+        return isOfItem ? StepText(QuestionStep(question, observed.record)) : "";
     }
     std::string steps;
+    toml::table step;
     for (const auto& [item, value] : observed.handed) {
-        steps += (steps.empty() ? "" : "\n") + HandStep(*item, value);
+        steps += StepText(step);
+        step = HandStep(item->name, value);
     }
-    const std::string facts = FactsOf(observed);
+    const toml::table answers = AnswersIn(observed);
+    if (!answers.empty()) {
+        step.insert("never", toml::table{{"answer", answers}});
+    }
     if (!observed.handed.empty()) {
-        return steps + facts + EffectsOf(observed);
+        AddEffects(EffectsOf(observed), "never", step);
     }
-    return facts.empty() ? "" : STEP + facts;
+    return steps + StepText(step);
 }
 
 Observed Unanswered(const Question* question) {

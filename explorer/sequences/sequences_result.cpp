@@ -8,6 +8,7 @@
 #include "explorer/asking/command.h"
 #include "explorer/engine/coverage.h"
 #include "explorer/tv/lazy_tv.h"
+#include "host/core/toml_writer.h"
 #include "program/counted.h"
 #include "program/standard_output.h"
 #include "program/text_width.h"
@@ -55,8 +56,8 @@ BrokenResult ResultOf(const Search& search, const BrokenSequence& broken, const 
     if (broken.crashed) {
         result.lookedAt = result.state;  // what it looked at is lost
     }
-    result.scenario = "# " + std::string(broken.invariant->sentence) +
-                      "\n# Here: " + broken.question + ": " + broken.what + "\n" +
+    result.scenario = host::TomlComment(broken.invariant->sentence) +
+                      host::TomlComment("Here: " + broken.question + ": " + broken.what) +
                       ToScenario(stage, tv, broken.invariant->sentence, path, broken.crashed);
     return result;
 }

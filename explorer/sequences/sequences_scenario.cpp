@@ -1,7 +1,11 @@
 #include "sequences_scenario.h"
 
+#include <toml++/toml.h>
+
 #include <algorithm>
 #include <deque>
+#include <map>
+#include <optional>
 #include <set>
 
 #include "explorer/tv/state.h"
@@ -12,8 +16,6 @@ namespace explorer {
 
 namespace {
 
-using host::TomlText;
-
 // A tour that is longer is hard to read.
 constexpr std::size_t LONGEST_TOUR = 80;
 
@@ -22,61 +24,58 @@ constexpr std::size_t LONGEST_TOUR = 80;
 // ---------------------------------------------------------------------------------------------
 
 // A press by itself turns a switch over.
-std::string TomlPress(const host::Press& press) {
-    std::string toml = "press = " + TomlText(press.item->name) + "\n";
+toml::table PressStep(const host::Press& press) {
+    toml::table step{{"press", press.item->name}};
     const bool isChoice = press.choose && press.item->kind == host::ItemKind::kList;
     if (isChoice) {
-        toml += "choose = " + std::to_string(*press.choose) + "\n";
+        step.insert("choose", *press.choose);
     }
     if (isChoice || press.answer != host::Answer::kNone) {
-        toml +=
-            press.answer == host::Answer::kCancel ? "answer = \"cancel\"\n" : "answer = \"ok\"\n";
+        step.insert("answer", press.answer == host::Answer::kCancel ? "cancel" : "ok");
     }
-    return toml;
+    return step;
 }
 
-std::string TomlStep(const Action& action, const NewTv& model) {
+toml::table StepOf(const Action& action, const NewTv& model) {
     switch (action.kind) {
         case Action::Kind::kPress:
-            return TomlPress(action.press);
+            return PressStep(action.press);
         case Action::Kind::kFinish:
-            return "finish = " + TomlText(action.application.application) + "\n";
+            return toml::table{{"finish", action.application.application}};
         case Action::Kind::kCancel:
-            return "cancel = " + TomlText(action.application.application) + "\n";
+            return toml::table{{"cancel", action.application.application}};
         case Action::Kind::kPublish:
-            return "policy = " + TomlText(model.policy.value_or("")) + "\n";
+            return toml::table{{"policy", model.policy.value_or("")}};
         case Action::Kind::kPowerCycle:
             break;
     }
-    return "power-cycle = true\n";
+    return toml::table{{"power-cycle", true}};
 }
 
-std::string StepBegin(const std::string& say) {
-    return "\n[[step]]\nsay = " + TomlText(say) + "\n";
-}
-
-std::string ExpectedPage(const host::Page& page) {
-    std::string text;
+toml::table ExpectedPage(const host::Page& page) {
+    toml::table items;
     for (const host::ItemView& view : page.items) {
-        text += std::string("expect.page.") + view.item->name +
-                " = { visible = " + (page.IsReachable(*view.item) ? "true" : "false") +
-                ", enabled = " + (view.enabled ? "true" : "false") +
-                (view.value ? ", value = " + std::to_string(*view.value) : "") + " }\n";
+        toml::table item{{"visible", page.IsReachable(*view.item)}, {"enabled", view.enabled}};
+        if (view.value) {
+            item.insert("value", *view.value);
+        }
+        items.insert(view.item->name, item);
     }
-    return text;
+    return items;
 }
 
-// "" for a setting that is of another type than the provider expects.
-std::string ExpectedValue(const Value& value) {
-    if (value.kind == Value::Kind::kFails) {
-        return value.storedType.empty() ? TomlText("(missing)") : "";
+// None for a setting that is of another type than the provider expects.
+std::optional<vtv::Value> ExpectedValue(const Value& value) {
+    if (value.kind != Value::Kind::kFails) {
+        return StoredBy(value, value.text);
     }
-    return TomlValue(StoredBy(value, value.text));
+    return value.storedType.empty() ? std::optional<vtv::Value>("(missing)") : std::nullopt;
 }
 
-// The settings and files that differ; all of them without a state before.
-std::string ExpectedStore(const ConcreteTv& tv, const TvState* before, const TvState& after) {
-    std::string text;
+// Adds the settings and files that differ; all of them without a state before.
+void ExpectStore(const ConcreteTv& tv, const TvState* before, const TvState& after,
+                 toml::table& expect) {
+    std::map<std::string, vtv::Value> settings;
     std::vector<std::string> files;
     for (const Input& input : tv.GetInputs().inputs) {
         const int index = tv.GetInputs().IndexOf(input);
@@ -87,14 +86,12 @@ std::string ExpectedStore(const ConcreteTv& tv, const TvState* before, const TvS
         const Value& value = tv.ValueOf(after, index);
         if (input.kind == Input::Kind::kFile && value.number == 1) {
             files.push_back(input.key.substr(sizeof(vtv::kOwnerFolder) - 1));
-        }
-        const std::string expected =
-            input.kind == Input::Kind::kSetting ? ExpectedValue(value) : "";
-        if (!expected.empty()) {
-            text += "expect.setting." + TomlText(input.key) + " = " + expected + "\n";
+        } else if (input.kind == Input::Kind::kSetting && ExpectedValue(value)) {
+            settings[input.key] = *ExpectedValue(value);
         }
     }
-    return text + (files.empty() ? "" : "expect.file = " + TomlList(files) + "\n");
+    host::InsertAny(expect, "setting", host::TomlTable(settings));
+    host::InsertAny(expect, "file", host::TomlList(files));
 }
 
 class ScenarioWriter {
@@ -103,22 +100,29 @@ class ScenarioWriter {
         : stage_(stage), tv_(tv), state_(tv.Start()) {}
 
     std::string Write(const std::string& title, const std::vector<Action>& path, bool crashes) {
-        std::string text =
-            "title = " + TomlText(title) + "\nmodel = " + TomlText(tv_.Model().call) + "\n";
-        text += StepBegin("a new TV");
+        toml::table first{{"say", "a new TV"}};
         if (!crashes || !path.empty()) {
-            text += Page() + ExpectedStore(tv_, nullptr, state_);
+            toml::table expect{{"page", Page()}};
+            ExpectStore(tv_, nullptr, state_, expect);
+            first.insert("expect", expect);
         }
+        std::string text =
+            host::ToToml(toml::table{{"title", title}, {"model", tv_.Model().call}}) +
+            StepText(first);
         for (std::size_t i = 0; i < path.size(); ++i) {
-            const bool isEnd = crashes && i + 1 == path.size();
-            text += StepBegin(ToText(path[i])) + TomlStep(path[i], tv_.Model());
-            text += isEnd ? "" : Expected(path[i], i + 1 == path.size());
+            const bool isLast = i + 1 == path.size();
+            toml::table step = StepOf(path[i], tv_.Model());
+            step.insert("say", ToText(path[i]));
+            if (!isLast || !crashes) {
+                step.insert("expect", Expected(path[i], isLast));
+            }
+            text += StepText(step);
         }
         return text;
     }
 
   private:
-    std::string Page() {
+    toml::table Page() {
         tv_.Load(state_);
         return ExpectedPage(LookAtPage(Current()));
     }
@@ -128,7 +132,7 @@ class ScenarioWriter {
     }
 
     // Of what did not change all the same where it might have, and at the end: `isWhole`.
-    std::string Expected(const Action& action, bool isWhole) {
+    toml::table Expected(const Action& action, bool isWhole) {
         const TvState before = state_;
         tv_.Load(state_);
         const Consequences consequences =
@@ -146,12 +150,17 @@ class ScenarioWriter {
         for (const Started& started : tv_.RunningIn(state_)) {
             running.push_back(started.application);
         }
-        std::string text = "expect.launched = " + TomlList(launched) + "\n";
-        text += isSettled_ ? "expect.running = " + TomlList(running) + "\n" : "";
-        for (const std::string& application : consequences.terminated) {
-            text += "expect.log = " + TomlText("end of " + application + ": asked") + "\n";
+        toml::table expect{{"launched", host::TomlList(launched)}, {"page", Page()}};
+        if (isSettled_) {
+            expect.insert("running", host::TomlList(running));
         }
-        return text + Page() + ExpectedStore(tv_, isWhole || isFresh ? nullptr : &before, state_);
+        toml::array ends;
+        for (const std::string& application : consequences.terminated) {
+            ends.push_back("end of " + application + ": asked");
+        }
+        host::InsertAny(expect, "log", ends);
+        ExpectStore(tv_, isWhole || isFresh ? nullptr : &before, state_, expect);
+        return expect;
     }
 
     const Stage& stage_;

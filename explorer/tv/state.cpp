@@ -1,5 +1,9 @@
 #include "state.h"
 
+#include <toml++/toml.h>
+
+#include <stdexcept>
+
 #include "host/core/toml_writer.h"
 #include "lazy_tv.h"
 #include "policy.h"
@@ -11,79 +15,81 @@ namespace explorer {
 
 namespace {
 
-using host::TomlComment;
-using host::TomlText;
-
 std::string WithoutPrefix(const std::string& text, const std::string& prefix) {
     return text.rfind(prefix, 0) == 0 ? text.substr(prefix.size()) : text;
 }
 
 // A value of a type, for a setting that is to be of the wrong one.
-const char* SampleOf(const std::string& type) {
-    return type == "int" ? "1" : type == "bool" ? "true" : "\"text\"";
+vtv::Value SampleOf(const std::string& type) {
+    return type == "int" ? vtv::Value(1) : type == "bool" ? vtv::Value(true) : "text";
 }
 
-std::string SettingStep(const Input& input, const Value& value, const std::string& text) {
-    if (value.kind == Value::Kind::kFails && value.storedType.empty()) {
-        return "unset = " + TomlText(input.key);
-    }
-    const std::string stored = value.kind == Value::Kind::kFails ? SampleOf(value.storedType)
-                                                                 : TomlValue(StoredBy(value, text));
-    const bool isForced = value.kind == Value::Kind::kFails;
-    return "set." + TomlText(input.key) + " = " + stored + (isForced ? "\nforce = true" : "");
+toml::table FaultStep(const std::string& function, int result) {
+    return toml::table{
+        {"fault", toml::table{{"function", function}, {"always", true}, {"result", result}}}};
 }
 
-std::string FeatureStep(const Input& input, const Value& value, const std::string& text) {
-    const std::string name = TomlText(WithoutPrefix(input.key, vtv::kFeaturePrefix));
-    if (value.kind == Value::Kind::kFails && value.number == platform::NO_SUCH_FEATURE) {
-        return "feature-missing = " + name;
+toml::table SettingStep(const Input& input, const Value& value, const std::string& text) {
+    if (value.kind != Value::Kind::kFails) {
+        return toml::table{{"set", host::TomlTable({{input.key, StoredBy(value, text)}})}};
     }
-    if (value.kind == Value::Kind::kFails) {
-        return "fault = { function = \"system_info_get_custom_" + input.type +
-               "\", always = true, result = " + std::to_string(value.number) + " }";
+    if (value.storedType.empty()) {
+        return toml::table{{"unset", input.key}};
     }
-    return "feature." + name + " = " + TomlValue(StoredBy(value, text));
+    return toml::table{{"set", host::TomlTable({{input.key, SampleOf(value.storedType)}})},
+                       {"force", true}};
 }
 
-std::string CallStep(const Input& input, const Value& value) {
+toml::table FeatureStep(const Input& input, const Value& value, const std::string& text) {
+    const std::string name = WithoutPrefix(input.key, vtv::kFeaturePrefix);
+    if (value.kind != Value::Kind::kFails) {
+        return toml::table{{"feature", host::TomlTable({{name, StoredBy(value, text)}})}};
+    }
+    if (value.number == platform::NO_SUCH_FEATURE) {
+        return toml::table{{"feature-missing", name}};
+    }
+    return FaultStep("system_info_get_custom_" + input.type, value.number);
+}
+
+toml::table CallStep(const Input& input, const Value& value) {
     // That something is to be started is what a scenario looks at: a failing start would hide it.
     if (input.key == "aul_launch_app" || input.key == "app_control_send_launch_request") {
-        return "";
+        return {};
     }
     if (value.kind == Value::Kind::kFails) {
-        return "fault = { function = " + TomlText(input.key) +
-               ", always = true, result = " + std::to_string(value.number) + " }";
+        return FaultStep(input.key, value.number);
     }
     if (input.key == "sso_get_login_state") {
-        return std::string("account = ") + (value.number == 1 ? "\"signed-in\"" : "\"signed-out\"");
+        return toml::table{{"account", value.number == 1 ? "signed-in" : "signed-out"}};
     }
     if (input.key == "connection_profile_check_default_gateway") {
-        return std::string("network = ") +
-               (value.number != 0 ? "\"connected\"" : "\"disconnected\"");
+        return toml::table{{"network", value.number != 0 ? "connected" : "disconnected"}};
     }
-    return "";
+    return {};
 }
 
-std::string StepOf(const Input& input, const Value& value, const std::string& text) {
+// Empty for what is so on a new TV of the model, and what cannot be made so.
+toml::table StepOf(const Input& input, const Value& value, const std::string& text) {
     switch (input.kind) {
         case Input::Kind::kSetting:
             return SettingStep(input, value, text);
         case Input::Kind::kFeature:
             return FeatureStep(input, value, text);
         case Input::Kind::kFile:  // a new TV of the model has none
-            return value.number == 1
-                       ? "file-add = " + TomlText(WithoutPrefix(input.key, vtv::kOwnerFolder))
-                       : "";
+            return value.number != 1
+                       ? toml::table()
+                       : toml::table{{"file-add", WithoutPrefix(input.key, vtv::kOwnerFolder)}};
         case Input::Kind::kConsent:
-            return "consent." + input.key + " = " + (value.number > 0 ? "true" : "false");
+            return toml::table{{"consent", toml::table{{input.key, value.number > 0}}}};
         case Input::Kind::kCall:
             return CallStep(input, value);
         case Input::Kind::kWrite:
             return value.kind != Value::Kind::kFails
-                       ? ""
-                       : "fault = { function = \"vconf_set_str\", always = true }";
+                       ? toml::table()
+                       : toml::table{{"fault", toml::table{{"function", "vconf_set_str"},
+                                                           {"always", true}}}};
     }
-    return "";
+    return {};
 }
 
 // Whether the document replaces whatever the provider knew before.
@@ -138,51 +144,46 @@ std::vector<std::string> Describe(const Inputs& inputs, const State& state) {
 
 std::string ToScenario(const Inputs& inputs, const State& state, const std::string& title,
                        const std::string& steps) {
-    std::string scenario = "title = " + TomlText(title) + "\nmodel = \"farfield-eu\"\n";
-    scenario +=
-        "\n[[step]]\nsay = \"applications are started, but not waited for\"\napplications = "
-        "\"record\"\n";
-    const Policy& policy = inputs.policies[static_cast<std::size_t>(state.policy)];
+    std::string scenario = host::ToToml(toml::table{{"title", title}, {"model", "farfield-eu"}});
+    scenario += StepText(toml::table{{"say", "applications are started, but not waited for"},
+                                     {"applications", "record"}});
+    std::vector<std::string> documents =
+        inputs.policies[static_cast<std::size_t>(state.policy)].published;
     // The provider of a scenario has known the model's policy: it is to forget the list and the
     // kinds.
-    if (policy.published.empty() || !IsList(policy.published.front())) {
+    if (documents.empty() || !IsList(documents.front())) {
         Json::Value nobody;
         nobody[0][vtv::policy::kId] = "nobody";
-        scenario += "\n[[step]]\npolicy = " + TomlText(vtv::CompactJson(nobody)) + "\n";
-        scenario += "\n[[step]]\npolicy = \"[]\"\n";
+        documents.insert(documents.begin(), {vtv::CompactJson(nobody), "[]"});
     }
-    for (const std::string& document : policy.published) {
-        scenario += "\n[[step]]\npolicy = " + TomlText(document) + "\n";
+    for (const std::string& document : documents) {
+        scenario += StepText(toml::table{{"policy", document}});
     }
     for (std::size_t i = 0; i < state.path.size(); ++i) {
         const Input& input = inputs.inputs[state.path[i].input];
         const Value& value = input.values[state.path[i].value];
-        const std::string step =
-            input.key == MODE_CALL
-                ? "state." + TomlText(vtv::kModeState + CurrentOf(inputs, state)) + " = " +
-                      std::to_string(value.number) + "\nforce = true"
-                : StepOf(input, value, i < state.texts.size() ? state.texts[i] : "");
+        toml::table step = StepOf(input, value, i < state.texts.size() ? state.texts[i] : "");
+        if (input.key == MODE_CALL) {
+            const std::string mode = vtv::kModeState + CurrentOf(inputs, state);
+            step = toml::table{{"state", toml::table{{mode, value.number}}}, {"force", true}};
+        }
+        const std::string words = input.name + ": " + value.words;
         if (step.empty()) {
-            scenario += "\n" + TomlComment(input.name + ": " + value.words);
+            scenario += "\n" + host::TomlComment(words);
         } else {
-            scenario += "\n[[step]]\nsay = " + TomlText(input.name + ": " + value.words) + "\n" +
-                        step + "\n";
+            step.insert("say", words);
+            scenario += StepText(step);
         }
     }
     return scenario + "\n" + steps;
 }
 
-std::string TomlList(const std::vector<std::string>& texts) {
-    std::string list;
-    for (const std::string& text : texts) {
-        list += (list.empty() ? "" : ", ") + TomlText(text);
+std::string StepText(const toml::table& step, const char* list) {
+    try {
+        return step.empty() ? "" : "\n" + host::ToToml(toml::table{{list, toml::array{step}}});
+    } catch (const std::runtime_error& error) {
+        return "\n" + host::TomlComment(error.what());
     }
-    return "[" + list + "]";
-}
-
-std::string TomlValue(const vtv::Value& value) {
-    const std::string* text = std::get_if<std::string>(&value);
-    return text != nullptr ? TomlText(*text) : vtv::ToText(value);
 }
 
 std::string ExpectedLaunch(const std::string& application, const vtv::Extras& extras) {

@@ -1,6 +1,8 @@
 // One state of the TV, as a path found it: for people, and as a scenario that a virtual TV replays.
 #pragma once
 
+#include <toml++/impl/forward_declarations.h>
+
 #include <string>
 #include <vector>
 
@@ -34,9 +36,10 @@ std::vector<std::string> Describe(const Inputs& inputs, const State& state);
 std::string ToScenario(const Inputs& inputs, const State& state, const std::string& title,
                        const std::string& steps);
 
-// Parts of scenarios: "[...]", a value of its own type, "APP key=value".
-std::string TomlList(const std::vector<std::string>& texts);
-std::string TomlValue(const vtv::Value& value);
+// A step, or another list's element, behind an empty line; a comment where TOML cannot hold it.
+// Nothing for what has no members.
+std::string StepText(const toml::table& step, const char* list = "step");
+// A launch as a scenario expects it: "APP key=value".
 std::string ExpectedLaunch(const std::string& application, const vtv::Extras& extras);
 // What a store holds for a value; the text is the value's, the current assistant put in.
 vtv::Value StoredBy(const Value& value, const std::string& text);

@@ -42,7 +42,7 @@ void AddIn(CLI::App& app, Common& common, const char* name, const char* does, co
         const vtv::JsonText document = ReadJsonFile(*file);
         vtv::Tv tv(TvDir(common));
         const vtv::Snapshot snapshot = wanted(document, *file, tv);
-        Recorder recorder(common, tv, [&] { return host::StepTo(snapshot, tv); });
+        Recorder recorder(common, tv, [&] { return host::StepTo(snapshot, tv.TakeSnapshot()); });
         tv.Restore(snapshot);
         recorder.Done();
     });

@@ -8,15 +8,6 @@
 
 namespace host {
 
-namespace {
-
-template <typename Table>
-void Insert(Table& table, const std::string& key, const vtv::Value& value) {
-    std::visit([&](const auto& v) { table.insert_or_assign(key, v); }, value);
-}
-
-}  // namespace
-
 std::string ModelText(const Dump& dump) {
     toml::table root;
     root.insert("version", vtv::kModelVersion);

@@ -2,7 +2,6 @@
 
 #include <toml++/toml.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <set>
 #include <stdexcept>
@@ -14,7 +13,6 @@
 #include "toml_writer.h"
 #include "virtual-tv/model/applications.h"
 #include "virtual-tv/model/format_version.h"
-#include "virtual-tv/model/keys.h"
 #include "virtual-tv/model/text_file.h"
 
 namespace host {
@@ -40,39 +38,15 @@ std::string StepText(const toml::table& step) {
     return "\n" + Written(toml::table{{"step", toml::array{step}}});
 }
 
-void Insert(toml::table& table, const std::string& key, const vtv::Value& value) {
-    std::visit([&](const auto& v) { table.insert_or_assign(key, v); }, value);
-}
-
-toml::table Values(const std::map<std::string, vtv::Value>& wanted,
-                   const std::map<std::string, vtv::Value>& present) {
-    toml::table table;
-    for (const auto& [key, value] : wanted) {
-        const auto found = present.find(key);
-        if (found == present.end() || found->second != value) {
-            Insert(table, key, value);
-        }
-    }
-    return table;
-}
-
-toml::array ArrayOf(const std::vector<std::string>& texts) {
-    toml::array list;
-    for (const std::string& text : texts) {
-        list.push_back(text);
-    }
-    return list;
-}
-
 toml::table ToToml(const Recording::Step& step) {
     toml::table table;
     for (const auto& [name, member] : step) {
         if (const auto* value = std::get_if<vtv::Value>(&member)) {
             Insert(table, name, *value);
         } else if (const auto* texts = std::get_if<std::vector<std::string>>(&member)) {
-            table.insert(name, ArrayOf(*texts));
+            table.insert(name, TomlList(*texts));
         } else {
-            table.insert(name, Values(std::get<std::map<std::string, vtv::Value>>(member), {}));
+            table.insert(name, TomlTable(std::get<std::map<std::string, vtv::Value>>(member)));
         }
     }
     return table;
@@ -125,9 +99,7 @@ toml::array Running(const vtv::Tv& tv) {
         for (const auto& [key, value] : running.extras) {
             extras.insert_or_assign(key, value);
         }
-        if (!extras.empty()) {
-            launch.insert("extras", extras);
-        }
+        InsertAny(launch, "extras", extras);
         launches.push_back(launch);
     }
     return launches;
@@ -158,30 +130,18 @@ Scenario WithStep(const std::string& before, const std::string& file, toml::tabl
 
 // The steps that bring a new TV of the model to where this one is.
 std::string FirstSteps(const vtv::Tv& tv) {
-    const vtv::Snapshot fresh = FreshSnapshot(tv);
-    const vtv::Snapshot now = tv.TakeSnapshot();
-    toml::table step{{"say", "what the TV had become before"}};
-    const auto add = [&](const char* name, auto&& members) {
-        if (!members.empty()) {
-            step.insert_or_assign(name, members);
-        }
-    };
-    std::map<std::string, vtv::Value> state = now.state;
-    state.erase(vtv::kModelNameState);
-    add("set", Values(now.settings, fresh.settings));
-    add("state", Values(state, fresh.state));
-    add("unset", ArrayOf(Missing(KeysOf(fresh.settings), KeysOf(now.settings))));
-    add("file-add", ArrayOf(Missing(now.ownerFiles, fresh.ownerFiles)));
-    add("file-remove", ArrayOf(Missing(fresh.ownerFiles, now.ownerFiles)));
+    toml::table step = ToToml(StepTo(tv.TakeSnapshot(), FreshSnapshot(tv)));
     toml::array faults;
     for (const vtv::Fault& fault : tv.Faults()) {
         faults.push_back(FaultTable(fault));
     }
-    add("fault", faults);
+    InsertAny(step, "fault", faults);
+    const bool isNew = step.empty();
+    step.insert("say", "what the TV had become before");
     WithStep(Heading(tv), "", &step);
     const toml::array running = Running(tv);
     if (running.empty()) {
-        return step.size() > 1 ? StepText(step) : "";
+        return isNew ? "" : StepText(step);
     }
     // They wait to be finished, whatever is to become of those that are started later.
     step.insert("applications", "process");
@@ -232,15 +192,11 @@ toml::table Expected(const PressResult& result, bool isPress) {
     if (!result.done) {
         expect.insert("refused", true);
     }
-    if (!result.failures.empty()) {
-        const std::set<std::string> told(result.failures.begin(), result.failures.end());
-        expect.insert("failed", ArrayOf({told.begin(), told.end()}));
-    }
+    const std::set<std::string> told(result.failures.begin(), result.failures.end());
+    InsertAny(expect, "failed", TomlList({told.begin(), told.end()}));
     expect.insert("launched", launched);
     expect.insert("toast", toasts);
-    if (!page.empty()) {
-        expect.insert("page", page);
-    }
+    InsertAny(expect, "page", page);
     return expect;
 }
 

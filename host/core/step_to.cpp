@@ -1,7 +1,10 @@
 #include "step_to.h"
 
 #include <algorithm>
+#include <map>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "scenario_members.h"
 #include "virtual-tv/model/keys.h"
@@ -9,6 +12,9 @@
 
 namespace host {
 
+namespace {
+
+// What is in the first list and not in the second.
 std::vector<std::string> Missing(const std::vector<std::string>& all,
                                  const std::vector<std::string>& some) {
     std::vector<std::string> missing;
@@ -29,14 +35,20 @@ std::vector<std::string> KeysOf(const std::map<std::string, vtv::Value>& values)
     return keys;
 }
 
-namespace {
-
 bool IsFeature(const std::string& state, std::string_view prefix, std::string* feature) {
     if (state.rfind(prefix, 0) != 0) {
         return false;
     }
     *feature = state.substr(prefix.size());
     return true;
+}
+
+// A member of the step, unless it is empty.
+template <typename Values>
+void Add(const char* name, const Values& values, Recording::Step* step) {
+    if (!values.empty()) {
+        (*step)[name] = values;
+    }
 }
 
 // What changes of a TV's state; features by the steps that know how the two entries of one go
@@ -67,21 +79,15 @@ void AddState(const std::map<std::string, vtv::Value>& now,
             reset.push_back(feature);
         }
     }
-    const auto add = [step](const char* name, auto values) {
-        if (!values.empty()) {
-            (*step)[name] = std::move(values);
-        }
-    };
-    add("state", state);
-    add("feature", features);
-    add("feature-missing", missing);
-    add("feature-reset", reset);
+    Add("state", state, step);
+    Add("feature", features, step);
+    Add("feature-missing", missing, step);
+    Add("feature-reset", reset, step);
 }
 
 }  // namespace
 
-Recording::Step StepTo(const vtv::Snapshot& wanted, const vtv::Tv& tv) {
-    const vtv::Snapshot now = tv.TakeSnapshot();
+Recording::Step StepTo(const vtv::Snapshot& wanted, const vtv::Snapshot& now) {
     Recording::Step step;
     const auto differing = [](const auto& all, const auto& present) {
         std::map<std::string, vtv::Value> values;
@@ -93,16 +99,11 @@ Recording::Step StepTo(const vtv::Snapshot& wanted, const vtv::Tv& tv) {
         }
         return values;
     };
-    const auto add = [&step](const char* name, auto values) {
-        if (!values.empty()) {
-            step[name] = std::move(values);
-        }
-    };
-    add("set", differing(wanted.settings, now.settings));
-    add("unset", Missing(KeysOf(now.settings), KeysOf(wanted.settings)));
+    Add("set", differing(wanted.settings, now.settings), &step);
+    Add("unset", Missing(KeysOf(now.settings), KeysOf(wanted.settings)), &step);
     AddState(now.state, wanted.state, differing(wanted.state, now.state), &step);
-    add("file-add", Missing(wanted.ownerFiles, now.ownerFiles));
-    add("file-remove", Missing(now.ownerFiles, wanted.ownerFiles));
+    Add("file-add", Missing(wanted.ownerFiles, now.ownerFiles), &step);
+    Add("file-remove", Missing(now.ownerFiles, wanted.ownerFiles), &step);
     if (step.count("file-remove") != 0) {
         step["force"] = true;  // some were left by what a scenario does without
     }

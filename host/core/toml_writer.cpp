@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <stdexcept>
+#include <string_view>
 
 namespace host {
 
@@ -66,32 +67,64 @@ std::string ValueText(const toml::node& node) {
     throw std::runtime_error("only texts, whole numbers, true and false can be written as TOML.");
 }
 
-bool IsListOfTables(const toml::node& node) {
-    return node.is_array() && node.as_array()->is_array_of_tables();
+// No line is longer where a list or table can have several.
+constexpr std::size_t WIDTH = 100;
+
+// What a thing is called and what it does is read first, and what comes of it last; the rest stands
+// in the order of the alphabet.
+std::size_t PlaceOf(std::string_view key) {
+    const bool isName = key == "title" || key == "say" || key == "do";
+    return isName ? 0 : key == "press" ? 1 : key == "expect" || key == "never" ? 3 : 2;
 }
 
-// The values of a table, and then its tables, each under its whole name.
-std::string TableText(const toml::table& table, const std::string& path) {
-    std::string text;
-    for (const auto& [key, value] : table) {
-        if (!value.is_table() && !IsListOfTables(value)) {
-            text += KeyText(std::string(key.str())) + " = " + ValueText(value) + "\n";
-        }
+std::string MembersText(const toml::table& table, const std::string& prefix);
+
+std::string MemberText(const std::string& name, const toml::node& value) {
+    const std::string line = name + " = " + ValueText(value) + "\n";
+    const bool isLong = line.size() > WIDTH;
+    const auto isTable = [](const auto& member) { return member.second.is_table(); };
+    const toml::table* table = value.as_table();
+    if (table != nullptr && !table->empty() &&
+        (isLong || std::any_of(table->begin(), table->end(), isTable))) {
+        return MembersText(*table, name + ".");
     }
+    const toml::array* array = value.as_array();
+    if (array == nullptr || !isLong) {
+        return line;
+    }
+    std::string text = name + " = [\n";
+    for (const toml::node& element : *array) {
+        text += "    " + ValueText(element) + ",\n";
+    }
+    return text + "]\n";
+}
+
+std::string MembersText(const toml::table& table, const std::string& prefix) {
+    std::string texts[4];
     for (const auto& [key, value] : table) {
-        const std::string name = path + (path.empty() ? "" : ".") + KeyText(std::string(key.str()));
-        const auto separate = [&text] { text += text.empty() ? "" : "\n"; };
-        if (const toml::table* inner = value.as_table()) {
-            separate();
-            text += "[" + name + "]\n" + TableText(*inner, name);
-        } else if (IsListOfTables(value)) {
+        texts[PlaceOf(key.str())] += MemberText(prefix + KeyText(std::string(key.str())), value);
+    }
+    return texts[0] + texts[1] + texts[2] + texts[3];
+}
+
+// Its values, and then its tables, each under its name.
+std::string DocumentText(const toml::table& document) {
+    toml::table values;
+    std::string tables;
+    for (const auto& [key, value] : document) {
+        const std::string name = KeyText(std::string(key.str()));
+        if (const toml::table* table = value.as_table()) {
+            tables += "\n[" + name + "]\n" + MembersText(*table, "");
+        } else if (value.is_array() && value.as_array()->is_array_of_tables()) {
             for (const toml::node& element : *value.as_array()) {
-                separate();
-                text += "[[" + name + "]]\n" + TableText(*element.as_table(), name);
+                tables += "\n[[" + name + "]]\n" + MembersText(*element.as_table(), "");
             }
+        } else {
+            values.insert(key, value);
         }
     }
-    return text;
+    const std::string text = MembersText(values, "") + tables;
+    return values.empty() && !text.empty() ? text.substr(1) : text;
 }
 
 bool IsReadBack(const std::string& text, const toml::table& meant) {
@@ -105,7 +138,7 @@ bool IsReadBack(const std::string& text, const toml::table& meant) {
 bool CanBeWritten(const std::string& key, const toml::node& value) {
     toml::table alone;
     alone.insert(key, value);
-    return IsReadBack(TableText(alone, ""), alone);
+    return IsReadBack(DocumentText(alone), alone);
 }
 
 // The key behind which something cannot be written; empty when each can be alone.
@@ -131,18 +164,12 @@ std::string FindCulprit(const toml::node& node) {
 }  // namespace
 
 std::string ToToml(const toml::table& document) {
-    std::string text = TableText(document, "");
+    std::string text = DocumentText(document);
     if (!IsReadBack(text, document)) {
         throw std::runtime_error(Quoted(FindCulprit(document), false) +
                                  " cannot be written as TOML: its text is no UTF-8.");
     }
     return text;
-}
-
-std::string TomlText(const std::string& text) {
-    const std::string quoted = Quoted(text, true);
-    return IsReadBack("text = " + quoted, toml::table{{"text", text}}) ? quoted
-                                                                       : Quoted(text, false);
 }
 
 std::string TomlComment(const std::string& text) {
@@ -165,6 +192,33 @@ void RequireToml(const std::string& document) {
     } catch (const toml::parse_error& error) {
         throw std::runtime_error("what was to be written is no TOML: " +
                                  std::string(error.description()));
+    }
+}
+
+void Insert(toml::table& table, const std::string& key, const vtv::Value& value) {
+    std::visit([&](const auto& v) { table.insert_or_assign(key, v); }, value);
+}
+
+toml::table TomlTable(const std::map<std::string, vtv::Value>& values) {
+    toml::table table;
+    for (const auto& [key, value] : values) {
+        Insert(table, key, value);
+    }
+    return table;
+}
+
+toml::array TomlList(const std::vector<std::string>& texts) {
+    toml::array list;
+    for (const std::string& text : texts) {
+        list.push_back(text);
+    }
+    return list;
+}
+
+void InsertAny(toml::table& table, const std::string& key, const toml::node& members) {
+    const toml::array* list = members.as_array();
+    if (list != nullptr ? !list->empty() : !members.as_table()->empty()) {
+        table.insert(key, members);
     }
 }
 

@@ -3,7 +3,11 @@
 
 #include <toml++/impl/forward_declarations.h>
 
+#include <map>
 #include <string>
+#include <vector>
+
+#include "virtual-tv/model/values.h"
 
 namespace host {
 
@@ -11,15 +15,16 @@ namespace host {
 // returned: whatever stands in a text, it stays a text. Throws std::runtime_error, with the key,
 // for what TOML cannot hold: a text or key that is no UTF-8.
 std::string ToToml(const toml::table& document);
-
-// For documents whose order and comments matter to people, who write their keys themselves.
-//
-// A text in its quotes. Where it is no UTF-8, each byte above 127 stands as the character of its
-// number: TOML has no way to write it.
-std::string TomlText(const std::string& text);
 // A comment that ends with its line, whatever the text holds.
 std::string TomlComment(const std::string& text);
 // Throws std::runtime_error where the document is no TOML.
 void RequireToml(const std::string& document);
+
+// What documents are made of.
+void Insert(toml::table& table, const std::string& key, const vtv::Value& value);
+toml::table TomlTable(const std::map<std::string, vtv::Value>& values);
+toml::array TomlList(const std::vector<std::string>& texts);
+// Inserts a table or list, unless it is empty.
+void InsertAny(toml::table& table, const std::string& key, const toml::node& members);
 
 }  // namespace host

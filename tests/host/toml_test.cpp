@@ -136,25 +136,43 @@ TEST(Toml, ATextCannotEndItsOwnQuotes) {
     EXPECT_EQ(read["packages"][0]["name"], text);
 }
 
-TEST(Toml, RandomTextsStayTextsAndCommentsInADocumentThatIsPutTogetherByHand) {
+TEST(Toml, RandomTextsStayCommentsAroundADocument) {
     Random random;
     for (int i = 0; i < 4000; ++i) {
         const std::string text = random.Text();
         const std::string other = random.Text();
-        const std::string document = host::TomlComment(text) + "a = " + host::TomlText(text) +
-                                     "\nb = [" + host::TomlText(other) + ", " +
-                                     host::TomlText(text) + "]\n" + host::TomlComment(other);
         const toml::table meant{{"a", text}, {"b", toml::array{other, text}}};
+        const std::string document =
+            host::TomlComment(text) + host::ToToml(meant) + host::TomlComment(other);
         ASSERT_EQ(toml::parse(document), meant) << document;
     }
 }
 
-TEST(Toml, ADocumentPutTogetherByHandIsTomlEvenWithoutUtf8) {
+TEST(Toml, ACommentIsTomlEvenWithoutUtf8) {
     for (const std::string text : {"\xff", "a\xc3", "#\n\xff", "\xed\xa0\x80"}) {
-        EXPECT_NO_THROW(
-            host::RequireToml(host::TomlComment(text) + "a = " + host::TomlText(text) + "\n"));
+        EXPECT_NO_THROW(host::RequireToml(host::TomlComment(text) + "a = 1\n"));
     }
     EXPECT_THROW(host::RequireToml("a = \"x\n"), std::runtime_error);
+}
+
+// What is said and done comes first, what is expected last; a table stands in a line where it can.
+TEST(Toml, AStepReadsAsOneThatIsWrittenByHand) {
+    const toml::table page{{"voice", toml::table{{"enabled", true}, {"visible", true}}}};
+    const std::string longText(90, 'x');
+    const toml::table step{
+        {"choose", 2},
+        {"press", "voice"},
+        {"say", "choose"},
+        {"expect", toml::table{{"launched", toml::array()}, {"page", page}}},
+        {"set", toml::table{{"db/a", longText}, {"db/b", 1}}},
+        {"unset", toml::array{longText, "db/c"}},
+    };
+    EXPECT_EQ(host::ToToml(toml::table{{"title", "A"}, {"step", toml::array{step}}}),
+              "title = \"A\"\n\n[[step]]\nsay = \"choose\"\npress = \"voice\"\nchoose = 2\n"
+              "set.\"db/a\" = \"" +
+                  longText + "\"\nset.\"db/b\" = 1\nunset = [\n    \"" + longText +
+                  "\",\n    \"db/c\",\n]\nexpect.launched = []\n"
+                  "expect.page.voice = { enabled = true, visible = true }\n");
 }
 
 TEST(Toml, ATextThatIsNoUtf8IsRefusedWithItsKey) {
