@@ -248,6 +248,8 @@ class Stage:
 class Studio:
     """A scene, set once, of which each strike gets a copy."""
 
+    beginning = None  # how many allocations every verb begins with
+
     def __init__(self, programs, scene, folder):
         self.programs = programs
         self.scene = scene
@@ -290,8 +292,9 @@ class Studio:
 
     def allocations(self):
         """The numbers of those that the scene makes."""
-        begun = 0 if self.scene.loads else self.allocations_of(["--version"])
-        return range(begun + 1, self.allocations_of(self.scene.command) + 1)
+        if Studio.beginning is None:
+            Studio.beginning = self.allocations_of(["--version"])
+        return range(1 if self.scene.loads else Studio.beginning + 1, self.allocations_of(self.scene.command) + 1)
 
     def allocations_of(self, command):
         with self.stage() as stage:
