@@ -38,7 +38,10 @@ class Descriptor {
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
-    const int fd;
+    // False, with errno, when some of what was written got lost.
+    bool Close() { return store_file_calls.close(std::exchange(fd, -1)) == 0; }
+
+    int fd;
 };
 
 [[noreturn]] void FailToCopy(const std::string& path, const char* what) {
@@ -116,13 +119,16 @@ void CopyEntry(const Folders& folders, const std::string& name) {
     if (!S_ISREG(info.st_mode)) {
         throw Error(ErrorKind::kUsage, path + ": this is no plain file and no folder.");
     }
-    const Descriptor to(store_file_calls.openat(
-        folders.to.fd, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
+    Descriptor to(store_file_calls.openat(folders.to.fd, name.c_str(),
+                                          O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kFileMode));
     if (to.fd < 0) {
         FailToCopy(path, "cannot be copied");
     }
     CopyContent(from, to, path);
     folders.Sync(to.fd);
+    if (!to.Close()) {
+        FailToCopy(path, "cannot be copied");
+    }
 }
 
 std::vector<std::string> NamesToCopy(int dir, const std::string& path) {

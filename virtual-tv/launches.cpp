@@ -33,14 +33,15 @@ std::string AppendLine(const std::string& tvDir, std::string line) {
         line.insert(0, "\n");
     }
     const ssize_t written = fd < 0 ? -1 : write(fd, line.data(), line.size());
-    const int error = written < 0 ? errno : ENOSPC;
-    if (fd >= 0) {
-        close(fd);
+    const bool isWhole = written == static_cast<ssize_t>(line.size());
+    int error = isWhole ? 0 : written < 0 ? errno : ENOSPC;
+    // Some file systems tell only now.
+    if (fd >= 0 && close(fd) != 0 && error == 0) {
+        error = errno;
     }
-    return written == static_cast<ssize_t>(line.size())
-               ? ""
-               : tvDir + "/" + kLaunchesFile.name +
-                     ": the launch cannot be recorded: " + std::strerror(error) + ".";
+    return error == 0 ? ""
+                      : tvDir + "/" + kLaunchesFile.name +
+                            ": the launch cannot be recorded: " + std::strerror(error) + ".";
 }
 
 // Throws Json::Exception for a line that is no record.

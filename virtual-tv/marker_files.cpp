@@ -45,6 +45,7 @@ std::vector<std::string> Tv::OwnerFiles() const {
             return true;
         });
     Unreadable::ThrowIf(error, OwnerDir());
+    RequireNotTooMany(OwnerDir(), "files", files.size());
     std::sort(files.begin(), files.end());
     return files;
 }

@@ -5,24 +5,40 @@
 
 namespace vtv {
 
+namespace {
+
+std::string ProblemOf(const Tv::Impl& tv, const Store& store, const Setting& setting) {
+    if (!setting.value) {
+        return setting.problem;
+    }
+    const std::string problem = &store == &tv.state    ? ProblemOfState(setting.key, *setting.value)
+                                : &store == &tv.faults ? ProblemOfFault(*setting.value)
+                                                       : "";
+    return problem.empty() ? "" : store.Damaged(setting.key, problem);
+}
+
+void AddProblems(const Tv::Impl& tv, const Store& store, std::vector<std::string>* problems) {
+    if (!store.Problem().empty()) {
+        problems->push_back(store.Problem());
+        return;
+    }
+    try {
+        for (const Setting& setting : store.List()) {
+            if (std::string problem = ProblemOf(tv, store, setting); !problem.empty()) {
+                problems->push_back(std::move(problem));
+            }
+        }
+    } catch (const HasTooMany& error) {
+        problems->emplace_back(error.what());
+    }
+}
+
+}  // namespace
+
 std::vector<std::string> ProblemsAtStart(Tv::Impl& tv, const std::string& language) {
     std::vector<std::string> problems;
     for (const Store* store : tv.Stores()) {
-        if (!store->Problem().empty()) {
-            problems.push_back(store->Problem());
-            continue;
-        }
-        for (const Setting& setting : store->List()) {
-            std::string problem = setting.problem;
-            if (setting.value && store == &tv.state) {
-                problem = ProblemOfState(setting.key, *setting.value);
-            } else if (setting.value && store == &tv.faults) {
-                problem = ProblemOfFault(*setting.value);
-            }
-            if (!problem.empty()) {
-                problems.push_back(setting.value ? store->Damaged(setting.key, problem) : problem);
-            }
-        }
+        AddProblems(tv, *store, &problems);
     }
     ListRunning(tv.dir, &problems);
     for (std::string& problem : ProblemsOfTexts(language)) {

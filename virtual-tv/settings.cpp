@@ -138,6 +138,7 @@ std::vector<Setting> Tv::Settings() const {
     for (Setting& setting : impl_->memory.List()) {
         settings.push_back(std::move(setting));
     }
+    RequireNotTooMany(impl_->dir, "settings", settings.size());
     return settings;
 }
 

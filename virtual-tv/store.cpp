@@ -100,6 +100,14 @@ void Unreadable::ThrowIf(int error, const std::string& path) {
     }
 }
 
+void RequireNotTooMany(const std::string& where, const std::string& what, size_t count) {
+    if (const std::string problem = TooMany(what, count, kMostEntries); !problem.empty()) {
+        throw HasTooMany(
+            ErrorKind::kUsage,
+            where + ": " + problem + " Remove those that you do not need, or make the TV anew.");
+    }
+}
+
 StoreFileCalls store_file_calls = {OpenAt, write, fsync, close, renameat, unlinkat};
 
 void Store::Create(const std::string& dir) {
@@ -276,6 +284,7 @@ void Store::Write(std::string_view key, const Value& value) {
     if (const std::string problem = TooLong(std::string(key), text.size()); !problem.empty()) {
         throw Error(ErrorKind::kUsage, problem);
     }
+    RequireRoom(name);
     const std::string content = FormatStored(value, text);
     const bool durable = durability_ == Durability::kDurable;
     const StoreFileCalls& calls = store_file_calls;
@@ -323,17 +332,27 @@ bool Store::Remove(std::string_view key) {
     return true;
 }
 
-std::vector<Setting> Store::List() const {
-    std::vector<Setting> settings;
+std::vector<std::string> Store::Keys() const {
+    std::vector<std::string> keys;
     if (!Problem().empty()) {
-        return settings;
+        return keys;
     }
     for (const std::string& name :
          NamesIn(openat(dirFd_, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC), dir_)) {
-        const std::string key = DecodeKey(name);
-        if (key.empty()) {
-            continue;
+        if (std::string key = DecodeKey(name); !key.empty()) {
+            keys.push_back(std::move(key));
         }
+    }
+    std::sort(keys.begin(), keys.end());
+    mostKeys_ = keys.size();
+    return keys;
+}
+
+std::vector<Setting> Store::List() const {
+    const std::vector<std::string> keys = Keys();
+    RequireNotTooMany(dir_, "keys", keys.size());
+    std::vector<Setting> settings;
+    for (const std::string& key : keys) {
         Setting setting;
         setting.key = key;
         Value value;
@@ -346,14 +365,20 @@ std::vector<Setting> Store::List() const {
         }
         settings.push_back(std::move(setting));
     }
-    std::sort(settings.begin(), settings.end(),
-              [](const Setting& a, const Setting& b) { return a.key < b.key; });
     return settings;
 }
 
+// The folder is listed only when what was counted leaves no room.
+void Store::RequireRoom(const std::string& name) {
+    if (mostKeys_ >= kMostEntries && faccessat(dirFd_, name.c_str(), F_OK, 0) != 0) {
+        RequireNotTooMany(dir_, "keys", Keys().size() + 1);
+    }
+    ++mostKeys_;
+}
+
 void Store::RemoveAll() {
-    for (const Setting& setting : List()) {
-        Remove(setting.key);
+    for (const std::string& key : Keys()) {
+        Remove(key);
     }
 }
 

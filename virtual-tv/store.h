@@ -33,6 +33,13 @@ class Unreadable : public MachineFailed {
     using MachineFailed::MachineFailed;
 };
 
+// A TV has more of something than can be listed: somebody sent it so.
+class HasTooMany : public Error {
+    using Error::Error;
+};
+// Throws it. what: "settings".
+void RequireNotTooMany(const std::string& where, const std::string& what, size_t count);
+
 class Store {
   public:
     enum class Durability {
@@ -66,8 +73,8 @@ class Store {
 
     // Throws Unreadable, and nothing else; problem is written for kDamaged only.
     Status Read(std::string_view key, Value* value, std::string* problem) const;
-    // Throws kUsage for a key that is empty or too long and for a longer value, kPlatform when the
-    // system refuses; the old value stays then.
+    // Throws kUsage for a key that is empty or too long and for a longer value, HasTooMany for a
+    // new key in a full store, kPlatform when the system refuses; the old value stays then.
     void Write(std::string_view key, const Value& value);
     // False when there was no such key. Throws kPlatform when the system refuses.
     bool Remove(std::string_view key);
@@ -75,7 +82,8 @@ class Store {
     std::string Damaged(std::string_view key, const std::string& what) const;
     // Absent when there is no such key.
     std::optional<Writing> LastWriting(std::string_view key) const;
-    // Sorted by key; damaged ones with their problem. Throws Unreadable.
+    // Sorted by key; damaged ones with their problem. Throws Unreadable and, before it reads any
+    // value, HasTooMany.
     std::vector<Setting> List() const;
     void RemoveAll();
     // Removes the temporary files of writers that were killed, and no other's: a writer locks its.
@@ -94,6 +102,8 @@ class Store {
     void Close() const;
     void CheckVersion() const;
     std::string RequireName(std::string_view key) const;
+    std::vector<std::string> Keys() const;
+    void RequireRoom(const std::string& name);
     [[noreturn]] void Fail(const char* what, std::string_view key, int error) const;
 
     std::string tvDir_;
@@ -103,6 +113,8 @@ class Store {
     const char* remedy_;
     // Of the folder as it was when it was opened last: one that was gone can be back.
     mutable int dirFd_ = -1;
+    // At least as many as there are, but for those that other processes have written since.
+    mutable size_t mostKeys_ = 0;
     mutable std::string problem_;
     mutable bool unknownVersion_ = false;
 };

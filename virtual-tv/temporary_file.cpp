@@ -34,12 +34,18 @@ std::string TemporaryName() {
     return name.data();
 }
 
-// A lock says nothing of a name that has come to mean another file before it was held.
-bool IsStillNamed(int dir, const char* name, int fd) {
+// A lock says nothing of a name that has come to mean another file before it was held. otherwise:
+// what is taken for true when the machine does not tell.
+bool IsStillNamed(int dir, const char* name, int fd, bool otherwise) {
     struct stat mine{};
     struct stat there{};
-    return fstat(fd, &mine) == 0 && fstatat(dir, name, &there, AT_SYMLINK_NOFOLLOW) == 0 &&
-           mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
+    if (fstat(fd, &mine) != 0) {
+        return otherwise;
+    }
+    if (fstatat(dir, name, &there, AT_SYMLINK_NOFOLLOW) != 0) {
+        return errno != ENOENT && otherwise;
+    }
+    return mine.st_dev == there.st_dev && mine.st_ino == there.st_ino;
 }
 
 }  // namespace
@@ -69,7 +75,7 @@ bool TemporaryFile::Guard(int dir) {
     guard_ = fcntl(fd, F_DUPFD_CLOEXEC, 0);
     while (guard_ >= 0 && flock(guard_, LOCK_EX) != 0 && errno == EINTR) {
     }
-    if (IsStillNamed(dir, name.c_str(), fd)) {
+    if (IsStillNamed(dir, name.c_str(), fd, true)) {
         return true;
     }
     if (guard_ >= 0) {
@@ -90,7 +96,8 @@ void RemoveLeftTemporaryFiles(int dir) {
         }
         const int fd = store_file_calls.openat(dir, entry->d_name,
                                                O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0);
-        if (fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) == 0 && IsStillNamed(dir, entry->d_name, fd)) {
+        if (fd >= 0 && flock(fd, LOCK_EX | LOCK_NB) == 0 &&
+            IsStillNamed(dir, entry->d_name, fd, false)) {
             unlinkat(dir, entry->d_name, 0);
         }
         if (fd >= 0) {

@@ -16,6 +16,7 @@
 #include "growing_file.h"
 #include "tv_files.h"
 #include "virtual-tv/model/error.h"
+#include "virtual-tv/model/limits.h"
 
 namespace vtv {
 
@@ -151,6 +152,13 @@ bool IsGrowing(std::string_view name) {
     return false;
 }
 
+[[noreturn]] void FailAsCrowded(const std::string& dir) {
+    throw Error(ErrorKind::kUsage,
+                dir + ": this holds more files and folders than any TV: at most " +
+                    std::to_string(kMostTvFiles) +
+                    ". Remove those that are none of the TV's, or make the TV anew.");
+}
+
 void RequireTrustedEntry(const std::string& tvDir, const std::string& name,
                          const struct stat& info) {
     const std::string path = tvDir + "/" + name;
@@ -180,9 +188,15 @@ void RequireTrustedEntry(const std::string& tvDir, const std::string& name,
 
 void RequireTrustedTv(const std::string& dir) {
     RequireTrustedWay(dir);
+    size_t count = 0;
     const int error = WalkTvFolder(dir, "", [&](const std::string& name, const struct stat& info) {
-        RequireTrustedEntry(dir, name, info);
-        return name != "apps";  // read with care, file by file
+        if (++count > kMostTvFiles) {
+            FailAsCrowded(dir);
+        }
+        if (name.rfind("apps/", 0) != 0) {  // read with care, file by file
+            RequireTrustedEntry(dir, name, info);
+        }
+        return true;
     });
     if (error != 0 && error != ENOENT) {
         FailToRead(dir, error);

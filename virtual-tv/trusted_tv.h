@@ -9,7 +9,7 @@ namespace vtv {
 // Throws kPlatform when a folder on the way to the TV, or anything in it, belongs to another user
 // but root, or can be written by others; kUsage for a link, a pipe or a device in the TV's folder,
 // because the TV writes into its files, and for a file that is too large to be a TV's, because the
-// TV reads them; kPlatform when the folder cannot be read.
+// TV reads them, and for more files than any TV has; kPlatform when the folder cannot be read.
 void RequireTrustedTv(const std::string& dir);
 
 }  // namespace vtv

@@ -236,7 +236,11 @@ bool WriteTvFile(const std::string& tvDir, const std::string& name, std::string_
     const int fd = OpenTvFile(tvDir, name, O_WRONLY | O_CREAT | O_TRUNC);
     const bool written = fd >= 0 && WriteDurably(fd, content);
     *error = errno;
-    return (fd < 0 || close(fd) == 0) && written;
+    if (fd >= 0 && close(fd) != 0 && written) {
+        *error = errno;
+        return false;
+    }
+    return written;
 }
 
 void MakeTvFolder(const std::string& tvDir, const std::string& name) {

@@ -92,7 +92,9 @@ void RecordFile::Reserve() {
 }
 
 void RecordFile::Append(const std::string& text) {
-    if (write(fd_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+    // Some file systems tell only when it is synced, or closed, that it could not be written.
+    if (write(fd_, text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
+        fsync(fd_) != 0) {
         const int reason = errno;
         [[maybe_unused]] const int cut = ftruncate(fd_, static_cast<off_t>(text_.size()));
         errno = reason;

@@ -349,3 +349,50 @@ TEST_F(VtvTest, MoreThanAnyTvHasIsRefusedAtOnceWithItsNumberAndTheLimit) {
         }
     }
 }
+
+TEST_F(VtvTest, ATvWithMoreThanAnyListHasIsUsedKeyByKeyAndListedByNobody) {
+    Ok({"snapshot", Path("snapshot.json")});
+    Ok({"dump", Path("dump.json")});
+    const size_t own = Contents("tvs/default/settings").size() - 1;  // but the version
+    for (size_t i = own; i <= 10000; ++i) {
+        Write("tvs/default/settings/db%2Fx" + std::to_string(i), "int 1\n1\n");
+    }
+    const std::string folder = Path("tvs/default/settings");
+    for (const std::vector<std::string>& verb :
+         std::vector<std::vector<std::string>>{{"keys"},
+                                               {"search", "x777"},
+                                               {"dump", Path("d.json")},
+                                               {"snapshot", Path("s.json")},
+                                               {"restore", Path("snapshot.json")},
+                                               {"load", Path("dump.json")},
+                                               {"reset", "--all"},
+                                               {"watch", "--count", "1"},
+                                               {"set", "db/another", "int", "1"}}) {
+        const Output output = Vtv(verb);
+        EXPECT_EQ(output.code, 2) << verb.front() << output.out;
+        EXPECT_THAT(output.err, HasSubstr(folder + ": 1000")) << verb.front();
+        EXPECT_THAT(output.err, HasSubstr("keys are too many: at most 10000. Remove those"));
+    }
+    EXPECT_EQ(Ok({"get", "db/x777"}), "1\n");
+    Ok({"set", "db/x777", "int", "2"});
+    Ok({"show"});
+    EXPECT_THAT(Ok({"log"}), HasSubstr("are too many"));
+    Ok({"unset", "db/x777"});
+    const Output output = Vtv({"keys"});
+    EXPECT_THAT(output.err, HasSubstr(Path("tvs/default") + ": 10001 settings are too many"))
+        << "with those in memory";
+    Ok({"unset", "db/x778"});
+    Ok({"keys"});
+}
+
+TEST_F(VtvTest, ATvWithMoreFilesThanAnyIsNotOpened) {
+    Ok({"show"});
+    for (int i = 0; i <= 100000; ++i) {
+        Write("tvs/default/apps/" + std::to_string(i), "");
+    }
+    const Output output = Vtv({"get", "db/comss/cisblock"});
+    EXPECT_EQ(output.code, 2);
+    EXPECT_THAT(output.err, HasSubstr(Path("tvs/default") +
+                                      ": this holds more files and folders than any TV: at most "
+                                      "100000. Remove"));
+}

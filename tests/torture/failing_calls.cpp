@@ -21,6 +21,7 @@
 #include <sys/prctl.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <sys/wait.h>
@@ -32,7 +33,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -87,6 +90,9 @@ constexpr Call kCalls[] = {
     {SYS_write, "write", kFull | kBroken, -1},
     {SYS_writev, "writev", kFull | kBroken, -1},
     {SYS_pwrite64, "pwrite64", kFull | kBroken, -1},
+    {SYS_close, "close", 0, -1},  // by its file, below
+    {SYS_fsetxattr, "fsetxattr", kChange, -1},
+    {SYS_fgetxattr, "fgetxattr", kBroken, -1},
     {SYS_fsync, "fsync", kFull | kBroken, -1},
     {SYS_fdatasync, "fdatasync", kFull | kBroken, -1},
     {SYS_ftruncate, "ftruncate", kBroken, -1},
@@ -252,6 +258,20 @@ unsigned TroublesOfOpening(__u64 flags) {
     return (flags & O_CREAT) != 0 ? kFull : 0U;
 }
 
+std::string LinkOf(const seccomp_notif& note) {
+    return "/proc/" + std::to_string(note.pid) + "/fd/" + std::to_string(note.data.args[0]);
+}
+
+// Whether the descriptor is of a plain file, and open for writing: of any other a close has nothing
+// to lose.
+bool IsWritten(const seccomp_notif& note) {
+    struct stat file = {};
+    struct stat link = {};
+    const std::string name = LinkOf(note);
+    return stat(name.c_str(), &file) == 0 && S_ISREG(file.st_mode) &&
+           lstat(name.c_str(), &link) == 0 && (link.st_mode & S_IWUSR) != 0;
+}
+
 // The troubles that this very call can have; none for what is not worth a point.
 unsigned TroublesOf(const Call& call, const seccomp_notif& note) {
     switch (call.number) {
@@ -263,6 +283,8 @@ unsigned TroublesOf(const Call& call, const seccomp_notif& note) {
         case SYS_writev:
             // Where what went wrong is told.
             return note.data.args[0] == STDERR_FILENO ? 0 : call.troubles;
+        case SYS_close:
+            return IsWritten(note) ? kFull | kBroken : 0;
         case SYS_fcntl:
             switch (note.data.args[1]) {
                 case F_DUPFD:
@@ -375,6 +397,7 @@ class Listener {
             strike_.kills || (strike_.nth > 0 && (troubles & strike_.trouble->trouble) != 0);
         if (strike_.nth == 0 || count_ < strike_.nth || !canBeHit ||
             (struck_ != 0 && !(strike_.fromThenOn && IsHit(note.pid)))) {
+            FollowWriting(note);
             return;
         }
         if (struck_ == 0) {
@@ -385,7 +408,62 @@ class Listener {
             kill(static_cast<pid_t>(note.pid), SIGKILL);
         } else {
             response->error = -strike_.trouble->error;
+            if (note.data.nr == SYS_close) {
+                Lose(note);
+            }
         }
+    }
+
+    // Which files have content that may get lost: it was written, and neither synced nor closed.
+    void FollowWriting(const seccomp_notif& note) {
+        struct stat file = {};
+        switch (note.data.nr) {
+            case SYS_write:
+            case SYS_writev:
+            case SYS_pwrite64:
+            case SYS_sendfile:
+                if (stat(LinkOf(note).c_str(), &file) == 0 && S_ISREG(file.st_mode)) {
+                    synced_.emplace(std::pair(file.st_dev, file.st_ino), file.st_size);
+                }
+                break;
+            case SYS_close:
+                if (!IsWritten(note)) {
+                    break;
+                }
+                [[fallthrough]];
+            case SYS_fsync:
+            case SYS_fdatasync:
+                if (stat(LinkOf(note).c_str(), &file) == 0) {
+                    synced_.erase(std::pair(file.st_dev, file.st_ino));
+                }
+                break;
+            default:
+                break;
+        }
+    }
+
+    // A close that fails has closed all the same, and what was not synced may be lost. The number
+    // stays in use until the process ends: the kernel lets nobody else close it.
+    void Lose(const seccomp_notif& note) const {
+        struct stat file = {};
+        const std::string link = LinkOf(note);
+        if (stat(link.c_str(), &file) == 0) {
+            const auto synced = synced_.find(std::pair(file.st_dev, file.st_ino));
+            if (synced != synced_.end() && truncate(link.c_str(), synced->second) != 0) {
+                Die("truncate");
+            }
+        }
+        const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+        seccomp_notif_addfd instead = {};
+        instead.id = note.id;
+        instead.flags = SECCOMP_ADDFD_FLAG_SETFD;
+        instead.srcfd = static_cast<unsigned>(nothing);
+        instead.newfd = static_cast<unsigned>(note.data.args[0]);
+        instead.newfd_flags = O_CLOEXEC;
+        if (ioctl(notifications_, SECCOMP_IOCTL_NOTIF_ADDFD, &instead) < 0) {
+            Die("close");
+        }
+        close(nothing);
     }
 
     // Each process has descriptors and memory of its own; everything else is the machine's.
@@ -440,7 +518,8 @@ class Listener {
     int status_;
     int trace_;
     int count_ = 0;
-    unsigned struck_ = 0;  // the process
+    unsigned struck_ = 0;                              // the process
+    std::map<std::pair<dev_t, ino_t>, off_t> synced_;  // how much of a file is, where not all is
     bool begun_ = false;
 };
 

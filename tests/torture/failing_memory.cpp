@@ -1,13 +1,16 @@
 // Preloaded into a program: an allocation of it fails.
 //
-// FAILING_ALLOCATION is the number of the one that fails; with a "+" behind it, so does each that
-// follows. How many there were is written into the file that ALLOCATIONS_FILE names.
+// The allocations of the program and of all processes that it starts are counted together, in the
+// file that ALLOCATIONS_FILE names, which holds zeros at first. FAILING_ALLOCATION is the number of
+// the one that fails; with a "+" behind it, so does each that follows in the same process.
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
-#include <cstdio>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -20,35 +23,48 @@ void* __libc_memalign(size_t alignment, size_t size);
 
 namespace {
 
-long count = 0;
-long failing = -1;  // unknown before the first
+struct Books {
+    std::atomic<int64_t> count;
+    std::atomic<int64_t> struck;  // the process
+};
+static_assert(std::atomic<int64_t>::is_always_lock_free);  // then processes can share it
+
+Books* books = nullptr;
+int64_t failing = 0;
 bool fromThenOn = false;
 
-bool Fails() {
-    if (failing < 0) {
-        const char* const text = getenv("FAILING_ALLOCATION");
-        failing = text != nullptr ? atol(text) : 0;
-        fromThenOn = text != nullptr && strchr(text, '+') != nullptr;
+// A process that cannot keep its books must not be taken for one that was spared.
+void Open() {
+    const char* const name = getenv("ALLOCATIONS_FILE");
+    const char* const which = getenv("FAILING_ALLOCATION");
+    const int file = name != nullptr && which != nullptr ? open(name, O_RDWR | O_CLOEXEC) : -1;
+    void* const memory =
+        file >= 0 ? mmap(nullptr, sizeof(Books), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0)
+                  : MAP_FAILED;
+    if (memory == MAP_FAILED) {
+        abort();
     }
-    ++count;
-    const bool fails = failing > 0 && (count == failing || (fromThenOn && count > failing));
+    close(file);
+    failing = atoll(which);
+    fromThenOn = strchr(which, '+') != nullptr;
+    books = static_cast<Books*>(memory);
+}
+
+bool Fails() {
+    if (books == nullptr) {
+        Open();
+    }
+    bool fails = ++books->count == failing;
+    if (fails) {
+        books->struck = getpid();
+    } else if (fromThenOn) {
+        fails = books->struck == getpid();
+    }
     if (fails) {
         errno = ENOMEM;
     }
     return fails;
 }
-
-struct Teller {
-    ~Teller() {
-        const char* const name = getenv("ALLOCATIONS_FILE");
-        const int file =
-            name != nullptr ? open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600) : -1;
-        if (file >= 0) {
-            dprintf(file, "%ld\n", count);
-            close(file);
-        }
-    }
-} teller;
 
 }  // namespace
 

@@ -45,23 +45,26 @@ class Scene:
     ends: bool = False  # its applications end by themselves
     turns: bool = False  # said once more, it takes back what it did
     tells: str = ""  # is in what it prints with 0, where that depends on the moment or tells of a failure itself
-    memory: bool = False  # its allocations fail, too
+    asks: bool = False  # the provider, and prints its answers
     moments: bool = False  # it is killed at random moments, too
-    loads: bool = False  # the points in the program's loader are struck as well
+    loads: bool = False  # what all verbs begin with is struck as well: the program's loader, its command line
 
 
 SCENES = [
     Scene("new", ["new", "tv", "--model", "ptt-passthrough-us"], model="", again=1),
-    Scene("set", ["set", "db/comss/cisblock", "int", "2", "--tv", "tv"], loads=True, memory=True),
-    Scene("press-switch", ["press", "voice-wake-up", "--tv", "tv"], atomic=False, turns=True),
+    Scene("set", ["set", "db/comss/cisblock", "int", "2", "--tv", "tv"], loads=True),
+    Scene("press-switch", ["press", "voice-wake-up", "--tv", "tv"], atomic=False, asks=True,
+          turns=True),
     Scene("press-list", ["press", "voice-assistant", "--choose", "2", "--ok", "--tv", "tv"],
-          model="ptt-passthrough-us", atomic=False),
-    Scene("press-launch", ["press", "onboarding", "--tv", "tv"], model="out-of-the-box-us", atomic=False,
+          model="ptt-passthrough-us", atomic=False, asks=True),
+    Scene("press-launch", ["press", "onboarding", "--tv", "tv"], model="out-of-the-box-us", atomic=False, asks=True,
           launches=True),
-    Scene("press-auto", ["press", "onboarding", "--tv", "tv"], model="out-of-the-box-us", atomic=False, again=1,
-          launches=True, ends=True, tells="opens:",
+    Scene("press-auto", ["press", "onboarding", "--tv", "tv"], model="out-of-the-box-us", atomic=False, asks=True,
+          again=1, launches=True, ends=True, tells="opens:",
           before=[["app", "mode", "auto", "--tv", "tv"]]),
-    Scene("load", ["load", "dump.json", "--tv", "tv"], memory=True, moments=True, at_hand={"dump.json": DUMP}),
+    Scene("press-recorded", ["press", "onboarding", "--tv", "tv"], model="out-of-the-box-us", atomic=False, asks=True,
+          before=[["app", "mode", "record", "--tv", "tv"]]),
+    Scene("load", ["load", "dump.json", "--tv", "tv"], moments=True, at_hand={"dump.json": DUMP}),
     Scene("restore", ["restore", "was.json", "--tv", "tv"], moments=True,
           before=[["snapshot", "was.json", "--tv", "tv"], ["load", "dump.json", "--tv", "tv"]],
           at_hand={"dump.json": DUMP}),
@@ -79,7 +82,7 @@ SCENES = [
     Scene("rename", ["rename", "tv", "other"], again=3),
     Scene("remove", ["remove", "tv"], again=3),
     Scene("dump", ["dump", "out.json", "--tv", "tv"], at_hand={"out.json": "old"}),
-    Scene("show", ["show", "--json", "--tv", "tv"], memory=True, tells="launches.jsonl"),
+    Scene("show", ["show", "--json", "--tv", "tv"], asks=True, tells="launches.jsonl"),
     Scene("get", ["get", "db/comss/countrycode", "--tv", "tv"]),
     Scene("log", ["log", "--tv", "tv"], before=[["press", "voice-wake-up", "--tv", "tv"]]),
     Scene("trace", ["trace", "--tv", "tv"],

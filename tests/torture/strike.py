@@ -9,6 +9,7 @@ import pathlib
 import re
 import shutil
 import signal
+import struct
 import subprocess
 import tempfile
 import time
@@ -21,6 +22,7 @@ NEVER = 1000000000  # the number of no call
 LOADER_FAILED = 127
 LOADER_LACKED_MEMORY = (127, 128 + signal.SIGSEGV)  # it has no words of its own for every lack
 COULD_NOT_BE_DONE = 4
+ALLOCATIONS = struct.Struct("=qq")  # as failing_memory.cpp keeps its books
 NOTIFICATION = "org.nemra.alert-syspopup"  # it ends by itself
 PR_SET_CHILD_SUBREAPER = 36
 
@@ -177,8 +179,14 @@ class Stage:
         return [Call.parse(line) for line in text.splitlines()]
 
     def with_failing_memory(self, which):
+        file = pathlib.Path(f"{self.root}.allocations")
+        file.write_bytes(ALLOCATIONS.pack(0, 0))
         return ["/usr/bin/env", f"LD_PRELOAD={self.programs.failing_memory}", f"FAILING_ALLOCATION={which}",
-                f"ALLOCATIONS_FILE={self.root}.allocations", self.programs.vtv]
+                f"ALLOCATIONS_FILE={file}", self.programs.vtv]
+
+    def allocations(self):
+        """How many there were, and which process the one that failed was of."""
+        return ALLOCATIONS.unpack(pathlib.Path(f"{self.root}.allocations").read_bytes())
 
     @staticmethod
     def wait_for(process, status, word, limit):
@@ -240,6 +248,8 @@ class Stage:
 class Studio:
     """A scene, set once, of which each strike gets a copy."""
 
+    beginning = None  # how many allocations every verb begins with
+
     def __init__(self, programs, scene, folder):
         self.programs = programs
         self.scene = scene
@@ -281,10 +291,15 @@ class Studio:
                 pathlib.Path(f"{root}.{name}").unlink(missing_ok=True)
 
     def allocations(self):
-        """How many the scene makes."""
+        """The numbers of those that the scene makes."""
+        if Studio.beginning is None:
+            Studio.beginning = self.allocations_of(["--version"])
+        return range(1 if self.scene.loads else Studio.beginning + 1, self.allocations_of(self.scene.command) + 1)
+
+    def allocations_of(self, command):
         with self.stage() as stage:
-            stage.play(self.scene, 0, "allocation")
-            return int(pathlib.Path(f"{stage.root}.allocations").read_text())
+            stage.play(dataclasses.replace(self.scene, command=command), 0, "allocation")
+            return stage.allocations()[0]
 
     def strike(self, number, how):
         """The call that was struck, whether anything was, and what is wrong then."""
@@ -292,8 +307,9 @@ class Studio:
             played = stage.play(self.scene, number, how)
             struck = played.calls[0] if played.calls else None
             wrong = Judge(self, stage, struck, played, how).judge()
-        # An allocation is one of those that were counted.
-        reached = struck is not None or how.startswith("allocation") or played.code == 128 + signal.SIGKILL
+            if how.startswith("allocation"):
+                return struck, stage.allocations()[1] != 0, wrong
+        reached = struck is not None or played.code == 128 + signal.SIGKILL
         return struck, reached, wrong
 
     def close(self):
@@ -358,7 +374,7 @@ class Judge:
         if code == 128 + signal.SIGKILL and self.how in KILLS:
             return
         # A provider that lacks memory answers all the same, with what it has.
-        is_the_providers = self.how.startswith("allocation") and self.scene.name == "show"
+        is_the_providers = self.how.startswith("allocation") and self.scene.asks
         if code == 0:
             said = self.stage.certain(self.played.out)
             if self.is_done(code) and said != self.studio.said and not is_the_providers and \

@@ -97,9 +97,8 @@ def list_points(name, wanted):
 
 
 def list_allocations(name):
-    studio = studio_of(name)
-    count = studio.allocations() if studio.scene.memory else 0
-    return [Point(name, number, how) for number in range(1, count + 1) for how in ("allocation", "allocation+")]
+    numbers = studio_of(name).allocations()
+    return [Point(name, number, how) for number in numbers for how in ("allocation", "allocation+")]
 
 
 def list_moments(name, count):
@@ -155,9 +154,9 @@ def main():
             points = [point for some in lists for point in some]
             points = [point for _, point in points] if options.all else sample(points, options.sample)
             if options.memory or (options.all and not options.call):
-                allocations = [point for name in names for point in pool.apply(list_allocations, (name,))]
-                step = 1 if options.all else max(1, len(allocations) / options.memory)
-                points += [allocations[int(i * step)] for i in range(int(len(allocations) / step))]
+                allocations = [((name, point.how), point) for name in names
+                               for point in pool.apply(list_allocations, (name,))]
+                points += sample(allocations, len(allocations) if options.all else options.memory)
             for name in names:
                 points += pool.apply(list_moments, (name, options.moments))
             part, parts = map(int, options.shard.split("/"))

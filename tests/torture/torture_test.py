@@ -54,6 +54,19 @@ class Torture(unittest.TestCase):
         found = self.complaints('"$VTV" "$@" || { sleep 60 >/dev/null 2>&1 & exit 4; }', ["--sample", "2", "get"])
         self.assertIn("processes are left", found)
 
+    def test_a_lack_of_memory_that_is_not_told_is_found(self):
+        found = self.complaints('"$VTV" "$@" || exit 0', ["--memory", "10", "load"])
+        self.assertIn("allocation", found)
+        self.assertIn("it said 0:", found)
+
+    def test_what_is_lost_when_a_file_is_closed_is_found(self):
+        careless = """[ "$1" = dump ] || exec "$VTV" "$@"
+text=$("$VTV" dump - --tv tv)
+exec 3>out.json
+printf %s "$text" >&3
+exec 3>&-"""
+        self.assertIn("it said 0:", self.complaints(careless, ["--all", "--call", " close.*out.json", "dump"]))
+
     def test_what_cannot_be_said_again_is_found(self):
         found = self.complaints('[ -e spoilt ] && exit 4; "$VTV" "$@" || { echo x >spoilt; exit 4; }', WRITING)
         self.assertIn("said again it ends with 4", found)

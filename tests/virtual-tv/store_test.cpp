@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <fstream>
 #include <iostream>
 #include <map>
 #include <random>
@@ -520,6 +521,52 @@ TEST_F(StoreTest, AValueThatIsLongerThanAnyIsRefusedAndReadAsDamage) {
     std::string problem;
     EXPECT_EQ(store.Read("db/huge", &value, &problem), Store::Status::kDamaged);
     EXPECT_NE(problem.find("larger than any value"), std::string::npos) << problem;
+}
+
+// As a store that somebody sent has them: nobody has written them here.
+void PutKeys(const std::string& dir, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        std::ofstream(dir + "/k" + std::to_string(i)) << "int 1\n1\n";
+    }
+}
+
+TEST_F(StoreTest, MoreKeysThanAnyListHasAreNotListedButReadWrittenAndRemoved) {
+    PutKeys(dir, kMostEntries + 5000);
+    Store store(dir, Store::Durability::kVolatile);
+    try {
+        store.List();
+        FAIL() << "it lists them";
+    } catch (const HasTooMany& error) {
+        EXPECT_EQ(error.kind(), ErrorKind::kUsage);
+        EXPECT_EQ(error.what(),
+                  dir +
+                      ": 15000 keys are too many: at most 10000. Remove those that you do not "
+                      "need, or make the TV anew.");
+    }
+    EXPECT_VALUE(store, "k0", 1);
+    store.Write("k0", 2);
+    EXPECT_VALUE(store, "k0", 2);
+    EXPECT_TRUE(store.Remove("k0"));
+    EXPECT_THROW(store.Write("k0", 3), HasTooMany) << "there are still too many";
+    store.RemoveAll();
+    EXPECT_TRUE(store.List().empty());
+}
+
+TEST_F(StoreTest, AFullStoreTakesNoNewKeyUntilOneIsGone) {
+    PutKeys(dir, kMostEntries - 1);
+    Store store(dir, Store::Durability::kVolatile);
+    EXPECT_EQ(store.List().size(), kMostEntries - 1);
+    store.Write("last", 1);
+    store.Write("last", 2);
+    try {
+        store.Write("another", 1);
+        FAIL() << "it takes another";
+    } catch (const HasTooMany& error) {
+        EXPECT_NE(std::string(error.what()).find("10001 keys are too many"), std::string::npos);
+    }
+    EXPECT_TRUE(store.Remove("k7"));
+    store.Write("another", 1);
+    EXPECT_EQ(store.List().size(), kMostEntries);
 }
 
 TEST_F(StoreTest, AKeyIsListedOnceWhateverFilesOthersPutBesideIt) {

@@ -8,7 +8,8 @@
 namespace vtv {
 
 inline constexpr size_t kMostAssistants = 1000;
-inline constexpr size_t kMostEntries = 10000;  // of any other list: settings, features, steps, ...
+inline constexpr size_t kMostEntries = 10000;   // of any other list: settings, features, steps, ...
+inline constexpr size_t kMostTvFiles = 100000;  // and folders: more than all lists of a TV together
 
 // Of a value, in bytes: far above every policy, and what a page still reads at once.
 inline constexpr size_t kLargestValue = size_t{1024} * 1024;
