@@ -13,7 +13,8 @@ namespace explorer {
 
 namespace {
 
-// Of the C library: what the result follows from is in the arguments, or is memory.
+// Of the C library: what the result follows from is in the arguments, or is memory. Whether there
+// are threads decides only how shared pointers count.
 constexpr std::string_view PURE[] = {"_Exit",
                                      "_Unwind_DeleteException",
                                      "_Unwind_RaiseException",
@@ -53,6 +54,7 @@ constexpr std::string_view PURE[] = {"_Exit",
                                      "__isoc23_strtoul",
                                      "__isoc23_strtoull",
                                      "__isoc99_sscanf",
+                                     "__libc_single_threaded",
                                      "__stack_chk_fail",
                                      "__stack_chk_guard",
                                      "abort",
@@ -152,6 +154,7 @@ constexpr std::string_view PURE_CLASSES[] = {"4Json",
                                              "St7__cxx1112basic_stringIc",
                                              "St8__detail15_List_node_base",
                                              "St8__detail20_Prime_rehash_policy",
+                                             "St19_Sp_make_shared_tag",
                                              "St9exception",
                                              "St9bad_alloc",
                                              "St9type_info",

@@ -6,8 +6,8 @@
 #include <string_view>
 
 // A null key equals nothing.
-inline bool SameKey(const char* key, const char* menuKey) {
-    return key != nullptr && std::strcmp(key, menuKey) == 0;
+inline bool SameKey(const char* key, std::string_view menuKey) {
+    return key != nullptr && key == menuKey;
 }
 
 // A null key starts with nothing.

@@ -21,6 +21,8 @@ constexpr char SETTINGS_SALUTE[] = "menu/system/general-voice-voice-settings-sal
 
 namespace setting {
 
+// Application id of the assistant that the viewer has chosen.
+constexpr char CURRENT_ASSISTANT[] = "db/multi-assistant/default_assistant_appid";
 // JSON object: assistant application id -> "on" or "off".
 constexpr char FARFIELD[] = "db/menu/voice/assistant_farfield";
 // JSON object: assistant application id -> "on_user", "on_default", "off_user", "off_default",

@@ -4,12 +4,14 @@
 
 #include <map>
 #include <memory>
-#include <optional>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "Guard.h"
+#include "Keys.h"
 #include "Log.h"
+#include "PlatformString.h"
 #include "SIMenuUtil.h"
 #include "platform/settings_store.h"
 
@@ -18,7 +20,7 @@ namespace {
 constexpr char ORVIK_ID[] = "ORVIK2";
 
 struct KnownAssistant {
-    const char* id;
+    std::string_view id;
     ASSISTANT_TYPE type;
 };
 
@@ -28,7 +30,12 @@ constexpr KnownAssistant m_mapVAIdType[] = {
     {"SBER", ASSISTANT_SBER},   {"SVA", ASSISTANT_SVA},      {"TENCENT", ASSISTANT_TENCENT},
 };
 
-std::vector<VAInfo> m_listVA;
+const std::vector<VAInfo> NO_ASSISTANTS;
+
+// Shared with whoever walks it: the watch may be delivered inside a read of the walk, and replaces
+// the list. The empty one needs no owner.
+using SharedList = std::shared_ptr<const std::vector<VAInfo>>;
+SharedList m_listVA(SharedList(), &NO_ASSISTANTS);
 // Kept when the policy becomes empty: an application that was known still has its kind then.
 std::map<std::string, ASSISTANT_TYPE> m_mapAppIdType;
 
@@ -95,28 +102,30 @@ void _ParsingMVAPolicyResult_Legacy(const char* reason) {
     }
     if (!root.isArray() || root.empty()) {
         if (reading.Takes()) {
-            m_listVA.clear();
+            m_listVA = SharedList(SharedList(), &NO_ASSISTANTS);
         }
         LOG_ERROR("empty result");
         return;
     }
 
     std::vector<VAInfo> list;
+    list.reserve(root.size());
     std::map<std::string, ASSISTANT_TYPE> types;
     for (const Json::Value& element : root) {
-        const VAInfo assistant = ReadAssistant(element);
+        VAInfo assistant = ReadAssistant(element);
         LOG_ERROR("VAOrder:%d, VAId:%s, VAAppId:%s, VAName:%s, VAFFSupport:%s", assistant.order,
                   assistant.id.c_str(), assistant.appId.c_str(), assistant.name.c_str(),
                   assistant.ffSupport ? "true" : "false");
-        list.push_back(assistant);
         for (const KnownAssistant& known : m_mapVAIdType) {
             if (assistant.id == known.id) {
                 types[assistant.appId] = known.type;
             }
         }
+        list.push_back(std::move(assistant));
     }
+    auto shared = std::make_shared<const std::vector<VAInfo>>(std::move(list));
     if (reading.Takes()) {
-        m_listVA.swap(list);
+        m_listVA = std::move(shared);
         m_mapAppIdType.swap(types);
     }
 }
@@ -127,16 +136,21 @@ void _VconfChangeCallback(keynode*, void*) try {
 }
 NEUTRAL_ON_EXCEPTION()
 
-// Reads the current application afresh for each assistant that it looks at. It walks a copy: the
-// watch may be delivered inside a read, and replaces the list.
-std::optional<VAInfo> FindCurrentVA() {
-    const std::vector<VAInfo> list = m_listVA;
-    for (const VAInfo& assistant : list) {
-        if (CSIMenuUtil::GetCurrentVAAppID() == assistant.appId) {
-            return assistant;
+// As CSIMenuUtil::GetCurrentVAAppID() reads it, without a copy.
+bool IsCurrent(std::string_view appId) {
+    const PlatformString current(vconf_get_str(setting::CURRENT_ASSISTANT));
+    return appId == (current ? current.get() : "");
+}
+
+// Reads the current application afresh for each assistant that it looks at. Null: none is it.
+std::shared_ptr<const VAInfo> FindCurrentVA() {
+    const SharedList list = m_listVA;
+    for (const VAInfo& assistant : *list) {
+        if (IsCurrent(assistant.appId)) {
+            return {list, &assistant};
         }
     }
-    return std::nullopt;
+    return nullptr;
 }
 
 }  // namespace
@@ -160,11 +174,11 @@ void MVAList::Finalize() {
 }
 
 std::vector<VAInfo> MVAList::GetVAList() {
-    return m_listVA;
+    return *m_listVA;
 }
 
 size_t MVAList::GetVAListSize() {
-    return m_listVA.size();
+    return m_listVA->size();
 }
 
 ASSISTANT_TYPE MVAList::GetVATypeByAppID(std::string appId) {
@@ -173,7 +187,7 @@ ASSISTANT_TYPE MVAList::GetVATypeByAppID(std::string appId) {
 }
 
 std::string MVAList::GetVANameByType(ASSISTANT_TYPE type) {
-    for (const VAInfo& assistant : m_listVA) {
+    for (const VAInfo& assistant : *m_listVA) {
         if (GetVATypeByAppID(assistant.appId) == type) {
             return assistant.name;
         }
@@ -191,7 +205,7 @@ ASSISTANT_TYPE MVAList::GetCurrentVAType() {
 }
 
 bool MVAList::IsCurrentVAOrvik() {
-    const std::optional<VAInfo> current = FindCurrentVA();
+    const std::shared_ptr<const VAInfo> current = FindCurrentVA();
     if (!current) {
         LOG_ERROR("[FATAL]Not matched!");
         return false;
@@ -200,7 +214,7 @@ bool MVAList::IsCurrentVAOrvik() {
 }
 
 bool MVAList::IsCurrentVASupportFF() {
-    const std::optional<VAInfo> current = FindCurrentVA();
+    const std::shared_ptr<const VAInfo> current = FindCurrentVA();
     if (!current) {
         LOG_ERROR("[FATAL]Not matched!");
         return false;
@@ -216,5 +230,5 @@ bool MVAList::IsVoiceDisabledByVAPolicy() {
     if (!CSIMenuUtil::IsTncPPAgreed()) {
         return false;
     }
-    return m_listVA.empty();
+    return m_listVA->empty();
 }

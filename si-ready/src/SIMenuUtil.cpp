@@ -23,7 +23,6 @@
 
 namespace {
 
-constexpr char CURRENT_ASSISTANT[] = "db/multi-assistant/default_assistant_appid";
 constexpr char COUNTRY_CODE[] = "db/comss/countrycode";
 constexpr char OSD_LANGUAGE[] = "db/menu_widget/language";
 constexpr char BUILT_IN_MIC[] = "db/aisound-app/soundsensorflag_prev";
@@ -87,7 +86,7 @@ void CSIMenuUtil::SetString(const char* key, const char* value) {
 }
 
 std::string CSIMenuUtil::GetCurrentVAAppID() {
-    return VconfGetStr(CURRENT_ASSISTANT);
+    return VconfGetStr(setting::CURRENT_ASSISTANT);
 }
 
 std::string CSIMenuUtil::GetCountryCode() {
@@ -205,14 +204,14 @@ std::string CSIMenuUtil::getValueOfJsonVconf(std::string key, std::string member
         LOG_ERROR_AT(316, "json parse error");
         return "";
     }
-    if (result == ParseResult::NotAnObject || !root.isMember(member)) {
+    if (result == ParseResult::NotAnObject) {
         return "";
     }
-    const Json::Value& value = root[member];
-    if (value.isArray() || value.isObject()) {
+    const Json::Value* value = root.find(member.data(), member.data() + member.size());
+    if (value == nullptr || value->isArray() || value->isObject()) {
         return "";
     }
-    const std::string text = value.asString();
+    std::string text = value->asString();
     LOG_ERROR_AT(325, "json parse vconf %s - key %s, value %s", key.c_str(), member.c_str(),
                  text.c_str());
     return text;
@@ -604,6 +603,6 @@ void CSIMenuUtil::RefreshMenu() {
 }
 
 void CSIMenuUtil::SetVoiceAssistant(const char* appId) {
-    const int result = vconf_set_str(CURRENT_ASSISTANT, appId);
+    const int result = vconf_set_str(setting::CURRENT_ASSISTANT, appId);
     LOG_ERROR_AT(615, "[%d]str: %s", result, Printable(appId));
 }

@@ -227,6 +227,7 @@ const Names C_LIBRARY = {"calloc",
                          "memchr",
                          "bcmp",
                          "abort",
+                         "__libc_single_threaded",  // how shared pointers count
                          "__stack_chk_fail",
                          "__strncpy_chk",
                          "__memcpy_chk",
