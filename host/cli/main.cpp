@@ -94,8 +94,76 @@ int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
     return kUsage;
 }
 
-// All verbs and options.
-void Describe(CLI::App& app, Common& common) {
+// What describes which verbs.
+const struct {
+    void (*describe)(CLI::App&, Common&);
+    std::vector<std::string> verbs;
+} kFamilies[] = {
+    {AddShow, {"show"}},
+    {AddWindowVerbs, {"window", "picture", "gallery"}},
+    {AddPressVerbs, {"press", "choose"}},
+    {AddExplain, {"explain"}},
+    {AddTvVerbs, {"new", "list", "copy", "rename", "remove"}},
+    {AddSettingVerbs, {"get", "set", "unset", "reset"}},
+    {AddKeyVerbs, {"keys", "describe", "search"}},
+    {AddWatch, {"watch"}},
+    {AddWait, {"wait"}},
+    {AddPolicy, {"policy"}},
+    {AddApp, {"app"}},
+    {AddStateVerbs,
+     {"feature", "language", "voice-guide", "account", "network", "consent", "file",
+      "power-cycle"}},
+    {AddTexts, {"texts"}},
+    {AddTransferVerbs, {"dump", "load", "import", "snapshot", "restore", "diff"}},
+    {AddRecord, {"record"}},
+    {AddRun, {"run"}},
+    {AddValidate, {"validate"}},
+    {AddExplore, {"explore", "impact"}},
+    {AddLog, {"log"}},
+    {AddTraceVerbs, {"trace", "fault"}},
+};
+
+bool Has(const std::vector<std::string>& words, const std::string& word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+// The verb that a line begins with; empty where an option before it leaves a doubt.
+std::string VerbOf(const std::vector<std::string>& line) {
+    for (size_t i = 0; i < line.size(); ++i) {
+        if (line[i].rfind('-', 0) != 0) {
+            return line[i];
+        }
+        if (Has({"--tv", "--provider", "--color"}, line[i])) {
+            ++i;
+        } else if (!Has({"-q", "--quiet"}, line[i])) {
+            break;
+        }
+    }
+    return "";
+}
+
+// The verb that the line begins with and its family, which takes a quarter of the time that all
+// verbs take; all of them where it begins with none.
+void DescribeVerbs(CLI::App& app, Common& common, const std::string& verb) {
+    const auto* const family =
+        std::find_if(std::begin(kFamilies), std::end(kFamilies),
+                     [&verb](const auto& one) { return Has(one.verbs, verb); });
+    for (const auto& one : kFamilies) {
+        if (family == std::end(kFamilies) || &one == family) {
+            one.describe(app, common);
+        }
+    }
+    for (const auto& [group, verbs] : kGroups) {
+        for (CLI::App* const described : app.get_subcommands({})) {
+            if (Has(verbs, described->get_name())) {
+                described->group(group);
+            }
+        }
+    }
+}
+
+// The options, and the verbs that the line is about.
+void Describe(CLI::App& app, Common& common, const std::vector<std::string>& line) {
     app.require_subcommand(1);
     program::AddVersion(app, "vtv");
     app.footer(kExamples + program::ExitCodes());
@@ -104,33 +172,7 @@ void Describe(CLI::App& app, Common& common) {
     app.add_option("--tv", common.tv, "The TV, for every verb that is about one")->type_name("TV");
     AddProviderOption(app, common, "The provider library, for every verb")->group("Options");
     AddLookOptions(app, "Options");
-    AddShow(app, common);
-    AddWindowVerbs(app, common);
-    AddPressVerbs(app, common);
-    AddExplain(app, common);
-    AddTvVerbs(app, common);
-    AddSettingVerbs(app, common);
-    AddKeyVerbs(app, common);
-    AddWatch(app, common);
-    AddWait(app, common);
-    AddPolicy(app, common);
-    AddApp(app, common);
-    AddStateVerbs(app, common);
-    AddTexts(app, common);
-    AddTransferVerbs(app, common);
-    AddRecord(app, common);
-    AddRun(app, common);
-    AddValidate(app, common);
-    AddExplore(app, common);
-    AddLog(app, common);
-    AddTraceVerbs(app, common);
-
-    for (const auto& [group, verbs] : kGroups) {
-        for (const std::string& verb : verbs) {
-            app.get_subcommand(verb)->group(group);
-        }
-    }
-
+    DescribeVerbs(app, common, VerbOf(line));
     program::RefuseEmptyWords(app);
 }
 
@@ -169,7 +211,7 @@ int Run(int argc, char** argv) {
                  "vtv"};
     Common common;
     try {
-        Describe(app, common);
+        Describe(app, common, {argv + 1, argv + argc});
         if (argc == 1) {
             std::cout << app.help();
             return kUsage;

@@ -179,6 +179,23 @@ TEST_F(LookTest, HelpOfAVerbIsTheSameBothWays) {
     EXPECT_FALSE(fs::exists(Path("tvs")));
 }
 
+// Only the verb that the line begins with is described, and what stands before it may be named as
+// another one.
+TEST_F(LookTest, TheVerbIsFoundBehindTheOptionsOfTheProgram) {
+    Ok({"new", "show"});
+    const Words get = {"get", "db/menu_widget/language"};
+    const std::string value = Ok({"get", "db/menu_widget/language", "--tv", "show"});
+    for (Words line : {Words{"--tv", "show"}, Words{"--tv=show"}, Words{"-q", "--tv", "show"},
+                       Words{"--color", "never", "--quiet", "--tv", "show"},
+                       Words{"--tv", "show", "--color=never"}}) {
+        line.insert(line.end(), get.begin(), get.end());
+        EXPECT_EQ(Ok(line), value) << testing::PrintToString(line);
+    }
+    const Output unknown = Vtv({"--tv", "get", "shwo"});
+    EXPECT_EQ(unknown.code, 2);
+    EXPECT_THAT(unknown.err, HasSubstr("Did you mean show?"));
+}
+
 TEST_F(LookTest, TheHelpOfTheProgramFitsAScreenAndAHalf) {
     const std::vector<std::string> lines = LinesOf(Ok({"--help"}));
     EXPECT_LE(lines.size(), 70U);

@@ -47,7 +47,7 @@ class Scene:
     tells: str = ""  # is in what it prints with 0, where that depends on the moment or tells of a failure itself
     asks: bool = False  # the provider, and prints its answers
     moments: bool = False  # it is killed at random moments, too
-    loads: bool = False  # what all verbs begin with is struck as well: the program's loader, its command line
+    loads: bool = False  # the calls that all verbs begin with are struck as well: those of the program's loader
 
 
 SCENES = [

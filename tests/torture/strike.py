@@ -248,8 +248,6 @@ class Stage:
 class Studio:
     """A scene, set once, of which each strike gets a copy."""
 
-    beginning = None  # how many allocations every verb begins with
-
     def __init__(self, programs, scene, folder):
         self.programs = programs
         self.scene = scene
@@ -292,14 +290,9 @@ class Studio:
 
     def allocations(self):
         """The numbers of those that the scene makes."""
-        if Studio.beginning is None:
-            Studio.beginning = self.allocations_of(["--version"])
-        return range(1 if self.scene.loads else Studio.beginning + 1, self.allocations_of(self.scene.command) + 1)
-
-    def allocations_of(self, command):
         with self.stage() as stage:
-            stage.play(dataclasses.replace(self.scene, command=command), 0, "allocation")
-            return stage.allocations()[0]
+            stage.play(self.scene, 0, "allocation")
+            return range(1, stage.allocations()[0] + 1)
 
     def strike(self, number, how):
         """The call that was struck, whether anything was, and what is wrong then."""
