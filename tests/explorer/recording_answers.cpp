@@ -1,4 +1,4 @@
-// Asks the recording platform everything that two_tvs_test.cpp asks of calls:
+// Asks the recording platform everything that tv_likeness_test.cpp asks of calls:
 //
 //     recording-answers MODEL
 //

@@ -1,4 +1,4 @@
-// Asks the virtual TV everything that two_tvs_test.cpp asks the explorer's own:
+// Asks the virtual TV everything that tv_likeness_test.cpp asks the explorer's own:
 //
 //     virtual-tv-answers MODEL FOLDER
 //

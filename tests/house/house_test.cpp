@@ -465,6 +465,17 @@ TEST(House, TheExplorerHasItsListedRoomsAndNoSourceBesideThemButMain) {
     EXPECT_EQ(rooms, std::set<std::string>(EXPLORER_ROOMS.begin(), EXPLORER_ROOMS.end()));
 }
 
+TEST(House, ATestOfTheExplorerIsNamedByItsRoomAndEachRoomHasOne) {
+    std::set<std::string> rooms;
+    for (const fs::path& source : SourcesOf("tests/explorer")) {
+        const std::string name = source.stem();
+        if (name.ends_with("_test")) {
+            rooms.insert(name.substr(0, name.find('_')));
+        }
+    }
+    EXPECT_EQ(rooms, std::set<std::string>(EXPLORER_ROOMS.begin(), EXPLORER_ROOMS.end()));
+}
+
 TEST(House, InsideTheExplorerAnIncludeNeverPointsUp) {
     std::size_t between = 0;
     for (const fs::path& source : SourcesOf("explorer")) {
