@@ -2,6 +2,8 @@
 // texts, containers, and structs that name their members once for both ways:
 //
 //     template <typename Bytes> void Members(Bytes& bytes) { bytes(first, second); }
+//
+// Addresses stay what they are: a worker is a fork, and has all things where its starter has them.
 #pragma once
 
 #include <cstring>

@@ -4,7 +4,7 @@
 Edits one place of si-ready/src at a time (a condition, constant, text, order, argument, type, return value, a
 statement or a null check that goes, a variable that remembers), builds the library and compares it with the original. One of which the
 compiler makes the very same code is the same program. A mutant that is not told from the original is listed; those in
-tests/explorer/mutants-alike.txt are explained there and do not count as failures.
+tests/explorer/mutants-alike.txt are explained there, do not count as failures and are not tried but with --explained.
 
     tests/explorer/mutants.py --build build/dev            # 90 mutants, spread over all sources
     tests/explorer/mutants.py --build build/dev --sample   # one of each kind in each source, as the tests run it
@@ -398,6 +398,7 @@ def arguments():
     parser.add_argument("--all", action="store_true", help="every mutant that can be made")
     parser.add_argument("--faults", action="store_true", help="those of faults.toml")
     parser.add_argument("--narrow", action="store_true", help="of these only those that name the questions that tell them")
+    parser.add_argument("--explained", action="store_true", help="walk those that are explained, too, minutes each")
     parser.add_argument("--shard", metavar="I/N", default="1/1", help="only the Ith of N parts")
     parser.add_argument("--results", metavar="FILE", help="keeps what is found; what it holds is not tried again")
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
@@ -456,8 +457,11 @@ def main():
             print(f'{mutant["verdict"]:14} {mutant["kind"]:9} {mutant["source"]}.cpp:{mutant["line"]}: '
                   f'{mutant["old"].strip()!r} -> {mutant["new"].strip()!r}', flush=True)
 
-    is_whole = try_all(chosen, results, options.jobs,
-                       lambda mutant: try_mutant(builder, program, original, mutant), tell)
+    def attempt(mutant):
+        is_known = mutant["name"] in known and not options.explained
+        return "explained" if is_known else try_mutant(builder, program, original, mutant)
+
+    is_whole = try_all(chosen, results, options.jobs, attempt, tell)
     if options.json:
         print(json.dumps({"mutants": tried, "counts": counts, "possible": len(mutants), "whole": is_whole}, indent=2))
     else:
