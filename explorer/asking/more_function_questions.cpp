@@ -189,9 +189,21 @@ constexpr const char* WITH_PLACEHOLDERS[] = {
 void AskReplace(const Subject& subject, const Question& question) {
     auto* replace = FunctionOf<Text, Text, const Text&>(subject, question);
     for (const char* text : WITH_PLACEHOLDERS) {
-        for (const Text with : {"", "x", "<<B>>", "A"}) {
+        for (const Text with : {"", "x", "<<B>>", "A", "<<A>>x"}) {
             AnswerText(answers::TEXT, replace(text, with).c_str());
         }
+    }
+    // At the limits that its header names, and one beyond.
+    for (const int placeholders : {1000, 1001}) {
+        Text text;
+        for (int i = 0; i < placeholders; ++i) {
+            text += "<<A>>";
+        }
+        AnswerText(answers::TEXT, replace(text, "").c_str());
+    }
+    for (const int size : {65536, 65537}) {
+        const Text grown = replace("<<A>>", Text(static_cast<std::size_t>(size), 'x'));
+        Answer(answers::VALUE, static_cast<int>(grown.size()));
     }
 }
 

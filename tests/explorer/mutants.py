@@ -131,7 +131,8 @@ REWRITES = [
     ("null check", re.compile(r"[\w.*\[\]>:-]+ == nullptr"), "false"),
     ("free", re.compile(r"^    +[\w:]*(?:free|destroy|clear)\w*\([^;{}]*\);$"), ""),
     ("argument", re.compile(r"\((\w+), (\w+)\)"), r"(\2, \1)"),
-    ("return", re.compile(r"^(    +)return [^;{}]+;$"), r"\1return {};"),
+    ("return", re.compile(r'^(    +)return "";$'), r'\1return "?";'),
+    ("return", re.compile(r'^(    +)return (?!"";)[^;{}]+;$'), r"\1return {};"),
     ("left out", re.compile(r"^    +[A-Za-z_:]+\([^;{}]*\);$"), ""),
 ]
 

@@ -192,9 +192,11 @@ void AddFunctions(std::vector<Action>& actions) {
                        [](SIProviderTable* page) {
                            int count = 0;
                            ListItem** list = get_list_items_voice_wake_up(nullptr, &count);
-                           if (list != nullptr) {
-                               page->free_list_items(list, count);
+                           if (list == nullptr) {
+                               EXPECT_EQ(count, 0) << "a list for which there is no memory";
+                               return 0;
                            }
+                           page->free_list_items(list, count);
                            return 0;
                        },
                        true});
