@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "answers.h"
+#include "filled.h"
 #include "virtual-tv/model/applications.h"
 #include "virtual-tv/model/keys.h"
 
@@ -35,9 +36,10 @@ void AskWriter(const Subject& subject, const Question& question) {
 }
 
 void AskChoicesOf(const Subject& subject, const Question& question) {
-    int count = 0;
-    AnswerList(subject, FunctionOf<ListItem**, const char*, int*>(subject, question)("", &count),
-               count);
+    int count = FILLED;
+    ListItem** items = FunctionOf<ListItem**, const char*, int*>(subject, question)("", &count);
+    Answer("count", count);
+    AnswerList(subject, items, count);
 }
 
 void AskTruth(const Subject& subject, const Question& question) {

@@ -64,11 +64,11 @@ void AskFilledList(const Subject& subject, const Question& question) {
     const SIProviderTable& table = subject.Table();
     int count = FILLED;
     ListItem** items = table.get_list_items(question.Key(), &count);
+    Answer("count", count);
     if (items == nullptr) {
         Answer(answers::CHOICE);
         return;
     }
-    Answer(answers::BUTTONS, count);
     for (int i = 0; i < count; ++i) {
         int kind = FILLED;
         int value = FILLED;

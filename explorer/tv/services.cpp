@@ -327,6 +327,7 @@ int __dlog_print(int id, int priority, const char* tag, const char* format, ...)
 // What is looked at is which text is chosen and that it is translated, not what it says then.
 char* dgettext(const char* domain, const char* id) noexcept {
     NoteUnlessUsual("dgettext of the domain", domain, "si-ready");
+    tv().Note("dgettext", id);
     return const_cast<char*>(tv().Translate(id));
 }
 

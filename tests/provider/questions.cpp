@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "allocation_faults.h"
+
 using namespace recording;
 
 namespace {
@@ -72,6 +74,17 @@ void SignedOut() {
     Set(setting::PASSTHRU, false);
 }
 
+// A text that there is no memory for is none, and the record says so.
+void ExpectTextOrRecord(const HostText& text, const std::string& name) {
+    DisarmAllocationFaults();
+    const Lines records = CallsOf("log E ");
+    if (records.empty()) {
+        return;  // nothing is written down
+    }
+    EXPECT_EQ(records.back().find("]" + name + " is NULL") != std::string::npos, text.IsNull())
+        << records.back();
+}
+
 void AddItems(std::vector<Action>& actions) {
     for (const char* item : key::ALL) {
         const std::string name = std::string(item).substr(std::strlen("menu/system/"));
@@ -82,13 +95,17 @@ void AddItems(std::vector<Action>& actions) {
         actions.push_back({"get_display_name " + name,
                            [item](SIProviderTable* page) {
                                HostText text;
-                               return page->get_display_name(item, text.Out());
+                               const int result = page->get_display_name(item, text.Out());
+                               ExpectTextOrRecord(text, "display name");
+                               return result;
                            },
                            true});
         actions.push_back({"get_help_text " + name,
                            [item](SIProviderTable* page) {
                                HostText text;
-                               return page->get_help_text(item, text.Out());
+                               const int result = page->get_help_text(item, text.Out());
+                               ExpectTextOrRecord(text, "help text");
+                               return result;
                            },
                            true});
         actions.push_back({"get_disable_text " + name,
@@ -128,6 +145,20 @@ void AddValues(std::vector<Action>& actions) {
         {"set_int 9999", [](SIProviderTable* page) { return page->set_int(key::ORVIK, 9999); }});
 }
 
+// No gap, and a text for each: also where memory was short.
+void ExpectWholeList(SIProviderTable* page, ListItem** list, int count) {
+    for (int i = 0; i < count; ++i) {
+        ASSERT_NE(list[i], nullptr) << i << " of " << count;
+        char* text = nullptr;
+        int value = 0;
+        int kind = 0;
+        page->list_item_text(list[i], &text);
+        page->list_item_value(list[i], &value);
+        page->list_item_kind(list[i], &kind);
+        EXPECT_NE(text, nullptr) << i << " of " << count;
+    }
+}
+
 void AddListsAndBoxes(std::vector<Action>& actions) {
     actions.push_back({"get_list_items", [](SIProviderTable* page) {
                            int count = 0;
@@ -135,14 +166,7 @@ void AddListsAndBoxes(std::vector<Action>& actions) {
                            if (list == nullptr) {
                                return 0;
                            }
-                           for (int i = 0; i < count; ++i) {
-                               char* text = nullptr;
-                               int value = 0;
-                               int kind = 0;
-                               page->list_item_text(list[i], &text);
-                               page->list_item_value(list[i], &value);
-                               page->list_item_kind(list[i], &kind);
-                           }
+                           ExpectWholeList(page, list, count);
                            page->free_list_items(list, count);
                            return 1;
                        }});
@@ -196,6 +220,7 @@ void AddFunctions(std::vector<Action>& actions) {
                                EXPECT_EQ(count, 0) << "a list for which there is no memory";
                                return 0;
                            }
+                           ExpectWholeList(page, list, count);
                            page->free_list_items(list, count);
                            return 0;
                        },
