@@ -68,8 +68,8 @@ std::string ScenarioOfTitle(const explorer::Inputs& inputs, const char* title) {
 TEST(ChosenTexts, OfInputsAndPoliciesStandInAScenarioAsTheyAre) {
     const explorer::Inputs inputs = ChosenInputs();
     explorer::State state;
-    for (std::uint16_t input = 0; input < inputs.inputs.size(); ++input) {
-        state.path.push_back({input, 0, 1});
+    for (std::size_t input = 0; input < inputs.inputs.size(); ++input) {
+        state.path.push_back({static_cast<std::uint16_t>(input), 0, 1});
         state.texts.emplace_back(CHOSEN);
     }
     const std::vector<std::string> words = explorer::Describe(inputs, state);
